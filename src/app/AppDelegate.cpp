@@ -1,0 +1,115 @@
+#include "app/AppDelegate.h"
+
+#include "app/DocumentWindow.h"
+#include "platform/ColorArchive.h"
+#include "platform/PropertyList.h"
+#include "platform/UserDefaults.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QPalette>
+
+#include <limits>
+
+AppDelegate::AppDelegate(QObject* parent) : QObject(parent) {}
+
+void AppDelegate::initialize()
+{
+    static bool done = false;
+    if (done) {
+        return;
+    }
+    done = true;
+    registerDefaults(QStringLiteral(":/DefaultValues.plist"), UserDefaults::standardUserDefaults());
+}
+
+QList<QPair<QString, QColor>> AppDelegate::defaultColors()
+{
+    const QColor darkGray = QColor::fromRgbF(1.0f / 3, 1.0f / 3, 1.0f / 3);
+    const QColor control = qApp ? QApplication::palette().color(QPalette::Button)
+                                : QColor::fromRgbF(0.93f, 0.93f, 0.93f);
+    return {
+        {QStringLiteral("DefaultTextColor"), Qt::black},
+        {QStringLiteral("DefaultInsertionPointColor"), Qt::black},
+        {QStringLiteral("DefaultBackgroundColor"), Qt::white},
+        {QStringLiteral("InvisibleCharacterColor"), QColor::fromRgbF(0.2f, 0.7f, 0.9f)},
+        {QStringLiteral("GutterTextColor"), darkGray},
+        {QStringLiteral("GutterBorderColor"), darkGray},
+        {QStringLiteral("GutterBackgroundColor"), control},
+        {QStringLiteral("BlockwordsColor"), darkGray},
+        {QStringLiteral("KeywordsColor"), QColor::fromRgbF(0.5f, 0.0f, 0.5f)},
+        {QStringLiteral("PreprocessorColor"), QColor::fromRgbF(0.4f, 0.2f, 0.0f)},
+        {QStringLiteral("StringsColor"), QColor::fromRgbF(0.8f, 0.1f, 0.1f)},
+        {QStringLiteral("CommentsColor"), QColor::fromRgbF(0.0f, 0.5f, 0.0f)},
+        {QStringLiteral("CommandsColor"), QColor::fromRgbF(0.7f, 0.0f, 0.5f)},
+        {QStringLiteral("ValuesColor"), QColor::fromRgbF(0.7f, 0.0f, 0.5f)},
+        {QStringLiteral("NumbersColor"), Qt::blue},
+        {QStringLiteral("CharactersColor"), Qt::blue},
+    };
+}
+
+bool AppDelegate::registerDefaults(const QString& resourcePath, UserDefaults& defaults)
+{
+    QFile file(resourcePath);
+    if (!file.open(QIODevice::ReadOnly)) {
+        return false;
+    }
+    const QVariant value = PropertyList::fromData(file.readAll());
+    if (value.typeId() != QMetaType::QVariantMap) {
+        return false;
+    }
+    QVariantMap dictionary = value.toMap();
+
+    // "Automatic" is all ones; the resource may write it as −1.
+    const QString openKey = QStringLiteral("OpenDefaultsTextEncoding");
+    const QVariant open = dictionary.value(openKey);
+    if (open.isValid() && open.toULongLong() == std::numeric_limits<quint64>::max()) {
+        dictionary.insert(openKey, QVariant::fromValue(std::numeric_limits<quint64>::max()));
+    }
+
+    for (const auto& [key, color] : defaultColors()) {
+        keyedArchiverOfObject(color, key, dictionary);
+    }
+    defaults.registerDefaults(dictionary);
+    return true;
+}
+
+void AppDelegate::keyedArchiverOfObject(const QColor& object, const QString& key,
+                                        QVariantMap& withDefaults)
+{
+    withDefaults.insert(key, ColorArchive::archivedData(object));
+}
+
+void AppDelegate::keyedArchiverOfObject(const QColor& object, const QString& key,
+                                        UserDefaults& withDefaults)
+{
+    withDefaults.setObject(ColorArchive::archivedData(object), key);
+}
+
+void AppDelegate::applicationDidFinishLaunching() {}
+
+bool AppDelegate::applicationShouldOpenUntitledFile() const
+{
+    return UserDefaults::standardUserDefaults().boolForKey(QStringLiteral("ShouldOpenUntitledFile"));
+}
+
+bool AppDelegate::applicationShouldHandleReopen(bool hasVisibleWindows) const
+{
+    Q_UNUSED(hasVisibleWindows);
+    return false;
+}
+
+void AppDelegate::applicationWillTerminate()
+{
+    UserDefaults::standardUserDefaults().synchronize();
+}
+
+void AppDelegate::openUntitledDocument()
+{
+    (new DocumentWindow(QString()))->show();
+}
+
+void AppDelegate::openDocument(const QString& path)
+{
+    (new DocumentWindow(path))->show();
+}

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QColor>
+#include <QObject>
+#include <QString>
+#include <QVariantMap>
+
+class UserDefaults;
+
+/// The application's delegate: registers the defaults and answers the application's
+/// questions about launching, re-activation and termination.
+class AppDelegate : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit AppDelegate(QObject* parent = nullptr);
+
+    /// Registers the defaults with the standard store, once per process.
+    static void initialize();
+    /// Reads the defaults resource at `resourcePath`, adds the sixteen colours, normalises
+    /// "OpenDefaultsTextEncoding" and registers the result with `defaults`. Returns false,
+    /// registering nothing, when the resource is missing or is not a dictionary.
+    static bool registerDefaults(const QString& resourcePath, UserDefaults& defaults);
+    /// The sixteen colour settings and their default colours, in order.
+    static QList<QPair<QString, QColor>> defaultColors();
+
+    /// Archives `object` and stores it under `key` in the dictionary being built.
+    static void keyedArchiverOfObject(const QColor& object, const QString& key,
+                                      QVariantMap& withDefaults);
+    /// Archives `object` and stores it under `key` in the settings store.
+    static void keyedArchiverOfObject(const QColor& object, const QString& key,
+                                      UserDefaults& withDefaults);
+
+    void applicationDidFinishLaunching();
+    bool applicationShouldOpenUntitledFile() const;
+    /// Re-activating the running application never opens an untitled document.
+    bool applicationShouldHandleReopen(bool hasVisibleWindows) const;
+    void applicationWillTerminate();
+
+    void openUntitledDocument();
+    void openDocument(const QString& path);
+};

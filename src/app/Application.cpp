@@ -1,0 +1,44 @@
+#include "app/Application.h"
+
+#include "app/AppDelegate.h"
+
+Application::Application(int& argc, char** argv) : QApplication(argc, argv)
+{
+    setApplicationName(QStringLiteral("Tessaran"));
+    setOrganizationName(QStringLiteral("Tessaran"));
+    setApplicationVersion(QStringLiteral(TESSARAN_VERSION));
+    setDesktopFileName(QStringLiteral("tessaran"));
+    // The defaults are registered before any other object reads a setting.
+    AppDelegate::initialize();
+    _delegate = new AppDelegate(this);
+}
+
+Application::~Application() = default;
+
+Application* Application::instance()
+{
+    return qobject_cast<Application*>(QCoreApplication::instance());
+}
+
+int Application::run()
+{
+    _delegate->applicationDidFinishLaunching();
+    const QStringList files = arguments().mid(1);
+    if (files.isEmpty()) {
+        if (_delegate->applicationShouldOpenUntitledFile()) {
+            _delegate->openUntitledDocument();
+        }
+    } else {
+        for (const QString& file : files) {
+            _delegate->openDocument(file);
+        }
+    }
+    const int status = exec();
+    _delegate->applicationWillTerminate();
+    return status;
+}
+
+void Application::postUpdatePreferences(QObject* object)
+{
+    Q_EMIT NotifUpdatePreferences(object);
+}

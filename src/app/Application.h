@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QApplication>
+
+class AppDelegate;
+
+/// The application object: one per process. It carries the application-wide signals
+/// that stand in for notifications.
+class Application : public QApplication
+{
+    Q_OBJECT
+
+public:
+    Application(int& argc, char** argv);
+    ~Application() override;
+
+    /// The running application; null before it is created.
+    static Application* instance();
+
+    AppDelegate& delegate() { return *_delegate; }
+
+    /// Runs the editor: start-up, the event loop, termination. Returns the exit status.
+    int run();
+
+    /// Tells every open window to re-read the settings (sent when the preferences window
+    /// closes); `object` is the sender.
+    void postUpdatePreferences(QObject* object);
+
+Q_SIGNALS:
+    void NotifUpdatePreferences(QObject* object);
+
+private:
+    AppDelegate* _delegate = nullptr;
+};

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "platform/Range.h"
+
+#include <QString>
+#include <QStringView>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+/// An ICU regular expression over UTF-16 text. The option bits are the editor's own
+/// numbering, used throughout (search, colouring, scripts):
+class Regex
+{
+public:
+    enum Option : unsigned {
+        CaseInsensitive = 1,
+        AllowCommentsAndWhitespace = 2,
+        IgnoreMetacharacters = 4,
+        DotMatchesLineSeparators = 8,
+        AnchorsMatchLines = 16,
+        UseUnixLineSeparators = 32,
+        UseUnicodeWordBoundaries = 64,
+    };
+
+    /// Why a search ended early.
+    enum class Status { Ok, InvalidPattern, TimeLimit, Error };
+
+    /// The match engine's time limit, in ICU's steps (a few milliseconds each at most):
+    /// a pathological pattern stops with Status::TimeLimit instead of freezing the editor.
+    static constexpr int DefaultTimeLimit = 2000;
+
+    Regex() = default;
+    Regex(const QString& pattern, unsigned options);
+    ~Regex();
+    Regex(Regex&&) noexcept;
+    Regex& operator=(Regex&&) noexcept;
+
+    bool isValid() const { return _pattern != nullptr; }
+    /// ICU's description of why the pattern does not compile, with its offset.
+    QString errorString() const { return _errorString; }
+    int captureGroupCount() const;
+    QString pattern() const { return _patternText; }
+    void setTimeLimit(int steps) { _timeLimit = steps; }
+
+    /// One match: every group's range, group 0 first. A group that did not take part
+    /// has location NSNotFound.
+    struct Match {
+        std::vector<Range> groups;
+        Range range() const { return groups.front(); }
+    };
+
+    /// Calls `visit` for each match within `range` of `text` (the whole text when the
+    /// range is not found), in order, until it returns false. The text is not copied.
+    Status forEachMatch(QStringView text, const std::function<bool(const Match&)>& visit,
+                        Range range = Range::notFound()) const;
+    /// All matches within `range` (the whole text by default).
+    std::vector<Match> matches(QStringView text, Range range = Range::notFound(),
+                               Status* status = nullptr) const;
+    /// The first match, if any.
+    bool firstMatch(QStringView text, Match* match) const;
+
+private:
+    struct Compiled;
+    Compiled* _pattern = nullptr;
+    QString _patternText;
+    QString _errorString;
+    int _timeLimit = DefaultTimeLimit;
+};

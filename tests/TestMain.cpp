@@ -11,8 +11,7 @@
 
 namespace {
 
-std::string makePrivateHome()
-{
+std::string makePrivateHome() {
     char pattern[] = "/tmp/tessaran-test-XXXXXX";
     const char* dir = mkdtemp(pattern);
     if (!dir) {
@@ -38,8 +37,7 @@ std::string makePrivateHome()
 
 } // namespace
 
-int main(int argc, char** argv)
-{
+int main(int argc, char** argv) {
     const std::string home = makePrivateHome();
     setenv("QT_QPA_PLATFORM", "offscreen", 1);
     ::testing::InitGoogleTest(&argc, argv);

@@ -11,10 +11,10 @@
 
 #include <limits>
 
-AppDelegate::AppDelegate(QObject* parent) : QObject(parent) {}
+AppDelegate::AppDelegate(QObject* parent)
+    : QObject(parent) {}
 
-void AppDelegate::initialize()
-{
+void AppDelegate::initialize() {
     static bool done = false;
     if (done) {
         return;
@@ -23,8 +23,7 @@ void AppDelegate::initialize()
     registerDefaults(QStringLiteral(":/DefaultValues.plist"), UserDefaults::standardUserDefaults());
 }
 
-QList<QPair<QString, QColor>> AppDelegate::defaultColors()
-{
+QList<QPair<QString, QColor>> AppDelegate::defaultColors() {
     const QColor darkGray = QColor::fromRgbF(1.0f / 3, 1.0f / 3, 1.0f / 3);
     const QColor control = qApp ? QApplication::palette().color(QPalette::Button)
                                 : QColor::fromRgbF(0.93f, 0.93f, 0.93f);
@@ -48,8 +47,7 @@ QList<QPair<QString, QColor>> AppDelegate::defaultColors()
     };
 }
 
-bool AppDelegate::registerDefaults(const QString& resourcePath, UserDefaults& defaults)
-{
+bool AppDelegate::registerDefaults(const QString& resourcePath, UserDefaults& defaults) {
     QFile file(resourcePath);
     if (!file.open(QIODevice::ReadOnly)) {
         return false;
@@ -75,41 +73,35 @@ bool AppDelegate::registerDefaults(const QString& resourcePath, UserDefaults& de
 }
 
 void AppDelegate::keyedArchiverOfObject(const QColor& object, const QString& key,
-                                        QVariantMap& withDefaults)
-{
+                                        QVariantMap& withDefaults) {
     withDefaults.insert(key, ColorArchive::archivedData(object));
 }
 
 void AppDelegate::keyedArchiverOfObject(const QColor& object, const QString& key,
-                                        UserDefaults& withDefaults)
-{
+                                        UserDefaults& withDefaults) {
     withDefaults.setObject(ColorArchive::archivedData(object), key);
 }
 
 void AppDelegate::applicationDidFinishLaunching() {}
 
-bool AppDelegate::applicationShouldOpenUntitledFile() const
-{
-    return UserDefaults::standardUserDefaults().boolForKey(QStringLiteral("ShouldOpenUntitledFile"));
+bool AppDelegate::applicationShouldOpenUntitledFile() const {
+    return UserDefaults::standardUserDefaults().boolForKey(
+        QStringLiteral("ShouldOpenUntitledFile"));
 }
 
-bool AppDelegate::applicationShouldHandleReopen(bool hasVisibleWindows) const
-{
+bool AppDelegate::applicationShouldHandleReopen(bool hasVisibleWindows) const {
     Q_UNUSED(hasVisibleWindows);
     return false;
 }
 
-void AppDelegate::applicationWillTerminate()
-{
+void AppDelegate::applicationWillTerminate() {
     UserDefaults::standardUserDefaults().synchronize();
 }
 
-void AppDelegate::openUntitledDocument()
-{
+void AppDelegate::openUntitledDocument() {
     (new DocumentWindow(QString()))->show();
 }
 
-void AppDelegate::openDocument(const QString& path)
-{
+void AppDelegate::openDocument(const QString& path) {
     (new DocumentWindow(path))->show();
 }

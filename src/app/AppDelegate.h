@@ -9,8 +9,7 @@ class UserDefaults;
 
 /// The application's delegate: registers the defaults and answers the application's
 /// questions about launching, re-activation and termination.
-class AppDelegate : public QObject
-{
+class AppDelegate : public QObject {
     Q_OBJECT
 
 public:

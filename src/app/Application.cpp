@@ -2,8 +2,8 @@
 
 #include "app/AppDelegate.h"
 
-Application::Application(int& argc, char** argv) : QApplication(argc, argv)
-{
+Application::Application(int& argc, char** argv)
+    : QApplication(argc, argv) {
     setApplicationName(QStringLiteral("Tessaran"));
     setOrganizationName(QStringLiteral("Tessaran"));
     setApplicationVersion(QStringLiteral(TESSARAN_VERSION));
@@ -15,13 +15,11 @@ Application::Application(int& argc, char** argv) : QApplication(argc, argv)
 
 Application::~Application() = default;
 
-Application* Application::instance()
-{
+Application* Application::instance() {
     return qobject_cast<Application*>(QCoreApplication::instance());
 }
 
-int Application::run()
-{
+int Application::run() {
     _delegate->applicationDidFinishLaunching();
     const QStringList files = arguments().mid(1);
     if (files.isEmpty()) {
@@ -38,7 +36,6 @@ int Application::run()
     return status;
 }
 
-void Application::postUpdatePreferences(QObject* object)
-{
+void Application::postUpdatePreferences(QObject* object) {
     Q_EMIT NotifUpdatePreferences(object);
 }

@@ -6,8 +6,7 @@ class AppDelegate;
 
 /// The application object: one per process. It carries the application-wide signals
 /// that stand in for notifications.
-class Application : public QApplication
-{
+class Application : public QApplication {
     Q_OBJECT
 
 public:

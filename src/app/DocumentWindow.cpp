@@ -8,8 +8,8 @@
 #include <QMessageBox>
 #include <QPlainTextEdit>
 
-DocumentWindow::DocumentWindow(const QString& path, QWidget* parent) : QMainWindow(parent)
-{
+DocumentWindow::DocumentWindow(const QString& path, QWidget* parent)
+    : QMainWindow(parent) {
     setAttribute(Qt::WA_DeleteOnClose);
     _textView = new QPlainTextEdit(this);
     setCentralWidget(_textView);
@@ -31,7 +31,8 @@ DocumentWindow::DocumentWindow(const QString& path, QWidget* parent) : QMainWind
     if (file.open(QIODevice::ReadOnly)) {
         _textView->setPlainText(QString::fromUtf8(file.readAll()));
     } else if (file.exists()) {
-        QMessageBox::warning(this, tr("Error"),
-                             tr("The file “%1” could not be opened: %2").arg(path, file.errorString()));
+        QMessageBox::warning(
+            this, tr("Error"),
+            tr("The file “%1” could not be opened: %2").arg(path, file.errorString()));
     }
 }

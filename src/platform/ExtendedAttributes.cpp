@@ -2,22 +2,19 @@
 
 #include <QFile>
 
-#include <sys/xattr.h>
-
 #include <cerrno>
 #include <cstring>
+#include <sys/xattr.h>
 
 namespace {
 
-QByteArray attributeName(const QString& name)
-{
+QByteArray attributeName(const QString& name) {
     return name.startsWith(u"user.") ? name.toUtf8() : "user." + name.toUtf8();
 }
 
 } // namespace
 
-std::optional<QByteArray> ExtendedAttributes::read(const QString& path, const QString& name)
-{
+std::optional<QByteArray> ExtendedAttributes::read(const QString& path, const QString& name) {
     const QByteArray file = QFile::encodeName(path);
     const QByteArray attr = attributeName(name);
     for (int attempt = 0; attempt < 3; ++attempt) {
@@ -26,7 +23,8 @@ std::optional<QByteArray> ExtendedAttributes::read(const QString& path, const QS
             return std::nullopt;
         }
         QByteArray value(size, Qt::Uninitialized);
-        const ssize_t got = ::getxattr(file.constData(), attr.constData(), value.data(), size_t(size));
+        const ssize_t got =
+            ::getxattr(file.constData(), attr.constData(), value.data(), size_t(size));
         if (got >= 0) {
             value.truncate(got);
             return value;
@@ -40,8 +38,7 @@ std::optional<QByteArray> ExtendedAttributes::read(const QString& path, const QS
 }
 
 bool ExtendedAttributes::write(const QString& path, const QString& name, const QByteArray& value,
-                               QString* error)
-{
+                               QString* error) {
     const QByteArray file = QFile::encodeName(path);
     if (::setxattr(file.constData(), attributeName(name).constData(), value.constData(),
                    size_t(value.size()), 0) != 0) {
@@ -53,8 +50,7 @@ bool ExtendedAttributes::write(const QString& path, const QString& name, const Q
     return true;
 }
 
-bool ExtendedAttributes::remove(const QString& path, const QString& name)
-{
+bool ExtendedAttributes::remove(const QString& path, const QString& name) {
     const QByteArray file = QFile::encodeName(path);
     return ::removexattr(file.constData(), attributeName(name).constData()) == 0;
 }

@@ -18,14 +18,12 @@ struct PlistDeleter {
 using PlistPtr = std::unique_ptr<void, PlistDeleter>;
 
 // Property-list dates count seconds from 2001-01-01 00:00:00 UTC.
-const QDateTime& referenceDate()
-{
+const QDateTime& referenceDate() {
     static const QDateTime date(QDate(2001, 1, 1), QTime(0, 0), Qt::UTC);
     return date;
 }
 
-QVariant integerValue(plist_t node)
-{
+QVariant integerValue(plist_t node) {
     uint64_t value = 0;
     plist_get_uint_val(node, &value);
     if (value <= uint64_t(std::numeric_limits<qint64>::max())) {
@@ -46,8 +44,7 @@ QVariant integerValue(plist_t node)
     return QVariant::fromValue(quint64(value));
 }
 
-QVariant toVariant(plist_t node, int depth)
-{
+QVariant toVariant(plist_t node, int depth) {
     if (!node || depth > 512) {
         return {};
     }
@@ -117,21 +114,20 @@ QVariant toVariant(plist_t node, int depth)
     }
 }
 
-plist_t unsignedNode(quint64 value)
-{
+plist_t unsignedNode(quint64 value) {
     if (value <= quint64(std::numeric_limits<qint64>::max())) {
         return plist_new_uint(value);
     }
     // Made from XML so that the library records the value as unsigned and writes it so.
-    const QByteArray xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?><plist version=\"1.0\"><integer>" +
-                           QByteArray::number(value) + "</integer></plist>";
+    const QByteArray xml =
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?><plist version=\"1.0\"><integer>" +
+        QByteArray::number(value) + "</integer></plist>";
     plist_t node = nullptr;
     plist_from_xml(xml.constData(), uint32_t(xml.size()), &node);
     return node;
 }
 
-plist_t fromVariant(const QVariant& value)
-{
+plist_t fromVariant(const QVariant& value) {
     switch (value.typeId()) {
     case QMetaType::Bool:
         return plist_new_bool(value.toBool());
@@ -192,8 +188,7 @@ plist_t fromVariant(const QVariant& value)
 
 } // namespace
 
-QVariant PropertyList::fromData(const QByteArray& data)
-{
+QVariant PropertyList::fromData(const QByteArray& data) {
     if (data.isEmpty() || data.size() > std::numeric_limits<uint32_t>::max()) {
         return {};
     }
@@ -211,8 +206,7 @@ QVariant PropertyList::fromData(const QByteArray& data)
     return toVariant(root, 0);
 }
 
-QVariant PropertyList::readFile(const QString& path)
-{
+QVariant PropertyList::readFile(const QString& path) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         return {};
@@ -220,8 +214,7 @@ QVariant PropertyList::readFile(const QString& path)
     return fromData(file.readAll());
 }
 
-std::optional<QVariantMap> PropertyList::readDictionary(const QString& path)
-{
+std::optional<QVariantMap> PropertyList::readDictionary(const QString& path) {
     const QVariant value = readFile(path);
     if (value.typeId() != QMetaType::QVariantMap) {
         return std::nullopt;
@@ -229,8 +222,7 @@ std::optional<QVariantMap> PropertyList::readDictionary(const QString& path)
     return value.toMap();
 }
 
-QByteArray PropertyList::toXml(const QVariant& value)
-{
+QByteArray PropertyList::toXml(const QVariant& value) {
     PlistPtr root(fromVariant(value));
     if (!root) {
         return {};
@@ -243,8 +235,7 @@ QByteArray PropertyList::toXml(const QVariant& value)
     return result;
 }
 
-bool PropertyList::writeXml(const QVariant& value, const QString& path, QString* error)
-{
+bool PropertyList::writeXml(const QVariant& value, const QString& path, QString* error) {
     const QByteArray xml = toXml(value);
     if (xml.isEmpty()) {
         if (error) {

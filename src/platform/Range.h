@@ -13,7 +13,9 @@ struct Range {
     qsizetype length = 0;
 
     constexpr Range() = default;
-    constexpr Range(qsizetype loc, qsizetype len) : location(loc), length(len) {}
+    constexpr Range(qsizetype loc, qsizetype len)
+        : location(loc)
+        , length(len) {}
 
     static constexpr Range notFound() { return {NSNotFound, 0}; }
 

@@ -8,20 +8,17 @@
 
 namespace {
 
-QString defaultSettingsPath()
-{
+QString defaultSettingsPath() {
     return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
            QStringLiteral("/Tessaran/Tessaran.conf");
 }
 
-std::unique_ptr<UserDefaults>& standardInstance()
-{
+std::unique_ptr<UserDefaults>& standardInstance() {
     static std::unique_ptr<UserDefaults> instance;
     return instance;
 }
 
-bool parsesAsBool(const QVariant& value)
-{
+bool parsesAsBool(const QVariant& value) {
     if (value.typeId() == QMetaType::QString) {
         const QString s = value.toString().trimmed().toLower();
         if (s == u"true" || s == u"yes") {
@@ -37,8 +34,7 @@ bool parsesAsBool(const QVariant& value)
 
 } // namespace
 
-UserDefaults& UserDefaults::standardUserDefaults()
-{
+UserDefaults& UserDefaults::standardUserDefaults() {
     auto& instance = standardInstance();
     if (!instance) {
         instance = std::make_unique<UserDefaults>(defaultSettingsPath());
@@ -46,8 +42,7 @@ UserDefaults& UserDefaults::standardUserDefaults()
     return *instance;
 }
 
-void UserDefaults::setStandardUserDefaultsPath(const QString& path)
-{
+void UserDefaults::setStandardUserDefaultsPath(const QString& path) {
     auto& instance = standardInstance();
     QVariantMap registered;
     if (instance) {
@@ -57,10 +52,11 @@ void UserDefaults::setStandardUserDefaultsPath(const QString& path)
     instance->_registered = registered;
 }
 
-UserDefaults::UserDefaults(const QString& path)
-{
+UserDefaults::UserDefaults(const QString& path) {
     QDir().mkpath(QFileInfo(path).absolutePath());
     _settings = std::make_unique<QSettings>(path, QSettings::IniFormat);
+    // The file is parsed lazily; reading the keys makes any format error show now.
+    _settings->allKeys();
     if (_settings->status() == QSettings::FormatError) {
         // Keep the user's broken file for them to look at instead of overwriting it with
         // whatever part of it could be read; start from an empty store.
@@ -74,27 +70,23 @@ UserDefaults::UserDefaults(const QString& path)
     }
 }
 
-UserDefaults::~UserDefaults()
-{
+UserDefaults::~UserDefaults() {
     if (_settings) {
         _settings->sync();
     }
 }
 
-QString UserDefaults::path() const
-{
+QString UserDefaults::path() const {
     return _settings->fileName();
 }
 
-void UserDefaults::registerDefaults(const QVariantMap& defaults)
-{
+void UserDefaults::registerDefaults(const QVariantMap& defaults) {
     for (auto it = defaults.cbegin(); it != defaults.cend(); ++it) {
         _registered.insert(it.key(), it.value());
     }
 }
 
-QVariant UserDefaults::objectForKey(const QString& key) const
-{
+QVariant UserDefaults::objectForKey(const QString& key) const {
     const QVariant user = _settings->value(key);
     if (user.isValid()) {
         return user;
@@ -102,14 +94,12 @@ QVariant UserDefaults::objectForKey(const QString& key) const
     return _registered.value(key);
 }
 
-bool UserDefaults::boolForKey(const QString& key) const
-{
+bool UserDefaults::boolForKey(const QString& key) const {
     const QVariant value = objectForKey(key);
     return value.isValid() && parsesAsBool(value);
 }
 
-qint64 UserDefaults::integerForKey(const QString& key) const
-{
+qint64 UserDefaults::integerForKey(const QString& key) const {
     const QVariant value = objectForKey(key);
     if (value.typeId() == QMetaType::Bool) {
         return value.toBool() ? 1 : 0;
@@ -130,8 +120,7 @@ qint64 UserDefaults::integerForKey(const QString& key) const
     return value.toLongLong();
 }
 
-quint64 UserDefaults::unsignedIntegerForKey(const QString& key) const
-{
+quint64 UserDefaults::unsignedIntegerForKey(const QString& key) const {
     const QVariant value = objectForKey(key);
     if (value.typeId() == QMetaType::QString) {
         const QString s = value.toString().trimmed();
@@ -144,13 +133,11 @@ quint64 UserDefaults::unsignedIntegerForKey(const QString& key) const
     return quint64(integerForKey(key));
 }
 
-double UserDefaults::doubleForKey(const QString& key) const
-{
+double UserDefaults::doubleForKey(const QString& key) const {
     return objectForKey(key).toDouble();
 }
 
-QString UserDefaults::stringForKey(const QString& key) const
-{
+QString UserDefaults::stringForKey(const QString& key) const {
     const QVariant value = objectForKey(key);
     if (!value.isValid() || !value.canConvert<QString>()) {
         return {};
@@ -158,8 +145,7 @@ QString UserDefaults::stringForKey(const QString& key) const
     return value.toString();
 }
 
-QByteArray UserDefaults::dataForKey(const QString& key) const
-{
+QByteArray UserDefaults::dataForKey(const QString& key) const {
     const QVariant value = objectForKey(key);
     if (value.typeId() != QMetaType::QByteArray) {
         return {};
@@ -167,8 +153,7 @@ QByteArray UserDefaults::dataForKey(const QString& key) const
     return value.toByteArray();
 }
 
-void UserDefaults::setObject(const QVariant& value, const QString& key)
-{
+void UserDefaults::setObject(const QVariant& value, const QString& key) {
     if (!value.isValid()) {
         removeObjectForKey(key);
         return;
@@ -176,17 +161,14 @@ void UserDefaults::setObject(const QVariant& value, const QString& key)
     _settings->setValue(key, value);
 }
 
-void UserDefaults::removeObjectForKey(const QString& key)
-{
+void UserDefaults::removeObjectForKey(const QString& key) {
     _settings->remove(key);
 }
 
-bool UserDefaults::hasUserValue(const QString& key) const
-{
+bool UserDefaults::hasUserValue(const QString& key) const {
     return _settings->contains(key);
 }
 
-void UserDefaults::synchronize()
-{
+void UserDefaults::synchronize() {
     _settings->sync();
 }

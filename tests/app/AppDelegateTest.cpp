@@ -1,0 +1,154 @@
+#include "app/AppDelegate.h"
+
+#include "TestSupport.h"
+#include "app/Application.h"
+#include "editor/EditorController.h"
+#include "platform/ColorArchive.h"
+#include "platform/PropertyList.h"
+#include "platform/UserDefaults.h"
+
+#include <QSignalSpy>
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace {
+
+constexpr quint64 kAutomatic = std::numeric_limits<quint64>::max();
+
+QString writeResource(const QVariantMap& map) {
+    const QString path = TestSupport::makeTempDir() + "/DefaultValues.plist";
+    PropertyList::writeXml(map, path);
+    return path;
+}
+
+} // namespace
+
+TEST(AppDelegate, ShippedDefaultsCoverEverySettingKey) {
+    const auto shipped = PropertyList::readDictionary(":/DefaultValues.plist");
+    ASSERT_TRUE(shipped.has_value());
+    const char* keys[] = {"ShouldOpenUntitledFile",
+                          "FirstStartupApplication",
+                          "AutosavingDelay",
+                          "DefaultsTextEncoding",
+                          "OpenDefaultsTextEncoding",
+                          "PriorityToJapaneseEncoding",
+                          "UTF8AppendByBOM",
+                          "DefaultsLineBreaks",
+                          "SavePanelExtensionHidden",
+                          "ShowInvisibleCharacters",
+                          "ShowGutterView",
+                          "DefaultWrapLines",
+                          "AutoIndent",
+                          "AutoBraceMatching",
+                          "AutoComplete",
+                          "AllowSpellChecking",
+                          "SpellCheckLanguage",
+                          "UseVerticalforSplitView",
+                          "SyntaxColouring",
+                          "DefaultForFileType",
+                          "DefaultsSyntaxName",
+                          "DefaultFont",
+                          "DefaultFontSize",
+                          "DefaultTabWidth",
+                          "AutoIndentBraces",
+                          "AutoIndentClosingBraces",
+                          "UsedChevronsMatching",
+                          "SpaceTab",
+                          "CharacterEntity",
+                          "NewLineCharacter",
+                          "TabCharacter",
+                          "SpaceCharacter",
+                          "FullwidthSpaceCharacter",
+                          "SearchReplaceAndFindNext",
+                          "SearchReplaceAll",
+                          "SearchCaseSensitive",
+                          "SearchRegularExpression",
+                          "SearchPrevious",
+                          "AllowMultiLineSearching"};
+    for (const char* key : keys) {
+        EXPECT_TRUE(shipped->contains(key)) << key;
+    }
+    EXPECT_FALSE(shipped->contains("ScriptAllItems"));
+    EXPECT_TRUE(shipped->value("FirstStartupApplication").toBool());
+
+    // The application registered them at start, "Automatic" as the unsigned all-ones value.
+    const UserDefaults& defaults = UserDefaults::standardUserDefaults();
+    EXPECT_EQ(defaults.unsignedIntegerForKey("OpenDefaultsTextEncoding"), kAutomatic);
+    EXPECT_EQ(defaults.registeredDefaults().value("OpenDefaultsTextEncoding").typeId(),
+              QMetaType::ULongLong);
+    EXPECT_EQ(defaults.integerForKey("DefaultsTextEncoding"), 4);
+    EXPECT_EQ(defaults.stringForKey("DefaultFont"), "DejaVu Sans Mono");
+    EXPECT_TRUE(defaults.boolForKey("FirstStartupApplication"));
+    EXPECT_EQ(EditorController::keyedUnarchiverOfUserDefaults(defaults, "KeywordsColor"),
+              QColor::fromRgbF(0.5f, 0.0f, 0.5f));
+}
+
+TEST(AppDelegate, RegistrationNormalisesAndAddsTheColours) {
+    const QString dir = TestSupport::makeTempDir();
+    {
+        UserDefaults defaults(dir + "/a.conf");
+        ASSERT_TRUE(AppDelegate::registerDefaults(
+            writeResource({{"OpenDefaultsTextEncoding", qint64(-1)},
+                           {"KeywordsColor", QByteArray("srgb 1 1 1 1")},
+                           {"AutoIndent", true}}),
+            defaults));
+        EXPECT_EQ(defaults.registeredDefaults().value("OpenDefaultsTextEncoding").toULongLong(),
+                  kAutomatic);
+        // The registration's colour replaces the resource's, and all sixteen are there.
+        EXPECT_EQ(EditorController::keyedUnarchiverOfUserDefaults(defaults, "KeywordsColor"),
+                  QColor::fromRgbF(0.5f, 0.0f, 0.5f));
+        for (const auto& [key, color] : AppDelegate::defaultColors()) {
+            EXPECT_EQ(EditorController::keyedUnarchiverOfUserDefaults(defaults, key), color)
+                << key.toStdString();
+        }
+        EXPECT_EQ(AppDelegate::defaultColors().size(), 16);
+        // A user's colour still wins.
+        AppDelegate::keyedArchiverOfObject(QColor(Qt::red), "KeywordsColor", defaults);
+        EXPECT_EQ(EditorController::keyedUnarchiverOfUserDefaults(defaults, "KeywordsColor"),
+                  QColor(Qt::red));
+    }
+    {
+        // Any other encoding is registered unchanged.
+        UserDefaults defaults(dir + "/b.conf");
+        ASSERT_TRUE(AppDelegate::registerDefaults(
+            writeResource({{"OpenDefaultsTextEncoding", qint64(8)}}), defaults));
+        EXPECT_EQ(defaults.unsignedIntegerForKey("OpenDefaultsTextEncoding"), 8u);
+    }
+}
+
+TEST(AppDelegate, MissingOrBrokenResourceRegistersNothing) {
+    const QString dir = TestSupport::makeTempDir();
+    UserDefaults defaults(dir + "/c.conf");
+    EXPECT_FALSE(AppDelegate::registerDefaults(dir + "/missing.plist", defaults));
+    EXPECT_FALSE(AppDelegate::registerDefaults(
+        TestSupport::writeFile(dir + "/broken.plist", "<plist><dict><key>x"), defaults));
+    EXPECT_FALSE(AppDelegate::registerDefaults(
+        TestSupport::writeFile(dir + "/array.plist", PropertyList::toXml(QVariantList{1, 2})),
+        defaults));
+    EXPECT_TRUE(defaults.registeredDefaults().isEmpty());
+    EXPECT_FALSE(defaults.boolForKey("FirstStartupApplication"));
+    EXPECT_FALSE(
+        EditorController::keyedUnarchiverOfUserDefaults(defaults, "KeywordsColor").isValid());
+}
+
+TEST(AppDelegate, LaunchQuestionsAndTheSettingsBroadcast) {
+    Application* app = Application::instance();
+    ASSERT_NE(app, nullptr);
+    AppDelegate& delegate = app->delegate();
+    UserDefaults& defaults = UserDefaults::standardUserDefaults();
+    EXPECT_TRUE(delegate.applicationShouldOpenUntitledFile());
+    defaults.setBool(false, "ShouldOpenUntitledFile");
+    EXPECT_FALSE(delegate.applicationShouldOpenUntitledFile());
+    defaults.removeObjectForKey("ShouldOpenUntitledFile");
+    // Re-activation never opens an untitled document.
+    EXPECT_FALSE(delegate.applicationShouldHandleReopen(false));
+    EXPECT_FALSE(delegate.applicationShouldHandleReopen(true));
+
+    QObject sender;
+    QSignalSpy spy(app, &Application::NotifUpdatePreferences);
+    app->postUpdatePreferences(&sender);
+    ASSERT_EQ(spy.count(), 1);
+    EXPECT_EQ(spy.at(0).at(0).value<QObject*>(), &sender);
+}

@@ -11,7 +11,8 @@
 
 namespace {
 
-std::string makePrivateHome() {
+std::string makePrivateHome()
+{
     char pattern[] = "/tmp/tessaran-test-XXXXXX";
     const char* dir = mkdtemp(pattern);
     if (!dir) {
@@ -37,7 +38,8 @@ std::string makePrivateHome() {
 
 } // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv)
+{
     const std::string home = makePrivateHome();
     setenv("QT_QPA_PLATFORM", "offscreen", 1);
     ::testing::InitGoogleTest(&argc, argv);

@@ -10,13 +10,15 @@
 
 namespace TestSupport {
 
-QString makeTempDir() {
+QString makeTempDir()
+{
     static std::vector<std::unique_ptr<QTemporaryDir>> dirs;
     dirs.push_back(std::make_unique<QTemporaryDir>());
     return dirs.back()->path();
 }
 
-QString writeFile(const QString& path, const QByteArray& bytes) {
+QString writeFile(const QString& path, const QByteArray& bytes)
+{
     QDir().mkpath(QFileInfo(path).absolutePath());
     QFile file(path);
     if (file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
@@ -25,7 +27,8 @@ QString writeFile(const QString& path, const QByteArray& bytes) {
     return path;
 }
 
-QByteArray readFile(const QString& path) {
+QByteArray readFile(const QString& path)
+{
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }

@@ -4,6 +4,7 @@
 #include "platform/ColorArchive.h"
 #include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
+#include "scripts/ScriptManager.h"
 
 #include <QApplication>
 #include <QFile>
@@ -12,9 +13,11 @@
 #include <limits>
 
 AppDelegate::AppDelegate(QObject* parent)
-    : QObject(parent) {}
+    : QObject(parent)
+{}
 
-void AppDelegate::initialize() {
+void AppDelegate::initialize()
+{
     static bool done = false;
     if (done) {
         return;
@@ -23,7 +26,8 @@ void AppDelegate::initialize() {
     registerDefaults(QStringLiteral(":/DefaultValues.plist"), UserDefaults::standardUserDefaults());
 }
 
-QList<QPair<QString, QColor>> AppDelegate::defaultColors() {
+QList<QPair<QString, QColor>> AppDelegate::defaultColors()
+{
     const QColor darkGray = QColor::fromRgbF(1.0f / 3, 1.0f / 3, 1.0f / 3);
     const QColor control = qApp ? QApplication::palette().color(QPalette::Button)
                                 : QColor::fromRgbF(0.93f, 0.93f, 0.93f);
@@ -47,7 +51,8 @@ QList<QPair<QString, QColor>> AppDelegate::defaultColors() {
     };
 }
 
-bool AppDelegate::registerDefaults(const QString& resourcePath, UserDefaults& defaults) {
+bool AppDelegate::registerDefaults(const QString& resourcePath, UserDefaults& defaults)
+{
     QFile file(resourcePath);
     if (!file.open(QIODevice::ReadOnly)) {
         return false;
@@ -73,35 +78,43 @@ bool AppDelegate::registerDefaults(const QString& resourcePath, UserDefaults& de
 }
 
 void AppDelegate::keyedArchiverOfObject(const QColor& object, const QString& key,
-                                        QVariantMap& withDefaults) {
+                                        QVariantMap& withDefaults)
+{
     withDefaults.insert(key, ColorArchive::archivedData(object));
 }
 
 void AppDelegate::keyedArchiverOfObject(const QColor& object, const QString& key,
-                                        UserDefaults& withDefaults) {
+                                        UserDefaults& withDefaults)
+{
     withDefaults.setObject(ColorArchive::archivedData(object), key);
 }
 
 void AppDelegate::applicationDidFinishLaunching() {}
 
-bool AppDelegate::applicationShouldOpenUntitledFile() const {
+bool AppDelegate::applicationShouldOpenUntitledFile() const
+{
     return UserDefaults::standardUserDefaults().boolForKey(
         QStringLiteral("ShouldOpenUntitledFile"));
 }
 
-bool AppDelegate::applicationShouldHandleReopen(bool hasVisibleWindows) const {
+bool AppDelegate::applicationShouldHandleReopen(bool hasVisibleWindows) const
+{
     Q_UNUSED(hasVisibleWindows);
     return false;
 }
 
-void AppDelegate::applicationWillTerminate() {
+void AppDelegate::applicationWillTerminate()
+{
+    ScriptManager::sharedScriptManager().writeScriptDataSource();
     UserDefaults::standardUserDefaults().synchronize();
 }
 
-void AppDelegate::openUntitledDocument() {
+void AppDelegate::openUntitledDocument()
+{
     (new DocumentWindow(QString()))->show();
 }
 
-void AppDelegate::openDocument(const QString& path) {
+void AppDelegate::openDocument(const QString& path)
+{
     (new DocumentWindow(path))->show();
 }

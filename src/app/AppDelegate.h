@@ -9,7 +9,8 @@ class UserDefaults;
 
 /// The application's delegate: registers the defaults and answers the application's
 /// questions about launching, re-activation and termination.
-class AppDelegate : public QObject {
+class AppDelegate : public QObject
+{
     Q_OBJECT
 
 public:

@@ -1,9 +1,12 @@
 #include "app/Application.h"
 
 #include "app/AppDelegate.h"
+#include "document/DocumentController.h"
+#include "document/DocumentController.h"
 
 Application::Application(int& argc, char** argv)
-    : QApplication(argc, argv) {
+    : QApplication(argc, argv)
+{
     setApplicationName(QStringLiteral("Tessaran"));
     setOrganizationName(QStringLiteral("Tessaran"));
     setApplicationVersion(QStringLiteral(TESSARAN_VERSION));
@@ -15,11 +18,14 @@ Application::Application(int& argc, char** argv)
 
 Application::~Application() = default;
 
-Application* Application::instance() {
+Application* Application::instance()
+{
     return qobject_cast<Application*>(QCoreApplication::instance());
 }
 
-int Application::run() {
+int Application::run()
+{
+    DocumentController::sharedDocumentController().awakeFromNib();
     _delegate->applicationDidFinishLaunching();
     const QStringList files = arguments().mid(1);
     if (files.isEmpty()) {
@@ -36,6 +42,7 @@ int Application::run() {
     return status;
 }
 
-void Application::postUpdatePreferences(QObject* object) {
+void Application::postUpdatePreferences(QObject* object)
+{
     Q_EMIT NotifUpdatePreferences(object);
 }

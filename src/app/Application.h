@@ -1,12 +1,17 @@
 #pragma once
 
+#include "scripts/ScriptObject.h"
+
 #include <QApplication>
+
+#include <optional>
 
 class AppDelegate;
 
 /// The application object: one per process. It carries the application-wide signals
 /// that stand in for notifications.
-class Application : public QApplication {
+class Application : public QApplication
+{
     Q_OBJECT
 
 public:
@@ -25,9 +30,17 @@ public:
     /// closes); `object` is the sender.
     void postUpdatePreferences(QObject* object);
 
+    /// The top-level entries of the script library; none until the library is read.
+    const std::optional<ScriptObjectList>& scriptDataSource() const { return _scriptDataSource; }
+    void setScriptDataSource(std::optional<ScriptObjectList> nodes)
+    {
+        _scriptDataSource = std::move(nodes);
+    }
+
 Q_SIGNALS:
     void NotifUpdatePreferences(QObject* object);
 
 private:
     AppDelegate* _delegate = nullptr;
+    std::optional<ScriptObjectList> _scriptDataSource;
 };

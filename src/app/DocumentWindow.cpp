@@ -9,7 +9,8 @@
 #include <QPlainTextEdit>
 
 DocumentWindow::DocumentWindow(const QString& path, QWidget* parent)
-    : QMainWindow(parent) {
+    : QMainWindow(parent)
+{
     setAttribute(Qt::WA_DeleteOnClose);
     _textView = new QPlainTextEdit(this);
     setCentralWidget(_textView);

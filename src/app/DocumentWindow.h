@@ -6,7 +6,8 @@ class QPlainTextEdit;
 
 /// A plain window on one file: the editor's window until documents and their window
 /// controllers take over.
-class DocumentWindow : public QMainWindow {
+class DocumentWindow : public QMainWindow
+{
     Q_OBJECT
 
 public:

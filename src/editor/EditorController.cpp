@@ -4,6 +4,7 @@
 #include "platform/UserDefaults.h"
 
 QColor EditorController::keyedUnarchiverOfUserDefaults(const UserDefaults& defaults,
-                                                       const QString& key) {
+                                                       const QString& key)
+{
     return ColorArchive::unarchive(defaults.dataForKey(key));
 }

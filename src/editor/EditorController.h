@@ -6,7 +6,8 @@
 class UserDefaults;
 
 /// Builds and configures an editor pane.
-class EditorController {
+class EditorController
+{
 public:
     /// The colour stored under `key`; an invalid QColor when the key has no value or its
     /// data is not a colour archive. Every colour setting is read through here.

@@ -2,7 +2,8 @@
 
 #include <QList>
 
-QByteArray ColorArchive::archivedData(const QColor& color) {
+QByteArray ColorArchive::archivedData(const QColor& color)
+{
     if (!color.isValid()) {
         return {};
     }
@@ -16,7 +17,8 @@ QByteArray ColorArchive::archivedData(const QColor& color) {
     return data;
 }
 
-QColor ColorArchive::unarchive(const QByteArray& data) {
+QColor ColorArchive::unarchive(const QByteArray& data)
+{
     const QList<QByteArray> parts = data.trimmed().split(' ');
     if (parts.size() != 5 || parts[0] != "srgb") {
         return {};

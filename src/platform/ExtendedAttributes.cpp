@@ -8,13 +8,15 @@
 
 namespace {
 
-QByteArray attributeName(const QString& name) {
+QByteArray attributeName(const QString& name)
+{
     return name.startsWith(u"user.") ? name.toUtf8() : "user." + name.toUtf8();
 }
 
 } // namespace
 
-std::optional<QByteArray> ExtendedAttributes::read(const QString& path, const QString& name) {
+std::optional<QByteArray> ExtendedAttributes::read(const QString& path, const QString& name)
+{
     const QByteArray file = QFile::encodeName(path);
     const QByteArray attr = attributeName(name);
     for (int attempt = 0; attempt < 3; ++attempt) {
@@ -38,7 +40,8 @@ std::optional<QByteArray> ExtendedAttributes::read(const QString& path, const QS
 }
 
 bool ExtendedAttributes::write(const QString& path, const QString& name, const QByteArray& value,
-                               QString* error) {
+                               QString* error)
+{
     const QByteArray file = QFile::encodeName(path);
     if (::setxattr(file.constData(), attributeName(name).constData(), value.constData(),
                    size_t(value.size()), 0) != 0) {
@@ -50,7 +53,8 @@ bool ExtendedAttributes::write(const QString& path, const QString& name, const Q
     return true;
 }
 
-bool ExtendedAttributes::remove(const QString& path, const QString& name) {
+bool ExtendedAttributes::remove(const QString& path, const QString& name)
+{
     const QByteArray file = QFile::encodeName(path);
     return ::removexattr(file.constData(), attributeName(name).constData()) == 0;
 }

@@ -6,7 +6,8 @@
 #include <optional>
 
 /// One extended attribute of a file. Attributes live in Linux's "user." namespace.
-class ExtendedAttributes {
+class ExtendedAttributes
+{
 public:
     /// The attribute's bytes; none when the file has no such attribute, cannot be read,
     /// or lies on a file system without extended attributes.

@@ -5,7 +5,8 @@
 
 namespace {
 
-QString joined(const QString& folder, const QString& name) {
+QString joined(const QString& folder, const QString& name)
+{
     if (folder.isNull()) {
         return {};
     }
@@ -15,7 +16,8 @@ QString joined(const QString& folder, const QString& name) {
 } // namespace
 
 QString FileManager::findOrCreateDirectory(int directory, int domain,
-                                           const QString& appendPathComponent) {
+                                           const QString& appendPathComponent)
+{
     if (directory != ApplicationSupportDirectory || domain != UserDomainMask) {
         return {};
     }
@@ -30,15 +32,18 @@ QString FileManager::findOrCreateDirectory(int directory, int domain,
     return path;
 }
 
-QString FileManager::applicationSupportDirectoryPath() {
+QString FileManager::applicationSupportDirectoryPath()
+{
     return findOrCreateDirectory(ApplicationSupportDirectory, UserDomainMask, applicationName());
 }
 
-QString FileManager::syntaxDefinitionDirectoryPathInPath(const QString& fileName) {
+QString FileManager::syntaxDefinitionDirectoryPathInPath(const QString& fileName)
+{
     return joined(joined(applicationSupportDirectoryPath(), QStringLiteral("SyntaxDefinition")),
                   fileName);
 }
 
-QString FileManager::scriptDirectoryPathInPath(const QString& fileName) {
+QString FileManager::scriptDirectoryPathInPath(const QString& fileName)
+{
     return joined(joined(applicationSupportDirectoryPath(), QStringLiteral("Script")), fileName);
 }

@@ -4,7 +4,8 @@
 
 /// The paths of the user's support folder, $XDG_DATA_HOME/Tessaran, and of the folders
 /// inside it. A null QString means the folder could not be found or created.
-class FileManager {
+class FileManager
+{
 public:
     /// Search-path directories and domains understood by findOrCreateDirectory().
     enum SearchPathDirectory { ApplicationSupportDirectory = 14 };

@@ -18,12 +18,14 @@ struct PlistDeleter {
 using PlistPtr = std::unique_ptr<void, PlistDeleter>;
 
 // Property-list dates count seconds from 2001-01-01 00:00:00 UTC.
-const QDateTime& referenceDate() {
+const QDateTime& referenceDate()
+{
     static const QDateTime date(QDate(2001, 1, 1), QTime(0, 0), Qt::UTC);
     return date;
 }
 
-QVariant integerValue(plist_t node) {
+QVariant integerValue(plist_t node)
+{
     uint64_t value = 0;
     plist_get_uint_val(node, &value);
     if (value <= uint64_t(std::numeric_limits<qint64>::max())) {
@@ -44,7 +46,8 @@ QVariant integerValue(plist_t node) {
     return QVariant::fromValue(quint64(value));
 }
 
-QVariant toVariant(plist_t node, int depth) {
+QVariant toVariant(plist_t node, int depth)
+{
     if (!node || depth > 512) {
         return {};
     }
@@ -114,7 +117,8 @@ QVariant toVariant(plist_t node, int depth) {
     }
 }
 
-plist_t unsignedNode(quint64 value) {
+plist_t unsignedNode(quint64 value)
+{
     if (value <= quint64(std::numeric_limits<qint64>::max())) {
         return plist_new_uint(value);
     }
@@ -127,7 +131,8 @@ plist_t unsignedNode(quint64 value) {
     return node;
 }
 
-plist_t fromVariant(const QVariant& value) {
+plist_t fromVariant(const QVariant& value)
+{
     switch (value.typeId()) {
     case QMetaType::Bool:
         return plist_new_bool(value.toBool());
@@ -188,7 +193,8 @@ plist_t fromVariant(const QVariant& value) {
 
 } // namespace
 
-QVariant PropertyList::fromData(const QByteArray& data) {
+QVariant PropertyList::fromData(const QByteArray& data)
+{
     if (data.isEmpty() || data.size() > std::numeric_limits<uint32_t>::max()) {
         return {};
     }
@@ -206,7 +212,8 @@ QVariant PropertyList::fromData(const QByteArray& data) {
     return toVariant(root, 0);
 }
 
-QVariant PropertyList::readFile(const QString& path) {
+QVariant PropertyList::readFile(const QString& path)
+{
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         return {};
@@ -214,7 +221,8 @@ QVariant PropertyList::readFile(const QString& path) {
     return fromData(file.readAll());
 }
 
-std::optional<QVariantMap> PropertyList::readDictionary(const QString& path) {
+std::optional<QVariantMap> PropertyList::readDictionary(const QString& path)
+{
     const QVariant value = readFile(path);
     if (value.typeId() != QMetaType::QVariantMap) {
         return std::nullopt;
@@ -222,7 +230,8 @@ std::optional<QVariantMap> PropertyList::readDictionary(const QString& path) {
     return value.toMap();
 }
 
-QByteArray PropertyList::toXml(const QVariant& value) {
+QByteArray PropertyList::toXml(const QVariant& value)
+{
     PlistPtr root(fromVariant(value));
     if (!root) {
         return {};
@@ -235,7 +244,8 @@ QByteArray PropertyList::toXml(const QVariant& value) {
     return result;
 }
 
-bool PropertyList::writeXml(const QVariant& value, const QString& path, QString* error) {
+bool PropertyList::writeXml(const QVariant& value, const QString& path, QString* error)
+{
     const QByteArray xml = toXml(value);
     if (xml.isEmpty()) {
         if (error) {

@@ -10,7 +10,8 @@
 /// arrays QVariantList, strings QString, booleans bool, integers qint64 (quint64 for
 /// values above the signed range, such as 2^64−1), reals double, data QByteArray and
 /// dates QDateTime (UTC).
-class PropertyList {
+class PropertyList
+{
 public:
     /// The value held by `data`, or an invalid QVariant when it is not a property list.
     static QVariant fromData(const QByteArray& data);

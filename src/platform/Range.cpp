@@ -2,7 +2,8 @@
 
 #include <algorithm>
 
-Range Range::intersection(Range other) const {
+Range Range::intersection(Range other) const
+{
     const qsizetype start = std::max(location, other.location);
     const qsizetype end = std::min(max(), other.max());
     if (end <= start) {
@@ -11,17 +12,20 @@ Range Range::intersection(Range other) const {
     return {start, end - start};
 }
 
-Range Range::unionWith(Range other) const {
+Range Range::unionWith(Range other) const
+{
     const qsizetype start = std::min(location, other.location);
     const qsizetype end = std::max(max(), other.max());
     return {start, end - start};
 }
 
-QString NSStringFromRange(Range range) {
+QString NSStringFromRange(Range range)
+{
     return QStringLiteral("{%1, %2}").arg(range.location).arg(range.length);
 }
 
-Range NSRangeFromString(const QString& text) {
+Range NSRangeFromString(const QString& text)
+{
     qsizetype values[2] = {0, 0};
     int found = 0;
     qsizetype i = 0;

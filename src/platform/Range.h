@@ -15,7 +15,8 @@ struct Range {
     constexpr Range() = default;
     constexpr Range(qsizetype loc, qsizetype len)
         : location(loc)
-        , length(len) {}
+        , length(len)
+    {}
 
     static constexpr Range notFound() { return {NSNotFound, 0}; }
 

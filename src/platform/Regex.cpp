@@ -12,7 +12,8 @@ struct Regex::Compiled {
 
 namespace {
 
-uint32_t icuFlags(unsigned options) {
+uint32_t icuFlags(unsigned options)
+{
     uint32_t flags = 0;
     if (options & Regex::CaseInsensitive) {
         flags |= UREGEX_CASE_INSENSITIVE;
@@ -41,7 +42,8 @@ uint32_t icuFlags(unsigned options) {
 } // namespace
 
 Regex::Regex(const QString& pattern, unsigned options)
-    : _patternText(pattern) {
+    : _patternText(pattern)
+{
     UErrorCode status = U_ZERO_ERROR;
     UParseError parseError{};
     const icu::UnicodeString text(reinterpret_cast<const UChar*>(pattern.utf16()),
@@ -57,7 +59,8 @@ Regex::Regex(const QString& pattern, unsigned options)
     _pattern = new Compiled{std::move(compiled)};
 }
 
-Regex::~Regex() {
+Regex::~Regex()
+{
     delete _pattern;
 }
 
@@ -65,9 +68,11 @@ Regex::Regex(Regex&& other) noexcept
     : _pattern(std::exchange(other._pattern, nullptr))
     , _patternText(std::move(other._patternText))
     , _errorString(std::move(other._errorString))
-    , _timeLimit(other._timeLimit) {}
+    , _timeLimit(other._timeLimit)
+{}
 
-Regex& Regex::operator=(Regex&& other) noexcept {
+Regex& Regex::operator=(Regex&& other) noexcept
+{
     if (this != &other) {
         delete _pattern;
         _pattern = std::exchange(other._pattern, nullptr);
@@ -78,7 +83,8 @@ Regex& Regex::operator=(Regex&& other) noexcept {
     return *this;
 }
 
-int Regex::captureGroupCount() const {
+int Regex::captureGroupCount() const
+{
     if (!_pattern) {
         return 0;
     }
@@ -88,7 +94,8 @@ int Regex::captureGroupCount() const {
 }
 
 Regex::Status Regex::forEachMatch(QStringView text, const std::function<bool(const Match&)>& visit,
-                                  Range range) const {
+                                  Range range) const
+{
     if (!_pattern) {
         return Status::InvalidPattern;
     }
@@ -134,7 +141,8 @@ Regex::Status Regex::forEachMatch(QStringView text, const std::function<bool(con
     return result;
 }
 
-std::vector<Regex::Match> Regex::matches(QStringView text, Range range, Status* status) const {
+std::vector<Regex::Match> Regex::matches(QStringView text, Range range, Status* status) const
+{
     std::vector<Match> result;
     const Status s = forEachMatch(
         text,
@@ -149,7 +157,8 @@ std::vector<Regex::Match> Regex::matches(QStringView text, Range range, Status* 
     return result;
 }
 
-bool Regex::firstMatch(QStringView text, Match* match) const {
+bool Regex::firstMatch(QStringView text, Match* match) const
+{
     bool found = false;
     forEachMatch(text, [&](const Match& m) {
         found = true;

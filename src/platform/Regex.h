@@ -11,7 +11,8 @@
 
 /// An ICU regular expression over UTF-16 text. The option bits are the editor's own
 /// numbering, used throughout (search, colouring, scripts):
-class Regex {
+class Regex
+{
 public:
     enum Option : unsigned {
         CaseInsensitive = 1,

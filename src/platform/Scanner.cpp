@@ -3,18 +3,22 @@
 #include <limits>
 
 Scanner::Scanner(const QString& string)
-    : _string(string) {}
+    : _string(string)
+{}
 
-void Scanner::setScanLocation(qsizetype location) {
+void Scanner::setScanLocation(qsizetype location)
+{
     _scanLocation = qBound(qsizetype(0), location, _string.size());
 }
 
-bool Scanner::isWhitespaceOrNewline(QChar c) {
+bool Scanner::isWhitespaceOrNewline(QChar c)
+{
     // QChar::isSpace covers the separators (Zs, Zl, Zp), TAB to CR and NEL.
     return c.isSpace();
 }
 
-void Scanner::skip() {
+void Scanner::skip()
+{
     if (!_skipsWhitespace) {
         return;
     }
@@ -24,7 +28,8 @@ void Scanner::skip() {
     }
 }
 
-bool Scanner::isAtEnd() const {
+bool Scanner::isAtEnd() const
+{
     qsizetype i = _scanLocation;
     const qsizetype n = _string.size();
     if (!_skipsWhitespace) {
@@ -36,7 +41,8 @@ bool Scanner::isAtEnd() const {
     return i >= n;
 }
 
-bool Scanner::scanUpToString(const QString& string, QString* into) {
+bool Scanner::scanUpToString(const QString& string, QString* into)
+{
     skip();
     const qsizetype start = _scanLocation;
     if (start >= _string.size()) {
@@ -57,7 +63,8 @@ bool Scanner::scanUpToString(const QString& string, QString* into) {
     return true;
 }
 
-bool Scanner::scanString(const QString& string, QString* into) {
+bool Scanner::scanString(const QString& string, QString* into)
+{
     skip();
     if (string.isEmpty()) {
         return false;
@@ -74,7 +81,8 @@ bool Scanner::scanString(const QString& string, QString* into) {
     return true;
 }
 
-bool Scanner::scanInteger(qint64* value) {
+bool Scanner::scanInteger(qint64* value)
+{
     skip();
     qsizetype i = _scanLocation;
     const qsizetype n = _string.size();

@@ -6,7 +6,8 @@
 /// (Unicode space separators, line and paragraph separators, TAB, LF, VT, FF, CR and
 /// NEL) are skipped, and the skip stands even when the step itself finds nothing. The
 /// scanner is at its end when only such characters remain.
-class Scanner {
+class Scanner
+{
 public:
     explicit Scanner(const QString& string);
 

@@ -8,17 +8,20 @@
 
 namespace {
 
-QString defaultSettingsPath() {
+QString defaultSettingsPath()
+{
     return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
            QStringLiteral("/Tessaran/Tessaran.conf");
 }
 
-std::unique_ptr<UserDefaults>& standardInstance() {
+std::unique_ptr<UserDefaults>& standardInstance()
+{
     static std::unique_ptr<UserDefaults> instance;
     return instance;
 }
 
-bool parsesAsBool(const QVariant& value) {
+bool parsesAsBool(const QVariant& value)
+{
     if (value.typeId() == QMetaType::QString) {
         const QString s = value.toString().trimmed().toLower();
         if (s == u"true" || s == u"yes") {
@@ -34,7 +37,8 @@ bool parsesAsBool(const QVariant& value) {
 
 } // namespace
 
-UserDefaults& UserDefaults::standardUserDefaults() {
+UserDefaults& UserDefaults::standardUserDefaults()
+{
     auto& instance = standardInstance();
     if (!instance) {
         instance = std::make_unique<UserDefaults>(defaultSettingsPath());
@@ -42,7 +46,8 @@ UserDefaults& UserDefaults::standardUserDefaults() {
     return *instance;
 }
 
-void UserDefaults::setStandardUserDefaultsPath(const QString& path) {
+void UserDefaults::setStandardUserDefaultsPath(const QString& path)
+{
     auto& instance = standardInstance();
     QVariantMap registered;
     if (instance) {
@@ -52,7 +57,8 @@ void UserDefaults::setStandardUserDefaultsPath(const QString& path) {
     instance->_registered = registered;
 }
 
-UserDefaults::UserDefaults(const QString& path) {
+UserDefaults::UserDefaults(const QString& path)
+{
     QDir().mkpath(QFileInfo(path).absolutePath());
     _settings = std::make_unique<QSettings>(path, QSettings::IniFormat);
     // The file is parsed lazily; reading the keys makes any format error show now.
@@ -70,23 +76,27 @@ UserDefaults::UserDefaults(const QString& path) {
     }
 }
 
-UserDefaults::~UserDefaults() {
+UserDefaults::~UserDefaults()
+{
     if (_settings) {
         _settings->sync();
     }
 }
 
-QString UserDefaults::path() const {
+QString UserDefaults::path() const
+{
     return _settings->fileName();
 }
 
-void UserDefaults::registerDefaults(const QVariantMap& defaults) {
+void UserDefaults::registerDefaults(const QVariantMap& defaults)
+{
     for (auto it = defaults.cbegin(); it != defaults.cend(); ++it) {
         _registered.insert(it.key(), it.value());
     }
 }
 
-QVariant UserDefaults::objectForKey(const QString& key) const {
+QVariant UserDefaults::objectForKey(const QString& key) const
+{
     const QVariant user = _settings->value(key);
     if (user.isValid()) {
         return user;
@@ -94,12 +104,14 @@ QVariant UserDefaults::objectForKey(const QString& key) const {
     return _registered.value(key);
 }
 
-bool UserDefaults::boolForKey(const QString& key) const {
+bool UserDefaults::boolForKey(const QString& key) const
+{
     const QVariant value = objectForKey(key);
     return value.isValid() && parsesAsBool(value);
 }
 
-qint64 UserDefaults::integerForKey(const QString& key) const {
+qint64 UserDefaults::integerForKey(const QString& key) const
+{
     const QVariant value = objectForKey(key);
     if (value.typeId() == QMetaType::Bool) {
         return value.toBool() ? 1 : 0;
@@ -120,7 +132,8 @@ qint64 UserDefaults::integerForKey(const QString& key) const {
     return value.toLongLong();
 }
 
-quint64 UserDefaults::unsignedIntegerForKey(const QString& key) const {
+quint64 UserDefaults::unsignedIntegerForKey(const QString& key) const
+{
     const QVariant value = objectForKey(key);
     if (value.typeId() == QMetaType::QString) {
         const QString s = value.toString().trimmed();
@@ -133,11 +146,13 @@ quint64 UserDefaults::unsignedIntegerForKey(const QString& key) const {
     return quint64(integerForKey(key));
 }
 
-double UserDefaults::doubleForKey(const QString& key) const {
+double UserDefaults::doubleForKey(const QString& key) const
+{
     return objectForKey(key).toDouble();
 }
 
-QString UserDefaults::stringForKey(const QString& key) const {
+QString UserDefaults::stringForKey(const QString& key) const
+{
     const QVariant value = objectForKey(key);
     if (!value.isValid() || !value.canConvert<QString>()) {
         return {};
@@ -145,7 +160,8 @@ QString UserDefaults::stringForKey(const QString& key) const {
     return value.toString();
 }
 
-QByteArray UserDefaults::dataForKey(const QString& key) const {
+QByteArray UserDefaults::dataForKey(const QString& key) const
+{
     const QVariant value = objectForKey(key);
     if (value.typeId() != QMetaType::QByteArray) {
         return {};
@@ -153,7 +169,8 @@ QByteArray UserDefaults::dataForKey(const QString& key) const {
     return value.toByteArray();
 }
 
-void UserDefaults::setObject(const QVariant& value, const QString& key) {
+void UserDefaults::setObject(const QVariant& value, const QString& key)
+{
     if (!value.isValid()) {
         removeObjectForKey(key);
         return;
@@ -161,14 +178,17 @@ void UserDefaults::setObject(const QVariant& value, const QString& key) {
     _settings->setValue(key, value);
 }
 
-void UserDefaults::removeObjectForKey(const QString& key) {
+void UserDefaults::removeObjectForKey(const QString& key)
+{
     _settings->remove(key);
 }
 
-bool UserDefaults::hasUserValue(const QString& key) const {
+bool UserDefaults::hasUserValue(const QString& key) const
+{
     return _settings->contains(key);
 }
 
-void UserDefaults::synchronize() {
+void UserDefaults::synchronize()
+{
     _settings->sync();
 }

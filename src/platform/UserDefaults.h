@@ -11,7 +11,8 @@
 /// rebuilt at every start, never written) and the user's values (an INI file, persistent,
 /// winning over the registered ones). A key with no value in either layer reads as
 /// false, 0 or none.
-class UserDefaults {
+class UserDefaults
+{
 public:
     /// The application's store: $XDG_CONFIG_HOME/Tessaran/Tessaran.conf.
     static UserDefaults& standardUserDefaults();

@@ -17,7 +17,8 @@ namespace {
 
 constexpr quint64 kAutomatic = std::numeric_limits<quint64>::max();
 
-QString writeResource(const QVariantMap& map) {
+QString writeResource(const QVariantMap& map)
+{
     const QString path = TestSupport::makeTempDir() + "/DefaultValues.plist";
     PropertyList::writeXml(map, path);
     return path;
@@ -25,7 +26,8 @@ QString writeResource(const QVariantMap& map) {
 
 } // namespace
 
-TEST(AppDelegate, ShippedDefaultsCoverEverySettingKey) {
+TEST(AppDelegate, ShippedDefaultsCoverEverySettingKey)
+{
     const auto shipped = PropertyList::readDictionary(":/DefaultValues.plist");
     ASSERT_TRUE(shipped.has_value());
     const char* keys[] = {"ShouldOpenUntitledFile",
@@ -85,7 +87,8 @@ TEST(AppDelegate, ShippedDefaultsCoverEverySettingKey) {
               QColor::fromRgbF(0.5f, 0.0f, 0.5f));
 }
 
-TEST(AppDelegate, RegistrationNormalisesAndAddsTheColours) {
+TEST(AppDelegate, RegistrationNormalisesAndAddsTheColours)
+{
     const QString dir = TestSupport::makeTempDir();
     {
         UserDefaults defaults(dir + "/a.conf");
@@ -118,7 +121,8 @@ TEST(AppDelegate, RegistrationNormalisesAndAddsTheColours) {
     }
 }
 
-TEST(AppDelegate, MissingOrBrokenResourceRegistersNothing) {
+TEST(AppDelegate, MissingOrBrokenResourceRegistersNothing)
+{
     const QString dir = TestSupport::makeTempDir();
     UserDefaults defaults(dir + "/c.conf");
     EXPECT_FALSE(AppDelegate::registerDefaults(dir + "/missing.plist", defaults));
@@ -133,7 +137,8 @@ TEST(AppDelegate, MissingOrBrokenResourceRegistersNothing) {
         EditorController::keyedUnarchiverOfUserDefaults(defaults, "KeywordsColor").isValid());
 }
 
-TEST(AppDelegate, LaunchQuestionsAndTheSettingsBroadcast) {
+TEST(AppDelegate, LaunchQuestionsAndTheSettingsBroadcast)
+{
     Application* app = Application::instance();
     ASSERT_NE(app, nullptr);
     AppDelegate& delegate = app->delegate();

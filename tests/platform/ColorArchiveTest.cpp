@@ -6,7 +6,8 @@
 
 #include <gtest/gtest.h>
 
-TEST(ColorArchive, RoundTripsExactlyThroughTheStore) {
+TEST(ColorArchive, RoundTripsExactlyThroughTheStore)
+{
     const QString path = TestSupport::makeTempDir() + "/colors.conf";
     const QList<QColor> colors = {
         QColor::fromRgbF(0.2f, 0.7f, 0.9f),
@@ -34,7 +35,8 @@ TEST(ColorArchive, RoundTripsExactlyThroughTheStore) {
     }
 }
 
-TEST(ColorArchive, DataThatIsNotAnArchiveReadsAsNoColour) {
+TEST(ColorArchive, DataThatIsNotAnArchiveReadsAsNoColour)
+{
     const QString path = TestSupport::makeTempDir() + "/colors.conf";
     UserDefaults defaults(path);
     defaults.setObject(QByteArray("srgb 1 0 0"), "Short");

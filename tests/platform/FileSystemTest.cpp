@@ -7,7 +7,8 @@
 
 #include <gtest/gtest.h>
 
-TEST(ExtendedAttributes, ReadWriteAndMissing) {
+TEST(ExtendedAttributes, ReadWriteAndMissing)
+{
     const QString dir = TestSupport::makeTempDir();
     const QString file = TestSupport::writeFile(dir + "/a.txt", "text");
     const QString name = QStringLiteral("com.apple.TextEncoding");
@@ -29,7 +30,8 @@ TEST(ExtendedAttributes, ReadWriteAndMissing) {
     EXPECT_FALSE(ExtendedAttributes::write(dir + "/missing.txt", name, "x"));
 }
 
-TEST(FileManager, SupportFoldersHangFromTheDataHome) {
+TEST(FileManager, SupportFoldersHangFromTheDataHome)
+{
     const QString dataHome = qEnvironmentVariable("XDG_DATA_HOME");
     const QString support = FileManager::applicationSupportDirectoryPath();
     EXPECT_EQ(support, dataHome + "/Tessaran");

@@ -9,7 +9,8 @@
 
 #include <limits>
 
-TEST(PropertyList, RoundTripOfEveryType) {
+TEST(PropertyList, RoundTripOfEveryType)
+{
     const quint64 allOnes = std::numeric_limits<quint64>::max();
     QVariantMap inner{{"deep", QVariantList{1, "two", 3.5}}};
     QVariantMap map{
@@ -52,7 +53,8 @@ TEST(PropertyList, RoundTripOfEveryType) {
     EXPECT_TRUE(TestSupport::readFile(path).contains("<integer>-1</integer>"));
 }
 
-TEST(PropertyList, ReadsBinaryAndRejectsWhatIsNotAList) {
+TEST(PropertyList, ReadsBinaryAndRejectsWhatIsNotAList)
+{
     // {"a": 1, "s": "x", "u": 5} in the binary format, as Python's plistlib writes it.
     const QByteArray binary = QByteArray::fromHex(
         "62706c6973743030d3010203040506516151735175100151781005080f1113151719000000000000010100"

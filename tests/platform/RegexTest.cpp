@@ -4,7 +4,8 @@
 
 namespace {
 
-std::vector<Range> allGroups(const Regex& regex, const QString& text) {
+std::vector<Range> allGroups(const Regex& regex, const QString& text)
+{
     std::vector<Range> ranges;
     for (const auto& match : regex.matches(text)) {
         ranges.insert(ranges.end(), match.groups.begin(), match.groups.end());
@@ -14,7 +15,8 @@ std::vector<Range> allGroups(const Regex& regex, const QString& text) {
 
 } // namespace
 
-TEST(Regex, OptionBits) {
+TEST(Regex, OptionBits)
+{
     using R = std::vector<Range>;
     const QString text = QStringLiteral("ab\nAB\r\nab");
     EXPECT_EQ(allGroups(Regex("^ab$", 0), text), R{});
@@ -31,7 +33,8 @@ TEST(Regex, OptionBits) {
     EXPECT_EQ(allGroups(Regex("a.b", Regex::IgnoreMetacharacters), "axb a.b"), (R{{4, 3}}));
 }
 
-TEST(Regex, CaptureGroups) {
+TEST(Regex, CaptureGroups)
+{
     using R = std::vector<Range>;
     const Regex regex("(a)(b)", 0);
     ASSERT_TRUE(regex.isValid());
@@ -48,7 +51,8 @@ TEST(Regex, CaptureGroups) {
     EXPECT_EQ(allGroups(Regex("b", 0), QStringLiteral("\U0001F600b")), (R{{2, 1}}));
 }
 
-TEST(Regex, RegionAndFailures) {
+TEST(Regex, RegionAndFailures)
+{
     using R = std::vector<Range>;
     const QString text = QStringLiteral("foo foo foo");
     EXPECT_EQ(allGroups(Regex("foo", 0), text).size(), 3u);

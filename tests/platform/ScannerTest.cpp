@@ -9,7 +9,8 @@
 namespace {
 
 // Occurrences found the way the plain-text search walks a text with the scanner.
-std::vector<Range> scanOccurrences(const QString& text, const QString& word, bool caseSensitive) {
+std::vector<Range> scanOccurrences(const QString& text, const QString& word, bool caseSensitive)
+{
     std::vector<Range> result;
     Scanner scanner(text);
     scanner.setCaseSensitive(caseSensitive);
@@ -27,7 +28,8 @@ std::vector<Range> scanOccurrences(const QString& text, const QString& word, boo
 
 } // namespace
 
-TEST(Scanner, WalksOccurrencesLikeThePlainSearch) {
+TEST(Scanner, WalksOccurrencesLikeThePlainSearch)
+{
     using R = std::vector<Range>;
     EXPECT_EQ(scanOccurrences("aaa", "aa", true), (R{{0, 2}, {1, 2}}));
     EXPECT_EQ(scanOccurrences("aaaa", "aa", true), (R{{0, 2}, {1, 2}, {2, 2}}));
@@ -42,7 +44,8 @@ TEST(Scanner, WalksOccurrencesLikeThePlainSearch) {
     EXPECT_EQ(scanOccurrences("   \n ", "a", true), R{});
 }
 
-TEST(Scanner, EndAndSkipRules) {
+TEST(Scanner, EndAndSkipRules)
+{
     Scanner scanner(QStringLiteral("  x \u2028\u00a0\u3000\u0085\t"));
     EXPECT_FALSE(scanner.isAtEnd());
     EXPECT_TRUE(scanner.scanString("x"));
@@ -64,7 +67,8 @@ TEST(Scanner, EndAndSkipRules) {
     EXPECT_EQ(upTo.scanLocation(), 5);
 }
 
-TEST(Scanner, Integers) {
+TEST(Scanner, Integers)
+{
     Scanner scanner(QStringLiteral(" 12 -7 +3 - 4 x 99999999999999999999"));
     qint64 v = 0;
     ASSERT_TRUE(scanner.scanInteger(&v));
@@ -87,7 +91,8 @@ TEST(Scanner, Integers) {
     EXPECT_TRUE(scanner.isAtEnd());
 }
 
-TEST(Range, TextFormsAndArithmetic) {
+TEST(Range, TextFormsAndArithmetic)
+{
     EXPECT_EQ(NSStringFromRange({3, 14}), "{3, 14}");
     EXPECT_EQ(NSRangeFromString("{3, 14}"), Range(3, 14));
     EXPECT_EQ(NSRangeFromString("  7 "), Range(7, 0));

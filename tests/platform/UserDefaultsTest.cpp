@@ -8,7 +8,8 @@
 
 #include <limits>
 
-TEST(UserDefaults, UserValuesWinAndRemovalRestoresTheRegisteredOne) {
+TEST(UserDefaults, UserValuesWinAndRemovalRestoresTheRegisteredOne)
+{
     const QString path = TestSupport::makeTempDir() + "/Tessaran.conf";
     {
         UserDefaults defaults(path);
@@ -58,7 +59,8 @@ TEST(UserDefaults, UserValuesWinAndRemovalRestoresTheRegisteredOne) {
     }
 }
 
-TEST(UserDefaults, CorruptFileIsSetAsideAndTheStoreStillWorks) {
+TEST(UserDefaults, CorruptFileIsSetAsideAndTheStoreStillWorks)
+{
     const QString dir = TestSupport::makeTempDir();
     const QString path = TestSupport::writeFile(dir + "/Tessaran.conf",
                                                 "[General]\nSize=3\n\"broken\x01=\n[=\n\xff\xfe");
@@ -74,7 +76,8 @@ TEST(UserDefaults, CorruptFileIsSetAsideAndTheStoreStillWorks) {
     EXPECT_TRUE(UserDefaults(path).setAsidePath().isEmpty());
 }
 
-TEST(UserDefaults, StandardStoreLivesInTheConfigFolder) {
+TEST(UserDefaults, StandardStoreLivesInTheConfigFolder)
+{
     const QString path = UserDefaults::standardUserDefaults().path();
     EXPECT_TRUE(path.endsWith("/Tessaran/Tessaran.conf")) << path.toStdString();
     EXPECT_TRUE(path.startsWith(qEnvironmentVariable("XDG_CONFIG_HOME"))) << path.toStdString();

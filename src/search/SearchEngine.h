@@ -1,0 +1,50 @@
+#pragma once
+
+#include "platform/Range.h"
+
+#include <QString>
+#include <QStringView>
+
+#include <vector>
+
+/// The search and go-to computations, on plain strings: what the shared search manager
+/// and its panes call to find occurrences, choose the next one, plan a replace-all and
+/// read line descriptions.
+class SearchEngine
+{
+public:
+    /// Every occurrence of `findString`, overlapping ones included, in ascending order.
+    /// The text is walked like a scanner that skips white space and line breaks before
+    /// each step, so a search string that begins with one of those is never found.
+    static std::vector<Range> findAllString(const QString& string, const QString& findString,
+                                            bool caseSensitive);
+    /// Every match of `pattarn` (ICU, anchors at every line, LF the only line separator).
+    /// When the pattern has capture groups, the groups that took part are listed in group
+    /// order instead of the whole match. A pattern that does not compile finds nothing.
+    static std::vector<Range> findRegularExpressionOfAllString(const QString& string,
+                                                               const QString& pattarn,
+                                                               bool caseSensitive, bool multiLine);
+    /// The option bits a search uses: 48, plus 1 without case sensitivity, plus 8 when
+    /// the dot crosses lines.
+    static unsigned regularExpressionOptions(bool caseSensitive, bool multiLine);
+    /// The occurrence after (or before) the selection's location, wrapping around at
+    /// either end; NSNotFound for an empty list.
+    static Range selectedMatchingRange(const std::vector<Range>& ranges, Range selectRange,
+                                       bool previous, QStringView allString);
+    /// The edits that replace every range by a text of `replacementLength`, one after
+    /// another, each located in the text as the earlier ones left it. A range that overlaps
+    /// an earlier one is left out: its text was already replaced.
+    static std::vector<Range> replaceAllEdits(const std::vector<Range>& ranges,
+                                              qsizetype replacementLength);
+
+    /// Reads one go-to component: "[+|-]from[-to]" with blanks allowed around tokens.
+    static bool parseLineDescription(const QString& component, qint64* fromLineSpec,
+                                     qint64* toLineSpec, qint64* relative);
+    /// The lines named by from, to and relative in `text`, measured from the selection;
+    /// false when they do not all exist.
+    static bool getRange(Range* range, QStringView text, Range selection, qint64 fromLineSpec,
+                         qint64 toLineSpec, qint64 relative);
+    /// One component's lines, or NSNotFound when it is malformed or names no line.
+    static Range selectLinesUsingDescription(const QString& component, QStringView text,
+                                             Range selection);
+};

@@ -1,7 +1,7 @@
 #include "app/Application.h"
 
 #include "app/AppDelegate.h"
-#include "document/DocumentController.h"
+#include "app/CommandLine.h"
 #include "document/DocumentController.h"
 
 Application::Application(int& argc, char** argv)
@@ -23,18 +23,17 @@ Application* Application::instance()
     return qobject_cast<Application*>(QCoreApplication::instance());
 }
 
-int Application::run()
+int Application::run(const CommandLine& commandLine)
 {
     DocumentController::sharedDocumentController().awakeFromNib();
     _delegate->applicationDidFinishLaunching();
-    const QStringList files = arguments().mid(1);
-    if (files.isEmpty()) {
+    if (commandLine.files().empty()) {
         if (_delegate->applicationShouldOpenUntitledFile()) {
             _delegate->openUntitledDocument();
         }
     } else {
-        for (const QString& file : files) {
-            _delegate->openDocument(file);
+        for (const CommandLine::File& file : commandLine.files()) {
+            _delegate->openDocument(file.path);
         }
     }
     const int status = exec();

@@ -7,6 +7,7 @@
 #include <optional>
 
 class AppDelegate;
+class CommandLine;
 
 /// The application object: one per process. It carries the application-wide signals
 /// that stand in for notifications.
@@ -24,7 +25,7 @@ public:
     AppDelegate& delegate() { return *_delegate; }
 
     /// Runs the editor: start-up, the event loop, termination. Returns the exit status.
-    int run();
+    int run(const CommandLine& commandLine);
 
     /// Tells every open window to re-read the settings (sent when the preferences window
     /// closes); `object` is the sender.

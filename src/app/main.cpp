@@ -1,7 +1,31 @@
 #include "app/Application.h"
+#include "app/CommandLine.h"
+
+#include <QStringList>
+
+#include <cstdio>
 
 int main(int argc, char** argv)
 {
+    // Answer --help, --version and bad options before any window system is needed.
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i) {
+        arguments << QString::fromLocal8Bit(argv[i]);
+    }
+    const CommandLine commandLine = CommandLine::parse(arguments);
+    if (!commandLine.ok()) {
+        std::fprintf(stderr, "tessaran: %s\nTry 'tessaran --help' for more information.\n",
+                     qPrintable(commandLine.errorString()));
+        return 2;
+    }
+    if (commandLine.showHelp()) {
+        std::fputs(qPrintable(CommandLine::helpText()), stdout);
+        return 0;
+    }
+    if (commandLine.showVersion()) {
+        std::printf("tessaran %s\n", TESSARAN_VERSION);
+        return 0;
+    }
     Application app(argc, argv);
-    return app.run();
+    return app.run(commandLine);
 }

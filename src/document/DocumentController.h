@@ -21,6 +21,10 @@ public:
     qint64 autosavingDelay() const { return _autosavingDelay; }
     quint64 openDefaultsTextEncoding() const { return _openDefaultsTextEncoding; }
 
+    /// The encoding chosen in the open panel's pop-up when it was confirmed; all ones for
+    /// "Automatic".
+    quint64 openPanelEncoding() const { return _openPanelEncoding; }
+    void setOpenPanelEncoding(quint64 encoding) { _openPanelEncoding = encoding; }
     bool isOpenPanel() const { return _isOpenPanel; }
     void setIsOpenPanel(bool value) { _isOpenPanel = value; }
     bool isRevertTo() const { return _isRevertTo; }
@@ -41,6 +45,7 @@ private:
 
     qint64 _autosavingDelay = 0;
     quint64 _openDefaultsTextEncoding = 0;
+    quint64 _openPanelEncoding = ~quint64(0);
     bool _isOpenPanel = false;
     bool _isRevertTo = false;
     bool _isReopen = false;

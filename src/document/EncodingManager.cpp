@@ -1,5 +1,6 @@
 #include "document/EncodingManager.h"
 
+#include "platform/LargeBuffer.h"
 #include "platform/Range.h"
 #include "platform/TextCodec.h"
 #include "platform/UnicodeText.h"
@@ -164,8 +165,27 @@ bool readWholeFile(const QUrl& url, QByteArray& data) {
     if (!file.open(QIODevice::ReadOnly)) {
         return false;
     }
-    data = file.readAll();
-    return file.error() == QFileDevice::NoError;
+    if (file.isSequential()) {
+        data = file.readAll();
+        return file.error() == QFileDevice::NoError;
+    }
+    // One read into a buffer of the file's size: no growing, and huge pages for large files.
+    const qint64 size = file.size();
+    data = QByteArray(size, Qt::Uninitialized);
+    LargeBuffer::adviseHugePages(data.data(), data.size());
+    qint64 done = 0;
+    while (done < size) {
+        const qint64 got = file.read(data.data() + done, size - done);
+        if (got <= 0) {
+            break;
+        }
+        done += got;
+    }
+    if (file.error() != QFileDevice::NoError) {
+        return false;
+    }
+    data.truncate(done);
+    return true;
 }
 
 } // namespace
@@ -257,7 +277,8 @@ DecodedContents EncodingManager::automaticDistinctionWithData(QByteArray data, b
     }
     const auto found = [&](quint64 encoding) {
         result.encoding = encoding;
-        data = QByteArray(); // the bytes are no longer needed; free them before scanning
+        data = QByteArray();   // the bytes are no longer needed; free them before scanning
+        result.text.squeeze(); // gives back the address space decoding reserved but did not use
         result.lineBreaks = scanLineBreaks(result.text);
         return result;
     };

@@ -1,5 +1,7 @@
 #include "platform/MappingTable.h"
 
+#include "platform/LargeBuffer.h"
+
 #include <algorithm>
 #include <memory>
 #include <mutex>
@@ -59,6 +61,7 @@ bool MappingTable::decode(QByteArrayView data, QString& text) const {
     // Every sequence here yields at least one unit per byte pair and at most a few per
     // sequence, so the byte count is a close upper bound for the common case.
     text.resize(data.size());
+    LargeBuffer::adviseHugePages(text.data(), text.size() * 2);
     char16_t* out = reinterpret_cast<char16_t*>(text.data());
     qsizetype used = 0;
     const auto* bytes = reinterpret_cast<const uchar*>(data.data());

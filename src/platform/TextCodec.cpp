@@ -1,5 +1,6 @@
 #include "platform/TextCodec.h"
 
+#include "platform/LargeBuffer.h"
 #include "platform/MappingTable.h"
 #include "platform/StringEncoding.h"
 #include "platform/UnicodeText.h"
@@ -89,6 +90,7 @@ bool icuDecode(const char* name, QByteArrayView data, QString& text) {
     // loop grows the buffer for those. Pages never written are never touched, so the
     // generous first size costs address space, not memory.
     text.resize(qMax<qsizetype>(16, data.size()));
+    LargeBuffer::adviseHugePages(text.data(), text.size() * 2);
     const char* source = data.data();
     const char* sourceEnd = source + data.size();
     qsizetype used = 0;
@@ -336,6 +338,7 @@ bool looksLittleEndian(QByteArrayView data) {
 bool utf16DecodeOrder(QByteArrayView data, bool littleEndian, QString& text) {
     const qsizetype count = data.size() / 2;
     text.resize(count);
+    LargeBuffer::adviseHugePages(text.data(), text.size() * 2);
     if (littleEndian) {
         qFromLittleEndian<quint16>(data.data(), count, unitsOf(text));
     } else {

@@ -1,5 +1,7 @@
 #include "platform/UnicodeText.h"
 
+#include "platform/LargeBuffer.h"
+
 #ifdef __SSE2__
 #include <emmintrin.h>
 #endif
@@ -65,6 +67,7 @@ bool UnicodeText::decodeUtf8(QByteArrayView data, QString& text) {
     // No sequence gives more units than it has bytes, so the output never overtakes
     // the input: the vector path may store 16 units wherever 16 bytes remain.
     text.resize(end - p);
+    LargeBuffer::adviseHugePages(text.data(), text.size() * 2);
     char16_t* const start = reinterpret_cast<char16_t*>(text.data());
     char16_t* out = start;
     while (p < end) {

@@ -157,17 +157,15 @@ quint64 encodingFromDetector(QByteArrayView data) {
 }
 
 bool readWholeFile(const QUrl& url, QByteArray& data) {
-    const QString path = url.isLocalFile() ? url.toLocalFile() : url.toString();
-    if (path.isEmpty() || QFileInfo(path).isDir()) {
+    // Regular files only: a FIFO would block the reading until some writer appears and a
+    // device may never end.
+    const QString path = url.toLocalFile();
+    if (path.isEmpty() || !QFileInfo(path).isFile()) {
         return false;
     }
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         return false;
-    }
-    if (file.isSequential()) {
-        data = file.readAll();
-        return file.error() == QFileDevice::NoError;
     }
     // One read into a buffer of the file's size: no growing, and huge pages for large files.
     const qint64 size = file.size();

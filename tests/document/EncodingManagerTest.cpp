@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -247,6 +248,15 @@ TEST(EncodingManager, UnreadableEmptyOrMissingFilesHaveNoEncoding) {
               None);
     EXPECT_EQ(manager.automaticDistinctionEncodingWithContentsOfURL(QUrl(), true), None);
     EXPECT_FALSE(manager.contentsOfURL(urlOf(dir), 4, false).isValid());
+    // Special files are no text files: a FIFO without a writer must not block detection.
+    const QString fifo = dir + "/fifo";
+    ASSERT_EQ(mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+    EXPECT_EQ(manager.automaticDistinctionEncodingWithContentsOfURL(urlOf(fifo), false), None);
+    EXPECT_EQ(manager.automaticDistinctionEncodingWithContentsOfURL(urlOf("/dev/zero"), false),
+              None);
+    EXPECT_EQ(manager.automaticDistinctionEncodingWithContentsOfURL(
+                  QUrl("https://example.com/a.txt"), false),
+              None);
     if (geteuid() != 0) { // root reads files regardless of their permissions
         const QString locked = TestSupport::writeFile(dir + "/locked.txt", "text");
         QFile::setPermissions(locked, QFileDevice::Permissions());

@@ -198,22 +198,23 @@ EncodingManager::EncodingManager()
     , _carrigeReturn(QChar(13))
     , _carrigeReturn_lineFeed(QStringLiteral("\r\n")) {}
 
-const QList<quint64>& EncodingManager::encodingList() {
+QList<quint64> EncodingManager::encodingList() {
+    QMutexLocker locker(&_encodingListLock);
     if (!_hasEncodingList) {
-        QList<quint64> list;
         for (qsizetype i = 0; i < encodingTableLength; ++i) {
             const quint64 encoding =
                 StringEncoding::convertEncodingToNSStringEncoding(encodingTable[i]);
             if (encoding != 0) {
-                list.append(encoding);
+                _encodingList.append(encoding);
             }
         }
-        setEncodingList(list);
+        _hasEncodingList = true;
     }
     return _encodingList;
 }
 
 void EncodingManager::setEncodingList(const QList<quint64>& encodingList) {
+    QMutexLocker locker(&_encodingListLock);
     _encodingList = encodingList;
     _hasEncodingList = true;
 }
@@ -229,7 +230,7 @@ void EncodingManager::makeEncodingOfPopUpMenu(QComboBox* popUp, quint64 selected
         popUp->insertSeparator(1);
     }
     int selection = -1;
-    const QList<quint64>& list = encodingList();
+    const QList<quint64> list = encodingList();
     for (qsizetype i = 0; i < list.size(); ++i) {
         const quint64 encoding = list[i];
         if (encoding == Separator) {
@@ -310,13 +311,14 @@ DecodedContents EncodingManager::automaticDistinctionWithData(QByteArray data, b
         }
     }
 
+    const QList<quint64> list = encodingList();
     const quint64 detected = encodingFromDetector(data);
-    if (detected != StringEncoding::NoEncoding && encodingList().contains(detected) &&
+    if (detected != StringEncoding::NoEncoding && list.contains(detected) &&
         TextCodec::decode(detected, data, result.text)) {
         return found(detected);
     }
 
-    for (const quint64 encoding : encodingList()) {
+    for (const quint64 encoding : list) {
         if (encoding != Separator && TextCodec::decode(encoding, data, result.text)) {
             return found(encoding);
         }

@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 #include <QList>
+#include <QMutex>
 #include <QString>
 #include <QStringView>
 #include <QUrl>
@@ -39,7 +40,8 @@ public:
     EncodingManager();
 
     /// The offered encodings in menu order, separators included; built on first use.
-    const QList<quint64>& encodingList();
+    /// Safe to call from a worker thread that detects a large file's encoding.
+    QList<quint64> encodingList();
     void setEncodingList(const QList<quint64>& encodingList);
 
     /// Refills `popUp` with the encoding list, optionally headed by "Automatic", and
@@ -84,6 +86,7 @@ public:
     const QString& carrigeReturn_lineFeed() const { return _carrigeReturn_lineFeed; }
 
 private:
+    QMutex _encodingListLock;
     QList<quint64> _encodingList;
     bool _hasEncodingList = false;
     QString _lineFeed;

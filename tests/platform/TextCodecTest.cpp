@@ -215,6 +215,13 @@ TEST(TextCodec, ShiftJisX0213AndTablesHandleSequencesBeyondOneCharacter) {
     ASSERT_TRUE(written.has_value());
     EXPECT_EQ(written->size(), 2);
     EXPECT_EQ(TextCodec::decode(0x80000628, *written), kaSemiVoiced);
+    // Apple's tables write some characters as a base and a hint for the glyph; the longest
+    // text that has a byte sequence wins, and the base alone is still written as itself.
+    const quint64 macChineseTraditional = 0x80000002;
+    const QString hinted = u"\\\uF87F"_qs;
+    EXPECT_EQ(TextCodec::decode(macChineseTraditional, QByteArray("\x80")), hinted);
+    EXPECT_EQ(TextCodec::encode(macChineseTraditional, hinted + u"\\"_qs), QByteArray("\x80\\"));
+    EXPECT_FALSE(TextCodec::encode(macChineseTraditional, u"\uF87F"_qs).has_value());
     // A lead byte at the very end of the data is a truncated character.
     for (quint64 encoding : {quint64(0x80000001), quint64(0x80000A09), quint64(0x80000003)}) {
         const std::optional<QByteArray> han = TextCodec::encode(encoding, u"中"_qs);

@@ -147,26 +147,31 @@ bool icuEncode(const char* name, QStringView text, QByteArray& data) {
 
 constexpr const char* hostUtf16 = Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? "UTF-16LE" : "UTF-16BE";
 
-// Runs one whole conversion. A non-zero count of irreversible conversions means iconv
-// wrote something other than what it was given, which a strict conversion refuses.
+// Runs one whole conversion into `output` (a QByteArray, or a QString for text), growing
+// it as needed. A non-zero count of irreversible conversions means iconv wrote something
+// other than what it was given, which a strict conversion refuses.
+template <typename Buffer>
 bool iconvConvert(const char* to, const char* from, const char* input, size_t inputSize,
-                  QByteArray& output, size_t firstSize) {
+                  Buffer& output, qsizetype firstSize) {
+    constexpr size_t unit = sizeof(*output.data());
     iconv_t descriptor = iconv_open(to, from);
     if (descriptor == iconv_t(-1)) {
         return false;
     }
-    output.resize(qsizetype(firstSize + 16));
+    output.resize(firstSize + 16);
+    LargeBuffer::adviseHugePages(output.data(), output.size() * qsizetype(unit));
     char* in = const_cast<char*>(input);
     size_t inLeft = inputSize;
-    size_t used = 0;
+    size_t used = 0; // bytes
     bool ok = true;
     bool flushing = false;
     for (;;) {
-        char* out = output.data() + used;
-        size_t outLeft = size_t(output.size()) - used;
+        char* start = reinterpret_cast<char*>(output.data());
+        char* out = start + used;
+        size_t outLeft = size_t(output.size()) * unit - used;
         const size_t result = flushing ? iconv(descriptor, nullptr, nullptr, &out, &outLeft)
                                        : iconv(descriptor, &in, &inLeft, &out, &outLeft);
-        used = size_t(out - output.data());
+        used = size_t(out - start);
         if (result == size_t(-1)) {
             if (errno == E2BIG) {
                 output.resize(output.size() * 2);
@@ -185,18 +190,14 @@ bool iconvConvert(const char* to, const char* from, const char* input, size_t in
         flushing = true;
     }
     iconv_close(descriptor);
-    output.resize(qsizetype(used));
+    output.resize(qsizetype(used / unit));
     return ok;
 }
 
 bool iconvDecode(const char* name, QByteArrayView data, QString& text) {
-    QByteArray units;
-    if (!iconvConvert(hostUtf16, name, data.data(), size_t(data.size()), units,
-                      size_t(data.size()) * 2)) {
-        return false;
-    }
-    text = QString(reinterpret_cast<const QChar*>(units.constData()), units.size() / 2);
-    return true;
+    // Shift_JIS X0213 gives at most one unit per byte, but for the rare pair of one
+    // two-byte code and two characters.
+    return iconvConvert(hostUtf16, name, data.data(), size_t(data.size()), text, data.size());
 }
 
 bool iconvEncode(const char* name, QStringView text, QByteArray& data) {
@@ -204,7 +205,7 @@ bool iconvEncode(const char* name, QStringView text, QByteArray& data) {
         return false;
     }
     return iconvConvert(name, hostUtf16, reinterpret_cast<const char*>(text.utf16()),
-                        size_t(text.size()) * 2, data, size_t(text.size()) * 2);
+                        size_t(text.size()) * 2, data, text.size() * 2);
 }
 
 // --- ASCII and non-lossy ASCII ---------------------------------------------------------
@@ -314,6 +315,7 @@ bool nonLossyEncode(QStringView text, QByteArray& data) {
 // the low bytes take many, so among the first 4096 units the bytes at odd offsets must
 // take fewer than two thirds as many distinct values as those at even offsets. A count of
 // zero bytes alone would be fooled by big-endian text with characters such as U+4E00.
+// When the order chosen so gives lone surrogates and the other does not, the other wins.
 bool looksLittleEndian(QByteArrayView data) {
     const qsizetype units = qMin<qsizetype>(data.size() / 2, 4096);
     std::array<bool, 256> seenEven{};

@@ -187,6 +187,8 @@ TEST(TextCodec, Utf16ByteOrderComesFromTheMarkOrTheData) {
     EXPECT_EQ(TextCodec::decode(10, little), text);
     const QByteArray cjkBig = QByteArray("\x4E\x00\x4E\x01\x65\xE5\x67\x2C", 8); // 一丁日本
     EXPECT_EQ(TextCodec::decode(10, cjkBig), u"一丁日本"_qs);
+    // Data that look big-endian but hold a lone surrogate that way are little-endian.
+    EXPECT_EQ(TextCodec::decode(10, QByteArray::fromHex("dc004142")), u"\u00DC\u4241"_qs);
     // Odd lengths and lone surrogates fail.
     EXPECT_FALSE(TextCodec::decode(10, QByteArray("\xFE\xFF\x00", 3)).has_value());
     EXPECT_FALSE(TextCodec::decode(10, QByteArray("\xFE\xFF\xDC\x00\x00\x41", 6)).has_value());

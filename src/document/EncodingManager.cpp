@@ -22,73 +22,26 @@ constexpr quint32 SeparatorId = 0xFFFFFFFFu;
 
 // Core Foundation numbers, in menu order; separators are the invalid number. The table
 // ends with a terminator word of its own that is not part of the list.
+// clang-format off
 constexpr std::array<quint32, 65> encodingTable{
-    0xA01,
-    0x920,
-    0x820,
-    0x628,
-    SeparatorId, // Japanese
-    0x8000100,
-    SeparatorId, // UTF-8
-    0x1,
-    0x420,
-    SeparatorId, // more Japanese
-    0x100,
-    SeparatorId, // UTF-16
-    0x0,
-    0x500,
-    0xB01,
-    SeparatorId, // Western
-    0x930,
-    0xA05,
-    0x19,
-    0x421,
-    0x632,
-    0x830,
-    SeparatorId, // Simplified Chinese
-    0x931,
-    0xA09,
-    0xA06,
-    0x2,
-    0x423,
-    SeparatorId, // Traditional Chinese
-    0x940,
-    0x840,
-    0x3,
-    0x422,
-    SeparatorId, // Korean
-    0x1D,
-    0x501,
-    SeparatorId, // Central European
-    0x15,
-    0x41D,
-    0x1E,
-    0x508,
-    SeparatorId, // Thai, Vietnamese
-    0x4,
-    0x506,
-    0x5,
-    0x505,
-    0x6,
-    0x207,
-    0x7,
-    0x205,
-    SeparatorId, // Arabic … Cyrillic
-    0x23,
-    0x209,
-    0x25,
-    0x416,
-    SeparatorId, // Turkish, Icelandic
-    0x201,
-    0x203,
-    0x202,
-    0x204,
-    0x400,
-    SeparatorId, // Latin
-    0x600,
-    0xBFF, // ASCII
+    0xA01, 0x920, 0x820, 0x628, SeparatorId,              // Japanese
+    0x8000100, SeparatorId,                               // UTF-8
+    0x1, 0x420, SeparatorId,                              // Japanese, Mac OS and Windows
+    0x100, SeparatorId,                                   // UTF-16
+    0x0, 0x500, 0xB01, SeparatorId,                       // Western
+    0x930, 0xA05, 0x19, 0x421, 0x632, 0x830, SeparatorId, // Simplified Chinese
+    0x931, 0xA09, 0xA06, 0x2, 0x423, SeparatorId,         // Traditional Chinese
+    0x940, 0x840, 0x3, 0x422, SeparatorId,                // Korean
+    0x1D, 0x501, SeparatorId,                             // Central European
+    0x15, 0x41D, 0x1E, 0x508, SeparatorId,                // Thai, Vietnamese
+    0x4, 0x506, 0x5, 0x505, 0x6, 0x207, 0x7, 0x205,       // Arabic, Hebrew, Greek, Cyrillic
+    SeparatorId,
+    0x23, 0x209, 0x25, 0x416, SeparatorId,                // Turkish, Icelandic
+    0x201, 0x203, 0x202, 0x204, 0x400, SeparatorId,       // Latin
+    0x600, 0xBFF,                                         // ASCII
     EncodingTableEnd,
 };
+// clang-format on
 // The terminator and the separator share a value; the table's length tells them apart.
 constexpr qsizetype encodingTableLength = qsizetype(encodingTable.size()) - 1;
 
@@ -334,6 +287,7 @@ DecodedContents EncodingManager::contentsOfURL(const QUrl& url, quint64 encoding
     QByteArray data;
     if (readWholeFile(url, data) && TextCodec::decode(encoding, data, result.text)) {
         data = QByteArray();
+        result.text.squeeze();
         result.encoding = encoding;
         result.lineBreaks = scanLineBreaks(result.text);
         return result;

@@ -5,7 +5,6 @@
 #include "document/EncodingManager.h"
 #include "platform/TextCodec.h"
 
-#include <QCoreApplication>
 #include <QFileInfo>
 
 #include <benchmark/benchmark.h>
@@ -65,10 +64,4 @@ BENCHMARK(BM_OpenShiftJis_50MB_Priority)
     ->MinTime(2.0)
     ->UseRealTime();
 
-int main(int argc, char** argv) {
-    QCoreApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}
+BENCHMARK_MAIN();

@@ -19,7 +19,7 @@ public:
     static const TextCodec* codecForEncoding(quint64 encoding);
 
     /// Decodes with the codec of `encoding`; false when there is none or the data do not
-    /// decode. `text` is unspecified after a failure.
+    /// decode. After a failure `text` holds whatever was decoded before the error.
     static bool decode(quint64 encoding, QByteArrayView data, QString& text);
     static std::optional<QString> decode(quint64 encoding, QByteArrayView data);
     static std::optional<QByteArray> encode(quint64 encoding, QStringView text);

@@ -278,7 +278,7 @@ TEST(EncodingManager, UnreadableEmptyOrMissingFilesHaveNoEncoding) {
               None);
     EXPECT_EQ(manager.automaticDistinctionEncodingWithContentsOfURL(QUrl(), true), None);
     EXPECT_FALSE(manager.contentsOfURL(urlOf(dir), 4, false).isValid());
-    // Special files are no text files: a FIFO without a writer must not block detection.
+    // Only regular files are read: a FIFO without a writer must not block detection.
     const QString fifo = dir + "/fifo";
     ASSERT_EQ(mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
     EXPECT_EQ(manager.automaticDistinctionEncodingWithContentsOfURL(urlOf(fifo), false), None);

@@ -14,6 +14,8 @@ class QComboBox;
 
 /// A file's text decoded once: the encoding it was read in and the text, with its line
 /// breaks as they are in the file, and the line-break style a scan of that text finds.
+/// The editor holds LF line breaks (replaceLineBreaks(0, text)); the style found here is
+/// what the next save writes back (replaceLineBreaks(style, text), then TextCodec::encode).
 struct DecodedContents {
     /// StringEncoding::NoEncoding when the file could not be read or decoded.
     quint64 encoding = StringEncoding::NoEncoding;

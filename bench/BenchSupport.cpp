@@ -1,0 +1,99 @@
+#include "BenchSupport.h"
+
+#include <QFile>
+#include <QHash>
+#include <QTemporaryDir>
+
+#include <memory>
+
+namespace BenchSupport {
+
+namespace {
+
+qint64 statusField(const char* name) {
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly)) {
+        return -1;
+    }
+    const QByteArray key = QByteArray(name) + ':';
+    for (const QByteArray& line : status.readAll().split('\n')) {
+        if (line.startsWith(key)) {
+            return line.mid(key.size()).trimmed().split(' ').value(0).toLongLong() * 1024;
+        }
+    }
+    return -1;
+}
+
+} // namespace
+
+QString largeFile(const QString& name, qint64 bytes, const QByteArray& chunk) {
+    static QTemporaryDir dir;
+    static QHash<QString, QString> made;
+    if (const auto found = made.constFind(name); found != made.cend()) {
+        return *found;
+    }
+    const QString path = dir.path() + u'/' + name;
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) || chunk.isEmpty()) {
+        return {};
+    }
+    for (qint64 written = 0; written < bytes; written += chunk.size()) {
+        file.write(chunk);
+    }
+    file.close();
+    made.insert(name, path);
+    return path;
+}
+
+QString mixedSourceText() {
+    const QString lines[] = {
+        u"#include <vector>\n"_qs,
+        u"// Returns the sum of the values; an empty range sums to zero.\n"_qs,
+        u"static int sum(const std::vector<int>& values) {\n"_qs,
+        u"    int total = 0; // 合計値を保持する\n"_qs,
+        u"    for (int value : values) { total += value; }\n"_qs,
+        u"    return total;\n"_qs,
+        u"}\n"_qs,
+        u"const char* greeting = \"Grüße aus München\"; // приветствие\n"_qs,
+        u"\n"_qs,
+        u"int main(int argc, char** argv) { return sum({argc, 1, 2, 3}) > 0 ? 0 : 1; }\n"_qs,
+    };
+    QString text;
+    for (int i = 0; text.size() < (1 << 20); ++i) {
+        text += lines[i % std::size(lines)];
+    }
+    return text;
+}
+
+QString japaneseProse() {
+    const QString sentences[] = {
+        u"吾輩は猫である。名前はまだ無い。"_qs,
+        u"どこで生れたかとんと見当がつかぬ。"_qs,
+        u"何でも薄暗いじめじめした所でニャーニャー泣いていた事だけは記憶している。\n"_qs,
+        u"吾輩はここで始めて人間というものを見た。"_qs,
+        u"しかもあとで聞くとそれは書生という人間中で一番獰悪な種族であったそうだ。\n"_qs,
+        u"Version 2.0 (2024) では、ＵＴＦ－８と Shift_JIS の両方に対応しています。\n"_qs,
+    };
+    QString text;
+    for (int i = 0; text.size() < (1 << 19); ++i) {
+        text += sentences[i % std::size(sentences)];
+    }
+    return text;
+}
+
+qint64 residentBytes() {
+    return statusField("VmRSS");
+}
+
+void resetPeakResident() {
+    QFile clear(QStringLiteral("/proc/self/clear_refs"));
+    if (clear.open(QIODevice::WriteOnly)) {
+        clear.write("5");
+    }
+}
+
+qint64 peakResidentBytes() {
+    return statusField("VmHWM");
+}
+
+} // namespace BenchSupport

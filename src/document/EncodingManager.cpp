@@ -1,0 +1,380 @@
+#include "document/EncodingManager.h"
+
+#include "platform/LargeBuffer.h"
+#include "platform/Range.h"
+#include "platform/TextCodec.h"
+#include "platform/UnicodeText.h"
+
+#include <QComboBox>
+#include <QFile>
+#include <QFileInfo>
+
+#include <uchardet.h>
+
+#include <array>
+#include <cstring>
+#include <memory>
+
+namespace {
+
+constexpr quint32 EncodingTableEnd = 0xFFFFFFFFu;
+constexpr quint32 SeparatorId = 0xFFFFFFFFu;
+
+// Core Foundation numbers, in menu order; separators are the invalid number. The table
+// ends with a terminator word of its own that is not part of the list.
+// clang-format off
+constexpr std::array<quint32, 65> encodingTable{
+    0xA01, 0x920, 0x820, 0x628, SeparatorId,              // Japanese
+    0x8000100, SeparatorId,                               // UTF-8
+    0x1, 0x420, SeparatorId,                              // Japanese, Mac OS and Windows
+    0x100, SeparatorId,                                   // UTF-16
+    0x0, 0x500, 0xB01, SeparatorId,                       // Western
+    0x930, 0xA05, 0x19, 0x421, 0x632, 0x830, SeparatorId, // Simplified Chinese
+    0x931, 0xA09, 0xA06, 0x2, 0x423, SeparatorId,         // Traditional Chinese
+    0x940, 0x840, 0x3, 0x422, SeparatorId,                // Korean
+    0x1D, 0x501, SeparatorId,                             // Central European
+    0x15, 0x41D, 0x1E, 0x508, SeparatorId,                // Thai, Vietnamese
+    0x4, 0x506, 0x5, 0x505, 0x6, 0x207, 0x7, 0x205,       // Arabic, Hebrew, Greek, Cyrillic
+    SeparatorId,
+    0x23, 0x209, 0x25, 0x416, SeparatorId,                // Turkish, Icelandic
+    0x201, 0x203, 0x202, 0x204, 0x400, SeparatorId,       // Latin
+    0x600, 0xBFF,                                         // ASCII
+    EncodingTableEnd,
+};
+// clang-format on
+// The terminator and the separator share a value; the table's length tells them apart.
+constexpr qsizetype encodingTableLength = qsizetype(encodingTable.size()) - 1;
+
+constexpr quint64 UTF8 = 4;
+constexpr quint64 UTF16 = 10;
+constexpr quint64 EUCJP = 3;
+constexpr quint64 ISO2022JP = 21;
+constexpr quint64 ShiftJIS = 0x80000A01;
+
+// Names uchardet reports that are not the IANA names of the encodings they stand for.
+constexpr std::pair<const char*, quint32> detectorNames[] = {
+    {"MAC-CYRILLIC", 0x7},        {"MAC-CENTRALEUROPE", 0x1D}, {"UTF-16LE", 0x100},
+    {"UTF-16BE", 0x100},          {"TIS-620", 0x41D},          {"ISO-8859-11", 0x41D},
+    {"X-ISO-10646-UCS-2", 0x100}, {"IBM861", 0x416},
+};
+
+// uchardet learns what it can from the first few megabytes of non-ASCII text; reading
+// more of a large file would only cost time, since the whole file is decoded anyway
+// before its answer is taken.
+constexpr qsizetype detectorSample = 4 << 20;
+
+qsizetype firstNonAscii(QByteArrayView data) {
+    constexpr qsizetype block = 4096;
+    for (qsizetype start = 0; start < data.size(); start += block) {
+        const QByteArrayView part = data.sliced(start, qMin(block, data.size() - start));
+        if (!UnicodeText::isAscii(part)) {
+            for (qsizetype i = 0; i < part.size(); ++i) {
+                if (uchar(part[i]) >= 0x80) {
+                    return start + i;
+                }
+            }
+        }
+    }
+    return -1;
+}
+
+quint64 encodingFromDetector(QByteArrayView data) {
+    const qsizetype nonAscii = firstNonAscii(data);
+    const qsizetype from = nonAscii < 0 ? 0 : qMax<qsizetype>(0, nonAscii - 4096);
+    const QByteArrayView sample = data.sliced(from, qMin(detectorSample, data.size() - from));
+
+    struct Deleter {
+        void operator()(uchardet_t detector) const { uchardet_delete(detector); }
+    };
+    std::unique_ptr<std::remove_pointer_t<uchardet_t>, Deleter> detector(uchardet_new());
+    if (!detector ||
+        uchardet_handle_data(detector.get(), sample.data(), size_t(sample.size())) != 0) {
+        return StringEncoding::NoEncoding;
+    }
+    uchardet_data_end(detector.get());
+    const char* charset = uchardet_get_charset(detector.get());
+    if (!charset || !*charset) {
+        return StringEncoding::NoEncoding;
+    }
+    quint32 encoding =
+        StringEncoding::convertIANACharSetNameToEncoding(QString::fromLatin1(charset));
+    for (const auto& [name, number] : detectorNames) {
+        if (qstricmp(name, charset) == 0) {
+            encoding = number;
+        }
+    }
+    if (encoding == StringEncoding::InvalidId) {
+        return StringEncoding::NoEncoding;
+    }
+    return StringEncoding::convertEncodingToNSStringEncoding(encoding);
+}
+
+bool readWholeFile(const QUrl& url, QByteArray& data) {
+    // Regular files only: a FIFO would block the reading until some writer appears and a
+    // device may never end.
+    const QString path = url.toLocalFile();
+    if (path.isEmpty() || !QFileInfo(path).isFile()) {
+        return false;
+    }
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        return false;
+    }
+    // One read into a buffer of the file's size: no growing, and huge pages for large files.
+    const qint64 size = file.size();
+    data = QByteArray(size, Qt::Uninitialized);
+    LargeBuffer::adviseHugePages(data.data(), data.size());
+    qint64 done = 0;
+    while (done < size) {
+        const qint64 got = file.read(data.data() + done, size - done);
+        if (got <= 0) {
+            break;
+        }
+        done += got;
+    }
+    if (file.error() != QFileDevice::NoError) {
+        return false;
+    }
+    data.truncate(done);
+    return true;
+}
+
+} // namespace
+
+EncodingManager& EncodingManager::sharedEncodingManager() {
+    static EncodingManager* shared = new EncodingManager;
+    return *shared;
+}
+
+EncodingManager::EncodingManager()
+    : _lineFeed(QChar(10))
+    , _carrigeReturn(QChar(13))
+    , _carrigeReturn_lineFeed(QStringLiteral("\r\n")) {}
+
+QList<quint64> EncodingManager::encodingList() {
+    QMutexLocker locker(&_encodingListLock);
+    if (!_hasEncodingList) {
+        for (qsizetype i = 0; i < encodingTableLength; ++i) {
+            const quint64 encoding =
+                StringEncoding::convertEncodingToNSStringEncoding(encodingTable[i]);
+            if (encoding != 0) {
+                _encodingList.append(encoding);
+            }
+        }
+        _hasEncodingList = true;
+    }
+    return _encodingList;
+}
+
+void EncodingManager::setEncodingList(const QList<quint64>& encodingList) {
+    QMutexLocker locker(&_encodingListLock);
+    _encodingList = encodingList;
+    _hasEncodingList = true;
+}
+
+void EncodingManager::makeEncodingOfPopUpMenu(QComboBox* popUp, quint64 selectedEncoding,
+                                              bool withAutomaticMenu) {
+    popUp->clear();
+    const int offset = withAutomaticMenu ? 2 : 0;
+    if (withAutomaticMenu) {
+        popUp->addItem(QStringLiteral("Automatic"),
+                       QVariant::fromValue(StringEncoding::NoEncoding));
+        popUp->setItemData(0, -1, TagRole);
+        popUp->insertSeparator(1);
+    }
+    int selection = -1;
+    const QList<quint64> list = encodingList();
+    for (qsizetype i = 0; i < list.size(); ++i) {
+        const quint64 encoding = list[i];
+        if (encoding == Separator) {
+            popUp->insertSeparator(popUp->count());
+            continue;
+        }
+        popUp->addItem(StringEncoding::localizedNameOfStringEncoding(encoding),
+                       QVariant::fromValue(encoding));
+        popUp->setItemData(popUp->count() - 1, 0, TagRole);
+        if (selectedEncoding == StringEncoding::NoEncoding) {
+            if (withAutomaticMenu) {
+                selection = 0;
+            }
+        } else if (selectedEncoding == encoding) {
+            selection = int(i) + offset;
+        }
+    }
+    if (selection >= 0) {
+        popUp->setCurrentIndex(selection);
+    } else if (popUp->count() > 0) {
+        popUp->setCurrentIndex(0);
+    }
+}
+
+quint64 EncodingManager::automaticDistinctionEncodingWithContentsOfURL(const QUrl& url,
+                                                                       bool priority) {
+    return automaticDistinctionWithContentsOfURL(url, priority).encoding;
+}
+
+DecodedContents EncodingManager::automaticDistinctionWithContentsOfURL(const QUrl& url,
+                                                                       bool priority) {
+    QByteArray data;
+    if (!readWholeFile(url, data)) {
+        return {};
+    }
+    return automaticDistinctionWithData(std::move(data), priority);
+}
+
+DecodedContents EncodingManager::automaticDistinctionWithData(QByteArray data, bool priority) {
+    DecodedContents result;
+    if (data.isEmpty()) {
+        return result;
+    }
+    const auto found = [&](quint64 encoding) {
+        result.encoding = encoding;
+        data = QByteArray();   // the bytes are no longer needed; free them before scanning
+        result.text.squeeze(); // gives back the address space decoding reserved but did not use
+        result.lineBreaks = scanLineBreaks(result.text);
+        return result;
+    };
+    const auto* bytes = reinterpret_cast<const uchar*>(data.constData());
+    const qsizetype head = qMin<qsizetype>(3, data.size());
+
+    // The first byte of the UTF-8 byte-order mark anywhere in the first three bytes; when
+    // it is there but the data are not UTF-8, the UTF-16 marks are not looked for either.
+    if (std::memchr(bytes, 0xEF, size_t(head)) != nullptr) {
+        if (TextCodec::decode(UTF8, data, result.text)) {
+            return found(UTF8);
+        }
+    } else {
+        const qsizetype head16 = qMin<qsizetype>(2, data.size());
+        if ((std::memchr(bytes, 0xFE, size_t(head16)) ||
+             std::memchr(bytes, 0xFF, size_t(head16))) &&
+            TextCodec::decode(UTF16, data, result.text)) {
+            return found(UTF16);
+        }
+    }
+
+    if (priority) {
+        if (data.contains('\x1B') && TextCodec::decode(ISO2022JP, data, result.text)) {
+            return found(ISO2022JP);
+        }
+        if (TextCodec::decode(EUCJP, data, result.text)) {
+            return found(EUCJP);
+        }
+        if (TextCodec::decode(ShiftJIS, data, result.text)) {
+            return found(ShiftJIS);
+        }
+    }
+
+    const QList<quint64> list = encodingList();
+    const quint64 detected = encodingFromDetector(data);
+    if (detected != StringEncoding::NoEncoding && list.contains(detected) &&
+        TextCodec::decode(detected, data, result.text)) {
+        return found(detected);
+    }
+
+    for (const quint64 encoding : list) {
+        if (encoding != Separator && TextCodec::decode(encoding, data, result.text)) {
+            return found(encoding);
+        }
+    }
+    return DecodedContents{};
+}
+
+DecodedContents EncodingManager::contentsOfURL(const QUrl& url, quint64 encoding, bool priority) {
+    if (encoding == StringEncoding::NoEncoding) {
+        return automaticDistinctionWithContentsOfURL(url, priority);
+    }
+    DecodedContents result;
+    QByteArray data;
+    if (readWholeFile(url, data) && TextCodec::decode(encoding, data, result.text)) {
+        data = QByteArray();
+        result.text.squeeze();
+        result.encoding = encoding;
+        result.lineBreaks = scanLineBreaks(result.text);
+        return result;
+    }
+    return DecodedContents{};
+}
+
+// Line breaks
+
+void EncodingManager::makeLineBreaksOfPopUpMenu(QComboBox* popUp, qsizetype selectLineBreaks) {
+    popUp->clear();
+    for (int style = 0; style < 3; ++style) {
+        popUp->addItem(lineBreaksLongTitle(style), style);
+        popUp->setItemData(style, style, TagRole);
+    }
+    popUp->setCurrentIndex(selectLineBreaks >= 0 && selectLineBreaks < 3 ? int(selectLineBreaks)
+                                                                         : -1);
+}
+
+qsizetype EncodingManager::scanLineBreaks(const QUrl& url, quint64 encoding) {
+    QByteArray data;
+    QString text;
+    if (!readWholeFile(url, data) || !TextCodec::decode(encoding, data, text)) {
+        return NSNotFound;
+    }
+    return scanLineBreaks(text);
+}
+
+qsizetype EncodingManager::scanLineBreaks(QStringView text) {
+    // Searching for single characters runs at memory speed; the pair is looked for only
+    // at the CRs found.
+    qsizetype cr = text.indexOf(u'\r');
+    if (cr < 0) {
+        return text.contains(u'\n') ? 0 : NSNotFound;
+    }
+    for (; cr >= 0; cr = text.indexOf(u'\r', cr + 1)) {
+        if (cr + 1 < text.size() && text[cr + 1] == u'\n') {
+            return 2;
+        }
+    }
+    return 1;
+}
+
+QString EncodingManager::replaceLineBreaks(qsizetype lineBreaks, const QString& string) const {
+    QString text = string;
+    switch (lineBreaks) {
+    case 0:
+        text.replace(_carrigeReturn_lineFeed, _lineFeed);
+        text.replace(_carrigeReturn, _lineFeed);
+        break;
+    case 1:
+        text.replace(_carrigeReturn_lineFeed, _carrigeReturn);
+        text.replace(_lineFeed, _carrigeReturn);
+        break;
+    case 2:
+        text.replace(_carrigeReturn_lineFeed, _lineFeed);
+        text.replace(_carrigeReturn, _lineFeed);
+        text.replace(_lineFeed, _carrigeReturn_lineFeed);
+        break;
+    default:
+        break;
+    }
+    return text;
+}
+
+QString EncodingManager::lineBreaksLongTitle(qsizetype lineBreaks) {
+    switch (lineBreaks) {
+    case 0:
+        return QStringLiteral("OS X / Unix (LF)");
+    case 1:
+        return QStringLiteral("Classic Mac (CR)");
+    case 2:
+        return QStringLiteral("Windows (CRLF)");
+    default:
+        return {};
+    }
+}
+
+QString EncodingManager::lineBreaksShortTitle(qsizetype lineBreaks) {
+    switch (lineBreaks) {
+    case 0:
+        return QStringLiteral("OS X/Unix(LF)");
+    case 1:
+        return QStringLiteral("Classic Mac(CR)");
+    case 2:
+        return QStringLiteral("Windows(CRLF)");
+    default:
+        return {};
+    }
+}

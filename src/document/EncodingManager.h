@@ -1,0 +1,97 @@
+#pragma once
+
+#include "platform/StringEncoding.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QMutex>
+#include <QString>
+#include <QStringView>
+#include <QUrl>
+#include <Qt>
+
+class QComboBox;
+
+/// A file's text decoded once: the encoding it was read in and the text, with its line
+/// breaks as they are in the file, and the line-break style a scan of that text finds.
+/// The editor holds LF line breaks (replaceLineBreaks(0, text)); the style found here is
+/// what the next save writes back (replaceLineBreaks(style, text), then TextCodec::encode).
+struct DecodedContents {
+    /// StringEncoding::NoEncoding when the file could not be read or decoded.
+    quint64 encoding = StringEncoding::NoEncoding;
+    QString text;
+    /// 0 LF, 1 CR, 2 CRLF, or NSNotFound when the text holds no line break.
+    qsizetype lineBreaks = 0;
+
+    bool isValid() const { return encoding != StringEncoding::NoEncoding; }
+};
+
+/// The encodings the editor offers, the pop-ups that show them, the detection of a file's
+/// encoding, and the line-break styles.
+class EncodingManager {
+public:
+    /// Item data roles of the pop-ups: the represented object (Qt::UserRole, an encoding or
+    /// a line-break style) and the tag (−1 for "Automatic").
+    static constexpr int RepresentedObjectRole = Qt::UserRole;
+    static constexpr int TagRole = Qt::UserRole + 1;
+    /// A separator between groups in the encoding list.
+    static constexpr quint64 Separator = 0xFFFFFFFFu;
+
+    static EncodingManager& sharedEncodingManager();
+
+    EncodingManager();
+
+    /// The offered encodings in menu order, separators included; built on first use.
+    /// Safe to call from a worker thread that detects a large file's encoding.
+    QList<quint64> encodingList();
+    void setEncodingList(const QList<quint64>& encodingList);
+
+    /// Refills `popUp` with the encoding list, optionally headed by "Automatic", and
+    /// selects `selectedEncoding` (all ones selects "Automatic").
+    void makeEncodingOfPopUpMenu(QComboBox* popUp, quint64 selectedEncoding,
+                                 bool withAutomaticMenu);
+
+    /// The encoding of a file's bytes, or all ones when the file cannot be read, is empty,
+    /// or decodes in no offered encoding. `priority` prefers the Japanese encodings.
+    quint64 automaticDistinctionEncodingWithContentsOfURL(const QUrl& url, bool priority);
+
+    /// The same detection, keeping the text it decoded, so that opening a file decodes it
+    /// once. `lineBreaks` is the scan of that text.
+    DecodedContents automaticDistinctionWithContentsOfURL(const QUrl& url, bool priority);
+    DecodedContents automaticDistinctionWithData(QByteArray data, bool priority);
+
+    /// Reads a file in `encoding`, or detects it when `encoding` is all ones: what a
+    /// document's reading needs in one pass over the file.
+    DecodedContents contentsOfURL(const QUrl& url, quint64 encoding, bool priority);
+
+    // Line breaks
+
+    /// Refills `popUp` with the three styles (tags 0, 1, 2) and selects `selectLineBreaks`;
+    /// a style outside 0…2 leaves no item selected.
+    void makeLineBreaksOfPopUpMenu(QComboBox* popUp, qsizetype selectLineBreaks);
+    /// The style of a file read in `encoding`: 2 when it has a CRLF anywhere, else 1 when
+    /// it has a CR, else 0 when it has an LF, else NSNotFound (also when it does not decode).
+    qsizetype scanLineBreaks(const QUrl& url, quint64 encoding);
+    /// The same scan over a text already decoded.
+    static qsizetype scanLineBreaks(QStringView text);
+    /// The text with every LF, CR and CRLF written in style `lineBreaks`; any other style
+    /// changes nothing. U+2028, U+2029 and NEL are not line breaks and stay as they are.
+    QString replaceLineBreaks(qsizetype lineBreaks, const QString& string) const;
+
+    /// "OS X / Unix (LF)", … for menus and pop-ups; empty outside 0…2.
+    static QString lineBreaksLongTitle(qsizetype lineBreaks);
+    /// "OS X/Unix(LF)", … for the status line; empty outside 0…2.
+    static QString lineBreaksShortTitle(qsizetype lineBreaks);
+
+    const QString& lineFeed() const { return _lineFeed; }
+    const QString& carrigeReturn() const { return _carrigeReturn; }
+    const QString& carrigeReturn_lineFeed() const { return _carrigeReturn_lineFeed; }
+
+private:
+    QMutex _encodingListLock;
+    QList<quint64> _encodingList;
+    bool _hasEncodingList = false;
+    QString _lineFeed;
+    QString _carrigeReturn;
+    QString _carrigeReturn_lineFeed;
+};

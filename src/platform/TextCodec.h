@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QByteArray>
+#include <QByteArrayView>
+#include <QString>
+#include <QStringView>
+
+#include <optional>
+
+/// A strict converter between the bytes of one string encoding and text. Decoding fails on
+/// any invalid or unmapped byte sequence, encoding on any character the encoding cannot
+/// hold: nothing is ever replaced or dropped silently.
+///
+/// Byte-order marks: UTF-8 and UTF-16 drop a leading one when decoding. UTF-16 is written
+/// with a byte-order mark, little-endian.
+class TextCodec {
+public:
+    /// The codec of a string encoding; null when the editor has none for it.
+    static const TextCodec* codecForEncoding(quint64 encoding);
+
+    /// Decodes with the codec of `encoding`; false when there is none or the data do not
+    /// decode. After a failure `text` holds whatever was decoded before the error.
+    static bool decode(quint64 encoding, QByteArrayView data, QString& text);
+    static std::optional<QString> decode(quint64 encoding, QByteArrayView data);
+    static std::optional<QByteArray> encode(quint64 encoding, QStringView text);
+    /// Whether every character of the text can be written in the encoding.
+    static bool canBeConvertedToEncoding(QStringView text, quint64 encoding);
+
+    quint64 encoding() const { return _encoding; }
+    bool decode(QByteArrayView data, QString& text) const;
+    bool encode(QStringView text, QByteArray& data) const;
+
+    enum class Backend { Utf8, Utf16, Ascii, NonLossyAscii, Icu, Iconv, Table };
+    TextCodec(quint64 encoding, Backend backend, const char* converterName);
+
+private:
+    quint64 _encoding;
+    Backend _backend;
+    const char* _converterName;
+};

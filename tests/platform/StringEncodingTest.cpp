@@ -1,0 +1,84 @@
+#include "platform/StringEncoding.h"
+
+#include <QSet>
+
+#include <gtest/gtest.h>
+
+TEST(StringEncoding, TheTwoNumberingsConvertBothWays) {
+    struct Pair {
+        quint32 cf;
+        quint64 ns;
+    };
+    const Pair pairs[] = {
+        {0x600, 1},
+        {0xB01, 2},
+        {0x920, 3},
+        {0x8000100, 4},
+        {0x201, 5},
+        {0xBFF, 7},
+        {0x420, 8},
+        {0x202, 9},
+        {0x100, 10},
+        {0x500, 12},
+        {0x501, 15},
+        {0x820, 21},
+        {0x0, 30},
+        {0xA01, 0x80000A01},
+        {0x1, 0x80000001},
+        {0x628, 0x80000628},
+        {0x25, 0x80000025},
+        {0x502, 0x80000502},
+        {0xFFFFFFFF, 0xFFFFFFFF},
+    };
+    for (const Pair& pair : pairs) {
+        EXPECT_EQ(StringEncoding::convertEncodingToNSStringEncoding(pair.cf), pair.ns) << pair.cf;
+        EXPECT_EQ(StringEncoding::convertNSStringEncodingToEncoding(pair.ns), pair.cf) << pair.ns;
+    }
+    // Numbers that no Core Foundation encoding becomes.
+    for (quint64 ns :
+         {quint64(0), quint64(6), quint64(11), quint64(0x7FFFFFFF), StringEncoding::NoEncoding}) {
+        EXPECT_EQ(StringEncoding::convertNSStringEncodingToEncoding(ns), StringEncoding::InvalidId)
+            << ns;
+    }
+}
+
+TEST(StringEncoding, NamesAreUniqueAndIanaNamesConvertBothWays) {
+    QSet<QString> displayNames;
+    QSet<QString> ianaNames;
+    for (const quint64 encoding : StringEncoding::availableStringEncodings()) {
+        const QString name = StringEncoding::localizedNameOfStringEncoding(encoding);
+        EXPECT_FALSE(name.isEmpty());
+        EXPECT_FALSE(displayNames.contains(name)) << name.toStdString();
+        displayNames.insert(name);
+
+        const quint32 cf = StringEncoding::convertNSStringEncodingToEncoding(encoding);
+        const QString iana = StringEncoding::convertEncodingToIANACharSetName(cf);
+        EXPECT_FALSE(iana.isEmpty()) << name.toStdString();
+        EXPECT_FALSE(ianaNames.contains(iana.toLower())) << iana.toStdString();
+        ianaNames.insert(iana.toLower());
+        EXPECT_EQ(StringEncoding::convertIANACharSetNameToEncoding(iana), cf) << iana.toStdString();
+        EXPECT_EQ(StringEncoding::convertIANACharSetNameToEncoding(iana.toUpper()), cf);
+    }
+    EXPECT_EQ(displayNames.size(), 51);
+    EXPECT_EQ(StringEncoding::localizedNameOfStringEncoding(4), "Unicode (UTF-8)");
+    EXPECT_EQ(StringEncoding::localizedNameOfStringEncoding(0x80000A01), "Japanese (Shift JIS)");
+    EXPECT_EQ(StringEncoding::localizedNameOfStringEncoding(30), "Western (Mac OS Roman)");
+    EXPECT_TRUE(StringEncoding::localizedNameOfStringEncoding(0x80000502).isEmpty());
+
+    EXPECT_EQ(StringEncoding::convertEncodingToIANACharSetName(0x8000100), "UTF-8");
+    EXPECT_EQ(StringEncoding::convertEncodingToIANACharSetName(0xA01), "Shift_JIS");
+    EXPECT_EQ(StringEncoding::convertEncodingToIANACharSetName(0x0), "macintosh");
+    EXPECT_TRUE(StringEncoding::convertEncodingToIANACharSetName(0x502).isNull());
+
+    const std::pair<const char*, quint32> aliases[] = {
+        {"utf-8", 0x8000100}, {"UTF8", 0x8000100}, {"shift_jis", 0xA01},    {"SJIS", 0xA01},
+        {"x-mac-roman", 0x0}, {"Latin1", 0x201},   {"euc-jp", 0x920},       {"windows-31j", 0x420},
+        {"big5", 0x423},      {"gbk", 0x421},      {" iso-8859-5 ", 0x205}, {"us-ascii", 0x600},
+    };
+    for (const auto& [alias, cf] : aliases) {
+        EXPECT_EQ(StringEncoding::convertIANACharSetNameToEncoding(alias), cf) << alias;
+    }
+    EXPECT_EQ(StringEncoding::convertIANACharSetNameToEncoding("klingon"),
+              StringEncoding::InvalidId);
+    EXPECT_EQ(StringEncoding::convertIANACharSetNameToEncoding(""), StringEncoding::InvalidId);
+}

@@ -1,0 +1,89 @@
+#pragma once
+
+#include "platform/Range.h"
+#include "platform/Regex.h"
+#include "syntax/SyntaxColoring.h"
+
+#include <QString>
+#include <QVariantMap>
+
+#include <array>
+#include <functional>
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+/// Colours a text with one syntax definition, without any widget. One engine belongs to
+/// one text (a text view): it compiles the definition once and keeps what the whole-text
+/// block passes found, so that recolouring the visible lines after an edit only rescans
+/// the blocks the edit can have changed. Tell it about every edit (textDidChange) before
+/// asking for colours again; a text whose length does not fit the edits it was told about
+/// is rescanned in full.
+class SyntaxColoringEngine {
+public:
+    SyntaxColoringEngine();
+    explicit SyntaxColoringEngine(const QVariantMap& syntaxDictionary);
+    ~SyntaxColoringEngine();
+    SyntaxColoringEngine(const SyntaxColoringEngine&) = delete;
+    SyntaxColoringEngine& operator=(const SyntaxColoringEngine&) = delete;
+
+    const QVariantMap& syntaxDictionary() const { return _syntaxDictionary; }
+    /// Takes up another definition and forgets everything found with the old one.
+    void setSyntaxDictionary(const QVariantMap& syntaxDictionary);
+
+    /// `removed` units at `location` were replaced by `added` units.
+    void textDidChange(qsizetype location, qsizetype removed, qsizetype added);
+    /// Forgets the block caches, for a text replaced as a whole.
+    void invalidate();
+
+    /// The colours of `range` of `text` (clamped to the text); an empty result for an empty
+    /// range.
+    SyntaxColoring coloringRange(const QString& text, Range range);
+
+private:
+    struct PatternEntry {
+        Regex regex;
+    };
+    struct PatternList {
+        std::vector<PatternEntry> entries;
+    };
+    struct BlockEntry {
+        QString startString;
+        QString endString;
+        std::shared_ptr<SyntaxColoring::BlockTurns> turns;
+        bool valid = false;
+    };
+    struct BlockList {
+        std::vector<BlockEntry> entries;
+    };
+    struct WordList {
+        // Words made of word characters only: found by one walk over the word runs.
+        std::vector<QString> plainWords;
+        std::unordered_map<quint64, std::vector<int>> plainByHash;
+        // Everything else is walked word by word, exactly as the scanner would.
+        std::vector<QString> otherWords;
+        // Characters that are not word characters but match a plain word's character when
+        // case is ignored; a text holding one is walked word by word.
+        std::vector<quint64> foldsIntoWords;
+    };
+
+    struct Definition;
+
+    void compile();
+    void applyPendingEdit(const QString& text);
+    void updateBlockTurns(BlockEntry& entry, QStringView text);
+    void colorWords(const WordList& words, QStringView text, qsizetype start,
+                    const std::function<void(qsizetype, qsizetype)>& paint) const;
+    bool isWordCharacter(char16_t c) const;
+
+    QVariantMap _syntaxDictionary;
+    std::unique_ptr<Definition> _definition;
+
+    // The block caches describe a text of this length; the pending edit (one edit covering
+    // every edit told since the last colouring) maps that text onto the current one.
+    qsizetype _cachedLength = -1;
+    bool _hasPendingEdit = false;
+    qsizetype _editLocation = 0;
+    qsizetype _editRemoved = 0;
+    qsizetype _editAdded = 0;
+};

@@ -22,11 +22,12 @@ QString SyntaxColoring::colorKeyForCategory(Category category) {
 }
 
 SyntaxColoring::SyntaxColoring(Range range, qsizetype textLength, std::vector<Run> rangeRuns,
-                               std::vector<BlockLayer> blocks)
+                               std::vector<BlockLayer> blocks, quint16 interruptedCategories)
     : _range(range)
     , _textLength(textLength)
     , _rangeRuns(std::move(rangeRuns))
-    , _blocks(std::move(blocks)) {}
+    , _blocks(std::move(blocks))
+    , _interrupted(interruptedCategories) {}
 
 std::vector<SyntaxColoring::Run> SyntaxColoring::runsInRange(Range window) const {
     const qsizetype from = qBound(qsizetype(0), window.location, _textLength);

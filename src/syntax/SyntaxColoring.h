@@ -64,7 +64,7 @@ public:
 
     SyntaxColoring() = default;
     SyntaxColoring(Range range, qsizetype textLength, std::vector<Run> rangeRuns,
-                   std::vector<BlockLayer> blocks);
+                   std::vector<BlockLayer> blocks, quint16 interruptedCategories = 0);
 
     /// The recoloured range; empty when nothing was done.
     Range range() const { return _range; }
@@ -73,6 +73,11 @@ public:
     const std::vector<Run>& rangeRuns() const { return _rangeRuns; }
     /// The block layers over the whole text, in painting order.
     const std::vector<BlockLayer>& blockLayers() const { return _blocks; }
+
+    /// Whether the pattern pass of `category` stopped early (a match ran into the regular
+    /// expression time limit, or the engine failed), leaving its later entries unused.
+    bool wasInterrupted(Category category) const { return (_interrupted >> category) & 1; }
+    bool wasInterrupted() const { return _interrupted != 0; }
 
     /// Everything this colouring paints within `window`, resolved, sorted and disjoint.
     std::vector<Run> runsInRange(Range window) const;
@@ -84,4 +89,5 @@ private:
     qsizetype _textLength = 0;
     std::vector<Run> _rangeRuns;
     std::vector<BlockLayer> _blocks;
+    quint16 _interrupted = 0;
 };

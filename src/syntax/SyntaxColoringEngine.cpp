@@ -523,6 +523,7 @@ SyntaxColoring SyntaxColoringEngine::coloringRange(const QString& text, Range ra
     };
 
     std::vector<SyntaxColoring::BlockLayer> layers;
+    quint16 interrupted = 0;
     qsizetype wordStart = part.size();
     if (!definition.hasCharacterSet) {
         wordStart = 0;
@@ -547,6 +548,7 @@ SyntaxColoring SyntaxColoringEngine::coloringRange(const QString& text, Range ra
                 return true;
             });
             if (status == Regex::Status::TimeLimit || status == Regex::Status::Error) {
+                interrupted |= quint16(1u << c);
                 break;
             }
         }
@@ -594,5 +596,6 @@ SyntaxColoring SyntaxColoringEngine::coloringRange(const QString& text, Range ra
         }
         i = j;
     }
-    return SyntaxColoring(Range(from, to - from), n, std::move(runs), std::move(layers));
+    return SyntaxColoring(Range(from, to - from), n, std::move(runs), std::move(layers),
+                          interrupted);
 }

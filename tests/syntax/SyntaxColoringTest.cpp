@@ -182,6 +182,10 @@ TEST(SyntaxColoringGuards, AnEndlessPatternHitsTheTimeLimitAndEndsItsCategoryQui
                                  {"Strings", QVariantList{pattern("\"[^\"]*\"")}}};
     const QString text = QString(40, u'a') + QStringLiteral(" 7 \"s\"");
     EXPECT_EQ(colour(definition, text), std::string(43, '.') + "SSS");
+    const SyntaxColoring coloring =
+        SyntaxColoringEngine(definition).coloringRange(text, Range(0, text.size()));
+    EXPECT_TRUE(coloring.wasInterrupted(SyntaxColoring::Numbers));
+    EXPECT_FALSE(coloring.wasInterrupted(SyntaxColoring::Strings));
 }
 
 TEST(SyntaxColoringGuards, AWordListThatIsNoListEndsTheWholePass) {

@@ -462,10 +462,10 @@ void SyntaxColoringEngine::colorWords(
     if (byRuns && ci) {
         // A character outside the word characters that matches one of theirs when case is
         // ignored breaks the rule that an occurrence is a whole run of word characters.
-        byRuns = !std::any_of(text.begin() + start, text.end(), [&](QChar c) {
-            return c.isSurrogate() || contains(words.foldsIntoWords, c.unicode());
-        });
+        byRuns = !std::any_of(text.begin() + start, text.end(),
+                              [&](QChar c) { return contains(words.foldsIntoWords, c.unicode()); });
     }
+    std::vector<const QString*> scanned;
     if (byRuns) {
         // A plain word stands alone exactly when it is a whole run of word characters, and
         // every run begins at or after the start position (its first character is one).
@@ -493,11 +493,81 @@ void SyntaxColoringEngine::colorWords(
         }
     } else {
         for (const QString& word : words.plainWords) {
-            walk(word);
+            scanned.push_back(&word);
         }
     }
     for (const QString& word : words.otherWords) {
-        walk(word);
+        if (ci && hasSurrogate(word)) {
+            // Ignoring case, the scanner folds a surrogate pair as one character; only its own
+            // search is sure to agree with it. Text surrogates never match other characters.
+            walk(word);
+        } else {
+            scanned.push_back(&word);
+        }
+    }
+    if (scanned.empty()) {
+        return;
+    }
+
+    // The other words: every occurrence of every word in one pass over the text, found by
+    // their first (up to four) characters, then each word's walk replayed over its
+    // occurrences.
+    constexpr int PrefixLength = 4;
+    const std::vector<char16_t>& table = foldTable();
+    auto unit = [&](QChar c) { return quint64(ci ? table[c.unicode()] : c.unicode()); };
+    UnitSet firstUnits = makeUnitSet();
+    std::array<std::unordered_map<quint64, std::vector<int>>, PrefixLength + 1> byPrefix;
+    for (size_t w = 0; w < scanned.size(); ++w) {
+        const QString& word = *scanned[w];
+        const int length = int(std::min<qsizetype>(word.size(), PrefixLength));
+        quint64 key = 0;
+        for (int k = 0; k < length; ++k) {
+            key = key << 16 | unit(word[k]);
+        }
+        insert(firstUnits, char16_t(unit(word[0])));
+        byPrefix[size_t(length)][key].push_back(int(w));
+    }
+    std::vector<std::vector<qsizetype>> occurrences(scanned.size());
+    for (qsizetype i = start; i < n; ++i) {
+        if (!contains(firstUnits, char16_t(unit(text[i])))) {
+            continue;
+        }
+        quint64 key = 0;
+        for (int length = 1; length <= PrefixLength && i + length <= n; ++length) {
+            key = key << 16 | unit(text[i + length - 1]);
+            const auto& map = byPrefix[size_t(length)];
+            if (map.empty()) {
+                continue;
+            }
+            auto it = map.find(key);
+            if (it == map.end()) {
+                continue;
+            }
+            for (int w : it->second) {
+                const QString& word = *scanned[size_t(w)];
+                if (i + word.size() <= n && (word.size() <= PrefixLength ||
+                                             text.mid(i, word.size()).compare(word, cs) == 0)) {
+                    occurrences[size_t(w)].push_back(i);
+                }
+            }
+        }
+    }
+    for (size_t w = 0; w < scanned.size(); ++w) {
+        const qsizetype length = scanned[w]->size();
+        qsizetype location = start;
+        for (qsizetype found : occurrences[w]) {
+            if (found < location) {
+                continue;
+            }
+            const bool before = found > 0 && gluedToWord(found - 1);
+            const bool after = found + length < n && gluedToWord(found + length);
+            if (before || after) {
+                location = found + length;
+            } else {
+                paint(found, length);
+                location = found + 1;
+            }
+        }
     }
 }
 

@@ -74,6 +74,8 @@ public:
             QString(QChar(0x00DF)),
             QString(QChar(0x2028)),
             QString::fromUtf8("\xF0\x9F\x98\x80"),
+            QString::fromUtf8("\xF0\x90\x90\x80"),
+            QString::fromUtf8("\xF0\x90\x90\xA8"),
             "\"s // t\"",
             "/* c */",
             "'c'",
@@ -90,6 +92,8 @@ public:
     QVariantList wordList() {
         static const std::vector<QVariant> pool = {
             QStringLiteral("if"),
+            QString::fromUtf8("\xF0\x90\x90\x80"),
+            QString::fromUtf8("a\xF0\x90\x90\xA8"),
             "int",
             "IF",
             "in",

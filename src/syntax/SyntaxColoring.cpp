@@ -29,6 +29,10 @@ SyntaxColoring::SyntaxColoring(Range range, qsizetype textLength, std::vector<Ru
     , _blocks(std::move(blocks))
     , _interrupted(interruptedCategories) {}
 
+SyntaxColoring SyntaxColoring::removingAllColors(qsizetype textLength) {
+    return SyntaxColoring(Range(0, textLength), textLength, {}, {});
+}
+
 std::vector<SyntaxColoring::Run> SyntaxColoring::runsInRange(Range window) const {
     const qsizetype from = qBound(qsizetype(0), window.location, _textLength);
     const qsizetype to = qBound(from, window.max(), _textLength);

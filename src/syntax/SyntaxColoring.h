@@ -66,6 +66,9 @@ public:
     SyntaxColoring(Range range, qsizetype textLength, std::vector<Run> rangeRuns,
                    std::vector<BlockLayer> blocks, quint16 interruptedCategories = 0);
 
+    /// What dropping the definition does: every colour of the text removed, none painted.
+    static SyntaxColoring removingAllColors(qsizetype textLength);
+
     /// The recoloured range; empty when nothing was done.
     Range range() const { return _range; }
     qsizetype textLength() const { return _textLength; }

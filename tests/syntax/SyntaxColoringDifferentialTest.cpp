@@ -3,7 +3,9 @@
 // often: words inside longer words, case variants, comments inside strings, blocks that
 // open above the coloured range, blocks that overlap, words at the edges of the range.
 #include "SyntaxTestSupport.h"
+#include "platform/PropertyList.h"
 
+#include <QFile>
 #include <QJsonDocument>
 
 #include <gtest/gtest.h>
@@ -258,4 +260,70 @@ TEST(SyntaxColoringDifferential, ATextChangedBehindTheEnginesBackIsRescanned) {
     const QString changed = QStringLiteral("b /* a */ c");
     expectSame(definition, changed, engine.coloringRange(changed, Range(0, 1)), Range(0, 1),
                "without being told");
+}
+
+namespace {
+
+// The given runs cut to `window`.
+std::vector<SyntaxColoring::Run> clipped(const std::vector<SyntaxColoring::Run>& runs,
+                                         Range window) {
+    std::vector<SyntaxColoring::Run> result;
+    for (const SyntaxColoring::Run& run : runs) {
+        const qsizetype start = std::max(run.location, window.location);
+        const qsizetype end = std::min(run.max(), window.max());
+        if (start < end) {
+            result.push_back({start, end - start, run.category});
+        }
+    }
+    return result;
+}
+
+} // namespace
+
+TEST(SyntaxColoringDifferential, AWindowOfTheColouringIsTheColouringCutToTheWindow) {
+    Generator random(77);
+    for (int round = 0; round < 300; ++round) {
+        const QVariantMap definition = random.definition();
+        const QString text = random.text(random.below(60));
+        SyntaxColoringEngine engine(definition);
+        const SyntaxColoring coloring = engine.coloringRange(text, random.range(text.size()));
+        const Range window = random.range(text.size());
+        ASSERT_EQ(coloring.runsInRange(window), clipped(coloring.runs(), window))
+            << text.toStdString();
+    }
+}
+
+TEST(SyntaxColoringDifferential, TypingInARealHeaderMatchesTheModel) {
+    // The largest header at hand, with the shipped C definition, edited like a person
+    // would: comment openers and closers, quotes, line breaks, whole words.
+    QFile file(QStringLiteral("/usr/include/elf.h"));
+    if (!file.open(QIODevice::ReadOnly)) {
+        GTEST_SKIP() << "no /usr/include/elf.h";
+    }
+    QString text = QString::fromUtf8(file.readAll());
+    const QVariantMap definition =
+        PropertyList::readDictionary(QStringLiteral(":/SyntaxDefinition/C.plist")).value();
+    SyntaxColoringEngine engine(definition);
+    engine.coloringRange(text, Range(0, text.size()));
+
+    Generator random(31337);
+    const std::vector<QString> typed = {
+        "/*", "*/", "\"", "'", "x", "\n", "//", "int ", "#define X 1\n", "/* a */", " "};
+    for (int edit = 0; edit < 120; ++edit) {
+        const qsizetype at = random.below(int(text.size()));
+        const qsizetype removed =
+            random.chance(40) ? random.below(int(std::min<qsizetype>(6, text.size() - at))) : 0;
+        const QString inserted = random.chance(85) ? random.pick(typed) : QString();
+        text.replace(at, removed, inserted);
+        engine.textDidChange(at, removed, inserted.size());
+
+        // About sixty lines around the edit, as a text view shows them.
+        const qsizetype from = std::max<qsizetype>(0, at - 1500);
+        const Range visible(from, std::min<qsizetype>(3000, text.size() - from));
+        expectSame(definition, text, engine.coloringRange(text, visible), visible,
+                   "after typing in a header");
+        if (HasFatalFailure()) {
+            return;
+        }
+    }
 }

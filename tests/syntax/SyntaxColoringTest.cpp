@@ -235,4 +235,7 @@ TEST(SyntaxColoringRanges, RemovingTheDefinitionRemovesEveryColour) {
     const SyntaxColoring cleared = engine.coloringRange(text, Range(0, text.size()));
     EXPECT_EQ(cleared.range(), Range(0, text.size()));
     EXPECT_TRUE(cleared.runs().empty());
+    const SyntaxColoring removal = SyntaxColoring::removingAllColors(text.size());
+    EXPECT_EQ(removal.range(), Range(0, text.size()));
+    EXPECT_TRUE(removal.runsInRange(Range(0, text.size())).empty());
 }

@@ -170,6 +170,7 @@ void SyntaxColoringEngine::compile() {
                                    });
                 if (plain) {
                     words.plainByHash[hashUnits(word, ci)].push_back(int(words.plainWords.size()));
+                    words.plainLengths |= quint64(1) << std::min<qsizetype>(word.size(), 63);
                     words.plainWords.push_back(word);
                 } else {
                     words.otherWords.push_back(word);
@@ -418,20 +419,17 @@ void SyntaxColoringEngine::updateBlockTurns(BlockEntry& entry, QStringView text)
     entry.turns = std::move(turns);
 }
 
-bool SyntaxColoringEngine::isWordCharacter(char16_t c) const {
-    return contains(_definition->wordCharacters, c);
-}
-
 void SyntaxColoringEngine::colorWords(
     const WordList& words, QStringView text, qsizetype start,
     const std::function<void(qsizetype, qsizetype)>& paint) const {
     const Definition& definition = *_definition;
+    const UnitSet& wordCharacters = definition.wordCharacters;
     const bool ci = definition.caseInsensitive;
     const Qt::CaseSensitivity cs = ci ? Qt::CaseInsensitive : Qt::CaseSensitive;
     const qsizetype n = text.size();
 
     auto gluedToWord = [&](qsizetype i) {
-        return definition.hasCharacterSet && isWordCharacter(text[i].unicode());
+        return definition.hasCharacterSet && contains(wordCharacters, text[i].unicode());
     };
     // The scanner's walk for one word: an occurrence glued to a longer word is stepped
     // over whole, a coloured one by one character.
@@ -471,13 +469,17 @@ void SyntaxColoringEngine::colorWords(
         // every run begins at or after the start position (its first character is one).
         qsizetype i = start;
         while (i < n) {
-            if (!isWordCharacter(text[i].unicode())) {
+            if (!contains(wordCharacters, text[i].unicode())) {
                 ++i;
                 continue;
             }
             qsizetype j = i + 1;
-            while (j < n && isWordCharacter(text[j].unicode())) {
+            while (j < n && contains(wordCharacters, text[j].unicode())) {
                 ++j;
+            }
+            if (!((words.plainLengths >> std::min<qsizetype>(j - i, 63)) & 1)) {
+                i = j;
+                continue;
             }
             const QStringView run = text.mid(i, j - i);
             auto it = words.plainByHash.find(hashUnits(run, ci));

@@ -60,6 +60,7 @@ private:
         // Words made of word characters only: found by one walk over the word runs.
         std::vector<QString> plainWords;
         std::unordered_map<quint64, std::vector<int>> plainByHash;
+        quint64 plainLengths = 0; // bit k: a plain word of k units (63: longer)
         // Everything else is walked word by word, exactly as the scanner would.
         std::vector<QString> otherWords;
         // Characters that are not word characters but match a plain word's character when
@@ -74,7 +75,6 @@ private:
     void updateBlockTurns(BlockEntry& entry, QStringView text);
     void colorWords(const WordList& words, QStringView text, qsizetype start,
                     const std::function<void(qsizetype, qsizetype)>& paint) const;
-    bool isWordCharacter(char16_t c) const;
 
     QVariantMap _syntaxDictionary;
     std::unique_ptr<Definition> _definition;

@@ -16,10 +16,24 @@ FunctionMenu::Item separator() {
     return item;
 }
 
-// "IndentationLevel" is stored as the editor wrote it: a number or a string of digits.
+// "IndentationLevel" is stored as the editor wrote it: a number or a string of digits. A
+// string counts by its leading integer, as the platform reads one; anything else is 0.
 int integerValue(const QVariant& value) {
+    if (value.typeId() != QMetaType::QString) {
+        bool ok = false;
+        const int level = value.toInt(&ok);
+        return ok ? level : 0;
+    }
+    const QString text = value.toString().trimmed();
+    qsizetype end = 0;
+    if (end < text.size() && (text[end] == u'-' || text[end] == u'+')) {
+        ++end;
+    }
+    while (end < text.size() && text[end].isDigit() && text[end].unicode() < 128) {
+        ++end;
+    }
     bool ok = false;
-    const int level = value.toInt(&ok);
+    const int level = text.left(end).toInt(&ok);
     return ok ? level : 0;
 }
 

@@ -53,7 +53,8 @@ public:
 
     /// The definitions the "FunctionDefinition" patterns of `dictionary` find in `string`,
     /// sorted by position (equal positions keep the order they were found in); none when
-    /// there is nothing to look for, a build is running, or an entry fails.
+    /// there is nothing to look for, a build is running, or an entry fails (a match running
+    /// into the regular-expression time limit counts as failing).
     std::optional<QVariantList> makeFunctionDefinitionWithString(const QString& string,
                                                                  const QVariantMap& dictionary);
 

@@ -156,6 +156,20 @@ TEST(FunctionMenu, ChoosingADefinitionSelectsItsWholeLines) {
     EXPECT_TRUE(FunctionMenu::rangeToSelect(FunctionMenu::Item{}, text).isNotFound());
 }
 
+TEST(FunctionMenu, IndentationIsTheLevelsIntegerValue) {
+    const QString text = QStringLiteral("abcdef");
+    auto level = [&](const QVariant& value) {
+        const QVariantList items{QVariantMap{
+            {"RangeString", "{0, 1}"}, {"KeyType", "Function"}, {"IndentationLevel", value}}};
+        return FunctionMenu(items, text).items()[2].indentationLevel;
+    };
+    EXPECT_EQ(level(2), 2);
+    EXPECT_EQ(level("3"), 3);
+    EXPECT_EQ(level(" 4 levels"), 4);
+    EXPECT_EQ(level("deep"), 0);
+    EXPECT_EQ(level(QVariant()), 0);
+}
+
 TEST(FunctionMenu, KindsNameTheirImagesAndUnknownKindsShowNone) {
     ASSERT_EQ(FunctionMenu::kindNames().size(), 11);
     EXPECT_EQ(FunctionMenu::kindForName("None"), FunctionMenu::Kind::None);

@@ -650,6 +650,9 @@ SyntaxColoring SyntaxColoringEngine::coloringRange(const QString& text, Range ra
             }
             layers.push_back({Category(c), endLength, entry.turns});
             if (turns.stalled) {
+                // A block whose end stands where it starts would be found again forever: its
+                // one block is painted and the category's block pass ends there, later entries
+                // unused, as when a pass fails.
                 break;
             }
         }

@@ -103,8 +103,7 @@ void fullColouring(benchmark::State& state) {
 
 // Types a character in the middle, then takes it back, recolouring the visible lines
 // after each keystroke, as a text view does.
-void visibleAfterEdit(benchmark::State& state, const QString& typed) {
-    QString text = largeCText();
+void visibleAfterEditIn(benchmark::State& state, QString text, const QString& typed) {
     if (cDefinition().isEmpty()) {
         state.SkipWithError("the C definition cannot be read");
         return;
@@ -142,6 +141,18 @@ void visibleAfterEdit(benchmark::State& state, const QString& typed) {
     reportPercentiles(state, millis);
 }
 
+void visibleAfterEdit(benchmark::State& state, const QString& typed) {
+    visibleAfterEditIn(state, largeCText(), typed);
+}
+
+// The same text without block comments after its first line: the search for the next
+// block runs from the edit to the end of the text.
+void visibleAfterEditPastTheLastBlock(benchmark::State& state) {
+    QString text = largeCText();
+    text.replace(QStringLiteral("/*"), QStringLiteral("//"));
+    visibleAfterEditIn(state, QStringLiteral("/* only block */\n") + text, QStringLiteral("x"));
+}
+
 void functionList(benchmark::State& state) {
     const QString& text = largeCText();
     SyntaxManager manager;
@@ -163,6 +174,7 @@ BENCHMARK_CAPTURE(visibleAfterEdit, letter, QStringLiteral("x"))
 BENCHMARK_CAPTURE(visibleAfterEdit, commentOpener, QStringLiteral("/*"))
     ->Unit(benchmark::kMillisecond)
     ->Iterations(400);
+BENCHMARK(visibleAfterEditPastTheLastBlock)->Unit(benchmark::kMillisecond)->Iterations(200);
 BENCHMARK(functionList)->Unit(benchmark::kMillisecond)->Iterations(3);
 
 BENCHMARK_MAIN();

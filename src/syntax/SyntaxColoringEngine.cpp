@@ -419,7 +419,7 @@ void SyntaxColoringEngine::updateBlockTurns(BlockEntry& entry, QStringView text)
     entry.turns = std::move(turns);
 }
 
-void SyntaxColoringEngine::colorWords(
+void SyntaxColoringEngine::syntaxWordColoring(
     const WordList& words, QStringView text, qsizetype start,
     const std::function<void(qsizetype, qsizetype)>& paint) const {
     const Definition& definition = *_definition;
@@ -573,6 +573,57 @@ void SyntaxColoringEngine::colorWords(
     }
 }
 
+bool SyntaxColoringEngine::syntaxRegularExpressionColoring(
+    const PatternList& patterns, QStringView text,
+    const std::function<void(qsizetype, qsizetype)>& paint) const {
+    for (const PatternEntry& entry : patterns.entries) {
+        const Regex::Status status = entry.regex.forEachMatch(text, [&](const Regex::Match& m) {
+            paint(m.range().location, m.range().length);
+            return true;
+        });
+        if (status == Regex::Status::TimeLimit || status == Regex::Status::Error) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void SyntaxColoringEngine::syntaxBlockColoring(BlockList& blocks, QStringView whole, Range range,
+                                               SyntaxColoring::Category category,
+                                               std::vector<quint8>& paint,
+                                               std::vector<SyntaxColoring::BlockLayer>& layers) {
+    const qsizetype from = range.location;
+    const qsizetype to = range.max();
+    for (BlockEntry& entry : blocks.entries) {
+        if (!entry.valid) {
+            auto turns = std::make_shared<SyntaxColoring::BlockTurns>();
+            runBlockTurns(whole, entry.startString, entry.endString, 0, *turns, {});
+            entry.turns = std::move(turns);
+            entry.valid = true;
+        }
+        const SyntaxColoring::BlockTurns& turns = *entry.turns;
+        const qsizetype endLength = entry.endString.size();
+        auto first = std::upper_bound(turns.ends.begin(), turns.ends.end(), from - endLength);
+        for (size_t i = size_t(first - turns.ends.begin()); i < turns.starts.size(); ++i) {
+            const qsizetype start = std::max(turns.starts[i], from);
+            if (start >= to) {
+                break;
+            }
+            const qsizetype end = std::min(turns.ends[i] + endLength, to);
+            if (start < end) {
+                std::fill(paint.begin() + (start - from), paint.begin() + (end - from), category);
+            }
+        }
+        layers.push_back({category, endLength, entry.turns});
+        if (turns.stalled) {
+            // A block whose end stands where it starts would be found again forever: its
+            // one block is painted and the category's block pass ends there, later entries
+            // unused, as when a pass fails.
+            break;
+        }
+    }
+}
+
 SyntaxColoring SyntaxColoringEngine::coloringRange(const QString& text, Range range) {
     const qsizetype n = text.size();
     const qsizetype from = qBound(qsizetype(0), range.location, n);
@@ -611,50 +662,15 @@ SyntaxColoring SyntaxColoringEngine::coloringRange(const QString& text, Range ra
     for (int c = 0; c < definition.stopAt; ++c) {
         category = quint8(c);
         if (isWordCategory(c)) {
-            colorWords(definition.words[size_t(c)], part, wordStart, paintInPart);
+            syntaxWordColoring(definition.words[size_t(c)], part, wordStart, paintInPart);
             continue;
         }
-        for (const PatternEntry& entry : definition.patterns[size_t(c)].entries) {
-            const Regex::Status status = entry.regex.forEachMatch(part, [&](const Regex::Match& m) {
-                paintInPart(m.range().location, m.range().length);
-                return true;
-            });
-            if (status == Regex::Status::TimeLimit || status == Regex::Status::Error) {
-                interrupted |= quint16(1u << c);
-                break;
-            }
+        if (!syntaxRegularExpressionColoring(definition.patterns[size_t(c)], part, paintInPart)) {
+            interrupted |= quint16(1u << c);
         }
-        if (!hasBlockPass(c)) {
-            continue;
-        }
-        for (BlockEntry& entry : _definition->blocks[size_t(c)].entries) {
-            if (!entry.valid) {
-                auto turns = std::make_shared<SyntaxColoring::BlockTurns>();
-                runBlockTurns(whole, entry.startString, entry.endString, 0, *turns, {});
-                entry.turns = std::move(turns);
-                entry.valid = true;
-            }
-            const SyntaxColoring::BlockTurns& turns = *entry.turns;
-            const qsizetype endLength = entry.endString.size();
-            auto first = std::upper_bound(turns.ends.begin(), turns.ends.end(), from - endLength);
-            for (size_t i = size_t(first - turns.ends.begin()); i < turns.starts.size(); ++i) {
-                const qsizetype start = std::max(turns.starts[i], from);
-                if (start >= to) {
-                    break;
-                }
-                const qsizetype end = std::min(turns.ends[i] + endLength, to);
-                if (start < end) {
-                    std::fill(paint.begin() + (start - from), paint.begin() + (end - from),
-                              category);
-                }
-            }
-            layers.push_back({Category(c), endLength, entry.turns});
-            if (turns.stalled) {
-                // A block whose end stands where it starts would be found again forever: its
-                // one block is painted and the category's block pass ends there, later entries
-                // unused, as when a pass fails.
-                break;
-            }
+        if (hasBlockPass(c)) {
+            syntaxBlockColoring(_definition->blocks[size_t(c)], whole, Range(from, to - from),
+                                Category(c), paint, layers);
         }
     }
     _cachedLength = n;

@@ -81,8 +81,17 @@ private:
     void compile();
     void applyPendingEdit(const QString& text);
     void updateBlockTurns(BlockEntry& entry, QStringView text);
-    void colorWords(const WordList& words, QStringView text, qsizetype start,
-                    const std::function<void(qsizetype, qsizetype)>& paint) const;
+    /// The pattern pass; false when it ended early (time limit or failure).
+    bool
+    syntaxRegularExpressionColoring(const PatternList& patterns, QStringView text,
+                                    const std::function<void(qsizetype, qsizetype)>& paint) const;
+    /// The block pass over the whole text, painting what falls into `range`.
+    void syntaxBlockColoring(BlockList& blocks, QStringView whole, Range range,
+                             SyntaxColoring::Category category, std::vector<quint8>& paint,
+                             std::vector<SyntaxColoring::BlockLayer>& layers);
+    /// The word pass of one word list.
+    void syntaxWordColoring(const WordList& words, QStringView text, qsizetype start,
+                            const std::function<void(qsizetype, qsizetype)>& paint) const;
 
     QVariantMap _syntaxDictionary;
     std::unique_ptr<Definition> _definition;

@@ -44,8 +44,8 @@ struct Painter {
     }
 };
 
-void wordColoring(const QString& s, const QString& word, const QSet<char16_t>* w, Range r,
-                  int category, bool caseInsensitive, Painter& painter) {
+void syntaxWordColoring(const QString& s, const QString& word, const QSet<char16_t>* w, Range r,
+                        int category, bool caseInsensitive, Painter& painter) {
     Scanner scanner(s);
     scanner.setCaseSensitive(!caseInsensitive);
     qsizetype start = 0;
@@ -79,8 +79,8 @@ void wordColoring(const QString& s, const QString& word, const QSet<char16_t>* w
     }
 }
 
-void regularExpressionColoring(const QString& s, Range r, int category, const QVariant& array,
-                               bool caseInsensitive, Painter& painter) {
+void syntaxRegularExpressionColoring(const QString& s, Range r, int category, const QVariant& array,
+                                     bool caseInsensitive, Painter& painter) {
     if (!array.isValid()) {
         return;
     }
@@ -107,7 +107,7 @@ void regularExpressionColoring(const QString& s, Range r, int category, const QV
     }
 }
 
-void blockColoring(const QString& x, int category, const QVariant& array, Painter& painter) {
+void syntaxBlockColoring(const QString& x, int category, const QVariant& array, Painter& painter) {
     if (!array.isValid()) {
         return;
     }
@@ -174,22 +174,22 @@ std::vector<int> ReferenceColoring::color(const QVariantMap& dictionary, const Q
             switch (category) {
             case SyntaxColoring::Blockwords:
             case SyntaxColoring::Comments:
-                regularExpressionColoring(s, r, category, array, c, painter);
-                blockColoring(text, category, array, painter);
+                syntaxRegularExpressionColoring(s, r, category, array, c, painter);
+                syntaxBlockColoring(text, category, array, painter);
                 break;
             case SyntaxColoring::Keywords:
             case SyntaxColoring::Commands:
             case SyntaxColoring::Values:
                 for (const QVariant& item : listOrFail(array)) {
                     try {
-                        wordColoring(s, stringOrFail(item), hasW ? &w : nullptr, r, category, c,
-                                     painter);
+                        syntaxWordColoring(s, stringOrFail(item), hasW ? &w : nullptr, r, category,
+                                           c, painter);
                     } catch (const Failure&) {
                     }
                 }
                 break;
             default:
-                regularExpressionColoring(s, r, category, array, c, painter);
+                syntaxRegularExpressionColoring(s, r, category, array, c, painter);
                 break;
             }
         }

@@ -1,3 +1,5 @@
+// What one colouring pass paints, case by case. Each case is also checked against the
+// step-by-step model (colour() does both), so a case pins the model down as well.
 #include "SyntaxTestSupport.h"
 
 #include <gtest/gtest.h>
@@ -6,111 +8,129 @@ using namespace SyntaxTestSupport;
 
 namespace {
 
-QVariantMap keywordDefinition(bool caseInsensitive) {
-    return {{"CharacterSet", Letters},
-            {"CaseInsensitive", caseInsensitive},
-            {"Keywords", words({"if", "int"})}};
+struct Case {
+    const char* behaviour;
+    QVariantMap definition;
+    QString text;
+    std::string expected;
+    Range range = Range::notFound(); // the whole text
+};
+
+void expectCases(const std::vector<Case>& cases) {
+    for (const Case& c : cases) {
+        const Range range = c.range.isNotFound() ? Range(0, c.text.size()) : c.range;
+        EXPECT_EQ(colour(c.definition, c.text, range), c.expected) << c.behaviour;
+    }
 }
+
+QVariantMap keywords(std::initializer_list<const char*> list, bool caseInsensitive = false) {
+    return {
+        {"CharacterSet", Letters}, {"CaseInsensitive", caseInsensitive}, {"Keywords", words(list)}};
+}
+
+const QVariantMap Broken{{"regularExpression", true}};
+const QVariantMap OnlyStart{{"startStr", QStringLiteral("<")}};
+const QVariantMap Neither{{"comment", QStringLiteral("ignored")}};
 
 } // namespace
 
-// --- Words --------------------------------------------------------------------------
-
-TEST(SyntaxColoringWords, CaseMattersOnlyWhenTheDefinitionSaysSo) {
-    const QString text = QStringLiteral("if If iF IF");
-    EXPECT_EQ(colour(keywordDefinition(false), text), "KK.........");
-    EXPECT_EQ(colour(keywordDefinition(true), text), "KK.KK.KK.KK");
+TEST(SyntaxColoring, WordsAreColouredWhereTheyStandAlone) {
+    const QString longS = QString::fromUtf8("\xC5\xBF");
+    expectCases({
+        {"case respected", keywords({"if"}), "if If iF IF", "KK........."},
+        {"case ignored", keywords({"if"}, true), "if If iF IF", "KK.KK.KK.KK"},
+        {"inside longer words", keywords({"int"}), "print int_max (int) xint int",
+         "...............KKK.......KKK"},
+        {"range edges look no further", keywords({"int"}), "xintx", ".KKK.", Range(1, 3)},
+        {"a whole-text word needs its neighbours", keywords({"int"}), "xintx", "....."},
+        {"empty character set: no words, still patterns and blocks",
+         {{"CharacterSet", QString()},
+          {"Keywords", words({"if"})},
+          {"Numbers", QVariantList{pattern("[0-9]+")}},
+          {"Comments", QVariantList{block("/*", "*/")}}},
+         "if 12 /*if*/",
+         "...NN.CCCCCC"},
+        {"no character set: every occurrence",
+         {{"Keywords", words({"in"})}},
+         "print in",
+         "..KK..KK"},
+        {"a glued occurrence is stepped over whole", keywords({"a-a"}), "xa-a-a", "......"},
+        {"overlapping free occurrences", keywords({"a-a"}), "a-a-a", "KKKKK"},
+        {"the walk starts at the first word character", keywords({"#if"}), "#if x", "....."},
+        {"non-word characters inside words", keywords({"#if"}), "a #if x", "..KKK.."},
+        {"a word starting with white space is never found", keywords({" x"}), "a x", "..."},
+        {"later lists win, duplicates do no harm",
+         {{"CharacterSet", Letters},
+          {"Keywords", words({"nil", "nil"})},
+          {"Values", words({"nil"})},
+          {"Commands", words({"puts"})}},
+         "puts nil",
+         "XXXX.VVV"},
+        {"Unicode folding: long s and accents", keywords({"static", "\xC3\xA9t\xC3\xA9"}, true),
+         "x " + longS + "tatic STATIC " + QString::fromUtf8("\xC3\x89T\xC3\x89"),
+         "..KKKKKK.KKKKKK.KKK"},
+        {"no walk before the first word character", keywords({"static"}, true), longS + "tatic",
+         "......"},
+    });
 }
 
-TEST(SyntaxColoringWords, AKeywordInsideALongerWordIsLeftAlone) {
-    const QString text = QStringLiteral("print int_max (int) xint int");
-    EXPECT_EQ(colour(keywordDefinition(false), text), "...............KKK.......KKK");
+TEST(SyntaxColoring, LaterCategoriesPaintOverEarlierOnes) {
+    expectCases({
+        {"a comment inside a string wins from the slashes on",
+         {{"Strings", QVariantList{pattern("\"[^\"\\n]*\"")}},
+          {"Comments", QVariantList{pattern("//.*$")}}},
+         "s = \"http://x\";\nint",
+         "....SSSSSSCCCCC...."},
+        {"blocks, words, numbers, strings, characters, preprocessor",
+         {{"CharacterSet", Letters},
+          {"Blockwords", QVariantList{block("{", "}")}},
+          {"Keywords", words({"if"})},
+          {"Numbers", QVariantList{pattern("[0-9]+")}},
+          {"Strings", QVariantList{pattern("\"[^\"]*\"")}},
+          {"Characters", QVariantList{pattern("'.'")}},
+          {"Preprocessor", QVariantList{pattern("^#.*$")}}},
+         "{if 1 \"a 2 'b'\"}\n#if \"x\"",
+         "BKKBNBSSSSSHHHSB.PPPPPPP"},
+        {"no comments: everything else still coloured",
+         {{"CharacterSet", Letters},
+          {"Keywords", words({"return"})},
+          {"Numbers", QVariantList{pattern("[0-9]+")}}},
+         "return 42; // 7",
+         "KKKKKK.NN.....N"},
+    });
 }
 
-TEST(SyntaxColoringWords, WordsAtTheEdgesOfTheRangeDoNotLookOutsideIt) {
-    // A letter stands just before and just after the range: only the range counts.
-    const QString text = QStringLiteral("xintx");
-    EXPECT_EQ(colour(keywordDefinition(false), text, Range(1, 3)), ".KKK.");
-    EXPECT_EQ(colour(keywordDefinition(false), text), ".....");
+TEST(SyntaxColoring, BlocksRunOverTheWholeText) {
+    const QVariantMap comments{{"CharacterSet", Letters},
+                               {"Keywords", words({"int"})},
+                               {"Comments", QVariantList{block("/*", "*/")}}};
+    expectCases({
+        {"outside the range only blocks are painted", comments, "int /*a*/ int /*b*/",
+         "....CCCCC.KKK.CCCCC", Range(10, 3)},
+        {"the end is searched from the block's start",
+         {{"Comments", QVariantList{block("ab", "b")}}},
+         "ab x b",
+         "CC...."},
+        {"case is ignored",
+         {{"Comments", QVariantList{block("<!--", "-->")}},
+          {"Blockwords", QVariantList{block("begin", "end")}}},
+         "BEGIN x End <!--y-->",
+         "BBBBBBBBBBB.CCCCCCCC"},
+        {"an unterminated block runs to the end; later entries still count",
+         {{"Comments", QVariantList{block("/*", "*/"), block("#", "\n")}}},
+         "# x\na /* b",
+         "CCCC..CCCC"},
+        // "new"/"new" is what the definitions' editor makes for a new entry: the loop could
+        // never move past it.
+        {"a block ending where it starts is painted once and ends the category's blocks",
+         {{"Comments", QVariantList{block("new", "new"), block("<", ">")}},
+          {"Blockwords", QVariantList{block("(", ")")}}},
+         "(a) new <b> new",
+         "BBB.CCC........"},
+    });
 }
 
-TEST(SyntaxColoringWords, AnEmptyCharacterSetColoursNoWordsButPatternsAndBlocks) {
-    const QVariantMap definition{{"CharacterSet", QString()},
-                                 {"Keywords", words({"if"})},
-                                 {"Numbers", QVariantList{pattern("[0-9]+")}},
-                                 {"Comments", QVariantList{block("/*", "*/")}}};
-    EXPECT_EQ(colour(definition, QStringLiteral("if 12 /*if*/")), "...NN.CCCCCC");
-}
-
-TEST(SyntaxColoringWords, WithoutACharacterSetEveryOccurrenceCounts) {
-    const QVariantMap definition{{"Keywords", words({"in"})}};
-    EXPECT_EQ(colour(definition, QStringLiteral("print in")), "..KK..KK");
-}
-
-TEST(SyntaxColoringWords, AnOccurrenceGluedToAWordIsSteppedOverWhole) {
-    // The occurrence at 1 is glued to the x; the walk goes on after it and never sees the
-    // free-standing occurrence that overlaps it.
-    const QVariantMap definition{{"CharacterSet", Letters}, {"Keywords", words({"a-a"})}};
-    EXPECT_EQ(colour(definition, QStringLiteral("xa-a-a")), "......");
-    EXPECT_EQ(colour(definition, QStringLiteral("a-a-a")), "KKKKK");
-}
-
-TEST(SyntaxColoringWords, WordsWithOtherCharactersStartWhereTheWordCharactersStart) {
-    const QVariantMap definition{{"CharacterSet", Letters}, {"Keywords", words({"#if", " x"})}};
-    // The walk starts at the first word character, after the "#".
-    EXPECT_EQ(colour(definition, QStringLiteral("#if x")), ".....");
-    EXPECT_EQ(colour(definition, QStringLiteral("a #if x")), "..KKK..");
-}
-
-TEST(SyntaxColoringWords, LaterWordListsWinAndDuplicatesDoNoHarm) {
-    const QVariantMap definition{{"CharacterSet", Letters},
-                                 {"Keywords", words({"nil", "nil"})},
-                                 {"Values", words({"nil"})},
-                                 {"Commands", words({"puts"})}};
-    EXPECT_EQ(colour(definition, QStringLiteral("puts nil")), "XXXX.VVV");
-}
-
-TEST(SyntaxColoringWords, CaseInsensitiveMatchingFollowsUnicodeFolding) {
-    // The long s folds to s but is no word character here: it still makes a match, once
-    // the walk has begun (it begins at the first word character).
-    const QVariantMap definition{{"CharacterSet", Letters},
-                                 {"CaseInsensitive", true},
-                                 {"Keywords", words({"static", "\xC3\xA9t\xC3\xA9"})}};
-    EXPECT_EQ(colour(definition, QString::fromUtf8("\xC5\xBFtatic STATIC \xC3\x89T\xC3\x89")),
-              ".......KKKKKK.KKK");
-    EXPECT_EQ(colour(definition, QString::fromUtf8("x \xC5\xBFtatic")), "..KKKKKK");
-}
-
-// --- Patterns and painting order ----------------------------------------------------
-
-TEST(SyntaxColoringOrder, TheCommentWinsOverAStringFromTheSlashesOn) {
-    const QVariantMap definition{{"Strings", QVariantList{pattern("\"[^\"\\n]*\"")}},
-                                 {"Comments", QVariantList{pattern("//.*$")}}};
-    EXPECT_EQ(colour(definition, QStringLiteral("s = \"http://x\";\nint")), "....SSSSSSCCCCC....");
-}
-
-TEST(SyntaxColoringOrder, LaterCategoriesPaintOverEarlierOnes) {
-    const QVariantMap definition{{"CharacterSet", Letters},
-                                 {"Blockwords", QVariantList{block("{", "}")}},
-                                 {"Keywords", words({"if"})},
-                                 {"Numbers", QVariantList{pattern("[0-9]+")}},
-                                 {"Strings", QVariantList{pattern("\"[^\"]*\"")}},
-                                 {"Characters", QVariantList{pattern("'.'")}},
-                                 {"Preprocessor", QVariantList{pattern("^#.*$")}}};
-    EXPECT_EQ(colour(definition, QStringLiteral("{if 1 \"a 2 'b'\"}\n#if \"x\"")),
-              "BKKBNBSSSSSHHHSB.PPPPPPP");
-}
-
-TEST(SyntaxColoringOrder, ADefinitionWithoutCommentsColoursEverythingElse) {
-    const QVariantMap definition{{"CharacterSet", Letters},
-                                 {"Keywords", words({"return"})},
-                                 {"Numbers", QVariantList{pattern("[0-9]+")}}};
-    EXPECT_EQ(colour(definition, QStringLiteral("return 42; // 7")), "KKKKKK.NN.....N");
-}
-
-// --- Blocks -------------------------------------------------------------------------
-
-TEST(SyntaxColoringBlocks, ABlockCommentOpenedAboveTheRangeIsColouredAfterAnEdit) {
+TEST(SyntaxColoring, ABlockCommentOpenedAboveTheRangeIsColouredAfterAnEdit) {
     const QVariantMap definition{{"CharacterSet", Letters},
                                  {"Keywords", words({"int"})},
                                  {"Comments", QVariantList{block("/*", "*/")}}};
@@ -130,54 +150,41 @@ TEST(SyntaxColoringBlocks, ABlockCommentOpenedAboveTheRangeIsColouredAfterAnEdit
               ReferenceColoring::runs(ReferenceColoring::color(definition, text, range)));
 }
 
-TEST(SyntaxColoringBlocks, BlocksOutsideTheRangeArePaintedAndNothingElseThere) {
-    const QVariantMap definition{{"CharacterSet", Letters},
-                                 {"Keywords", words({"int"})},
-                                 {"Comments", QVariantList{block("/*", "*/")}}};
-    const QString text = QStringLiteral("int /*a*/ int /*b*/");
-    EXPECT_EQ(colour(definition, text, Range(10, 3)), "....CCCCC.KKK.CCCCC");
+TEST(SyntaxColoring, AFailingEntryEndsItsOwnPassQuietly) {
+    const QVariantMap numbers{{"Numbers", QVariantList{pattern("[0-9]+")}}};
+    expectCases({
+        {"a pattern that does not compile is passed over",
+         {{"Numbers", QVariantList{pattern("([0-9"), pattern("[0-9]+")}}},
+         "a 12",
+         "..NN"},
+        {"an entry without a pattern ends its category only",
+         {{"Strings", QVariantList{pattern("'[^']*'"), Broken, pattern("\"[^\"]*\"")}},
+          {"Numbers", QVariantList{pattern("[0-9]+")}}},
+         "'a' \"b\" 1",
+         "SSS.....N"},
+        {"a word list that is no list ends the whole pass",
+         {{"CharacterSet", Letters},
+          {"Blockwords", QVariantList{block("{", "}")}},
+          {"Keywords", QStringLiteral("if")},
+          {"Numbers", QVariantList{pattern("[0-9]+")}}},
+         "{1} if 2",
+         "BBB....."},
+        {"a word that is no string is skipped",
+         {{"CharacterSet", Letters}, {"Keywords", QVariantList{42, QStringLiteral("if")}}},
+         "42 if",
+         "...KK"},
+        {"a block entry missing one string ends the block pass",
+         {{"Comments", QVariantList{Neither, block("(", ")"), OnlyStart, block("[", "]")}}},
+         "(a) <b> [c]",
+         "CCC........"},
+        {"a character set that is no string colours nothing",
+         {{"CharacterSet", 7}, {"Comments", QVariantList{pattern("#.*")}}},
+         "# x",
+         "..."},
+    });
 }
 
-TEST(SyntaxColoringBlocks, TheEndIsSearchedFromTheStartOfTheBlock) {
-    const QVariantMap definition{{"Comments", QVariantList{block("ab", "b")}}};
-    EXPECT_EQ(colour(definition, QStringLiteral("ab x b")), "CC....");
-}
-
-TEST(SyntaxColoringBlocks, BlocksMatchWithoutRegardToCase) {
-    const QVariantMap definition{{"Comments", QVariantList{block("<!--", "-->")}},
-                                 {"Blockwords", QVariantList{block("begin", "end")}}};
-    EXPECT_EQ(colour(definition, QStringLiteral("BEGIN x End <!--y-->")), "BBBBBBBBBBB.CCCCCCCC");
-}
-
-TEST(SyntaxColoringBlocks, AnUnterminatedBlockRunsToTheEndAndLaterEntriesStillCount) {
-    const QVariantMap definition{{"Comments", QVariantList{block("/*", "*/"), block("#", "\n")}}};
-    EXPECT_EQ(colour(definition, QStringLiteral("# x\na /* b")), "CCCC..CCCC");
-}
-
-TEST(SyntaxColoringBlocks, ABlockWhoseEndStandsAtItsStartEndsTheCategoryBlockPass) {
-    // "new"/"new" is what the definitions' editor makes for a new entry; the loop cannot
-    // move past it, so the block is painted once and the later entry is not used.
-    const QVariantMap definition{{"Comments", QVariantList{block("new", "new"), block("<", ">")}},
-                                 {"Blockwords", QVariantList{block("(", ")")}}};
-    EXPECT_EQ(colour(definition, QStringLiteral("(a) new <b> new")), "BBB.CCC........");
-}
-
-// --- Error guards -------------------------------------------------------------------
-
-TEST(SyntaxColoringGuards, ABrokenPatternIsPassedOver) {
-    const QVariantMap definition{{"Numbers", QVariantList{pattern("([0-9"), pattern("[0-9]+")}}};
-    EXPECT_EQ(colour(definition, QStringLiteral("a 12")), "..NN");
-}
-
-TEST(SyntaxColoringGuards, AnEntryWithoutPatternEndsItsCategoryOnly) {
-    const QVariantMap broken{{"regularExpression", true}};
-    const QVariantMap definition{
-        {"Strings", QVariantList{pattern("'[^']*'"), broken, pattern("\"[^\"]*\"")}},
-        {"Numbers", QVariantList{pattern("[0-9]+")}}};
-    EXPECT_EQ(colour(definition, QStringLiteral("'a' \"b\" 1")), "SSS.....N");
-}
-
-TEST(SyntaxColoringGuards, AnEndlessPatternHitsTheTimeLimitAndEndsItsCategoryQuietly) {
+TEST(SyntaxColoring, AnEndlessPatternHitsTheTimeLimitAndEndsItsCategoryQuietly) {
     const QVariantMap definition{{"Numbers", QVariantList{pattern("(a+)+b"), pattern("[0-9]+")}},
                                  {"Strings", QVariantList{pattern("\"[^\"]*\"")}}};
     const QString text = QString(40, u'a') + QStringLiteral(" 7 \"s\"");
@@ -188,43 +195,14 @@ TEST(SyntaxColoringGuards, AnEndlessPatternHitsTheTimeLimitAndEndsItsCategoryQui
     EXPECT_FALSE(coloring.wasInterrupted(SyntaxColoring::Strings));
 }
 
-TEST(SyntaxColoringGuards, AWordListThatIsNoListEndsTheWholePass) {
-    const QVariantMap definition{{"CharacterSet", Letters},
-                                 {"Blockwords", QVariantList{block("{", "}")}},
-                                 {"Keywords", QStringLiteral("if")},
-                                 {"Numbers", QVariantList{pattern("[0-9]+")}}};
-    EXPECT_EQ(colour(definition, QStringLiteral("{1} if 2")), "BBB.....");
-}
-
-TEST(SyntaxColoringGuards, AWordThatIsNoStringIsSkipped) {
-    const QVariantMap definition{{"CharacterSet", Letters},
-                                 {"Keywords", QVariantList{42, QStringLiteral("if")}}};
-    EXPECT_EQ(colour(definition, QStringLiteral("42 if")), "...KK");
-}
-
-TEST(SyntaxColoringGuards, ABlockEntryMissingOneStringEndsTheBlockPass) {
-    const QVariantMap onlyStart{{"startStr", QStringLiteral("<")}};
-    const QVariantMap neither{{"comment", QStringLiteral("ignored")}};
-    const QVariantMap definition{
-        {"Comments", QVariantList{neither, block("(", ")"), onlyStart, block("[", "]")}}};
-    EXPECT_EQ(colour(definition, QStringLiteral("(a) <b> [c]")), "CCC........");
-}
-
-TEST(SyntaxColoringGuards, ACharacterSetThatIsNoStringColoursNothing) {
-    const QVariantMap definition{{"CharacterSet", 7}, {"Comments", QVariantList{pattern("#.*")}}};
-    EXPECT_EQ(colour(definition, QStringLiteral("# x")), "...");
-}
-
-// --- Ranges and removal -------------------------------------------------------------
-
-TEST(SyntaxColoringRanges, AnEmptyRangeChangesNothing) {
-    SyntaxColoringEngine engine(keywordDefinition(false));
+TEST(SyntaxColoring, AnEmptyRangeChangesNothing) {
+    SyntaxColoringEngine engine(keywords({"if"}));
     const SyntaxColoring coloring = engine.coloringRange(QStringLiteral("if"), Range(1, 0));
     EXPECT_EQ(coloring.range().length, 0);
     EXPECT_TRUE(coloring.runs().empty());
 }
 
-TEST(SyntaxColoringRanges, RemovingTheDefinitionRemovesEveryColour) {
+TEST(SyntaxColoring, RemovingTheDefinitionRemovesEveryColour) {
     const QString text = QStringLiteral("if /* x */ int");
     SyntaxColoringEngine engine({{"CharacterSet", Letters},
                                  {"Keywords", words({"if", "int"})},

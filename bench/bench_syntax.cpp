@@ -153,6 +153,18 @@ void visibleAfterEditPastTheLastBlock(benchmark::State& state) {
     visibleAfterEditIn(state, QStringLiteral("/* only block */\n") + text, QStringLiteral("x"));
 }
 
+// A fresh engine asked for the middle lines: the block passes over the whole text run once.
+void visibleCold(benchmark::State& state) {
+    const QString& text = largeCText();
+    const qsizetype middle = text.indexOf(u'\n', text.size() / 2) + 1;
+    for (auto _ : state) {
+        SyntaxColoringEngine engine(cDefinition());
+        const SyntaxColoring coloring =
+            engine.coloringRange(text, linesFrom(text, middle, VisibleLines));
+        benchmark::DoNotOptimize(coloring.rangeRuns().data());
+    }
+}
+
 void functionList(benchmark::State& state) {
     const QString& text = largeCText();
     SyntaxManager manager;
@@ -175,6 +187,7 @@ BENCHMARK_CAPTURE(visibleAfterEdit, commentOpener, QStringLiteral("/*"))
     ->Unit(benchmark::kMillisecond)
     ->Iterations(400);
 BENCHMARK(visibleAfterEditPastTheLastBlock)->Unit(benchmark::kMillisecond)->Iterations(200);
+BENCHMARK(visibleCold)->Unit(benchmark::kMillisecond)->Iterations(5);
 BENCHMARK(functionList)->Unit(benchmark::kMillisecond)->Iterations(3);
 
 BENCHMARK_MAIN();

@@ -153,7 +153,7 @@ public:
 
     QVariantMap definition() {
         QVariantMap result;
-        switch (below(7)) {
+        switch (below(8)) {
         case 0:
             break;
         case 1:
@@ -164,6 +164,11 @@ public:
             break;
         case 3:
             result["CharacterSet"] = Letters + QStringLiteral(" -");
+            break;
+        case 4:
+            // Accented and astral letters count as word characters too.
+            result["CharacterSet"] =
+                Letters + QString::fromUtf8("\xC3\xA9\xC3\x89\xF0\x90\x90\x80\xF0\x90\x90\xA8");
             break;
         default:
             result["CharacterSet"] = Letters;

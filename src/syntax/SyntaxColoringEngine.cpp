@@ -419,8 +419,81 @@ void SyntaxColoringEngine::updateBlockTurns(BlockEntry& entry, QStringView text)
     entry.turns = std::move(turns);
 }
 
+bool SyntaxColoringEngine::canColorByRuns(const WordList& words, QStringView text,
+                                          qsizetype start) const {
+    if (words.plainWords.empty()) {
+        return false;
+    }
+    // A character outside the word characters that matches one of theirs when case is
+    // ignored breaks the rule that an occurrence is a whole run of word characters.
+    return !_definition->caseInsensitive ||
+           !std::any_of(text.begin() + start, text.end(),
+                        [&](QChar c) { return contains(words.foldsIntoWords, c.unicode()); });
+}
+
+void SyntaxColoringEngine::colorPlainWordsByRuns(const std::array<const WordList*, 3>& lists,
+                                                 QStringView text, qsizetype start,
+                                                 std::vector<quint8>& paint) const {
+    const Definition& definition = *_definition;
+    const UnitSet& wordCharacters = definition.wordCharacters;
+    const bool ci = definition.caseInsensitive;
+    const Qt::CaseSensitivity cs = ci ? Qt::CaseInsensitive : Qt::CaseSensitive;
+    const qsizetype n = text.size();
+    quint64 lengths = 0;
+    for (const WordList* words : lists) {
+        lengths |= words ? words->plainLengths : 0;
+    }
+    // A plain word stands alone exactly when it is a whole run of word characters, and
+    // every run begins at or after the start position (its first character is one). The
+    // three lists share one walk; where two lists hold a run, the later one's colour wins.
+    qsizetype i = start;
+    while (i < n) {
+        if (!contains(wordCharacters, text[i].unicode())) {
+            ++i;
+            continue;
+        }
+        qsizetype j = i + 1;
+        while (j < n && contains(wordCharacters, text[j].unicode())) {
+            ++j;
+        }
+        if (!((lengths >> std::min<qsizetype>(j - i, 63)) & 1)) {
+            i = j;
+            continue;
+        }
+        const QStringView run = text.mid(i, j - i);
+        const quint64 hash = hashUnits(run, ci);
+        int winner = -1;
+        for (int list = 0; list < int(lists.size()); ++list) {
+            const WordList* words = lists[size_t(list)];
+            if (!words) {
+                continue;
+            }
+            auto it = words->plainByHash.find(hash);
+            if (it == words->plainByHash.end()) {
+                continue;
+            }
+            for (int index : it->second) {
+                if (run.compare(words->plainWords[size_t(index)], cs) == 0) {
+                    winner = list;
+                    break;
+                }
+            }
+        }
+        if (winner >= 0) {
+            const quint8 category = quint8(Category::Keywords + winner);
+            for (qsizetype k = i; k < j; ++k) {
+                quint8& cell = paint[size_t(k)];
+                if (cell == None || cell < category) {
+                    cell = category;
+                }
+            }
+        }
+        i = j;
+    }
+}
+
 void SyntaxColoringEngine::syntaxWordColoring(
-    const WordList& words, QStringView text, qsizetype start,
+    const WordList& words, QStringView text, qsizetype start, bool byRuns,
     const std::function<void(qsizetype, qsizetype)>& paint) const {
     const Definition& definition = *_definition;
     const UnitSet& wordCharacters = definition.wordCharacters;
@@ -456,44 +529,8 @@ void SyntaxColoringEngine::syntaxWordColoring(
         }
     };
 
-    bool byRuns = !words.plainWords.empty();
-    if (byRuns && ci) {
-        // A character outside the word characters that matches one of theirs when case is
-        // ignored breaks the rule that an occurrence is a whole run of word characters.
-        byRuns = !std::any_of(text.begin() + start, text.end(),
-                              [&](QChar c) { return contains(words.foldsIntoWords, c.unicode()); });
-    }
     std::vector<const QString*> scanned;
-    if (byRuns) {
-        // A plain word stands alone exactly when it is a whole run of word characters, and
-        // every run begins at or after the start position (its first character is one).
-        qsizetype i = start;
-        while (i < n) {
-            if (!contains(wordCharacters, text[i].unicode())) {
-                ++i;
-                continue;
-            }
-            qsizetype j = i + 1;
-            while (j < n && contains(wordCharacters, text[j].unicode())) {
-                ++j;
-            }
-            if (!((words.plainLengths >> std::min<qsizetype>(j - i, 63)) & 1)) {
-                i = j;
-                continue;
-            }
-            const QStringView run = text.mid(i, j - i);
-            auto it = words.plainByHash.find(hashUnits(run, ci));
-            if (it != words.plainByHash.end()) {
-                for (int index : it->second) {
-                    if (run.compare(words.plainWords[size_t(index)], cs) == 0) {
-                        paint(i, j - i);
-                        break;
-                    }
-                }
-            }
-            i = j;
-        }
-    } else {
+    if (!byRuns) {
         for (const QString& word : words.plainWords) {
             scanned.push_back(&word);
         }
@@ -662,7 +699,32 @@ SyntaxColoring SyntaxColoringEngine::coloringRange(const QString& text, Range ra
     for (int c = 0; c < definition.stopAt; ++c) {
         category = quint8(c);
         if (isWordCategory(c)) {
-            syntaxWordColoring(definition.words[size_t(c)], part, wordStart, paintInPart);
+            // All three word lists at once. Only block keywords are painted before them, so
+            // painting each cell with the highest word category that reaches it is the same
+            // as painting the lists one after the other.
+            const int end = std::min(definition.stopAt, int(Category::Values) + 1);
+            std::array<const WordList*, 3> byRuns{};
+            for (int w = c; w < end; ++w) {
+                const WordList& words = definition.words[size_t(w)];
+                if (canColorByRuns(words, part, wordStart)) {
+                    byRuns[size_t(w - Category::Keywords)] = &words;
+                }
+            }
+            colorPlainWordsByRuns(byRuns, part, wordStart, paint);
+            for (int w = c; w < end; ++w) {
+                const quint8 wordCategory = quint8(w);
+                syntaxWordColoring(definition.words[size_t(w)], part, wordStart,
+                                   byRuns[size_t(w - Category::Keywords)] != nullptr,
+                                   [&](qsizetype location, qsizetype length) {
+                                       for (qsizetype k = location; k < location + length; ++k) {
+                                           quint8& cell = paint[size_t(k)];
+                                           if (cell == None || cell < wordCategory) {
+                                               cell = wordCategory;
+                                           }
+                                       }
+                                   });
+            }
+            c = end - 1;
             continue;
         }
         if (!syntaxRegularExpressionColoring(definition.patterns[size_t(c)], part, paintInPart)) {

@@ -89,8 +89,15 @@ private:
     void syntaxBlockColoring(BlockList& blocks, QStringView whole, Range range,
                              SyntaxColoring::Category category, std::vector<quint8>& paint,
                              std::vector<SyntaxColoring::BlockLayer>& layers);
-    /// The word pass of one word list.
-    void syntaxWordColoring(const WordList& words, QStringView text, qsizetype start,
+    /// Whether the plain words of `words` can be found as whole runs of word characters in
+    /// `text` (case-blind matching can make that rule fail).
+    bool canColorByRuns(const WordList& words, QStringView text, qsizetype start) const;
+    /// The plain words of the given lists (Keywords, Commands, Values; none where the list
+    /// cannot be found by runs) in one walk over the word runs.
+    void colorPlainWordsByRuns(const std::array<const WordList*, 3>& lists, QStringView text,
+                               qsizetype start, std::vector<quint8>& paint) const;
+    /// The word pass of one word list, except its plain words when they were found by runs.
+    void syntaxWordColoring(const WordList& words, QStringView text, qsizetype start, bool byRuns,
                             const std::function<void(qsizetype, qsizetype)>& paint) const;
 
     QVariantMap _syntaxDictionary;

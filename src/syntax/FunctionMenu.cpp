@@ -1,0 +1,116 @@
+#include "syntax/FunctionMenu.h"
+
+#include <QVariantMap>
+
+namespace {
+
+FunctionMenu::Item titled(const QString& title) {
+    FunctionMenu::Item item;
+    item.title = title;
+    return item;
+}
+
+FunctionMenu::Item separator() {
+    FunctionMenu::Item item;
+    item.isSeparator = true;
+    return item;
+}
+
+// "IndentationLevel" is stored as the editor wrote it: a number or a string of digits. A
+// string counts by its leading integer, as the platform reads one; anything else is 0.
+int integerValue(const QVariant& value) {
+    if (value.typeId() != QMetaType::QString) {
+        bool ok = false;
+        const int level = value.toInt(&ok);
+        return ok ? level : 0;
+    }
+    const QString text = value.toString().trimmed();
+    qsizetype end = 0;
+    if (end < text.size() && (text[end] == u'-' || text[end] == u'+')) {
+        ++end;
+    }
+    while (end < text.size() && text[end].isDigit() && text[end].unicode() < 128) {
+        ++end;
+    }
+    bool ok = false;
+    const int level = text.left(end).toInt(&ok);
+    return ok ? level : 0;
+}
+
+} // namespace
+
+const QStringList& FunctionMenu::kindNames() {
+    static const QStringList names = {
+        QStringLiteral("None"),  QStringLiteral("Class"),    QStringLiteral("Category"),
+        QStringLiteral("Event"), QStringLiteral("Function"), QStringLiteral("Method"),
+        QStringLiteral("Macro"), QStringLiteral("Property"), QStringLiteral("Script"),
+        QStringLiteral("Type"),  QStringLiteral("Constant"),
+    };
+    return names;
+}
+
+FunctionMenu::Kind FunctionMenu::kindForName(const QString& name) {
+    const qsizetype index = kindNames().indexOf(name);
+    return index < 0 ? Kind::Unknown : Kind(index);
+}
+
+FunctionMenu::FunctionMenu(const std::optional<QVariantList>& definitions, const QString& text,
+                           const QString& previousTitle) {
+    if (!definitions || definitions->isEmpty()) {
+        _items.push_back(titled(noSymbolTitle()));
+        return;
+    }
+    _items.push_back(titled(noSymbolTitle()));
+    _items.push_back(separator());
+    for (const QVariant& value : *definitions) {
+        const QVariantMap definition = value.toMap();
+        const QString rangeString = definition.value(QStringLiteral("RangeString")).toString();
+        const Range range = NSRangeFromString(rangeString);
+        if (range.location < 0 || range.length < 0 || range.max() > text.size()) {
+            if (_items.size() < 2) {
+                _items.clear();
+                _items.push_back(titled(noSymbolTitle()));
+            }
+            break;
+        }
+        Item item = titled(text.mid(range.location, range.length));
+        if (item.title == QStringLiteral("-")) {
+            _items.push_back(separator());
+            continue;
+        }
+        item.bold = definition.value(QStringLiteral("BoldType")).toBool();
+        item.rangeString = rangeString;
+        item.indentationLevel = integerValue(definition.value(QStringLiteral("IndentationLevel")));
+        if (definition.contains(QStringLiteral("KeyType"))) {
+            item.hasKind = true;
+            item.kind = kindForName(definition.value(QStringLiteral("KeyType")).toString());
+        }
+        const bool reselect = !previousTitle.isNull() && item.title == previousTitle;
+        _items.push_back(std::move(item));
+        if (reselect) {
+            for (size_t i = 0; i < _items.size(); ++i) {
+                if (!_items[i].isSeparator && _items[i].title == previousTitle) {
+                    _selectedIndex = int(i);
+                    break;
+                }
+            }
+        }
+    }
+}
+
+Range FunctionMenu::rangeToSelect(const Item& item, const QString& text) {
+    if (item.isSeparator || item.rangeString.isEmpty()) {
+        return Range::notFound();
+    }
+    return lineRangeForRange(text, NSRangeFromString(item.rangeString));
+}
+
+Range FunctionMenu::lineRangeForRange(const QString& text, Range range) {
+    const qsizetype n = text.size();
+    const qsizetype location = qBound(qsizetype(0), range.location, n);
+    const qsizetype last = range.length > 0 ? qBound(location, range.max() - 1, n) : location;
+    const qsizetype start = location == 0 ? 0 : text.lastIndexOf(u'\n', location - 1) + 1;
+    const qsizetype newline = last >= n ? -1 : text.indexOf(u'\n', last);
+    const qsizetype end = newline < 0 ? n : newline + 1;
+    return {start, end - start};
+}

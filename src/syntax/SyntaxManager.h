@@ -1,0 +1,66 @@
+#pragma once
+
+#include "platform/Range.h"
+#include "syntax/SyntaxColoring.h"
+
+#include <QColor>
+#include <QString>
+#include <QVariantList>
+#include <QVariantMap>
+
+#include <array>
+#include <optional>
+
+class SyntaxColoringEngine;
+
+/// The application's one syntax manager: the colours of the nine categories, read from the
+/// settings, the guards of the colouring, function-list and completion passes, and the
+/// builder of the function list. The matching itself is done by each text's
+/// SyntaxColoringEngine, which keeps what it found between edits.
+class SyntaxManager {
+public:
+    static SyntaxManager& sharedSyntaxManager();
+
+    /// Reads the colours.
+    SyntaxManager();
+    SyntaxManager(const SyntaxManager&) = delete;
+    SyntaxManager& operator=(const SyntaxManager&) = delete;
+
+    /// Reads the nine colours again (each window asks after a settings change).
+    void updatePreferences();
+
+    QColor blockwordsColor() const { return _colors[SyntaxColoring::Blockwords]; }
+    QColor keywordsColor() const { return _colors[SyntaxColoring::Keywords]; }
+    QColor commandsColor() const { return _colors[SyntaxColoring::Commands]; }
+    QColor valuesColor() const { return _colors[SyntaxColoring::Values]; }
+    QColor numbersColor() const { return _colors[SyntaxColoring::Numbers]; }
+    QColor stringsColor() const { return _colors[SyntaxColoring::Strings]; }
+    QColor charactersColor() const { return _colors[SyntaxColoring::Characters]; }
+    QColor preprocessorColor() const { return _colors[SyntaxColoring::Preprocessor]; }
+    QColor commentsColor() const { return _colors[SyntaxColoring::Comments]; }
+    /// The colour of a category; an invalid colour when the setting holds none.
+    QColor colorForCategory(SyntaxColoring::Category category) const { return _colors[category]; }
+
+    bool isEndlessLoop() const { return _isEndlessLoop; }
+    bool isFunctionLoop() const { return _isFunctionLoop; }
+    bool isCompleteLoop() const { return _isCompleteLoop; }
+    void setIsCompleteLoop(bool running) { _isCompleteLoop = running; }
+
+    /// Colours `range` of `text` with `engine`'s definition. None when the range is empty
+    /// or a colouring pass is already running: then nothing changes.
+    std::optional<SyntaxColoring> syntaxColoringRange(Range range, const QString& text,
+                                                      SyntaxColoringEngine& engine);
+
+    /// The definitions the "FunctionDefinition" patterns of `dictionary` find in `string`,
+    /// sorted by position (equal positions keep the order they were found in); none when
+    /// there is nothing to look for, a build is running, or an entry fails (a match running
+    /// into the regular-expression time limit counts as failing).
+    std::optional<QVariantList> makeFunctionDefinitionWithString(const QString& string,
+                                                                 const QVariantMap& dictionary);
+
+private:
+    std::array<QColor, SyntaxColoring::CategoryCount> _colors;
+    bool _isEndlessLoop = false;
+    bool _isFunctionLoop = false;
+    bool _isCompleteLoop = false;
+};

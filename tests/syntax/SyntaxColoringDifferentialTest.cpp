@@ -1,0 +1,348 @@
+// The engine against the step-by-step model, on many seeded random texts, definitions and
+// edits. The pools are small on purpose, so that keywords, blocks and patterns collide
+// often: words inside longer words, case variants, comments inside strings, blocks that
+// open above the coloured range, blocks that overlap, words at the edges of the range.
+#include "SyntaxTestSupport.h"
+#include "platform/PropertyList.h"
+
+#include <QFile>
+#include <QJsonDocument>
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+using namespace SyntaxTestSupport;
+
+namespace {
+
+class Generator {
+public:
+    explicit Generator(unsigned seed)
+        : _random(seed) {}
+
+    int below(int n) { return std::uniform_int_distribution<int>(0, n - 1)(_random); }
+    bool chance(int percent) { return below(100) < percent; }
+    template <typename T> const T& pick(const std::vector<T>& pool) {
+        return pool[size_t(below(int(pool.size())))];
+    }
+
+    QString text(int tokens) {
+        static const std::vector<QString> pool = {
+            "if",
+            "If",
+            "IF",
+            "int",
+            "print",
+            "int_max",
+            "xint",
+            "a-a",
+            "#if",
+            "a",
+            "aa",
+            "in",
+            "new",
+            "t_",
+            " ",
+            " ",
+            " ",
+            "\n",
+            "\n",
+            "\t",
+            "(",
+            ")",
+            "{",
+            "}",
+            "/*",
+            "*/",
+            "//",
+            "\"",
+            "'",
+            "<!--",
+            "-->",
+            "<",
+            ">",
+            "#",
+            "-",
+            "0",
+            "42",
+            "b",
+            "ab",
+            "x",
+            "y",
+            QString(QChar(0x017F)),
+            QString(QChar(0x00E9)),
+            QString(QChar(0x00C9)),
+            QString(QChar(0x00DF)),
+            QString(QChar(0x2028)),
+            QString::fromUtf8("\xF0\x9F\x98\x80"),
+            QString::fromUtf8("\xF0\x90\x90\x80"),
+            QString::fromUtf8("\xF0\x90\x90\xA8"),
+            "\"s // t\"",
+            "/* c */",
+            "'c'",
+            "begin",
+            "END",
+        };
+        QString result;
+        for (int i = 0; i < tokens; ++i) {
+            result += pick(pool);
+        }
+        return result;
+    }
+
+    QVariantList wordList() {
+        static const std::vector<QVariant> pool = {
+            QStringLiteral("if"),
+            QString::fromUtf8("\xF0\x90\x90\x80"),
+            QString::fromUtf8("a\xF0\x90\x90\xA8"),
+            "int",
+            "IF",
+            "in",
+            "a",
+            "aa",
+            "a-a",
+            "#if",
+            " x",
+            "",
+            QString(QChar(0x00E9)),
+            QString(QChar(0x017F)) + "t",
+            "t_",
+            "print",
+            "new",
+            "x y",
+            "ab",
+            "b",
+            7,
+        };
+        QVariantList result;
+        for (int i = below(5); i > 0; --i) {
+            result.append(pick(pool));
+        }
+        return result;
+    }
+
+    QVariantList entries(bool withBlocks) {
+        static const std::vector<QString> patterns = {
+            "[0-9]+", "\"[^\"\\n]*\"", "'.'", "//.*$",  "^#\\w*", "(",    "\\bi\\w*",
+            "a|",     "^\\s*\\w",      "b+$", "[(){}]", "e.",     "\\Bn", "<[^>]*>",
+        };
+        static const std::vector<std::pair<QString, QString>> blocks = {
+            {"/*", "*/"}, {"<!--", "-->"},  {"#", "\n"}, {"ab", "b"}, {"new", "new"},
+            {"(", ")"},   {"\"", "\""},     {"x", ""},   {"", "y"},   {" a", "b"},
+            {"{", "}"},   {"begin", "end"}, {"-", "--"}, {"*", "/"},
+        };
+        QVariantList result;
+        for (int i = below(4); i > 0; --i) {
+            const int kind = below(20);
+            if (kind < 9) {
+                result.append(pattern(pick(patterns)));
+            } else if (withBlocks && kind < 18) {
+                const auto& [start, end] = pick(blocks);
+                result.append(block(start, end));
+            } else if (kind == 18) {
+                result.append(QVariantMap{{"regularExpression", true}});
+            } else if (withBlocks) {
+                result.append(QVariantMap{{"startStr", QStringLiteral("<")}});
+            } else {
+                result.append(QStringLiteral("not an entry"));
+            }
+        }
+        return result;
+    }
+
+    QVariantMap definition() {
+        QVariantMap result;
+        switch (below(8)) {
+        case 0:
+            break;
+        case 1:
+            result["CharacterSet"] = QString();
+            break;
+        case 2:
+            result["CharacterSet"] = QStringLiteral("abcdefghijklmnopqrstuvwxyz");
+            break;
+        case 3:
+            result["CharacterSet"] = Letters + QStringLiteral(" -");
+            break;
+        case 4:
+            // Accented and astral letters count as word characters too.
+            result["CharacterSet"] =
+                Letters + QString::fromUtf8("\xC3\xA9\xC3\x89\xF0\x90\x90\x80\xF0\x90\x90\xA8");
+            break;
+        default:
+            result["CharacterSet"] = Letters;
+            break;
+        }
+        result["CaseInsensitive"] = chance(50);
+        for (int c = 0; c < SyntaxColoring::CategoryCount; ++c) {
+            if (chance(30)) {
+                continue;
+            }
+            const QString key = SyntaxColoring::keyForCategory(SyntaxColoring::Category(c));
+            if (c >= SyntaxColoring::Keywords && c <= SyntaxColoring::Values) {
+                result[key] = chance(2) ? QVariant(QStringLiteral("if")) : QVariant(wordList());
+            } else {
+                const bool blocks =
+                    c == SyntaxColoring::Blockwords || c == SyntaxColoring::Comments;
+                result[key] = entries(blocks);
+            }
+        }
+        return result;
+    }
+
+    Range range(qsizetype length) {
+        if (length == 0 || chance(20)) {
+            return {0, length};
+        }
+        const qsizetype start = below(int(length));
+        return {start, below(int(length - start)) + 1};
+    }
+
+private:
+    std::mt19937 _random;
+};
+
+void expectSame(const QVariantMap& definition, const QString& text, const SyntaxColoring& coloring,
+                Range range, const char* when) {
+    const auto expected =
+        ReferenceColoring::runs(ReferenceColoring::color(definition, text, range));
+    ASSERT_EQ(coloring.runs(), expected)
+        << when << "\ntext: " << text.toStdString() << "\nrange: " << range.location << "+"
+        << range.length << "\ndefinition: "
+        << QJsonDocument::fromVariant(definition).toJson(QJsonDocument::Compact).toStdString();
+}
+
+} // namespace
+
+TEST(SyntaxColoringDifferential, FullAndPartialColouringMatchTheModel) {
+    Generator random(20261123);
+    for (int round = 0; round < 1500; ++round) {
+        const QVariantMap definition = random.definition();
+        const QString text = random.text(random.below(60));
+        const Range range = random.range(text.size());
+        SyntaxColoringEngine engine(definition);
+        expectSame(definition, text, engine.coloringRange(text, range), range, "first colouring");
+        if (HasFatalFailure()) {
+            return;
+        }
+    }
+}
+
+TEST(SyntaxColoringDifferential, RecolouringAfterEditsMatchesTheModel) {
+    Generator random(4242);
+    for (int round = 0; round < 400; ++round) {
+        const QVariantMap definition = random.definition();
+        QString text = random.text(random.below(120));
+        SyntaxColoringEngine engine(definition);
+        engine.coloringRange(text, Range(0, text.size()));
+        for (int edit = 0; edit < 12; ++edit) {
+            // Sometimes several edits arrive before the next colouring.
+            for (int burst = random.chance(25) ? 3 : 1; burst > 0; --burst) {
+                const qsizetype at = random.below(int(text.size()) + 1);
+                const qsizetype removed =
+                    random.chance(50)
+                        ? random.below(int(std::min<qsizetype>(8, text.size() - at)) + 1)
+                        : 0;
+                const QString inserted =
+                    random.chance(70) ? random.text(random.below(3)) : QString();
+                text.replace(at, removed, inserted);
+                engine.textDidChange(at, removed, inserted.size());
+            }
+            const Range range = random.range(text.size());
+            expectSame(definition, text, engine.coloringRange(text, range), range, "after an edit");
+            if (HasFatalFailure()) {
+                return;
+            }
+        }
+    }
+}
+
+TEST(SyntaxColoringDifferential, ATextChangedBehindTheEnginesBackIsRescanned) {
+    const QVariantMap definition{{"Comments", QVariantList{block("/*", "*/")}}};
+    SyntaxColoringEngine engine(definition);
+    engine.coloringRange(QStringLiteral("/* a */ b"), Range(0, 9));
+    const QString changed = QStringLiteral("b /* a */ c");
+    expectSame(definition, changed, engine.coloringRange(changed, Range(0, 1)), Range(0, 1),
+               "without being told");
+}
+
+namespace {
+
+// The given runs cut to `window`.
+std::vector<SyntaxColoring::Run> clipped(const std::vector<SyntaxColoring::Run>& runs,
+                                         Range window) {
+    std::vector<SyntaxColoring::Run> result;
+    for (const SyntaxColoring::Run& run : runs) {
+        const qsizetype start = std::max(run.location, window.location);
+        const qsizetype end = std::min(run.max(), window.max());
+        if (start < end) {
+            result.push_back({start, end - start, run.category});
+        }
+    }
+    return result;
+}
+
+} // namespace
+
+TEST(SyntaxColoringDifferential, AWindowOfTheColouringIsTheColouringCutToTheWindow) {
+    Generator random(77);
+    for (int round = 0; round < 300; ++round) {
+        const QVariantMap definition = random.definition();
+        const QString text = random.text(random.below(60));
+        SyntaxColoringEngine engine(definition);
+        const SyntaxColoring coloring = engine.coloringRange(text, random.range(text.size()));
+        const Range window = random.range(text.size());
+        ASSERT_EQ(coloring.runsInRange(window), clipped(coloring.runs(), window))
+            << text.toStdString();
+    }
+}
+
+namespace {
+
+// Edits a real file like a person would (comment and string delimiters, line breaks, whole
+// words) and holds every recolouring of the lines around the edit to the model.
+void typeInto(const QString& path, const QString& definitionName, std::vector<QString> typed) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        return;
+    }
+    QString text = QString::fromUtf8(file.readAll());
+    const QVariantMap definition =
+        PropertyList::readDictionary(
+            QStringLiteral(":/SyntaxDefinition/%1.plist").arg(definitionName))
+            .value();
+    SyntaxColoringEngine engine(definition);
+    engine.coloringRange(text, Range(0, text.size()));
+
+    Generator random(31337);
+    typed.insert(typed.end(), {"x", "\n", " ", "'", "\""});
+    for (int edit = 0; edit < 120; ++edit) {
+        const qsizetype at = random.below(int(text.size()));
+        const qsizetype removed =
+            random.chance(40) ? random.below(int(std::min<qsizetype>(6, text.size() - at))) : 0;
+        const QString inserted = random.chance(85) ? random.pick(typed) : QString();
+        text.replace(at, removed, inserted);
+        engine.textDidChange(at, removed, inserted.size());
+
+        // About sixty lines around the edit, as a text view shows them.
+        const qsizetype from = std::max<qsizetype>(0, at - 1500);
+        const Range visible(from, std::min<qsizetype>(3000, text.size() - from));
+        expectSame(definition, text, engine.coloringRange(text, visible), visible,
+                   path.toUtf8().constData());
+        if (::testing::Test::HasFatalFailure()) {
+            return;
+        }
+    }
+}
+
+} // namespace
+
+TEST(SyntaxColoringDifferential, TypingInRealFilesMatchesTheModel) {
+    // Files this machine is likely to hold; one that is missing is passed over.
+    typeInto("/usr/include/elf.h", "C", {"/*", "*/", "//", "int ", "#define X 1\n", "/* a */"});
+    typeInto("/usr/lib/python3.11/textwrap.py", "Python",
+             {"\"\"\"", "'''", "#", "def f():\n", "class C:\n"});
+    typeInto("/usr/share/doc/base-passwd/users-and-groups.html", "HTML",
+             {"<!--", "-->", "<div>", "</div>", "href=", "=\"a\"", "&amp;", "<?", "?>"});
+}

@@ -15,15 +15,30 @@ void ColorStore::reset(qsizetype textLength)
 
 void ColorStore::moveGapTo(qsizetype position)
 {
-    while (!_head.empty() && _head.back().key >= position) {
-        const Entry entry = _head.back();
-        _head.pop_back();
-        _tail.push_back({_length - entry.key, entry.length, entry.color});
+    // Whole stretches move at once: the first edit after a full colouring may carry the gap
+    // across millions of runs.
+    const auto firstAfter =
+        std::lower_bound(_head.begin(), _head.end(), position,
+                         [](const Entry& entry, qsizetype p) { return entry.key < p; });
+    if (firstAfter != _head.end()) {
+        _tail.reserve(_tail.size() + size_t(_head.end() - firstAfter));
+        for (auto it = _head.end(); it != firstAfter;) {
+            --it;
+            _tail.push_back({_length - it->key, it->length, it->color});
+        }
+        _head.erase(firstAfter, _head.end());
+        return;
     }
-    while (!_tail.empty() && tailStart(_tail.back()) < position) {
-        const Entry entry = _tail.back();
-        _tail.pop_back();
-        _head.push_back({_length - entry.key, entry.length, entry.color});
+    const auto firstBefore =
+        std::partition_point(_tail.begin(), _tail.end(),
+                             [&](const Entry& entry) { return tailStart(entry) >= position; });
+    if (firstBefore != _tail.end()) {
+        _head.reserve(_head.size() + size_t(_tail.end() - firstBefore));
+        for (auto it = _tail.end(); it != firstBefore;) {
+            --it;
+            _head.push_back({_length - it->key, it->length, it->color});
+        }
+        _tail.erase(firstBefore, _tail.end());
     }
 }
 

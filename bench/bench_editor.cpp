@@ -1,0 +1,300 @@
+// The editor pane on a 20 MB C text (about half a million lines) with line numbers and
+// invisible characters shown, offscreen: opening (fill, attach, first paint), typing in the
+// middle until the pane has repainted, and jumping to far lines.
+#include "app/Application.h"
+#include "editor/EditorController.h"
+#include "editor/GutterView.h"
+#include "editor/LayoutManager.h"
+#include "editor/TextView.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QElapsedTimer>
+#include <QKeyEvent>
+#include <QRandomGenerator>
+#include <QScrollBar>
+#include <QTextBlock>
+#include <QTextDocument>
+#include <QWindow>
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
+#include <vector>
+
+namespace {
+
+constexpr qsizetype kTextSize = 20 * 1024 * 1024;
+
+/// Headers of /usr/include, in a fixed order, joined until the text reaches `size`.
+QString generateCText(qsizetype size)
+{
+    QStringList files;
+    QDirIterator it(QStringLiteral("/usr/include"), {QStringLiteral("*.h")}, QDir::Files,
+                    QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        files.append(it.next());
+    }
+    std::sort(files.begin(), files.end());
+    QString text;
+    text.reserve(size + 1024 * 1024);
+    while (text.size() < size && !files.isEmpty()) {
+        for (const QString& path : files) {
+            QFile file(path);
+            if (file.open(QIODevice::ReadOnly)) {
+                text += QString::fromUtf8(file.readAll());
+            }
+            if (text.size() >= size) {
+                break;
+            }
+        }
+    }
+    text.remove(QLatin1Char('\r'));
+    return text;
+}
+
+/// Counts the paints of a widget, so that a measurement can wait for the repaint.
+class PaintCounter : public QObject
+{
+public:
+    int count = 0;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::Paint) {
+            ++count;
+        }
+        return QObject::eventFilter(watched, event);
+    }
+};
+
+struct Pane {
+    std::unique_ptr<QTextDocument> document;
+    std::unique_ptr<EditorController> controller;
+    PaintCounter viewportPaints;
+    double fillMs = 0;
+    double attachMs = 0;
+    double firstPaintMs = 0;
+    qsizetype lines = 0;
+
+    TextView* view() const { return controller->textView(); }
+
+    /// Processes events until the viewport has painted again (or a second has passed).
+    void waitForRepaint(int paintsBefore)
+    {
+        QElapsedTimer timer;
+        timer.start();
+        while (viewportPaints.count == paintsBefore && timer.elapsed() < 1000) {
+            QCoreApplication::processEvents(QEventLoop::AllEvents);
+        }
+    }
+};
+
+Pane& pane()
+{
+    static std::unique_ptr<Pane> shared;
+    if (shared) {
+        return *shared;
+    }
+    shared = std::make_unique<Pane>();
+    Pane& p = *shared;
+    const QString text = generateCText(kTextSize);
+
+    QElapsedTimer timer;
+    timer.start();
+    p.document = std::make_unique<QTextDocument>();
+    p.document->setUndoRedoEnabled(false);
+    p.document->setPlainText(text);
+    p.document->setUndoRedoEnabled(true);
+    p.fillMs = double(timer.nsecsElapsed()) / 1e6;
+    p.lines = p.document->blockCount();
+
+    timer.restart();
+    p.controller = std::make_unique<EditorController>();
+    p.controller->setupInitialTextViewSharedStateWithTextStorage(p.document.get());
+    p.view()->setInvisibleCharacters(true);
+    p.view()->resize(1000, 800);
+    p.attachMs = double(timer.nsecsElapsed()) / 1e6;
+
+    p.view()->viewport()->installEventFilter(&p.viewportPaints);
+    timer.restart();
+    const QPixmap first = p.view()->grab();
+    p.firstPaintMs = double(timer.nsecsElapsed()) / 1e6;
+    benchmark::DoNotOptimize(first);
+
+    p.view()->show();
+    QElapsedTimer wait;
+    wait.start();
+    while ((!p.view()->windowHandle() || !p.view()->windowHandle()->isExposed()) &&
+           wait.elapsed() < 5000) {
+        QCoreApplication::processEvents();
+    }
+    QCoreApplication::processEvents();
+    return p;
+}
+
+void reportPercentiles(benchmark::State& state, std::vector<double> ms)
+{
+    std::sort(ms.begin(), ms.end());
+    auto at = [&](double q) { return ms[std::min(ms.size() - 1, size_t(q * double(ms.size())))]; };
+    state.counters["p50_ms"] = at(0.50);
+    state.counters["p99_ms"] = at(0.99);
+    state.counters["max_ms"] = ms.back();
+}
+
+void BM_OpenLargeText(benchmark::State& state)
+{
+    for (auto _ : state) {
+        Pane& p = pane();
+        state.SetIterationTime((p.fillMs + p.attachMs + p.firstPaintMs) / 1000);
+    }
+    const Pane& p = pane();
+    state.counters["lines"] = double(p.lines);
+    state.counters["chars"] = double(p.document->characterCount());
+    state.counters["fill_ms"] = p.fillMs;
+    state.counters["attach_ms"] = p.attachMs;
+    state.counters["first_paint_ms"] = p.firstPaintMs;
+}
+BENCHMARK(BM_OpenLargeText)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+/// Types `keystrokes` characters in the middle of the text, each timed until the repaint.
+std::vector<double> typeInTheMiddle(Pane& p, int keystrokes)
+{
+    QTextCursor cursor(p.document->findBlockByNumber(int(p.lines / 2)));
+    cursor.movePosition(QTextCursor::EndOfBlock);
+    p.view()->setTextCursor(cursor);
+    p.view()->centerCursor();
+    QCoreApplication::processEvents();
+    std::vector<double> ms;
+    QElapsedTimer timer;
+    for (int i = 0; i < keystrokes; ++i) {
+        const QString letter(QChar(u'a' + i % 26));
+        const Qt::Key key = Qt::Key(Qt::Key_A + i % 26);
+        const int paints = p.viewportPaints.count;
+        timer.start();
+        QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier, letter);
+        QCoreApplication::sendEvent(p.view(), &press);
+        QKeyEvent release(QEvent::KeyRelease, key, Qt::NoModifier, letter);
+        QCoreApplication::sendEvent(p.view(), &release);
+        p.waitForRepaint(paints);
+        ms.push_back(double(timer.nsecsElapsed()) / 1e6);
+    }
+    return ms;
+}
+
+void BM_TypeInTheMiddle(benchmark::State& state)
+{
+    Pane& p = pane();
+    std::vector<double> all;
+    for (auto _ : state) {
+        const std::vector<double> ms = typeInTheMiddle(p, 200);
+        double total = 0;
+        for (double m : ms) {
+            total += m;
+        }
+        state.SetIterationTime(total / 1000 / double(ms.size()));
+        all.insert(all.end(), ms.begin(), ms.end());
+    }
+    reportPercentiles(state, all);
+}
+BENCHMARK(BM_TypeInTheMiddle)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+/// The same with the whole text coloured as a syntax pass would leave it: a run for every
+/// word, about three million runs.
+void BM_TypeInTheMiddleFullyColoured(benchmark::State& state)
+{
+    Pane& p = pane();
+    LayoutManager* layout = p.controller->layoutManager();
+    const QString text = p.document->toRawText();
+    const QColor colors[] = {QColor(128, 0, 128), QColor(0, 128, 0), QColor(200, 30, 30)};
+    qsizetype runs = 0;
+    for (qsizetype i = 0; i < text.size();) {
+        if (text.at(i).isLetter()) {
+            qsizetype j = i;
+            while (j < text.size() && text.at(j).isLetterOrNumber()) {
+                ++j;
+            }
+            layout->setTemporaryAttributes(colors[runs++ % 3], {i, j - i});
+            i = j;
+        } else {
+            ++i;
+        }
+    }
+    QCoreApplication::processEvents();
+    std::vector<double> all;
+    for (auto _ : state) {
+        const std::vector<double> ms = typeInTheMiddle(p, 200);
+        double total = 0;
+        for (double m : ms) {
+            total += m;
+        }
+        state.SetIterationTime(total / 1000 / double(ms.size()));
+        all.insert(all.end(), ms.begin(), ms.end());
+    }
+    state.counters["runs"] = double(runs);
+    reportPercentiles(state, all);
+    layout->removeAllTemporaryAttributes();
+}
+BENCHMARK(BM_TypeInTheMiddleFullyColoured)
+    ->Iterations(1)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+
+void BM_JumpToFarLine(benchmark::State& state)
+{
+    Pane& p = pane();
+    QRandomGenerator random(480);
+    std::vector<double> all;
+    QElapsedTimer timer;
+    for (auto _ : state) {
+        for (int i = 0; i < 50; ++i) {
+            const int line = int(random.bounded(quint32(p.lines)));
+            const int paints = p.viewportPaints.count;
+            timer.start();
+            p.view()->verticalScrollBar()->setValue(line);
+            p.waitForRepaint(paints);
+            all.push_back(double(timer.nsecsElapsed()) / 1e6);
+        }
+        double total = 0;
+        for (double m : all) {
+            total += m;
+        }
+        state.SetIterationTime(total / 1000 / double(all.size()));
+    }
+    reportPercentiles(state, all);
+}
+BENCHMARK(BM_JumpToFarLine)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+std::string makePrivateHome()
+{
+    char pattern[] = "/tmp/tessaran-bench-XXXXXX";
+    const char* dir = mkdtemp(pattern);
+    if (!dir) {
+        std::abort();
+    }
+    const std::string home(dir);
+    for (const char* name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"}) {
+        const std::string path = home + "/" + name;
+        QDir().mkpath(QString::fromStdString(path));
+        setenv(name, path.c_str(), 1);
+    }
+    return home;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    // Settings and support folders of a benchmark run never touch the user's.
+    const std::string home = makePrivateHome();
+    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    Application app(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    QDir(QString::fromStdString(home)).removeRecursively();
+    return 0;
+}

@@ -117,6 +117,15 @@ void TextView::setTextStorage(QTextDocument* textStorage)
         textStorage->setDocumentLayout(new QPlainTextDocumentLayout(textStorage));
     }
     setDocument(textStorage);
+    disconnect(_storageDestroyed);
+    // QPlainTextEdit does not survive its document going first; fall back to an empty text
+    // of its own while the document's QObject part still stands.
+    _storageDestroyed = connect(textStorage, &QObject::destroyed, this, [this] {
+        delete _layoutManager;
+        _layoutManager = nullptr;
+        setDocument(nullptr);
+        _layoutManager = new LayoutManager(this, document());
+    });
     delete _layoutManager;
     _layoutManager = new LayoutManager(this, textStorage);
     if (_verticalRulerView) {

@@ -142,4 +142,5 @@ private:
     LayoutManager* _layoutManager = nullptr;
     GutterView* _verticalRulerView = nullptr;
     bool _rulersVisible = true;
+    QMetaObject::Connection _storageDestroyed;
 };

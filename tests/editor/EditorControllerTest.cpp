@@ -70,4 +70,18 @@ TEST(EditorController, UpdatePreferencesReachesViewLayoutAndGutter)
     EXPECT_EQ(image.pixelColor(200, 100), QColor(0, 255, 0));
 }
 
+TEST(EditorController, PaneSurvivesItsDocumentGoingFirst)
+{
+    auto document = std::make_unique<QTextDocument>();
+    document->setPlainText(QStringLiteral("abc\ndef"));
+    auto pane = makePane(document.get());
+    pane->textView()->setInvisibleCharacters(true);
+    document.reset();
+    viewportImage(pane->textView());
+    QTest::keyClicks(pane->textView(), QStringLiteral("x"));
+    EXPECT_EQ(pane->textView()->toPlainText(), QStringLiteral("x"));
+    ASSERT_NE(pane->layoutManager(), nullptr);
+    EXPECT_EQ(pane->layoutManager()->textStorage(), pane->textView()->document());
+}
+
 } // namespace

@@ -217,6 +217,13 @@ std::vector<ColorStore::Run> LayoutManager::temporaryAttributes(Range range) con
 
 void LayoutManager::setBackgroundHighlights(const QList<Range>& ranges, const QColor& color)
 {
+    // Like a background colour of the text itself, the layer belongs to the whole document:
+    // setting it replaces what any pane had laid down.
+    for (LayoutManager* pane : panesByDocument().value(_textStorage)) {
+        if (pane != this) {
+            pane->_backgroundColors.reset(pane->_backgroundColors.textLength());
+        }
+    }
     _backgroundColors.reset(_backgroundColors.textLength());
     for (const Range& range : ranges) {
         _backgroundColors.setColor(color.rgba(), range);
@@ -232,11 +239,24 @@ void LayoutManager::addBackgroundHighlight(const QColor& color, Range forCharact
 
 void LayoutManager::removeBackgroundHighlights()
 {
-    if (_backgroundColors.isEmpty()) {
-        return;
+    bool removed = false;
+    for (LayoutManager* pane : panesByDocument().value(_textStorage)) {
+        if (!pane->_backgroundColors.isEmpty()) {
+            pane->_backgroundColors.reset(pane->_backgroundColors.textLength());
+            removed = true;
+        }
     }
-    _backgroundColors.reset(_backgroundColors.textLength());
-    colorsChanged({0, _backgroundColors.textLength()});
+    if (removed) {
+        colorsChanged({0, _backgroundColors.textLength()});
+    }
+}
+
+bool LayoutManager::hasBackgroundHighlights() const
+{
+    const QList<LayoutManager*> panes = panesByDocument().value(_textStorage);
+    return std::any_of(panes.begin(), panes.end(), [](const LayoutManager* pane) {
+        return !pane->_backgroundColors.isEmpty();
+    });
 }
 
 std::vector<ColorStore::Run> LayoutManager::backgroundHighlights(Range range) const

@@ -80,12 +80,14 @@ public:
     /// The syntax colours meeting `range`, in text order.
     std::vector<ColorStore::Run> temporaryAttributes(Range range) const;
 
-    // Colour store: background layer.
+    // Colour store: background layer. It stands for a background colour of the text itself,
+    // so it is one for the whole document: setting or removing it through any pane acts on
+    // what every pane on the document had laid down.
     /// Replaces the background highlights by `ranges` in `color`.
     void setBackgroundHighlights(const QList<Range>& ranges, const QColor& color);
     void addBackgroundHighlight(const QColor& color, Range forCharacterRange);
     void removeBackgroundHighlights();
-    bool hasBackgroundHighlights() const { return !_backgroundColors.isEmpty(); }
+    bool hasBackgroundHighlights() const;
     std::vector<ColorStore::Run> backgroundHighlights(Range range) const;
 
     /// The formats the colours of every pane on the document give `block`.

@@ -45,6 +45,17 @@ TEST(EditorController, TwoPanesShowAndEditOneDocument)
     EXPECT_EQ(left->layoutManager()->temporaryAttributes({0, 30}),
               (std::vector<ColorStore::Run>{{3, 5, color.rgba()}}));
 
+    // A background highlight is the document's: laid through one pane, removed through the
+    // other, it is gone from both.
+    const QColor found(255, 255, 0);
+    left->layoutManager()->setBackgroundHighlights({{3, 5}}, found);
+    EXPECT_GT(countPixels(viewportImage(right->textView()), QRect(0, 0, 300, 80), found, 10), 20);
+    right->textView()->setWrapLines(!right->textView()->wrapLines());
+    EXPECT_FALSE(left->layoutManager()->hasBackgroundHighlights());
+    for (EditorController* pane : {left.get(), right.get()}) {
+        EXPECT_EQ(countPixels(viewportImage(pane->textView()), QRect(0, 0, 300, 80), found, 10), 0);
+    }
+
     // Closing one pane leaves the other working on the same text.
     right.reset();
     QTest::keyClicks(left->textView(), QStringLiteral("!"));

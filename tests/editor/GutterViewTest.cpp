@@ -127,6 +127,12 @@ TEST(GutterView, NumbersFollowTypingAndScrolling)
     ASSERT_FALSE(middle.isEmpty());
     EXPECT_EQ(middle.first().number, view->shownBlocks(0, 1).first().block.blockNumber() + 1);
     EXPECT_GT(middle.first().number, 2000);
+    // The range the syntax engine recolours after an edit is the one on screen.
+    const Range visible = view->visibleCharacterRange();
+    EXPECT_EQ(visible.location,
+              document.findBlockByNumber(int(middle.first().number - 1)).position());
+    EXPECT_EQ(GutterView::lineNumberForCharacterIndex(visible.max() - 1, &document) + 1,
+              middle.last().number);
     EXPECT_LT(middle.size(), 40);
 }
 

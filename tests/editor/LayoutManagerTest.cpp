@@ -1,6 +1,8 @@
 #include "EditorTestSupport.h"
 #include "app/AppDelegate.h"
 
+#include <QFontMetricsF>
+#include <QScrollBar>
 #include <QTextBlock>
 
 using namespace EditorTest;
@@ -65,6 +67,32 @@ TEST(LayoutManager, MarksArePaintedOnlyWhenShownAndInTheirColour)
 
     view->setInvisibleCharacters(false);
     EXPECT_EQ(viewportImage(view), plain);
+}
+
+TEST(LayoutManager, OnlyTheCharactersOnScreenOfALongLineAreLookedAt)
+{
+    QTextDocument document;
+    document.setPlainText(QString(20000, u' ') + QStringLiteral("\t"));
+    auto pane = makePane(&document, QSize(400, 200));
+    TextView* view = pane->textView();
+    view->setWrapLines(false);
+    QCoreApplication::processEvents();
+
+    const qreal space = QFontMetricsF(view->font()).horizontalAdvance(QLatin1Char(' '));
+    QList<LayoutManager::InvisibleMark> marks = allMarks(*pane);
+    EXPECT_FALSE(marks.isEmpty());
+    EXPECT_LE(marks.size(), view->viewport()->width() / space + 3);
+    EXPECT_EQ(marks.first().location, 0);
+
+    // Scrolled to the line's end, the tab is there and the start is not.
+    view->horizontalScrollBar()->setValue(view->horizontalScrollBar()->maximum());
+    QCoreApplication::processEvents();
+    marks = allMarks(*pane);
+    ASSERT_FALSE(marks.isEmpty());
+    EXPECT_EQ(marks.last().location, 20000);
+    EXPECT_EQ(marks.last().kind, Kind::Tab);
+    EXPECT_GT(marks.first().location, 19000);
+    EXPECT_LE(marks.size(), view->viewport()->width() / space + 3);
 }
 
 TEST(LayoutManager, UpdatePreferencesRereadsMarksAndHidesThem)

@@ -2,6 +2,20 @@
 
 #include <algorithm>
 
+namespace {
+
+// Room for `more` entries without giving up geometric growth: reserving the exact size at
+// every small move would copy the whole vector each time.
+template <class Vector> void makeRoom(Vector& entries, size_t more)
+{
+    const size_t needed = entries.size() + more;
+    if (needed > entries.capacity()) {
+        entries.reserve(std::max(needed, entries.capacity() * 2));
+    }
+}
+
+} // namespace
+
 ColorStore::ColorStore(qsizetype textLength)
     : _length(std::max<qsizetype>(0, textLength))
 {}
@@ -21,7 +35,7 @@ void ColorStore::moveGapTo(qsizetype position)
         std::lower_bound(_head.begin(), _head.end(), position,
                          [](const Entry& entry, qsizetype p) { return entry.key < p; });
     if (firstAfter != _head.end()) {
-        _tail.reserve(_tail.size() + size_t(_head.end() - firstAfter));
+        makeRoom(_tail, size_t(_head.end() - firstAfter));
         for (auto it = _head.end(); it != firstAfter;) {
             --it;
             _tail.push_back({_length - it->key, it->length, it->color});
@@ -33,7 +47,7 @@ void ColorStore::moveGapTo(qsizetype position)
         std::partition_point(_tail.begin(), _tail.end(),
                              [&](const Entry& entry) { return tailStart(entry) >= position; });
     if (firstBefore != _tail.end()) {
-        _head.reserve(_head.size() + size_t(_tail.end() - firstBefore));
+        makeRoom(_head, size_t(_tail.end() - firstBefore));
         for (auto it = _tail.end(); it != firstBefore;) {
             --it;
             _head.push_back({_length - it->key, it->length, it->color});

@@ -329,6 +329,21 @@ void LayoutManager::textStorageDidChange(int position, int removed, int added)
         store->contentsChange(position, reallyRemoved, reallyAdded);
     }
     Q_UNUSED(removed);
+
+    // The document lays the edited blocks out again right after this signal: give them their
+    // moved colours now, so that the next paint finds nothing to change and the edit is laid
+    // out and painted once, not twice. Only a few blocks: a large paste is coloured when its
+    // blocks are painted.
+    if (_textStorage) {
+        QTextBlock block = _textStorage->findBlock(position);
+        for (int count = 0; block.isValid() && block.position() <= position + added && count < 64;
+             block = block.next(), ++count) {
+            const QList<QTextLayout::FormatRange> formats = formatsForBlock(block);
+            if (formats != block.layout()->formats()) {
+                block.layout()->setFormats(formats);
+            }
+        }
+    }
 }
 
 void LayoutManager::colorsChanged(Range range)

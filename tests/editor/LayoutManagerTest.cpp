@@ -153,6 +153,18 @@ TEST(LayoutManager, ColoursNeverTouchTheDocument)
     // Painting again lays no block out again: the formats are already right.
     EXPECT_EQ(layout->applyTemporaryAttributes(0, view->viewport()->height()), 0);
 
+    // Typing inside a coloured word widens its colour at once, without waiting for a paint.
+    QTextCursor inside(&document);
+    inside.setPosition(2);
+    view->setTextCursor(inside);
+    QTest::keyClicks(view, QStringLiteral("x"));
+    EXPECT_EQ(document.firstBlock().text(), QStringLiteral("inxt main(void)"));
+    ASSERT_EQ(document.firstBlock().layout()->formats().size(), 2);
+    EXPECT_EQ(document.firstBlock().layout()->formats()[1].length, 4);
+    EXPECT_EQ(layout->applyTemporaryAttributes(0, view->viewport()->height()), 0);
+    document.undo();
+    view->moveCursor(QTextCursor::Start);
+
     // Typing moves the colours with the text; undo holds the typing only.
     QTest::keyClicks(view, QStringLiteral("//"));
     EXPECT_EQ(layout->temporaryAttributes({0, 50}),

@@ -299,6 +299,8 @@ int LayoutManager::applyTemporaryAttributes(qreal top, qreal bottom)
         return 0;
     }
     int changed = 0;
+    qsizetype from = -1;
+    qsizetype to = -1;
     for (const TextView::ShownBlock& shown : _textView->shownBlocks(top, bottom)) {
         QTextLayout* layout = shown.block.layout();
         QList<QTextLayout::FormatRange> formats = formatsForBlock(shown.block);
@@ -306,10 +308,17 @@ int LayoutManager::applyTemporaryAttributes(qreal top, qreal bottom)
             continue;
         }
         layout->setFormats(formats);
-        // The change must reach the document layout now (it lays the block out again);
-        // left pending, it would be merged into the next edit's contentsChange.
-        _textStorage->markContentsDirty(shown.block.position(), shown.block.length());
+        if (from < 0) {
+            from = shown.block.position();
+        }
+        to = shown.block.position() + shown.block.length();
         ++changed;
+    }
+    // The change must reach the document layout now; left pending, it would be merged into
+    // the next edit's contentsChange. One notice for all blocks: each block is then laid out
+    // once, when it is painted.
+    if (changed > 0) {
+        _textStorage->markContentsDirty(int(from), int(to - from));
     }
     return changed;
 }

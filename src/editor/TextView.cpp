@@ -45,6 +45,13 @@ TextView::TextView(QWidget* parent)
     setHorizontalScrollBarPolicy(wrap ? Qt::ScrollBarAlwaysOff : Qt::ScrollBarAsNeeded);
     applyFontAndColors();
     updateMargins();
+    // Lay the colours onto blocks that scrolling or an edit is about to show before the paint
+    // rather than during it: a change made while painting asks for a second paint.
+    connect(this, &QPlainTextEdit::updateRequest, this, [this](const QRect& rect) {
+        if (_layoutManager) {
+            _layoutManager->applyTemporaryAttributes(rect.top(), rect.bottom());
+        }
+    });
 }
 
 TextView::~TextView() = default;

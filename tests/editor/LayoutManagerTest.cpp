@@ -182,4 +182,26 @@ TEST(LayoutManager, ColoursNeverTouchTheDocument)
     EXPECT_TRUE(document.firstBlock().layout()->formats().isEmpty());
 }
 
+TEST(LayoutManager, ColoursReachBlocksScrolledIntoViewBeforeTheyArePainted)
+{
+    QTextDocument document;
+    QStringList lines;
+    for (int i = 0; i < 3000; ++i) {
+        lines.append(QStringLiteral("keyword %1").arg(i));
+    }
+    document.setPlainText(lines.join(u'\n'));
+    auto pane = makePane(&document);
+    LayoutManager* layout = pane->layoutManager();
+    const QTextBlock far = document.findBlockByNumber(2500);
+    layout->setTemporaryAttributes(Qt::red, {far.position(), 7});
+    EXPECT_TRUE(far.layout()->formats().isEmpty()); // not shown, so not laid on yet
+
+    // Scrolling lays them on at once, so the paint that follows has nothing to change (a
+    // change made while painting would ask for a second paint).
+    pane->textView()->verticalScrollBar()->setValue(2490);
+    ASSERT_EQ(far.layout()->formats().size(), 1);
+    EXPECT_EQ(far.layout()->formats()[0].format.foreground().color(), QColor(Qt::red));
+    EXPECT_EQ(layout->applyTemporaryAttributes(0, pane->textView()->viewport()->height()), 0);
+}
+
 } // namespace

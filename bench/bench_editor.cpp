@@ -310,6 +310,29 @@ BENCHMARK(BM_JumpToFarLineFullyColoured)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);
 
+/// Wrapping on and off again, each until the pane has repainted: the whole text is laid out
+/// again at the new width.
+void BM_ToggleWrapLines(benchmark::State& state)
+{
+    Pane& p = pane();
+    double onMs = 0;
+    double offMs = 0;
+    QElapsedTimer timer;
+    for (auto _ : state) {
+        for (bool wrap : {true, false}) {
+            const int paints = p.viewportPaints.count;
+            timer.start();
+            p.view()->setWrapLines(wrap);
+            p.waitForRepaint(paints);
+            (wrap ? onMs : offMs) = double(timer.nsecsElapsed()) / 1e6;
+        }
+        state.SetIterationTime((onMs + offMs) / 1000);
+    }
+    state.counters["wrap_on_ms"] = onMs;
+    state.counters["wrap_off_ms"] = offMs;
+}
+BENCHMARK(BM_ToggleWrapLines)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+
 std::string makePrivateHome()
 {
     char pattern[] = "/tmp/tessaran-bench-XXXXXX";

@@ -104,16 +104,19 @@ void TextView::setTextStorage(QTextDocument* textStorage)
     if (!textStorage || textStorage == document()) {
         return;
     }
-    // Give the document this view's font and tab interval before a layout is attached, so a
-    // large text is laid out as few times as possible.
+    // Give the document this view's font, tab interval and wrapping before a layout is
+    // attached, so that a large text is laid out as few times as possible.
     if (textStorage->defaultFont() != _textFont) {
         textStorage->setDefaultFont(_textFont);
     }
     QTextOption option = textStorage->defaultTextOption();
     const QTextOption wanted = defaultTextAttributes().paragraphStyle;
-    if (option.tabStopDistance() != wanted.tabStopDistance() || !option.tabs().isEmpty()) {
+    const QTextOption::WrapMode wrapMode = wrapLines() ? wordWrapMode() : QTextOption::NoWrap;
+    if (option.tabStopDistance() != wanted.tabStopDistance() || !option.tabs().isEmpty() ||
+        option.wrapMode() != wrapMode) {
         option.setTabs({});
         option.setTabStopDistance(wanted.tabStopDistance());
+        option.setWrapMode(wrapMode);
         textStorage->setDefaultTextOption(option);
     }
     // QPlainTextEdit needs a plain-text layout. Asking the document for its layout would

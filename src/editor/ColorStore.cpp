@@ -29,6 +29,10 @@ void ColorStore::reset(qsizetype textLength)
 
 void ColorStore::moveGapTo(qsizetype position)
 {
+    if ((_head.empty() || _head.back().key < position) &&
+        (_tail.empty() || tailStart(_tail.back()) >= position)) {
+        return; // typing, and passes in text order, find the gap where they need it
+    }
     // Whole stretches move at once: the first edit after a full colouring may carry the gap
     // across millions of runs.
     const auto firstAfter =
@@ -96,6 +100,31 @@ void ColorStore::setColor(QRgb color, Range range)
     }
     removeColor({from, to - from});
     _head.push_back({from, to - from, color});
+}
+
+void ColorStore::replaceColors(Range range, const std::vector<Run>& runs)
+{
+    const qsizetype from = std::clamp<qsizetype>(range.location, 0, _length);
+    const qsizetype to = std::clamp<qsizetype>(range.location + range.length, from, _length);
+    removeColor({from, to - from});
+    // Now the gap stands at `from` and nothing is coloured up to `to`: runs in text order
+    // go straight onto the head.
+    makeRoom(_head, runs.size());
+    qsizetype end = from;
+    for (const Run& run : runs) {
+        const qsizetype a = std::max(run.location, from);
+        const qsizetype b = std::min(run.location + run.length, to);
+        if (a >= b) {
+            continue;
+        }
+        if (a < end) {
+            setColor(run.color, {a, b - a});
+        } else {
+            moveGapTo(a);
+            _head.push_back({a, b - a, run.color});
+        }
+        end = std::max(end, b);
+    }
 }
 
 void ColorStore::contentsChange(qsizetype position, qsizetype removed, qsizetype added)

@@ -35,6 +35,10 @@ public:
 
     /// Colours `range` (clipped to the text) with `color`, replacing what was there.
     void setColor(QRgb color, Range range);
+    /// Replaces the colours inside `range` by `runs` in one step (what a colouring pass over
+    /// a range produces). Runs are clipped to the range; a run starting before the end of
+    /// the one before it is laid over it, as `setColor` would.
+    void replaceColors(Range range, const std::vector<Run>& runs);
     /// Uncolours `range` (clipped to the text).
     void removeColor(Range range);
     /// Follows an edit: `removed` code units at `position` were replaced by `added`. Text
@@ -46,9 +50,16 @@ public:
 
 private:
     // `key` is the start for runs before the gap, the distance from the text's end after it.
+    // 32 bits are enough, as for QTextDocument's own positions, and keep a fully coloured
+    // 20 MB text at 12 bytes a run.
     struct Entry {
-        qsizetype key;
-        qsizetype length;
+        Entry(qsizetype key, qsizetype length, QRgb color)
+            : key(qint32(key))
+            , length(qint32(length))
+            , color(color)
+        {}
+        qint32 key;
+        qint32 length;
         QRgb color;
     };
 

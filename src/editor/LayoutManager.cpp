@@ -198,6 +198,12 @@ void LayoutManager::setTemporaryAttributes(const QColor& foreground, Range forCh
     colorsChanged(forCharacterRange);
 }
 
+void LayoutManager::setSyntaxColors(Range range, const std::vector<ColorStore::Run>& runs)
+{
+    _syntaxColors.replaceColors(range, runs);
+    colorsChanged(range);
+}
+
 void LayoutManager::removeTemporaryAttribute(Range forCharacterRange)
 {
     _syntaxColors.removeColor(forCharacterRange);

@@ -75,6 +75,9 @@ public:
     {
         setTemporaryAttributes(foreground, forCharacterRange);
     }
+    /// Replaces the syntax colours inside `range` by `runs` (text order) in one step; the
+    /// cheap way for a colouring pass to hand over a whole range.
+    void setSyntaxColors(Range range, const std::vector<ColorStore::Run>& runs);
     void removeTemporaryAttribute(Range forCharacterRange);
     void removeAllTemporaryAttributes();
     /// The syntax colours meeting `range`, in text order.

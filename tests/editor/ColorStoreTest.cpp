@@ -130,7 +130,22 @@ TEST(ColorStore, RandomEditsAgreeWithCharacterByCharacterReference)
             const qsizetype size = store.textLength();
             const qsizetype a = random() % (size + 1);
             const qsizetype b = a + random() % (size - a + 1);
-            switch (random() % 4) {
+            switch (random() % 5) {
+            case 4: {
+                // A pass over [a, b): runs in text order, now and then one laid over another.
+                std::vector<ColorStore::Run> runs;
+                reference.set(0, a, b);
+                for (qsizetype at = a - 2; at < b + 2;) {
+                    const qsizetype length = 1 + random() % 5;
+                    const QRgb color = 1 + random() % 3;
+                    runs.push_back({at, length, color});
+                    reference.set(color, std::max(at, a), std::min(at + length, b));
+                    at += std::max<qsizetype>(1, length - (random() % 4 == 0 ? 2 : 0) +
+                                                     qsizetype(random() % 3));
+                }
+                store.replaceColors({a, b - a}, runs);
+                break;
+            }
             case 0:
             case 1: {
                 const QRgb color = 1 + random() % 3;

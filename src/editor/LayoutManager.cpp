@@ -27,6 +27,26 @@ QFont systemFontOfSize(int size)
     return font;
 }
 
+// A text has a handful of colours: share one format per colour rather than build one per
+// run each time a block is shown.
+const QTextCharFormat& formatOfColor(QRgb color, bool background)
+{
+    static QHash<QRgb, QTextCharFormat> foregrounds;
+    static QHash<QRgb, QTextCharFormat> backgrounds;
+    QHash<QRgb, QTextCharFormat>& formats = background ? backgrounds : foregrounds;
+    auto it = formats.find(color);
+    if (it == formats.end()) {
+        QTextCharFormat format;
+        if (background) {
+            format.setBackground(QColor::fromRgba(color));
+        } else {
+            format.setForeground(QColor::fromRgba(color));
+        }
+        it = formats.insert(color, format);
+    }
+    return *it;
+}
+
 } // namespace
 
 LayoutManager::LayoutManager(TextView* textView, QTextDocument* textStorage)
@@ -281,11 +301,7 @@ QList<QTextLayout::FormatRange> LayoutManager::formatsForBlock(const QTextBlock&
             QTextLayout::FormatRange range;
             range.start = int(run.location - start);
             range.length = int(run.length);
-            if (background) {
-                range.format.setBackground(QColor::fromRgba(run.color));
-            } else {
-                range.format.setForeground(QColor::fromRgba(run.color));
-            }
+            range.format = formatOfColor(run.color, background);
             formats.append(range);
         }
     };

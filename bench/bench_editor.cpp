@@ -338,6 +338,27 @@ void BM_ToggleWrapLines(benchmark::State& state)
 }
 BENCHMARK(BM_ToggleWrapLines)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
 
+/// Widening and narrowing the pane, each until it has repainted. QPlainTextEdit lays every
+/// block out again at each change of width, wrapped or not.
+void BM_ResizeWidth(benchmark::State& state)
+{
+    Pane& p = pane();
+    std::vector<double> all;
+    QElapsedTimer timer;
+    for (auto _ : state) {
+        for (int width : {1100, 1000, 1100, 1000}) {
+            const int paints = p.viewportPaints.count;
+            timer.start();
+            p.view()->resize(width, 800);
+            p.waitForRepaint(paints);
+            all.push_back(double(timer.nsecsElapsed()) / 1e6);
+        }
+        state.SetIterationTime(mean(all) / 1000);
+    }
+    reportPercentiles(state, all);
+}
+BENCHMARK(BM_ResizeWidth)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+
 std::string makePrivateHome()
 {
     char pattern[] = "/tmp/tessaran-bench-XXXXXX";

@@ -1,5 +1,4 @@
 #include "EditorTestSupport.h"
-#include "app/AppDelegate.h"
 
 #include <QFontMetricsF>
 #include <QScrollBar>
@@ -105,11 +104,7 @@ TEST(LayoutManager, UpdatePreferencesRereadsMarksAndHidesThem)
     layout->setShowInvisibleCharacters(true);
 
     defaults.set(QStringLiteral("NewLineCharacter"), QStringLiteral("$"));
-    AppDelegate::keyedArchiverOfObject(QColor(255, 0, 0), QStringLiteral("InvisibleCharacterColor"),
-                                       UserDefaults::standardUserDefaults());
-    defaults.set(QStringLiteral("InvisibleCharacterColor"),
-                 UserDefaults::standardUserDefaults().objectForKey(
-                     QStringLiteral("InvisibleCharacterColor")));
+    defaults.set(QStringLiteral("InvisibleCharacterColor"), QByteArray("srgb 1 0 0 1"));
     pane->updatePreferences();
     EXPECT_EQ(layout->characterOfNewLine(), QStringLiteral("$"));
     EXPECT_EQ(layout->attributes().foreground().color(), QColor(255, 0, 0));

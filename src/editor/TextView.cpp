@@ -181,7 +181,18 @@ void TextView::updateMargins()
 
 void TextView::resizeEvent(QResizeEvent* event)
 {
-    QPlainTextEdit::resizeEvent(event);
+    // QPlainTextEdit lays every block out again whenever its width changes, wrapped or not:
+    // about 0.1 s for a 20 MB text, at the first show and at every resize. Unwrapped blocks
+    // are laid out without regard to the width (and the horizontal scroll range follows the
+    // widest line, not the width), so hide the change of width from it.
+    if (lineWrapMode() == QPlainTextEdit::NoWrap &&
+        event->oldSize().width() != event->size().width()) {
+        QResizeEvent sameWidth(event->size(),
+                               QSize(event->size().width(), event->oldSize().height()));
+        QPlainTextEdit::resizeEvent(&sameWidth);
+    } else {
+        QPlainTextEdit::resizeEvent(event);
+    }
     updateMargins();
 }
 

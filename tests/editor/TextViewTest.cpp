@@ -132,6 +132,53 @@ TEST(TextView, WrappingOffAndOnKeepsTheTextAndDropsHighlights)
     EXPECT_FALSE(document.isUndoAvailable());
 }
 
+TEST(TextView, UnwrappedTextIsNotLaidOutAgainWhenThePaneWidens)
+{
+    QTextDocument document;
+    QStringList lines;
+    for (int i = 0; i < 3000; ++i) {
+        lines.append(QStringLiteral("short line %1").arg(i));
+    }
+    document.setPlainText(lines.join(u'\n'));
+    auto pane = makePane(&document, QSize(300, 200));
+    TextView* view = pane->textView();
+    view->setWrapLines(false);
+    view->verticalScrollBar()->setValue(2000);
+    viewportImage(view);
+    view->verticalScrollBar()->setValue(0);
+    const QTextBlock laidOut = document.findBlockByNumber(2001);
+    ASSERT_GT(laidOut.layout()->lineCount(), 0);
+
+    view->resize(600, 200);
+    QCoreApplication::processEvents();
+    EXPECT_GT(laidOut.layout()->lineCount(), 0); // the wider pane kept the layout
+    EXPECT_EQ(view->horizontalScrollBar()->maximum(), 0);
+    EXPECT_FALSE(viewportImage(view).isNull());
+
+    // Laid out at this width, then narrower: the short lines still need no horizontal
+    // scrolling, and the layout is kept again.
+    view->setWrapLines(true);
+    view->setWrapLines(false);
+    view->verticalScrollBar()->setValue(2000);
+    viewportImage(view);
+    view->verticalScrollBar()->setValue(0);
+    view->resize(200, 200);
+    QCoreApplication::processEvents();
+    EXPECT_GT(laidOut.layout()->lineCount(), 0);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(view->horizontalScrollBar()->maximum(), 0);
+
+    // A long line is scrolled to its end, whatever widths the pane went through.
+    QTextCursor end(&document);
+    end.movePosition(QTextCursor::End);
+    end.insertText(QString(200, u'x'));
+    view->resize(700, 200);
+    QCoreApplication::processEvents();
+    const qreal longLine = document.lastBlock().layout()->lineAt(0).naturalTextWidth();
+    EXPECT_NEAR(view->horizontalScrollBar()->maximum(),
+                longLine + 2 * document.documentMargin() - view->viewport()->width(), 12);
+}
+
 TEST(TextView, InsertionPointIsDrawnInItsOwnColour)
 {
     ScopedDefaults defaults;

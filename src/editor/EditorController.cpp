@@ -1,10 +1,67 @@
 #include "editor/EditorController.h"
 
+#include "editor/GutterView.h"
+#include "editor/LayoutManager.h"
+#include "editor/TextView.h"
 #include "platform/ColorArchive.h"
 #include "platform/UserDefaults.h"
+
+EditorController::EditorController(QObject* parent)
+    : QObject(parent)
+    , _textView(new TextView)
+{}
+
+EditorController::~EditorController()
+{
+    delete _textView.data();
+}
 
 QColor EditorController::keyedUnarchiverOfUserDefaults(const UserDefaults& defaults,
                                                        const QString& key)
 {
     return ColorArchive::unarchive(defaults.dataForKey(key));
+}
+
+TextView* EditorController::view() const
+{
+    return _textView.data();
+}
+
+TextView* EditorController::textView() const
+{
+    return _textView.data();
+}
+
+LayoutManager* EditorController::layoutManager() const
+{
+    return _textView ? _textView->layoutManager() : nullptr;
+}
+
+GutterView* EditorController::gutterView() const
+{
+    return _textView ? _textView->verticalRulerView() : nullptr;
+}
+
+void EditorController::setupInitialTextViewSharedStateWithTextStorage(QTextDocument* textStorage)
+{
+    if (!_textView || !textStorage) {
+        return;
+    }
+    _textView->setTextStorage(textStorage);
+    _textView->setupInitialTextViewSharedState();
+    _textView->setVerticalRulerView(new GutterView(_textView));
+    _textView->setRulersVisible(true);
+    QWidget* window = _textView->window();
+    if (window != _textView && window->isVisible()) {
+        window->raise();
+        window->activateWindow();
+    }
+    _textView->setFocus(Qt::OtherFocusReason);
+}
+
+void EditorController::updatePreferences()
+{
+    if (_textView) {
+        _textView->updatePreferences();
+    }
 }

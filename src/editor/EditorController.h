@@ -1,15 +1,46 @@
 #pragma once
 
 #include <QColor>
+#include <QObject>
+#include <QPointer>
 #include <QString>
 
+class GutterView;
+class LayoutManager;
+class QTextDocument;
+class TextView;
 class UserDefaults;
 
-/// Builds and configures an editor pane.
-class EditorController
+/// Builds and configures an editor pane: a TextView (which is also the pane's scroll view)
+/// with its own LayoutManager and GutterView, on a document that may be shared with the
+/// window's other pane.
+class EditorController : public QObject
 {
+    Q_OBJECT
+
 public:
+    /// The controller with its view: a TextView not yet showing any document.
+    explicit EditorController(QObject* parent = nullptr);
+    /// The pane lives as long as its controller.
+    ~EditorController() override;
+
     /// The colour stored under `key`; an invalid QColor when the key has no value or its
     /// data is not a colour archive. Every colour setting is read through here.
     static QColor keyedUnarchiverOfUserDefaults(const UserDefaults& defaults, const QString& key);
+
+    /// The pane's scroll view, to be put into the window's split view.
+    TextView* view() const;
+    TextView* textView() const;
+    LayoutManager* layoutManager() const;
+    GutterView* gutterView() const;
+
+    /// Shows the document's `textStorage` in this pane with a LayoutManager and a gutter of
+    /// its own, and gives the new view the keyboard focus.
+    void setupInitialTextViewSharedStateWithTextStorage(QTextDocument* textStorage);
+
+    /// Has the pane re-read its settings: text view, then its layout manager and gutter.
+    void updatePreferences();
+
+private:
+    QPointer<TextView> _textView;
 };

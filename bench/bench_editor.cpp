@@ -1,0 +1,450 @@
+// The editor pane on a 20 MB C text (about half a million lines) with line numbers and
+// invisible characters shown, offscreen: opening (fill, attach, first paint), typing in the
+// middle until the pane has repainted, and jumping to far lines.
+#include "app/Application.h"
+#include "editor/EditorController.h"
+#include "editor/GutterView.h"
+#include "editor/LayoutManager.h"
+#include "editor/TextView.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QElapsedTimer>
+#include <QKeyEvent>
+#include <QPlainTextDocumentLayout>
+#include <QRandomGenerator>
+#include <QScrollBar>
+#include <QTextBlock>
+#include <QTextDocument>
+#include <QWindow>
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
+#include <vector>
+
+namespace {
+
+constexpr qsizetype kTextSize = 20 * 1024 * 1024;
+
+/// Headers of /usr/include, in a fixed order, joined until the text reaches `size`.
+QString generateCText(qsizetype size)
+{
+    QStringList files;
+    QDirIterator it(QStringLiteral("/usr/include"), {QStringLiteral("*.h")}, QDir::Files,
+                    QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        files.append(it.next());
+    }
+    std::sort(files.begin(), files.end());
+    QString text;
+    text.reserve(size + 1024 * 1024);
+    while (text.size() < size && !files.isEmpty()) {
+        for (const QString& path : files) {
+            QFile file(path);
+            if (file.open(QIODevice::ReadOnly)) {
+                text += QString::fromUtf8(file.readAll());
+            }
+            if (text.size() >= size) {
+                break;
+            }
+        }
+    }
+    text.remove(QLatin1Char('\r'));
+    return text;
+}
+
+/// The resident memory of this process in MB.
+double residentMegabytes()
+{
+    QFile statm(QStringLiteral("/proc/self/statm"));
+    if (!statm.open(QIODevice::ReadOnly)) {
+        return 0;
+    }
+    const QList<QByteArray> fields = statm.readAll().split(' ');
+    return fields.size() > 1 ? fields[1].toDouble() * 4096 / (1024 * 1024) : 0;
+}
+
+/// Counts the paints of a widget, so that a measurement can wait for the repaint.
+class PaintCounter : public QObject
+{
+public:
+    int count = 0;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::Paint) {
+            ++count;
+        }
+        return QObject::eventFilter(watched, event);
+    }
+};
+
+struct Pane {
+    std::unique_ptr<QTextDocument> document;
+    std::unique_ptr<EditorController> controller;
+    PaintCounter viewportPaints;
+    double fillMs = 0;
+    double layoutMs = 0;
+    double attachMs = 0;
+    double attachMegabytes = 0;
+    double firstPaintMs = 0;
+    qsizetype lines = 0;
+
+    TextView* view() const { return controller->textView(); }
+
+    /// Processes events until the viewport has painted again (or a second has passed).
+    void waitForRepaint(int paintsBefore)
+    {
+        QElapsedTimer timer;
+        timer.start();
+        while (viewportPaints.count == paintsBefore && timer.elapsed() < 1000) {
+            QCoreApplication::processEvents(QEventLoop::AllEvents);
+        }
+    }
+};
+
+Pane& pane()
+{
+    static std::unique_ptr<Pane> shared;
+    if (shared) {
+        return *shared;
+    }
+    shared = std::make_unique<Pane>();
+    Pane& p = *shared;
+    const QString text = generateCText(kTextSize);
+
+    QElapsedTimer timer;
+    timer.start();
+    p.document = std::make_unique<QTextDocument>();
+    p.document->setUndoRedoEnabled(false);
+    p.document->setPlainText(text);
+    p.document->setUndoRedoEnabled(true);
+    p.fillMs = double(timer.nsecsElapsed()) / 1e6;
+    p.lines = p.document->blockCount();
+
+    // The plain-text layout's first pass over the blocks, apart from the view's own.
+    timer.restart();
+    p.document->setDocumentLayout(new QPlainTextDocumentLayout(p.document.get()));
+    p.layoutMs = double(timer.nsecsElapsed()) / 1e6;
+
+    const double before = residentMegabytes();
+    timer.restart();
+    p.controller = std::make_unique<EditorController>();
+    p.controller->setupInitialTextViewSharedStateWithTextStorage(p.document.get());
+    p.view()->setInvisibleCharacters(true);
+    p.view()->resize(1000, 800);
+    p.attachMs = double(timer.nsecsElapsed()) / 1e6;
+    p.attachMegabytes = residentMegabytes() - before;
+
+    p.view()->viewport()->installEventFilter(&p.viewportPaints);
+    timer.restart();
+    const QPixmap first = p.view()->grab();
+    p.firstPaintMs = double(timer.nsecsElapsed()) / 1e6;
+    benchmark::DoNotOptimize(first);
+
+    p.view()->show();
+    QElapsedTimer wait;
+    wait.start();
+    while ((!p.view()->windowHandle() || !p.view()->windowHandle()->isExposed()) &&
+           wait.elapsed() < 5000) {
+        QCoreApplication::processEvents();
+    }
+    QCoreApplication::processEvents();
+    return p;
+}
+
+void reportPercentiles(benchmark::State& state, std::vector<double> ms)
+{
+    std::sort(ms.begin(), ms.end());
+    auto at = [&](double q) { return ms[std::min(ms.size() - 1, size_t(q * double(ms.size())))]; };
+    state.counters["p50_ms"] = at(0.50);
+    state.counters["p99_ms"] = at(0.99);
+    state.counters["max_ms"] = ms.back();
+}
+
+/// The other order: the pane is built on the empty document, then the text is filled in.
+/// QPlainTextEdit::setDocument lays out afresh every block it finds (making a QTextLayout
+/// for each); on an empty document that is nothing, and the fill's own notice only clears
+/// layouts that do not exist yet.
+void BM_FillAfterAttach(benchmark::State& state)
+{
+    const QString text = generateCText(kTextSize);
+    for (auto _ : state) {
+        QTextDocument document;
+        document.setDocumentLayout(new QPlainTextDocumentLayout(&document));
+        const double before = residentMegabytes();
+        QElapsedTimer timer;
+        timer.start();
+        EditorController controller;
+        controller.setupInitialTextViewSharedStateWithTextStorage(&document);
+        controller.textView()->resize(1000, 800);
+        const double attach = double(timer.nsecsElapsed()) / 1e6;
+        timer.restart();
+        document.setUndoRedoEnabled(false);
+        document.setPlainText(text);
+        document.setUndoRedoEnabled(true);
+        const double fill = double(timer.nsecsElapsed()) / 1e6;
+        timer.restart();
+        const QPixmap first = controller.textView()->grab();
+        const double paint = double(timer.nsecsElapsed()) / 1e6;
+        state.SetIterationTime((attach + fill + paint) / 1000);
+        state.counters["attach_ms"] = attach;
+        state.counters["fill_ms"] = fill;
+        state.counters["first_paint_ms"] = paint;
+        state.counters["rss_mb"] = residentMegabytes() - before;
+        state.counters["lines"] = document.blockCount();
+    }
+}
+BENCHMARK(BM_FillAfterAttach)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+void BM_OpenLargeText(benchmark::State& state)
+{
+    for (auto _ : state) {
+        Pane& p = pane();
+        state.SetIterationTime((p.fillMs + p.layoutMs + p.attachMs + p.firstPaintMs) / 1000);
+    }
+    const Pane& p = pane();
+    state.counters["lines"] = double(p.lines);
+    state.counters["chars"] = double(p.document->characterCount());
+    state.counters["fill_ms"] = p.fillMs;
+    state.counters["layout_ms"] = p.layoutMs;
+    state.counters["attach_ms"] = p.attachMs;
+    state.counters["attach_rss_mb"] = p.attachMegabytes;
+    state.counters["rss_mb"] = residentMegabytes();
+    state.counters["first_paint_ms"] = p.firstPaintMs;
+}
+BENCHMARK(BM_OpenLargeText)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+/// Types `keystrokes` characters in the middle of the text, each timed until the repaint.
+/// Every 20 characters the typing moves on to the next line, near its start, so the
+/// insertion point never runs off the right edge (that would scroll and repaint the whole
+/// view, which BM_JumpToFarLine measures).
+std::vector<double> typeInTheMiddle(Pane& p, int keystrokes, int firstLine)
+{
+    std::vector<double> ms;
+    QElapsedTimer timer;
+    for (int i = 0; i < keystrokes; ++i) {
+        if (i % 20 == 0) {
+            const QTextBlock block = p.document->findBlockByNumber(firstLine + i / 20);
+            QTextCursor cursor(block);
+            cursor.setPosition(block.position() + std::min(8, block.length() - 1));
+            p.view()->setTextCursor(cursor);
+            if (i == 0) {
+                p.view()->centerCursor();
+            }
+            QCoreApplication::processEvents();
+        }
+        const QString letter(QChar(u'a' + i % 26));
+        const Qt::Key key = Qt::Key(Qt::Key_A + i % 26);
+        const int paints = p.viewportPaints.count;
+        timer.start();
+        QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier, letter);
+        QCoreApplication::sendEvent(p.view(), &press);
+        QKeyEvent release(QEvent::KeyRelease, key, Qt::NoModifier, letter);
+        QCoreApplication::sendEvent(p.view(), &release);
+        p.waitForRepaint(paints);
+        ms.push_back(double(timer.nsecsElapsed()) / 1e6);
+    }
+    return ms;
+}
+
+/// Jumps to `count` random lines, each timed until the repaint.
+std::vector<double> jumpToFarLines(Pane& p, int count)
+{
+    QRandomGenerator random(480);
+    std::vector<double> ms;
+    QElapsedTimer timer;
+    for (int i = 0; i < count; ++i) {
+        const int line = int(random.bounded(quint32(p.lines)));
+        const int paints = p.viewportPaints.count;
+        timer.start();
+        p.view()->verticalScrollBar()->setValue(line);
+        p.waitForRepaint(paints);
+        ms.push_back(double(timer.nsecsElapsed()) / 1e6);
+    }
+    return ms;
+}
+
+double mean(const std::vector<double>& ms)
+{
+    double total = 0;
+    for (double m : ms) {
+        total += m;
+    }
+    return ms.empty() ? 0 : total / double(ms.size());
+}
+
+/// Colours the whole text as a syntax pass would leave it: a run for every word, about
+/// two and a half million runs, handed over in one step. Done once; returns the number of
+/// runs and how long handing them over took.
+std::pair<qsizetype, double> colourWholeText(Pane& p)
+{
+    static std::pair<qsizetype, double> done{-1, 0};
+    if (done.first >= 0) {
+        return done;
+    }
+    const QString text = p.document->toRawText();
+    const QRgb colors[] = {qRgb(128, 0, 128), qRgb(0, 128, 0), qRgb(200, 30, 30)};
+    std::vector<ColorStore::Run> runs;
+    for (qsizetype i = 0; i < text.size();) {
+        if (text.at(i).isLetter()) {
+            qsizetype j = i;
+            while (j < text.size() && text.at(j).isLetterOrNumber()) {
+                ++j;
+            }
+            runs.push_back({i, j - i, colors[runs.size() % 3]});
+            i = j;
+        } else {
+            ++i;
+        }
+    }
+    QElapsedTimer timer;
+    timer.start();
+    p.controller->layoutManager()->setSyntaxColors({0, text.size()}, runs);
+    done = {qsizetype(runs.size()), double(timer.nsecsElapsed()) / 1e6};
+    QCoreApplication::processEvents();
+    return done;
+}
+
+void BM_TypeInTheMiddle(benchmark::State& state)
+{
+    Pane& p = pane();
+    std::vector<double> all;
+    for (auto _ : state) {
+        const std::vector<double> ms = typeInTheMiddle(p, 200, int(p.lines / 2));
+        state.SetIterationTime(mean(ms) / 1000);
+        all.insert(all.end(), ms.begin(), ms.end());
+    }
+    reportPercentiles(state, all);
+}
+BENCHMARK(BM_TypeInTheMiddle)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+void BM_JumpToFarLine(benchmark::State& state)
+{
+    Pane& p = pane();
+    std::vector<double> all;
+    for (auto _ : state) {
+        const std::vector<double> ms = jumpToFarLines(p, 50);
+        state.SetIterationTime(mean(ms) / 1000);
+        all.insert(all.end(), ms.begin(), ms.end());
+    }
+    reportPercentiles(state, all);
+}
+BENCHMARK(BM_JumpToFarLine)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+/// Typing with the whole text coloured. The first keystroke carries the colour store's gap
+/// from the end of the text to the middle (its max).
+void BM_TypeInTheMiddleFullyColoured(benchmark::State& state)
+{
+    Pane& p = pane();
+    const auto [runs, colourMs] = colourWholeText(p);
+    std::vector<double> all;
+    for (auto _ : state) {
+        const std::vector<double> ms = typeInTheMiddle(p, 200, int(p.lines / 2) + 100);
+        state.SetIterationTime(mean(ms) / 1000);
+        all.insert(all.end(), ms.begin(), ms.end());
+    }
+    state.counters["runs"] = double(runs);
+    state.counters["colour_all_ms"] = colourMs;
+    reportPercentiles(state, all);
+}
+BENCHMARK(BM_TypeInTheMiddleFullyColoured)
+    ->Iterations(1)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+
+void BM_JumpToFarLineFullyColoured(benchmark::State& state)
+{
+    Pane& p = pane();
+    colourWholeText(p);
+    std::vector<double> all;
+    for (auto _ : state) {
+        const std::vector<double> ms = jumpToFarLines(p, 50);
+        state.SetIterationTime(mean(ms) / 1000);
+        all.insert(all.end(), ms.begin(), ms.end());
+    }
+    reportPercentiles(state, all);
+}
+BENCHMARK(BM_JumpToFarLineFullyColoured)
+    ->Iterations(1)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+
+/// Wrapping on and off again, each until the pane has repainted: the whole text is laid out
+/// again at the new width.
+void BM_ToggleWrapLines(benchmark::State& state)
+{
+    Pane& p = pane();
+    double onMs = 0;
+    double offMs = 0;
+    QElapsedTimer timer;
+    for (auto _ : state) {
+        for (bool wrap : {true, false}) {
+            const int paints = p.viewportPaints.count;
+            timer.start();
+            p.view()->setWrapLines(wrap);
+            p.waitForRepaint(paints);
+            (wrap ? onMs : offMs) = double(timer.nsecsElapsed()) / 1e6;
+        }
+        state.SetIterationTime((onMs + offMs) / 1000);
+    }
+    state.counters["wrap_on_ms"] = onMs;
+    state.counters["wrap_off_ms"] = offMs;
+}
+BENCHMARK(BM_ToggleWrapLines)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+/// Widening and narrowing the pane, each until it has repainted. QPlainTextEdit lays every
+/// block out again at each change of width, wrapped or not.
+void BM_ResizeWidth(benchmark::State& state)
+{
+    Pane& p = pane();
+    std::vector<double> all;
+    QElapsedTimer timer;
+    for (auto _ : state) {
+        for (int width : {1100, 1000, 1100, 1000}) {
+            const int paints = p.viewportPaints.count;
+            timer.start();
+            p.view()->resize(width, 800);
+            p.waitForRepaint(paints);
+            all.push_back(double(timer.nsecsElapsed()) / 1e6);
+        }
+        state.SetIterationTime(mean(all) / 1000);
+    }
+    reportPercentiles(state, all);
+}
+BENCHMARK(BM_ResizeWidth)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+std::string makePrivateHome()
+{
+    char pattern[] = "/tmp/tessaran-bench-XXXXXX";
+    const char* dir = mkdtemp(pattern);
+    if (!dir) {
+        std::abort();
+    }
+    const std::string home(dir);
+    for (const char* name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"}) {
+        const std::string path = home + "/" + name;
+        QDir().mkpath(QString::fromStdString(path));
+        setenv(name, path.c_str(), 1);
+    }
+    return home;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    // Settings and support folders of a benchmark run never touch the user's.
+    const std::string home = makePrivateHome();
+    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    Application app(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    QDir(QString::fromStdString(home)).removeRecursively();
+    return 0;
+}

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <QColor>
+#include <QList>
+#include <QPointer>
+#include <QRectF>
+#include <QTextCharFormat>
+#include <QWidget>
+
+class QTextDocument;
+class TextView;
+
+/// The line-number gutter of a pane: a widget in its text view's left viewport margin that
+/// numbers every logical line (QTextBlock) on the line's first row.
+///
+/// There is no table of line starts of our own: QTextDocument's block structure is that
+/// table, kept up to date by the document at every edit, and `findBlock` is a binary search
+/// over it. Copying every line start after each keystroke would cost a pass over a 20 MB
+/// text for nothing.
+class GutterView : public QWidget
+{
+    Q_OBJECT
+
+public:
+    /// A number as it is drawn, in the gutter's coordinates.
+    struct Label {
+        qint64 number = 0;
+        QString text;
+        QRectF rect;
+    };
+
+    explicit GutterView(TextView* clientView = nullptr);
+    ~GutterView() override;
+
+    void updatePreferences();
+
+    TextView* clientView() const { return _clientView; }
+    /// Numbers `clientView`'s lines and follows its scrolling and edits.
+    void setClientView(TextView* clientView);
+
+    qreal requiredThickness() const { return 50.0; }
+
+    /// The 0-based number of the line that holds `index` (the last line for an index past
+    /// the text).
+    static qint64 lineNumberForCharacterIndex(qint64 index, const QTextDocument* inText);
+
+    /// The labels meeting `rect`, from the first visible line to the rectangle's bottom.
+    QList<Label> labelsInRect(const QRectF& rect) const;
+
+    const QTextCharFormat& textAttributes() const { return _textAttributes; }
+    const QColor& gutterTextColor() const { return _gutterTextColor; }
+    const QColor& gutterBorderColor() const { return _gutterBorderColor; }
+    const QColor& gutterBackgroundColor() const { return _gutterBackgroundColor; }
+
+    QSize sizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    void drawHashMarksAndLabelsInRect(QPainter& painter, const QRect& rect);
+    void updateGutter(const QRect& rect, int dy);
+
+    QPointer<TextView> _clientView;
+    QMetaObject::Connection _updateConnection;
+    QTextCharFormat _textAttributes;
+    QColor _gutterTextColor;
+    QColor _gutterBorderColor;
+    QColor _gutterBackgroundColor;
+};

@@ -1,0 +1,388 @@
+#include "editor/LayoutManager.h"
+
+#include "editor/EditorController.h"
+#include "editor/TextView.h"
+#include "platform/UserDefaults.h"
+
+#include <QFontDatabase>
+#include <QHash>
+#include <QPainter>
+#include <QTextBlock>
+#include <QTextDocument>
+
+namespace {
+
+// Every pane on a document, so that the formats of a shared block come from all of them.
+QHash<const QTextDocument*, QList<LayoutManager*>>& panesByDocument()
+{
+    static QHash<const QTextDocument*, QList<LayoutManager*>> panes;
+    return panes;
+}
+
+// Point sizes are device-independent pixels here, whatever the screen's dots per inch.
+QFont systemFontOfSize(int size)
+{
+    QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
+    font.setPixelSize(size);
+    return font;
+}
+
+// A text has a handful of colours: share one format per colour rather than build one per
+// run each time a block is shown.
+const QTextCharFormat& formatOfColor(QRgb color, bool background)
+{
+    static QHash<QRgb, QTextCharFormat> foregrounds;
+    static QHash<QRgb, QTextCharFormat> backgrounds;
+    QHash<QRgb, QTextCharFormat>& formats = background ? backgrounds : foregrounds;
+    auto it = formats.find(color);
+    if (it == formats.end()) {
+        QTextCharFormat format;
+        if (background) {
+            format.setBackground(QColor::fromRgba(color));
+        } else {
+            format.setForeground(QColor::fromRgba(color));
+        }
+        it = formats.insert(color, format);
+    }
+    return *it;
+}
+
+} // namespace
+
+LayoutManager::LayoutManager(TextView* textView, QTextDocument* textStorage)
+    : QObject(textView)
+    , _textView(textView)
+    , _textStorage(textStorage)
+    , _registeredStorage(textStorage)
+    , _syntaxColors(textStorage ? textStorage->characterCount() : 0)
+    , _backgroundColors(textStorage ? textStorage->characterCount() : 0)
+{
+    updatePreferences();
+    if (textStorage) {
+        panesByDocument()[textStorage].append(this);
+        connect(textStorage, &QTextDocument::contentsChange, this,
+                &LayoutManager::textStorageDidChange);
+    }
+}
+
+LayoutManager::~LayoutManager()
+{
+    auto& panes = panesByDocument();
+    auto it = panes.find(_registeredStorage);
+    if (it != panes.end()) {
+        it->removeAll(this);
+        if (it->isEmpty()) {
+            panes.erase(it);
+        }
+    }
+}
+
+void LayoutManager::updatePreferences()
+{
+    const UserDefaults& defaults = UserDefaults::standardUserDefaults();
+    _attributes = QTextCharFormat();
+    _attributes.setFont(systemFontOfSize(10));
+    _attributes.setForeground(EditorController::keyedUnarchiverOfUserDefaults(
+        defaults, QStringLiteral("InvisibleCharacterColor")));
+    _characterOfNewLine = defaults.stringForKey(QStringLiteral("NewLineCharacter"));
+    _characterOfTab = defaults.stringForKey(QStringLiteral("TabCharacter"));
+    _characterOfSpace = defaults.stringForKey(QStringLiteral("SpaceCharacter"));
+    _characterOfFullwidthSpace = defaults.stringForKey(QStringLiteral("FullwidthSpaceCharacter"));
+    for (InvisibleKind kind : {InvisibleKind::NewLine, InvisibleKind::Tab, InvisibleKind::Space,
+                               InvisibleKind::FullwidthSpace}) {
+        QStaticText& mark = _marks[static_cast<int>(kind)];
+        mark.setText(characterOf(kind));
+        mark.setTextFormat(Qt::PlainText);
+        mark.prepare(QTransform(), _attributes.font());
+    }
+    setShowInvisibleCharacters(false);
+}
+
+void LayoutManager::setShowInvisibleCharacters(bool showInvisibleCharacters)
+{
+    if (_showInvisibleCharacters == showInvisibleCharacters) {
+        return;
+    }
+    _showInvisibleCharacters = showInvisibleCharacters;
+    if (_textView) {
+        _textView->viewport()->update();
+    }
+}
+
+const QString& LayoutManager::characterOf(InvisibleKind kind) const
+{
+    switch (kind) {
+    case InvisibleKind::NewLine:
+        return _characterOfNewLine;
+    case InvisibleKind::Tab:
+        return _characterOfTab;
+    case InvisibleKind::Space:
+        return _characterOfSpace;
+    case InvisibleKind::FullwidthSpace:
+        break;
+    }
+    return _characterOfFullwidthSpace;
+}
+
+QList<LayoutManager::InvisibleMark> LayoutManager::invisibleCharacterMarks(const QRectF& rect) const
+{
+    QList<InvisibleMark> marks;
+    if (!_textView) {
+        return marks;
+    }
+    for (const TextView::ShownBlock& shown : _textView->shownBlocks(rect.top(), rect.bottom())) {
+        const QTextBlock& block = shown.block;
+        const QTextLayout* layout = block.layout();
+        const QString text = block.text();
+        const qsizetype blockStart = block.position();
+        // Every block but the last ends in a line break, held as one LF in memory.
+        const bool endsWithLineBreak = block.next().isValid();
+        for (int i = 0; i < layout->lineCount(); ++i) {
+            const QTextLine line = layout->lineAt(i);
+            const qreal top = shown.offset.y() + line.y();
+            if (top > rect.bottom() || top + line.height() < rect.top()) {
+                continue;
+            }
+            // Only the characters under the rectangle: an unwrapped line may be very long.
+            const qreal left = rect.left() - shown.offset.x();
+            const qreal right = rect.right() - shown.offset.x();
+            const int lineStart = line.textStart();
+            const int lineEnd = lineStart + line.textLength();
+            int from = std::max(lineStart, line.xToCursor(left) - 1);
+            int to = std::min(lineEnd, line.xToCursor(right) + 1);
+            const bool isLastLine = i == layout->lineCount() - 1;
+            for (int k = std::max(from, 0); k < to || (k == to && isLastLine && k == text.size());
+                 ++k) {
+                InvisibleKind kind;
+                qreal nudge = 0;
+                if (k >= text.size()) {
+                    if (!endsWithLineBreak) {
+                        break;
+                    }
+                    kind = InvisibleKind::NewLine;
+                } else {
+                    switch (text.at(k).unicode()) {
+                    case u'\n':
+                    case u'\r':
+                    case 0x2029:
+                        kind = InvisibleKind::NewLine;
+                        break;
+                    case u'\t':
+                        kind = InvisibleKind::Tab;
+                        break;
+                    case u' ':
+                    case 0x00A0:
+                        kind = InvisibleKind::Space;
+                        nudge = 1;
+                        break;
+                    case 0x3000:
+                        kind = InvisibleKind::FullwidthSpace;
+                        break;
+                    default:
+                        continue;
+                    }
+                }
+                const QPointF origin(shown.offset.x() + line.cursorToX(k) + nudge, top);
+                marks.append({blockStart + k, kind, origin});
+            }
+        }
+    }
+    return marks;
+}
+
+void LayoutManager::drawGlyphs(QPainter& painter, const QRectF& rect)
+{
+    if (!_showInvisibleCharacters) {
+        return;
+    }
+    const QList<InvisibleMark> marks = invisibleCharacterMarks(rect);
+    if (_textView) {
+        const QList<TextView::ShownBlock> shown = _textView->shownBlocks(rect.top(), rect.bottom());
+        if (!shown.isEmpty()) {
+            const QTextBlock& last = shown.last().block;
+            _lengthToRedraw = last.position() + last.text().size();
+        }
+    }
+    painter.save();
+    painter.setFont(_attributes.font());
+    painter.setPen(_attributes.foreground().color());
+    for (const InvisibleMark& mark : marks) {
+        painter.drawStaticText(mark.origin, _marks[static_cast<int>(mark.kind)]);
+    }
+    painter.restore();
+}
+
+void LayoutManager::setTemporaryAttributes(const QColor& foreground, Range forCharacterRange)
+{
+    _syntaxColors.setColor(foreground.rgba(), forCharacterRange);
+    colorsChanged(forCharacterRange);
+}
+
+void LayoutManager::setSyntaxColors(Range range, const std::vector<ColorStore::Run>& runs)
+{
+    _syntaxColors.replaceColors(range, runs);
+    colorsChanged(range);
+}
+
+void LayoutManager::removeTemporaryAttribute(Range forCharacterRange)
+{
+    _syntaxColors.removeColor(forCharacterRange);
+    colorsChanged(forCharacterRange);
+}
+
+void LayoutManager::removeAllTemporaryAttributes()
+{
+    _syntaxColors.reset(_syntaxColors.textLength());
+    colorsChanged({0, _syntaxColors.textLength()});
+}
+
+std::vector<ColorStore::Run> LayoutManager::temporaryAttributes(Range range) const
+{
+    return _syntaxColors.runs(range.location, range.max());
+}
+
+void LayoutManager::setBackgroundHighlights(const QList<Range>& ranges, const QColor& color)
+{
+    // Like a background colour of the text itself, the layer belongs to the whole document:
+    // setting it replaces what any pane had laid down.
+    for (LayoutManager* pane : panesByDocument().value(_textStorage)) {
+        if (pane != this) {
+            pane->_backgroundColors.reset(pane->_backgroundColors.textLength());
+        }
+    }
+    _backgroundColors.reset(_backgroundColors.textLength());
+    for (const Range& range : ranges) {
+        _backgroundColors.setColor(color.rgba(), range);
+    }
+    colorsChanged({0, _backgroundColors.textLength()});
+}
+
+void LayoutManager::addBackgroundHighlight(const QColor& color, Range forCharacterRange)
+{
+    _backgroundColors.setColor(color.rgba(), forCharacterRange);
+    colorsChanged(forCharacterRange);
+}
+
+void LayoutManager::removeBackgroundHighlights()
+{
+    bool removed = false;
+    for (LayoutManager* pane : panesByDocument().value(_textStorage)) {
+        if (!pane->_backgroundColors.isEmpty()) {
+            pane->_backgroundColors.reset(pane->_backgroundColors.textLength());
+            removed = true;
+        }
+    }
+    if (removed) {
+        colorsChanged({0, _backgroundColors.textLength()});
+    }
+}
+
+bool LayoutManager::hasBackgroundHighlights() const
+{
+    const QList<LayoutManager*> panes = panesByDocument().value(_textStorage);
+    return std::any_of(panes.begin(), panes.end(), [](const LayoutManager* pane) {
+        return !pane->_backgroundColors.isEmpty();
+    });
+}
+
+std::vector<ColorStore::Run> LayoutManager::backgroundHighlights(Range range) const
+{
+    return _backgroundColors.runs(range.location, range.max());
+}
+
+QList<QTextLayout::FormatRange> LayoutManager::formatsForBlock(const QTextBlock& block) const
+{
+    QList<QTextLayout::FormatRange> formats;
+    const qsizetype start = block.position();
+    const qsizetype end = start + block.length();
+    const QList<LayoutManager*> panes = panesByDocument().value(_textStorage);
+    auto append = [&](const ColorStore& store, bool background) {
+        for (const ColorStore::Run& run : store.runs(start, end)) {
+            QTextLayout::FormatRange range;
+            range.start = int(run.location - start);
+            range.length = int(run.length);
+            range.format = formatOfColor(run.color, background);
+            formats.append(range);
+        }
+    };
+    // Backgrounds first, so that a foreground laid later never hides them.
+    for (const LayoutManager* pane : panes) {
+        append(pane->_backgroundColors, true);
+    }
+    for (const LayoutManager* pane : panes) {
+        append(pane->_syntaxColors, false);
+    }
+    return formats;
+}
+
+int LayoutManager::applyTemporaryAttributes(qreal top, qreal bottom)
+{
+    if (!_textView || !_textStorage) {
+        return 0;
+    }
+    int changed = 0;
+    qsizetype from = -1;
+    qsizetype to = -1;
+    for (const TextView::ShownBlock& shown : _textView->shownBlocks(top, bottom)) {
+        QTextLayout* layout = shown.block.layout();
+        QList<QTextLayout::FormatRange> formats = formatsForBlock(shown.block);
+        if (formats == layout->formats()) {
+            continue;
+        }
+        layout->setFormats(formats);
+        if (from < 0) {
+            from = shown.block.position();
+        }
+        to = shown.block.position() + shown.block.length();
+        ++changed;
+    }
+    // The change must reach the document layout now; left pending, it would be merged into
+    // the next edit's contentsChange. One notice for all blocks: each block is then laid out
+    // once, when it is painted.
+    if (changed > 0) {
+        _textStorage->markContentsDirty(int(from), int(to - from));
+    }
+    return changed;
+}
+
+void LayoutManager::textStorageDidChange(int position, int removed, int added)
+{
+    // Qt may count the document's closing paragraph separator in both numbers; the lengths
+    // before and after decide what was really removed.
+    const qsizetype newLength = _textStorage ? _textStorage->characterCount() : 0;
+    for (ColorStore* store : {&_syntaxColors, &_backgroundColors}) {
+        qsizetype reallyRemoved = store->textLength() + added - newLength;
+        qsizetype reallyAdded = added;
+        if (reallyRemoved < 0) {
+            reallyAdded -= reallyRemoved;
+            reallyRemoved = 0;
+        }
+        store->contentsChange(position, reallyRemoved, reallyAdded);
+    }
+    Q_UNUSED(removed);
+
+    // The document lays the edited blocks out again right after this signal: give them their
+    // moved colours now, so that the next paint finds nothing to change and the edit is laid
+    // out and painted once, not twice. Only a few blocks: a large paste is coloured when its
+    // blocks are painted.
+    if (_textStorage) {
+        QTextBlock block = _textStorage->findBlock(position);
+        for (int count = 0; block.isValid() && block.position() <= position + added && count < 64;
+             block = block.next(), ++count) {
+            const QList<QTextLayout::FormatRange> formats = formatsForBlock(block);
+            if (formats != block.layout()->formats()) {
+                block.layout()->setFormats(formats);
+            }
+        }
+    }
+}
+
+void LayoutManager::colorsChanged(Range range)
+{
+    Q_UNUSED(range);
+    for (LayoutManager* pane : panesByDocument().value(_textStorage)) {
+        if (pane->_textView) {
+            pane->_textView->viewport()->update();
+        }
+    }
+}

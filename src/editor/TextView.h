@@ -1,0 +1,146 @@
+#pragma once
+
+#include "platform/Range.h"
+
+#include <QColor>
+#include <QFont>
+#include <QList>
+#include <QPlainTextEdit>
+#include <QPointer>
+#include <QProgressBar>
+#include <QStringList>
+#include <QTextBlock>
+#include <QTextOption>
+#include <QVariantList>
+#include <QVariantMap>
+
+class GutterView;
+class LayoutManager;
+
+/// The text view of an editor pane. QPlainTextEdit is itself a scroll area, so the view is
+/// also the pane's scroll view: its vertical ruler (the line-number gutter) stands in the
+/// viewport's left margin.
+class TextView : public QPlainTextEdit
+{
+    Q_OBJECT
+
+public:
+    /// The font and paragraph style for typed text.
+    struct TextAttributes {
+        QFont font;
+        QTextOption paragraphStyle;
+    };
+    /// A block on screen: where its layout is drawn (`offset`) and its rectangle, both in
+    /// viewport coordinates.
+    struct ShownBlock {
+        QTextBlock block;
+        QPointF offset;
+        QRectF rect;
+    };
+
+    /// Reads the settings into the fields; the view still shows its own empty text.
+    explicit TextView(QWidget* parent = nullptr);
+    ~TextView() override;
+
+    /// Shows `textStorage`, a document that may be shared with other panes, and makes this
+    /// view's LayoutManager for it.
+    void setTextStorage(QTextDocument* textStorage);
+    LayoutManager* layoutManager() const { return _layoutManager; }
+
+    /// The vertical ruler (the gutter); the view takes ownership.
+    void setVerticalRulerView(GutterView* ruler);
+    GutterView* verticalRulerView() const { return _verticalRulerView; }
+    void setRulersVisible(bool rulersVisible);
+    bool rulersVisible() const { return _rulersVisible; }
+
+    void setupInitialTextViewSharedState();
+    void configureTypingAttributesAndDefaultParagraphStyle();
+    TextAttributes defaultTextAttributes() const;
+    const TextAttributes& typingAttributes() const { return _typingAttributes; }
+    /// Where the text starts in the text area when scrolled to the top: one point right of
+    /// and below where QPlainTextEdit would put it.
+    QPointF textContainerOrigin() const;
+
+    void updatePreferences();
+    void setWrapLines(bool wrapLines);
+    bool wrapLines() const { return lineWrapMode() != QPlainTextEdit::NoWrap; }
+    void setInvisibleCharacters(bool invisibleCharacters);
+    void setIndicator(QProgressBar* indicator) { _indicator = indicator; }
+    QProgressBar* indicator() const { return _indicator; }
+
+    /// The blocks shown in the viewport meeting [top, bottom], from the first visible one.
+    QList<ShownBlock> shownBlocks(qreal top, qreal bottom) const;
+    /// The characters of the blocks shown in the viewport.
+    Range visibleCharacterRange() const;
+
+    const QFont& textFont() const { return _textFont; }
+    qint64 tabWidth() const { return _tabWidth; }
+    const QColor& textColor() const { return _textColor; }
+    const QColor& insertionPointColor() const { return _insertionPointColor; }
+    const QColor& backgroundColor() const { return _backgroundColor; }
+
+    bool autoIndent() const { return _autoIndent; }
+    void setAutoIndent(bool autoIndent) { _autoIndent = autoIndent; }
+    bool autoIndentBraces() const { return _autoIndentBraces; }
+    void setAutoIndentBraces(bool value) { _autoIndentBraces = value; }
+    bool autoIndentClosingBraces() const { return _autoIndentClosingBraces; }
+    void setAutoIndentClosingBraces(bool value) { _autoIndentClosingBraces = value; }
+    bool usedIndentClosingBraces() const { return _usedIndentClosingBraces; }
+    void setUsedIndentClosingBraces(bool value) { _usedIndentClosingBraces = value; }
+    bool autoBraceMatching() const { return _autoBraceMatching; }
+    void setAutoBraceMatching(bool autoBraceMatching) { _autoBraceMatching = autoBraceMatching; }
+    bool UsedChevronMatching() const { return _UsedChevronMatching; }
+    void setUsedChevronMatching(bool value) { _UsedChevronMatching = value; }
+    bool spaceTab() const { return _spaceTab; }
+    void setSpaceTab(bool spaceTab) { _spaceTab = spaceTab; }
+    const QVariantList& entityReference() const { return _entityReference; }
+    bool characterEntity() const { return _characterEntity; }
+    void setCharacterEntity(bool value) { _characterEntity = value; }
+    const QVariantMap& syntaxDictionary() const { return _syntaxDictionary; }
+    void setSyntaxDictionary(const QVariantMap& syntaxDictionary)
+    {
+        _syntaxDictionary = syntaxDictionary;
+    }
+    const QStringList& completeWords() const { return _completeWords; }
+    void setCompleteWords(const QStringList& completeWords) { _completeWords = completeWords; }
+    bool autoComplete() const { return _autoComplete; }
+    void setAutoComplete(bool autoComplete) { _autoComplete = autoComplete; }
+    bool isComplete() const { return _isComplete; }
+    void setIsComplete(bool isComplete) { _isComplete = isComplete; }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    void readFontAndColors();
+    void applyFontAndColors();
+    void updateMargins();
+    void drawInsertionPoint(QPainter& painter, const QRect& rect);
+
+    QFont _textFont;
+    qint64 _tabWidth = 4;
+    QColor _textColor;
+    QColor _insertionPointColor;
+    QColor _backgroundColor;
+    bool _autoIndent = false;
+    bool _autoIndentBraces = false;
+    bool _autoIndentClosingBraces = false;
+    bool _usedIndentClosingBraces = false;
+    bool _autoBraceMatching = false;
+    bool _UsedChevronMatching = false;
+    bool _spaceTab = false;
+    QVariantList _entityReference;
+    bool _characterEntity = false;
+    QVariantMap _syntaxDictionary;
+    QStringList _completeWords;
+    bool _autoComplete = false;
+    bool _isComplete = false;
+    QPointer<QProgressBar> _indicator;
+
+    TextAttributes _typingAttributes;
+    LayoutManager* _layoutManager = nullptr;
+    GutterView* _verticalRulerView = nullptr;
+    bool _rulersVisible = true;
+    QMetaObject::Connection _storageDestroyed;
+};

@@ -1,0 +1,98 @@
+#include "EditorTestSupport.h"
+
+#include <QTextBlock>
+
+using namespace EditorTest;
+
+namespace {
+
+TEST(EditorController, TwoPanesShowAndEditOneDocument)
+{
+    QTextDocument document;
+    document.setPlainText(QStringLiteral("first\tline\nsecond line\n"));
+    document.setModified(false);
+    auto left = makePane(&document);
+    auto right = makePane(&document);
+
+    ASSERT_EQ(left->textView()->document(), &document);
+    ASSERT_EQ(right->textView()->document(), &document);
+    EXPECT_NE(left->layoutManager(), right->layoutManager());
+    EXPECT_NE(left->gutterView(), right->gutterView());
+    EXPECT_FALSE(document.isModified());
+    EXPECT_FALSE(document.isUndoAvailable());
+
+    // Colours laid by one pane show in both; marks are the pane's own.
+    const QColor color(0, 160, 0);
+    left->layoutManager()->setTemporaryAttributes(color, {0, 5});
+    for (EditorController* pane : {left.get(), right.get()}) {
+        EXPECT_GT(countPixels(viewportImage(pane->textView()), QRect(0, 0, 60, 20), color, 40), 5);
+    }
+    left->textView()->setInvisibleCharacters(true);
+    const QColor mark = left->layoutManager()->attributes().foreground().color();
+    EXPECT_GT(countPixels(viewportImage(left->textView()), QRect(0, 0, 300, 80), mark), 5);
+    EXPECT_EQ(countPixels(viewportImage(right->textView()), QRect(0, 0, 300, 80), mark), 0);
+
+    // Typing in one pane shows in the other, numbered by its own gutter, and the colours
+    // of the first pane move with the text.
+    right->textView()->setTextCursor(QTextCursor(&document));
+    QTest::keyClicks(right->textView(), QStringLiteral("##"));
+    QTest::keyClick(right->textView(), Qt::Key_Return);
+    EXPECT_EQ(document.toPlainText(), QStringLiteral("##\nfirst\tline\nsecond line\n"));
+    QCoreApplication::processEvents();
+    for (EditorController* pane : {left.get(), right.get()}) {
+        EXPECT_EQ(pane->gutterView()->labelsInRect(pane->gutterView()->rect()).size(), 4);
+    }
+    EXPECT_EQ(left->layoutManager()->temporaryAttributes({0, 30}),
+              (std::vector<ColorStore::Run>{{3, 5, color.rgba()}}));
+
+    // A background highlight is the document's: laid through one pane, removed through the
+    // other, it is gone from both.
+    const QColor found(255, 255, 0);
+    left->layoutManager()->setBackgroundHighlights({{3, 5}}, found);
+    EXPECT_GT(countPixels(viewportImage(right->textView()), QRect(0, 0, 300, 80), found, 10), 20);
+    right->textView()->setWrapLines(!right->textView()->wrapLines());
+    EXPECT_FALSE(left->layoutManager()->hasBackgroundHighlights());
+    for (EditorController* pane : {left.get(), right.get()}) {
+        EXPECT_EQ(countPixels(viewportImage(pane->textView()), QRect(0, 0, 300, 80), found, 10), 0);
+    }
+
+    // Closing one pane leaves the other working on the same text.
+    right.reset();
+    QTest::keyClicks(left->textView(), QStringLiteral("!"));
+    EXPECT_TRUE(document.toPlainText().contains(QStringLiteral("!")));
+}
+
+TEST(EditorController, UpdatePreferencesReachesViewLayoutAndGutter)
+{
+    ScopedDefaults defaults;
+    QTextDocument document;
+    auto pane = makePane(&document);
+    pane->textView()->setInvisibleCharacters(true);
+    defaults.set(QStringLiteral("GutterBackgroundColor"), QByteArray("srgb 0 0 1 1"));
+    defaults.set(QStringLiteral("DefaultBackgroundColor"), QByteArray("srgb 0 1 0 1"));
+    defaults.set(QStringLiteral("TabCharacter"), QStringLiteral(">"));
+    pane->updatePreferences();
+    EXPECT_EQ(pane->gutterView()->gutterBackgroundColor(), QColor(0, 0, 255));
+    EXPECT_EQ(pane->textView()->backgroundColor(), QColor(0, 255, 0));
+    EXPECT_EQ(pane->layoutManager()->characterOfTab(), QStringLiteral(">"));
+    EXPECT_FALSE(pane->layoutManager()->showInvisibleCharacters());
+    const QImage image = pane->textView()->grab().toImage();
+    EXPECT_EQ(image.pixelColor(10, 100), QColor(0, 0, 255));
+    EXPECT_EQ(image.pixelColor(200, 100), QColor(0, 255, 0));
+}
+
+TEST(EditorController, PaneSurvivesItsDocumentGoingFirst)
+{
+    auto document = std::make_unique<QTextDocument>();
+    document->setPlainText(QStringLiteral("abc\ndef"));
+    auto pane = makePane(document.get());
+    pane->textView()->setInvisibleCharacters(true);
+    document.reset();
+    viewportImage(pane->textView());
+    QTest::keyClicks(pane->textView(), QStringLiteral("x"));
+    EXPECT_EQ(pane->textView()->toPlainText(), QStringLiteral("x"));
+    ASSERT_NE(pane->layoutManager(), nullptr);
+    EXPECT_EQ(pane->layoutManager()->textStorage(), pane->textView()->document());
+}
+
+} // namespace

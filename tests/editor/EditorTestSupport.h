@@ -1,0 +1,78 @@
+#pragma once
+
+#include "editor/EditorController.h"
+#include "editor/GutterView.h"
+#include "editor/LayoutManager.h"
+#include "editor/TextView.h"
+#include "platform/UserDefaults.h"
+
+#include <QImage>
+#include <QTest>
+#include <QTextDocument>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace EditorTest {
+
+/// A pane built the way a window builds one, shown offscreen at `size`.
+inline std::unique_ptr<EditorController> makePane(QTextDocument* document,
+                                                  QSize size = QSize(420, 300))
+{
+    auto controller = std::make_unique<EditorController>();
+    controller->setupInitialTextViewSharedStateWithTextStorage(document);
+    TextView* view = controller->textView();
+    view->resize(size);
+    view->show();
+    EXPECT_TRUE(QTest::qWaitForWindowExposed(view));
+    QCoreApplication::processEvents();
+    return controller;
+}
+
+/// Sets user values for the length of a test and removes them afterwards.
+class ScopedDefaults
+{
+public:
+    ~ScopedDefaults()
+    {
+        for (const QString& key : _keys) {
+            UserDefaults::standardUserDefaults().removeObjectForKey(key);
+        }
+    }
+    void set(const QString& key, const QVariant& value)
+    {
+        _keys.append(key);
+        UserDefaults::standardUserDefaults().setObject(value, key);
+    }
+
+private:
+    QStringList _keys;
+};
+
+/// How many pixels of `image` inside `rect` are within `tolerance` of `color` per channel.
+inline int countPixels(const QImage& image, const QRect& rect, const QColor& color,
+                       int tolerance = 40)
+{
+    int count = 0;
+    const QRect area = rect.intersected(image.rect());
+    for (int y = area.top(); y <= area.bottom(); ++y) {
+        for (int x = area.left(); x <= area.right(); ++x) {
+            const QColor pixel = image.pixelColor(x, y);
+            if (std::abs(pixel.red() - color.red()) <= tolerance &&
+                std::abs(pixel.green() - color.green()) <= tolerance &&
+                std::abs(pixel.blue() - color.blue()) <= tolerance) {
+                ++count;
+            }
+        }
+    }
+    return count;
+}
+
+/// What the viewport shows now.
+inline QImage viewportImage(TextView* view)
+{
+    return view->viewport()->grab().toImage().convertToFormat(QImage::Format_RGB32);
+}
+
+} // namespace EditorTest

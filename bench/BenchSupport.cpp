@@ -10,7 +10,8 @@ namespace BenchSupport {
 
 namespace {
 
-qint64 statusField(const char* name) {
+qint64 statusField(const char* name)
+{
     QFile status(QStringLiteral("/proc/self/status"));
     if (!status.open(QIODevice::ReadOnly)) {
         return -1;
@@ -26,7 +27,8 @@ qint64 statusField(const char* name) {
 
 } // namespace
 
-QString largeFile(const QString& name, qint64 bytes, const QByteArray& chunk) {
+QString largeFile(const QString& name, qint64 bytes, const QByteArray& chunk)
+{
     static QTemporaryDir dir;
     static QHash<QString, QString> made;
     if (const auto found = made.constFind(name); found != made.cend()) {
@@ -45,7 +47,8 @@ QString largeFile(const QString& name, qint64 bytes, const QByteArray& chunk) {
     return path;
 }
 
-QString mixedSourceText() {
+QString mixedSourceText()
+{
     const QString lines[] = {
         u"#include <vector>\n"_qs,
         u"// Returns the sum of the values; an empty range sums to zero.\n"_qs,
@@ -65,7 +68,8 @@ QString mixedSourceText() {
     return text;
 }
 
-QString japaneseProse() {
+QString japaneseProse()
+{
     const QString sentences[] = {
         u"吾輩は猫である。名前はまだ無い。"_qs,
         u"どこで生れたかとんと見当がつかぬ。"_qs,
@@ -81,18 +85,21 @@ QString japaneseProse() {
     return text;
 }
 
-qint64 residentBytes() {
+qint64 residentBytes()
+{
     return statusField("VmRSS");
 }
 
-void resetPeakResident() {
+void resetPeakResident()
+{
     QFile clear(QStringLiteral("/proc/self/clear_refs"));
     if (clear.open(QIODevice::WriteOnly)) {
         clear.write("5");
     }
 }
 
-qint64 peakResidentBytes() {
+qint64 peakResidentBytes()
+{
     return statusField("VmHWM");
 }
 

@@ -12,7 +12,8 @@
 namespace {
 
 void openFile(benchmark::State& state, const QString& path, qint64 fileBytes, bool priority,
-              quint64 expected) {
+              quint64 expected)
+{
     EncodingManager& manager = EncodingManager::sharedEncodingManager();
     const QUrl url = QUrl::fromLocalFile(path);
     qint64 textBytes = 0;
@@ -42,14 +43,16 @@ void openFile(benchmark::State& state, const QString& path, qint64 fileBytes, bo
     state.counters["peak_ratio"] = double(peakOverBaseline) / double(fileBytes + textBytes);
 }
 
-void BM_OpenUtf8_100MB(benchmark::State& state) {
+void BM_OpenUtf8_100MB(benchmark::State& state)
+{
     const QByteArray chunk = BenchSupport::mixedSourceText().toUtf8();
     const qint64 size = 100'000'000;
     const QString path = BenchSupport::largeFile(u"utf8.txt"_qs, size, chunk);
     openFile(state, path, QFileInfo(path).size(), false, 4);
 }
 
-void BM_OpenShiftJis_50MB_Priority(benchmark::State& state) {
+void BM_OpenShiftJis_50MB_Priority(benchmark::State& state)
+{
     const QByteArray chunk = *TextCodec::encode(0x80000A01, BenchSupport::japaneseProse());
     const qint64 size = 50'000'000;
     const QString path = BenchSupport::largeFile(u"sjis.txt"_qs, size, chunk);

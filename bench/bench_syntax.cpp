@@ -21,7 +21,8 @@ constexpr qsizetype TextSize = 20 * 1024 * 1024;
 constexpr int VisibleLines = 60;
 
 // The headers of /usr/include, in a fixed order, repeated until the text is large enough.
-const QString& largeCText() {
+const QString& largeCText()
+{
     static const QString text = [] {
         QStringList paths;
         QDirIterator it(QStringLiteral("/usr/include"), {QStringLiteral("*.h")}, QDir::Files,
@@ -50,7 +51,8 @@ const QString& largeCText() {
     return text;
 }
 
-const QVariantMap& cDefinition() {
+const QVariantMap& cDefinition()
+{
     static const QVariantMap definition =
         PropertyList::readDictionary(QStringLiteral(":/SyntaxDefinition/C.plist"))
             .value_or(QVariantMap());
@@ -58,7 +60,8 @@ const QVariantMap& cDefinition() {
 }
 
 // The range of `lines` lines that starts at the line holding `location`.
-Range linesFrom(const QString& text, qsizetype location, int lines) {
+Range linesFrom(const QString& text, qsizetype location, int lines)
+{
     const qsizetype start = text.lastIndexOf(u'\n', location) + 1;
     qsizetype end = start;
     for (int i = 0; i < lines && end < text.size(); ++i) {
@@ -68,7 +71,8 @@ Range linesFrom(const QString& text, qsizetype location, int lines) {
     return {start, end - start};
 }
 
-void reportPercentiles(benchmark::State& state, std::vector<double>& millis) {
+void reportPercentiles(benchmark::State& state, std::vector<double>& millis)
+{
     if (millis.empty()) {
         return;
     }
@@ -81,7 +85,8 @@ void reportPercentiles(benchmark::State& state, std::vector<double>& millis) {
     state.counters["max_ms"] = millis.back();
 }
 
-void fullColouring(benchmark::State& state) {
+void fullColouring(benchmark::State& state)
+{
     const QString& text = largeCText();
     if (cDefinition().isEmpty()) {
         state.SkipWithError("the C definition cannot be read");
@@ -103,7 +108,8 @@ void fullColouring(benchmark::State& state) {
 
 // Types a character in the middle, then takes it back, recolouring the visible lines
 // after each keystroke, as a text view does.
-void visibleAfterEditIn(benchmark::State& state, QString text, const QString& typed) {
+void visibleAfterEditIn(benchmark::State& state, QString text, const QString& typed)
+{
     if (cDefinition().isEmpty()) {
         state.SkipWithError("the C definition cannot be read");
         return;
@@ -141,20 +147,23 @@ void visibleAfterEditIn(benchmark::State& state, QString text, const QString& ty
     reportPercentiles(state, millis);
 }
 
-void visibleAfterEdit(benchmark::State& state, const QString& typed) {
+void visibleAfterEdit(benchmark::State& state, const QString& typed)
+{
     visibleAfterEditIn(state, largeCText(), typed);
 }
 
 // The same text without block comments after its first line: the search for the next
 // block runs from the edit to the end of the text.
-void visibleAfterEditPastTheLastBlock(benchmark::State& state) {
+void visibleAfterEditPastTheLastBlock(benchmark::State& state)
+{
     QString text = largeCText();
     text.replace(QStringLiteral("/*"), QStringLiteral("//"));
     visibleAfterEditIn(state, QStringLiteral("/* only block */\n") + text, QStringLiteral("x"));
 }
 
 // A fresh engine asked for the middle lines: the block passes over the whole text run once.
-void visibleCold(benchmark::State& state) {
+void visibleCold(benchmark::State& state)
+{
     const QString& text = largeCText();
     const qsizetype middle = text.indexOf(u'\n', text.size() / 2) + 1;
     for (auto _ : state) {
@@ -165,7 +174,8 @@ void visibleCold(benchmark::State& state) {
     }
 }
 
-void functionList(benchmark::State& state) {
+void functionList(benchmark::State& state)
+{
     const QString& text = largeCText();
     SyntaxManager manager;
     qsizetype items = 0;

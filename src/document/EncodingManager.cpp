@@ -63,7 +63,8 @@ constexpr std::pair<const char*, quint32> detectorNames[] = {
 // before its answer is taken.
 constexpr qsizetype detectorSample = 4 << 20;
 
-qsizetype firstNonAscii(QByteArrayView data) {
+qsizetype firstNonAscii(QByteArrayView data)
+{
     constexpr qsizetype block = 4096;
     for (qsizetype start = 0; start < data.size(); start += block) {
         const QByteArrayView part = data.sliced(start, qMin(block, data.size() - start));
@@ -78,7 +79,8 @@ qsizetype firstNonAscii(QByteArrayView data) {
     return -1;
 }
 
-quint64 encodingFromDetector(QByteArrayView data) {
+quint64 encodingFromDetector(QByteArrayView data)
+{
     const qsizetype nonAscii = firstNonAscii(data);
     const qsizetype from = nonAscii < 0 ? 0 : qMax<qsizetype>(0, nonAscii - 4096);
     const QByteArrayView sample = data.sliced(from, qMin(detectorSample, data.size() - from));
@@ -109,7 +111,8 @@ quint64 encodingFromDetector(QByteArrayView data) {
     return StringEncoding::convertEncodingToNSStringEncoding(encoding);
 }
 
-bool readWholeFile(const QUrl& url, QByteArray& data) {
+bool readWholeFile(const QUrl& url, QByteArray& data)
+{
     // Regular files only: a FIFO would block the reading until some writer appears and a
     // device may never end.
     const QString path = url.toLocalFile();
@@ -141,7 +144,8 @@ bool readWholeFile(const QUrl& url, QByteArray& data) {
 
 } // namespace
 
-EncodingManager& EncodingManager::sharedEncodingManager() {
+EncodingManager& EncodingManager::sharedEncodingManager()
+{
     static EncodingManager* shared = new EncodingManager;
     return *shared;
 }
@@ -149,9 +153,11 @@ EncodingManager& EncodingManager::sharedEncodingManager() {
 EncodingManager::EncodingManager()
     : _lineFeed(QChar(10))
     , _carrigeReturn(QChar(13))
-    , _carrigeReturn_lineFeed(QStringLiteral("\r\n")) {}
+    , _carrigeReturn_lineFeed(QStringLiteral("\r\n"))
+{}
 
-QList<quint64> EncodingManager::encodingList() {
+QList<quint64> EncodingManager::encodingList()
+{
     QMutexLocker locker(&_encodingListLock);
     if (!_hasEncodingList) {
         for (qsizetype i = 0; i < encodingTableLength; ++i) {
@@ -166,14 +172,16 @@ QList<quint64> EncodingManager::encodingList() {
     return _encodingList;
 }
 
-void EncodingManager::setEncodingList(const QList<quint64>& encodingList) {
+void EncodingManager::setEncodingList(const QList<quint64>& encodingList)
+{
     QMutexLocker locker(&_encodingListLock);
     _encodingList = encodingList;
     _hasEncodingList = true;
 }
 
 void EncodingManager::makeEncodingOfPopUpMenu(QComboBox* popUp, quint64 selectedEncoding,
-                                              bool withAutomaticMenu) {
+                                              bool withAutomaticMenu)
+{
     popUp->clear();
     const int offset = withAutomaticMenu ? 2 : 0;
     if (withAutomaticMenu) {
@@ -209,12 +217,14 @@ void EncodingManager::makeEncodingOfPopUpMenu(QComboBox* popUp, quint64 selected
 }
 
 quint64 EncodingManager::automaticDistinctionEncodingWithContentsOfURL(const QUrl& url,
-                                                                       bool priority) {
+                                                                       bool priority)
+{
     return automaticDistinctionWithContentsOfURL(url, priority).encoding;
 }
 
 DecodedContents EncodingManager::automaticDistinctionWithContentsOfURL(const QUrl& url,
-                                                                       bool priority) {
+                                                                       bool priority)
+{
     QByteArray data;
     if (!readWholeFile(url, data)) {
         return {};
@@ -222,7 +232,8 @@ DecodedContents EncodingManager::automaticDistinctionWithContentsOfURL(const QUr
     return automaticDistinctionWithData(std::move(data), priority);
 }
 
-DecodedContents EncodingManager::automaticDistinctionWithData(QByteArray data, bool priority) {
+DecodedContents EncodingManager::automaticDistinctionWithData(QByteArray data, bool priority)
+{
     DecodedContents result;
     if (data.isEmpty()) {
         return result;
@@ -279,7 +290,8 @@ DecodedContents EncodingManager::automaticDistinctionWithData(QByteArray data, b
     return DecodedContents{};
 }
 
-DecodedContents EncodingManager::contentsOfURL(const QUrl& url, quint64 encoding, bool priority) {
+DecodedContents EncodingManager::contentsOfURL(const QUrl& url, quint64 encoding, bool priority)
+{
     if (encoding == StringEncoding::NoEncoding) {
         return automaticDistinctionWithContentsOfURL(url, priority);
     }
@@ -297,7 +309,8 @@ DecodedContents EncodingManager::contentsOfURL(const QUrl& url, quint64 encoding
 
 // Line breaks
 
-void EncodingManager::makeLineBreaksOfPopUpMenu(QComboBox* popUp, qsizetype selectLineBreaks) {
+void EncodingManager::makeLineBreaksOfPopUpMenu(QComboBox* popUp, qsizetype selectLineBreaks)
+{
     popUp->clear();
     for (int style = 0; style < 3; ++style) {
         popUp->addItem(lineBreaksLongTitle(style), style);
@@ -307,7 +320,8 @@ void EncodingManager::makeLineBreaksOfPopUpMenu(QComboBox* popUp, qsizetype sele
                                                                          : -1);
 }
 
-qsizetype EncodingManager::scanLineBreaks(const QUrl& url, quint64 encoding) {
+qsizetype EncodingManager::scanLineBreaks(const QUrl& url, quint64 encoding)
+{
     QByteArray data;
     QString text;
     if (!readWholeFile(url, data) || !TextCodec::decode(encoding, data, text)) {
@@ -316,7 +330,8 @@ qsizetype EncodingManager::scanLineBreaks(const QUrl& url, quint64 encoding) {
     return scanLineBreaks(text);
 }
 
-qsizetype EncodingManager::scanLineBreaks(QStringView text) {
+qsizetype EncodingManager::scanLineBreaks(QStringView text)
+{
     // Searching for single characters runs at memory speed; the pair is looked for only
     // at the CRs found.
     qsizetype cr = text.indexOf(u'\r');
@@ -331,7 +346,8 @@ qsizetype EncodingManager::scanLineBreaks(QStringView text) {
     return 1;
 }
 
-QString EncodingManager::replaceLineBreaks(qsizetype lineBreaks, const QString& string) const {
+QString EncodingManager::replaceLineBreaks(qsizetype lineBreaks, const QString& string) const
+{
     QString text = string;
     switch (lineBreaks) {
     case 0:
@@ -353,7 +369,8 @@ QString EncodingManager::replaceLineBreaks(qsizetype lineBreaks, const QString& 
     return text;
 }
 
-QString EncodingManager::lineBreaksLongTitle(qsizetype lineBreaks) {
+QString EncodingManager::lineBreaksLongTitle(qsizetype lineBreaks)
+{
     switch (lineBreaks) {
     case 0:
         return QStringLiteral("OS X / Unix (LF)");
@@ -366,7 +383,8 @@ QString EncodingManager::lineBreaksLongTitle(qsizetype lineBreaks) {
     }
 }
 
-QString EncodingManager::lineBreaksShortTitle(qsizetype lineBreaks) {
+QString EncodingManager::lineBreaksShortTitle(qsizetype lineBreaks)
+{
     switch (lineBreaks) {
     case 0:
         return QStringLiteral("OS X/Unix(LF)");

@@ -28,7 +28,8 @@ struct DecodedContents {
 
 /// The encodings the editor offers, the pop-ups that show them, the detection of a file's
 /// encoding, and the line-break styles.
-class EncodingManager {
+class EncodingManager
+{
 public:
     /// Item data roles of the pop-ups: the represented object (Qt::UserRole, an encoding or
     /// a line-break style) and the tag (−1 for "Automatic").

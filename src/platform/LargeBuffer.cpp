@@ -3,7 +3,8 @@
 #include <cstdint>
 #include <sys/mman.h>
 
-void LargeBuffer::adviseHugePages(void* data, qsizetype bytes) {
+void LargeBuffer::adviseHugePages(void* data, qsizetype bytes)
+{
     constexpr std::uintptr_t page = 4096;
     if (bytes < (qsizetype(1) << 20)) {
         return;

@@ -3,7 +3,8 @@
 #include <QtGlobal>
 
 /// Memory advice for the buffers of whole files and their decoded texts.
-class LargeBuffer {
+class LargeBuffer
+{
 public:
     /// Asks the kernel to back the buffer with huge pages where it can. Filling a buffer of
     /// hundreds of megabytes page by page costs more in page faults than the decoding

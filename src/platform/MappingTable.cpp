@@ -6,7 +6,8 @@
 #include <memory>
 #include <mutex>
 
-const MappingTable* MappingTable::tableForEncoding(quint32 encoding) {
+const MappingTable* MappingTable::tableForEncoding(quint32 encoding)
+{
     static std::once_flag flags[16];
     static std::unique_ptr<MappingTable> built[16];
     for (int i = 0; i < tableCount && i < 16; ++i) {
@@ -22,7 +23,8 @@ MappingTable::MappingTable(const Data& data)
     : _data(data)
     , _single(256, 0)
     , _isLead(256, false)
-    , _writeSingle(0x10000, 0) {
+    , _writeSingle(0x10000, 0)
+{
     quint32 offset = 0;
     for (int i = 0; i < data.count; ++i) {
         const quint16 code = data.codes[i];
@@ -57,7 +59,8 @@ MappingTable::MappingTable(const Data& data)
     }
 }
 
-bool MappingTable::decode(QByteArrayView data, QString& text) const {
+bool MappingTable::decode(QByteArrayView data, QString& text) const
+{
     // Every sequence here yields at least one unit per byte pair and at most a few per
     // sequence, so the byte count is a close upper bound for the common case.
     text.resize(data.size());
@@ -94,7 +97,8 @@ bool MappingTable::decode(QByteArrayView data, QString& text) const {
     return true;
 }
 
-bool MappingTable::encode(QStringView text, QByteArray& data) const {
+bool MappingTable::encode(QStringView text, QByteArray& data) const
+{
     data.clear();
     data.reserve(text.size() * 2);
     const auto* units = reinterpret_cast<const char16_t*>(text.utf16());

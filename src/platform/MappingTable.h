@@ -11,7 +11,8 @@
 /// A byte-to-text table for an encoding that no conversion library on the system carries:
 /// one- and two-byte sequences, each decoding to a short text. The data come from
 /// MappingTableData.cpp (made by scripts/generate-codec-tables) or are written by hand.
-class MappingTable {
+class MappingTable
+{
 public:
     /// The compiled form of one table, sorted by byte sequence. A code below 0x100 is one
     /// byte; a larger one is a lead byte (high) and a trail byte (low). Each entry's text

@@ -94,7 +94,8 @@ constexpr Names encodingNames[] = {
     {0xBFF, "Non-lossy ASCII", "x-nonlossyascii"},
 };
 
-const Names* namesOf(quint32 encoding) {
+const Names* namesOf(quint32 encoding)
+{
     for (const Names& names : encodingNames) {
         if (names.encoding == encoding) {
             return &names;
@@ -103,7 +104,8 @@ const Names* namesOf(quint32 encoding) {
     return nullptr;
 }
 
-const QHash<QString, quint32>& encodingsByName() {
+const QHash<QString, quint32>& encodingsByName()
+{
     static const QHash<QString, quint32> table = [] {
         QHash<QString, quint32> byName;
         for (const Names& names : encodingNames) {
@@ -119,7 +121,8 @@ const QHash<QString, quint32>& encodingsByName() {
 
 } // namespace
 
-quint64 StringEncoding::convertEncodingToNSStringEncoding(quint32 encoding) {
+quint64 StringEncoding::convertEncodingToNSStringEncoding(quint32 encoding)
+{
     if (encoding == InvalidId) {
         return InvalidId;
     }
@@ -131,7 +134,8 @@ quint64 StringEncoding::convertEncodingToNSStringEncoding(quint32 encoding) {
     return 0x80000000ull + encoding;
 }
 
-quint32 StringEncoding::convertNSStringEncodingToEncoding(quint64 encoding) {
+quint32 StringEncoding::convertNSStringEncodingToEncoding(quint64 encoding)
+{
     for (const ClassicNumber& classic : classicNumbers) {
         if (classic.stringEncoding == encoding) {
             return classic.encoding;
@@ -143,7 +147,8 @@ quint32 StringEncoding::convertNSStringEncodingToEncoding(quint64 encoding) {
     return quint32(encoding - 0x80000000ull);
 }
 
-QString StringEncoding::convertEncodingToIANACharSetName(quint32 encoding) {
+QString StringEncoding::convertEncodingToIANACharSetName(quint32 encoding)
+{
     const Names* names = namesOf(encoding);
     if (!names) {
         return {};
@@ -152,17 +157,20 @@ QString StringEncoding::convertEncodingToIANACharSetName(quint32 encoding) {
     return all.left(all.indexOf(u'|'));
 }
 
-quint32 StringEncoding::convertIANACharSetNameToEncoding(const QString& name) {
+quint32 StringEncoding::convertIANACharSetNameToEncoding(const QString& name)
+{
     return encodingsByName().value(name.trimmed().toLower(), InvalidId);
 }
 
-QString StringEncoding::localizedNameOfStringEncoding(quint64 encoding) {
+QString StringEncoding::localizedNameOfStringEncoding(quint64 encoding)
+{
     const quint32 cf = convertNSStringEncodingToEncoding(encoding);
     const Names* names = cf == InvalidId ? nullptr : namesOf(cf);
     return names ? QString::fromLatin1(names->displayName) : QString();
 }
 
-QList<quint64> StringEncoding::availableStringEncodings() {
+QList<quint64> StringEncoding::availableStringEncodings()
+{
     QList<quint64> encodings;
     for (const Names& names : encodingNames) {
         encodings.append(convertEncodingToNSStringEncoding(names.encoding));

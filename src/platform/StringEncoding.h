@@ -6,7 +6,8 @@
 /// The two numberings of text encodings and their names: string encodings (64-bit, the
 /// numbers stored in settings and documents) and Core Foundation encodings (32-bit, the
 /// numbers written into a file's `com.apple.TextEncoding` attribute).
-class StringEncoding {
+class StringEncoding
+{
 public:
     /// No encoding; "Automatic" where a user may choose one.
     static constexpr quint64 NoEncoding = ~quint64(0);

@@ -57,7 +57,8 @@ constexpr CodecRow codecRows[] = {
     {0x600, B::Ascii, nullptr},      {0xBFF, B::NonLossyAscii, nullptr},
 };
 
-char16_t* unitsOf(QString& text) {
+char16_t* unitsOf(QString& text)
+{
     return reinterpret_cast<char16_t*>(text.data());
 }
 
@@ -68,7 +69,8 @@ struct ConverterCloser {
 };
 using Converter = std::unique_ptr<UConverter, ConverterCloser>;
 
-Converter openStrictConverter(const char* name) {
+Converter openStrictConverter(const char* name)
+{
     UErrorCode error = U_ZERO_ERROR;
     Converter converter(ucnv_open(name, &error));
     if (U_FAILURE(error)) {
@@ -81,7 +83,8 @@ Converter openStrictConverter(const char* name) {
     return U_SUCCESS(error) ? std::move(converter) : nullptr;
 }
 
-bool icuDecode(const char* name, QByteArrayView data, QString& text) {
+bool icuDecode(const char* name, QByteArrayView data, QString& text)
+{
     Converter converter = openStrictConverter(name);
     if (!converter) {
         return false;
@@ -114,7 +117,8 @@ bool icuDecode(const char* name, QByteArrayView data, QString& text) {
     return true;
 }
 
-bool icuEncode(const char* name, QStringView text, QByteArray& data) {
+bool icuEncode(const char* name, QStringView text, QByteArray& data)
+{
     Converter converter = openStrictConverter(name);
     if (!converter) {
         return false;
@@ -152,7 +156,8 @@ constexpr const char* hostUtf16 = Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? "UTF-16LE" :
 // other than what it was given, which a strict conversion refuses.
 template <typename Buffer>
 bool iconvConvert(const char* to, const char* from, const char* input, size_t inputSize,
-                  Buffer& output, qsizetype firstSize) {
+                  Buffer& output, qsizetype firstSize)
+{
     constexpr size_t unit = sizeof(*output.data());
     iconv_t descriptor = iconv_open(to, from);
     if (descriptor == iconv_t(-1)) {
@@ -194,13 +199,15 @@ bool iconvConvert(const char* to, const char* from, const char* input, size_t in
     return ok;
 }
 
-bool iconvDecode(const char* name, QByteArrayView data, QString& text) {
+bool iconvDecode(const char* name, QByteArrayView data, QString& text)
+{
     // Shift_JIS X0213 gives at most one unit per byte, but for the rare pair of one
     // two-byte code and two characters.
     return iconvConvert(hostUtf16, name, data.data(), size_t(data.size()), text, data.size());
 }
 
-bool iconvEncode(const char* name, QStringView text, QByteArray& data) {
+bool iconvEncode(const char* name, QStringView text, QByteArray& data)
+{
     if (!UnicodeText::isWellFormed(text)) {
         return false;
     }
@@ -210,7 +217,8 @@ bool iconvEncode(const char* name, QStringView text, QByteArray& data) {
 
 // --- ASCII and non-lossy ASCII ---------------------------------------------------------
 
-bool asciiEncode(QStringView text, QByteArray& data) {
+bool asciiEncode(QStringView text, QByteArray& data)
+{
     data.resize(text.size());
     char* out = data.data();
     for (QChar c : text) {
@@ -222,7 +230,8 @@ bool asciiEncode(QStringView text, QByteArray& data) {
     return true;
 }
 
-int hexValue(char c) {
+int hexValue(char c)
+{
     if (c >= '0' && c <= '9') {
         return c - '0';
     }
@@ -237,7 +246,8 @@ int hexValue(char c) {
 
 // ASCII in which "\\" is a backslash, "\uXXXX" one UTF-16 unit and "\ooo" (three octal
 // digits) a character up to U+00FF. A backslash followed by anything else is invalid.
-bool nonLossyDecode(QByteArrayView data, QString& text) {
+bool nonLossyDecode(QByteArrayView data, QString& text)
+{
     text.resize(data.size());
     char16_t* out = unitsOf(text);
     qsizetype used = 0;
@@ -281,7 +291,8 @@ bool nonLossyDecode(QByteArrayView data, QString& text) {
     return UnicodeText::isWellFormed(text);
 }
 
-bool nonLossyEncode(QStringView text, QByteArray& data) {
+bool nonLossyEncode(QStringView text, QByteArray& data)
+{
     if (!UnicodeText::isWellFormed(text)) {
         return false;
     }
@@ -316,7 +327,8 @@ bool nonLossyEncode(QStringView text, QByteArray& data) {
 // take fewer than two thirds as many distinct values as those at even offsets. A count of
 // zero bytes alone would be fooled by big-endian text with characters such as U+4E00.
 // When the order chosen so gives lone surrogates and the other does not, the other wins.
-bool looksLittleEndian(QByteArrayView data) {
+bool looksLittleEndian(QByteArrayView data)
+{
     const qsizetype units = qMin<qsizetype>(data.size() / 2, 4096);
     std::array<bool, 256> seenEven{};
     std::array<bool, 256> seenOdd{};
@@ -337,7 +349,8 @@ bool looksLittleEndian(QByteArrayView data) {
     return 3 * odd < 2 * even;
 }
 
-bool utf16DecodeOrder(QByteArrayView data, bool littleEndian, QString& text) {
+bool utf16DecodeOrder(QByteArrayView data, bool littleEndian, QString& text)
+{
     const qsizetype count = data.size() / 2;
     text.resize(count);
     LargeBuffer::adviseHugePages(text.data(), text.size() * 2);
@@ -349,7 +362,8 @@ bool utf16DecodeOrder(QByteArrayView data, bool littleEndian, QString& text) {
     return UnicodeText::isWellFormed(text);
 }
 
-bool utf16Decode(QByteArrayView data, QString& text) {
+bool utf16Decode(QByteArrayView data, QString& text)
+{
     if (data.size() % 2 != 0) {
         return false;
     }
@@ -364,7 +378,8 @@ bool utf16Decode(QByteArrayView data, QString& text) {
     return utf16DecodeOrder(data, little, text) || utf16DecodeOrder(data, !little, text);
 }
 
-bool utf16Encode(QStringView text, QByteArray& data) {
+bool utf16Encode(QStringView text, QByteArray& data)
+{
     if (!UnicodeText::isWellFormed(text)) {
         return false;
     }
@@ -380,9 +395,11 @@ bool utf16Encode(QStringView text, QByteArray& data) {
 TextCodec::TextCodec(quint64 encoding, Backend backend, const char* converterName)
     : _encoding(encoding)
     , _backend(backend)
-    , _converterName(converterName) {}
+    , _converterName(converterName)
+{}
 
-const TextCodec* TextCodec::codecForEncoding(quint64 encoding) {
+const TextCodec* TextCodec::codecForEncoding(quint64 encoding)
+{
     static const std::vector<TextCodec> codecs = [] {
         std::vector<TextCodec> all;
         for (const CodecRow& row : codecRows) {
@@ -399,12 +416,14 @@ const TextCodec* TextCodec::codecForEncoding(quint64 encoding) {
     return nullptr;
 }
 
-bool TextCodec::decode(quint64 encoding, QByteArrayView data, QString& text) {
+bool TextCodec::decode(quint64 encoding, QByteArrayView data, QString& text)
+{
     const TextCodec* codec = codecForEncoding(encoding);
     return codec && codec->decode(data, text);
 }
 
-std::optional<QString> TextCodec::decode(quint64 encoding, QByteArrayView data) {
+std::optional<QString> TextCodec::decode(quint64 encoding, QByteArrayView data)
+{
     QString text;
     if (!decode(encoding, data, text)) {
         return std::nullopt;
@@ -412,7 +431,8 @@ std::optional<QString> TextCodec::decode(quint64 encoding, QByteArrayView data) 
     return text;
 }
 
-std::optional<QByteArray> TextCodec::encode(quint64 encoding, QStringView text) {
+std::optional<QByteArray> TextCodec::encode(quint64 encoding, QStringView text)
+{
     const TextCodec* codec = codecForEncoding(encoding);
     QByteArray data;
     if (!codec || !codec->encode(text, data)) {
@@ -421,11 +441,13 @@ std::optional<QByteArray> TextCodec::encode(quint64 encoding, QStringView text) 
     return data;
 }
 
-bool TextCodec::canBeConvertedToEncoding(QStringView text, quint64 encoding) {
+bool TextCodec::canBeConvertedToEncoding(QStringView text, quint64 encoding)
+{
     return encode(encoding, text).has_value();
 }
 
-bool TextCodec::decode(QByteArrayView data, QString& text) const {
+bool TextCodec::decode(QByteArrayView data, QString& text) const
+{
     switch (_backend) {
     case Backend::Utf8:
         return UnicodeText::decodeUtf8(data, text);
@@ -452,7 +474,8 @@ bool TextCodec::decode(QByteArrayView data, QString& text) const {
     return false;
 }
 
-bool TextCodec::encode(QStringView text, QByteArray& data) const {
+bool TextCodec::encode(QStringView text, QByteArray& data) const
+{
     switch (_backend) {
     case Backend::Utf8:
         if (!UnicodeText::isWellFormed(text)) {

@@ -13,7 +13,8 @@
 ///
 /// Byte-order marks: UTF-8 and UTF-16 drop a leading one when decoding. UTF-16 is written
 /// with a byte-order mark, little-endian.
-class TextCodec {
+class TextCodec
+{
 public:
     /// The codec of a string encoding; null when the editor has none for it.
     static const TextCodec* codecForEncoding(quint64 encoding);

@@ -6,7 +6,8 @@
 #include <emmintrin.h>
 #endif
 
-bool UnicodeText::isAscii(QByteArrayView data) {
+bool UnicodeText::isAscii(QByteArrayView data)
+{
     const auto* p = reinterpret_cast<const uchar*>(data.data());
     const auto* end = p + data.size();
 #ifdef __SSE2__
@@ -28,7 +29,8 @@ bool UnicodeText::isAscii(QByteArrayView data) {
     return true;
 }
 
-bool UnicodeText::isWellFormed(QStringView text) {
+bool UnicodeText::isWellFormed(QStringView text)
+{
     const char16_t* p = reinterpret_cast<const char16_t*>(text.utf16());
     const char16_t* end = p + text.size();
     while (p < end) {
@@ -58,7 +60,8 @@ bool UnicodeText::isWellFormed(QStringView text) {
     return true;
 }
 
-bool UnicodeText::decodeUtf8(QByteArrayView data, QString& text) {
+bool UnicodeText::decodeUtf8(QByteArrayView data, QString& text)
+{
     const auto* p = reinterpret_cast<const uchar*>(data.data());
     const auto* end = p + data.size();
     if (end - p >= 3 && p[0] == 0xEF && p[1] == 0xBB && p[2] == 0xBF) {

@@ -5,7 +5,8 @@
 #include <QStringView>
 
 /// Fast checks and conversions on whole texts, the hot paths of opening large files.
-class UnicodeText {
+class UnicodeText
+{
 public:
     /// Whether every byte is below 0x80.
     static bool isAscii(QByteArrayView data);

@@ -4,13 +4,15 @@
 
 namespace {
 
-FunctionMenu::Item titled(const QString& title) {
+FunctionMenu::Item titled(const QString& title)
+{
     FunctionMenu::Item item;
     item.title = title;
     return item;
 }
 
-FunctionMenu::Item separator() {
+FunctionMenu::Item separator()
+{
     FunctionMenu::Item item;
     item.isSeparator = true;
     return item;
@@ -18,7 +20,8 @@ FunctionMenu::Item separator() {
 
 // "IndentationLevel" is stored as the editor wrote it: a number or a string of digits. A
 // string counts by its leading integer, as the platform reads one; anything else is 0.
-int integerValue(const QVariant& value) {
+int integerValue(const QVariant& value)
+{
     if (value.typeId() != QMetaType::QString) {
         bool ok = false;
         const int level = value.toInt(&ok);
@@ -39,7 +42,8 @@ int integerValue(const QVariant& value) {
 
 } // namespace
 
-const QStringList& FunctionMenu::kindNames() {
+const QStringList& FunctionMenu::kindNames()
+{
     static const QStringList names = {
         QStringLiteral("None"),  QStringLiteral("Class"),    QStringLiteral("Category"),
         QStringLiteral("Event"), QStringLiteral("Function"), QStringLiteral("Method"),
@@ -49,13 +53,15 @@ const QStringList& FunctionMenu::kindNames() {
     return names;
 }
 
-FunctionMenu::Kind FunctionMenu::kindForName(const QString& name) {
+FunctionMenu::Kind FunctionMenu::kindForName(const QString& name)
+{
     const qsizetype index = kindNames().indexOf(name);
     return index < 0 ? Kind::Unknown : Kind(index);
 }
 
 FunctionMenu::FunctionMenu(const std::optional<QVariantList>& definitions, const QString& text,
-                           const QString& previousTitle) {
+                           const QString& previousTitle)
+{
     if (!definitions || definitions->isEmpty()) {
         _items.push_back(titled(noSymbolTitle()));
         return;
@@ -98,14 +104,16 @@ FunctionMenu::FunctionMenu(const std::optional<QVariantList>& definitions, const
     }
 }
 
-Range FunctionMenu::rangeToSelect(const Item& item, const QString& text) {
+Range FunctionMenu::rangeToSelect(const Item& item, const QString& text)
+{
     if (item.isSeparator || item.rangeString.isEmpty()) {
         return Range::notFound();
     }
     return lineRangeForRange(text, NSRangeFromString(item.rangeString));
 }
 
-Range FunctionMenu::lineRangeForRange(const QString& text, Range range) {
+Range FunctionMenu::lineRangeForRange(const QString& text, Range range)
+{
     const qsizetype n = text.size();
     const qsizetype location = qBound(qsizetype(0), range.location, n);
     const qsizetype last = range.length > 0 ? qBound(location, range.max() - 1, n) : location;

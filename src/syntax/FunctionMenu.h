@@ -12,7 +12,8 @@
 /// The items of a window's function pop-up, built from the definition items of
 /// SyntaxManager::makeFunctionDefinitionWithString without any widget: the pop-up shows
 /// them as they are.
-class FunctionMenu {
+class FunctionMenu
+{
 public:
     /// The title of the first item, which selects nothing.
     static QString noSymbolTitle() { return QStringLiteral("No Symbol selected"); }

@@ -13,11 +13,13 @@ const char* const CategoryKeys[SyntaxColoring::CategoryCount] = {
 
 } // namespace
 
-QString SyntaxColoring::keyForCategory(Category category) {
+QString SyntaxColoring::keyForCategory(Category category)
+{
     return QString::fromLatin1(CategoryKeys[category]);
 }
 
-QString SyntaxColoring::colorKeyForCategory(Category category) {
+QString SyntaxColoring::colorKeyForCategory(Category category)
+{
     return keyForCategory(category) + QStringLiteral("Color");
 }
 
@@ -27,13 +29,16 @@ SyntaxColoring::SyntaxColoring(Range range, qsizetype textLength, std::vector<Ru
     , _textLength(textLength)
     , _rangeRuns(std::move(rangeRuns))
     , _blocks(std::move(blocks))
-    , _interrupted(interruptedCategories) {}
+    , _interrupted(interruptedCategories)
+{}
 
-SyntaxColoring SyntaxColoring::removingAllColors(qsizetype textLength) {
+SyntaxColoring SyntaxColoring::removingAllColors(qsizetype textLength)
+{
     return SyntaxColoring(Range(0, textLength), textLength, {}, {});
 }
 
-std::vector<SyntaxColoring::Run> SyntaxColoring::runsInRange(Range window) const {
+std::vector<SyntaxColoring::Run> SyntaxColoring::runsInRange(Range window) const
+{
     const qsizetype from = qBound(qsizetype(0), window.location, _textLength);
     const qsizetype to = qBound(from, window.max(), _textLength);
     std::vector<quint8> paint(size_t(to - from), None);

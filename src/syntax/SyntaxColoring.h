@@ -18,7 +18,8 @@
 ///
 /// The block part is shared with the engine's cache and costs nothing to copy, so a colour
 /// store can ask only for the blocks it is about to show (runsInRange()).
-class SyntaxColoring {
+class SyntaxColoring
+{
 public:
     /// The nine categories, in painting order.
     enum Category : quint8 {

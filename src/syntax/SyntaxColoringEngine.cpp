@@ -16,22 +16,27 @@ constexpr qsizetype Unbounded = std::numeric_limits<qsizetype>::max();
 // A set of UTF-16 units.
 using UnitSet = std::vector<quint64>;
 
-UnitSet makeUnitSet() {
+UnitSet makeUnitSet()
+{
     return UnitSet(65536 / 64, 0);
 }
-bool contains(const UnitSet& set, char16_t c) {
+bool contains(const UnitSet& set, char16_t c)
+{
     return (set[c >> 6] >> (c & 63)) & 1;
 }
-void insert(UnitSet& set, char16_t c) {
+void insert(UnitSet& set, char16_t c)
+{
     set[c >> 6] |= quint64(1) << (c & 63);
 }
 
-bool isSpace(char16_t c) {
+bool isSpace(char16_t c)
+{
     return Scanner::isWhitespaceOrNewline(QChar(c));
 }
 
 // The case folding the scanner's comparisons use, one BMP unit at a time.
-const std::vector<char16_t>& foldTable() {
+const std::vector<char16_t>& foldTable()
+{
     static const std::vector<char16_t> table = [] {
         std::vector<char16_t> t(65536);
         for (char32_t c = 0; c < 65536; ++c) {
@@ -43,7 +48,8 @@ const std::vector<char16_t>& foldTable() {
     return table;
 }
 
-quint64 hashUnits(QStringView units, bool fold) {
+quint64 hashUnits(QStringView units, bool fold)
+{
     const std::vector<char16_t>& table = foldTable();
     quint64 h = 1469598103934665603ull;
     for (QChar c : units) {
@@ -53,11 +59,13 @@ quint64 hashUnits(QStringView units, bool fold) {
     return h;
 }
 
-bool hasSurrogate(QStringView text) {
+bool hasSurrogate(QStringView text)
+{
     return std::any_of(text.begin(), text.end(), [](QChar c) { return c.isSurrogate(); });
 }
 
-qsizetype skipSpaces(QStringView text, qsizetype i) {
+qsizetype skipSpaces(QStringView text, qsizetype i)
+{
     const qsizetype n = text.size();
     while (i < n && isSpace(text[i].unicode())) {
         ++i;
@@ -67,13 +75,16 @@ qsizetype skipSpaces(QStringView text, qsizetype i) {
 
 // The categories whose entries take the pattern pass, and those that also take the block
 // pass over the whole text.
-bool hasPatternPass(int category) {
+bool hasPatternPass(int category)
+{
     return category == Category::Blockwords || category >= Category::Numbers;
 }
-bool hasBlockPass(int category) {
+bool hasBlockPass(int category)
+{
     return category == Category::Blockwords || category == Category::Comments;
 }
-bool isWordCategory(int category) {
+bool isWordCategory(int category)
+{
     return category >= Category::Keywords && category <= Category::Values;
 }
 
@@ -94,22 +105,26 @@ struct SyntaxColoringEngine::Definition {
 };
 
 SyntaxColoringEngine::SyntaxColoringEngine()
-    : _definition(std::make_unique<Definition>()) {}
+    : _definition(std::make_unique<Definition>())
+{}
 
 SyntaxColoringEngine::SyntaxColoringEngine(const QVariantMap& syntaxDictionary)
-    : SyntaxColoringEngine() {
+    : SyntaxColoringEngine()
+{
     setSyntaxDictionary(syntaxDictionary);
 }
 
 SyntaxColoringEngine::~SyntaxColoringEngine() = default;
 
-void SyntaxColoringEngine::setSyntaxDictionary(const QVariantMap& syntaxDictionary) {
+void SyntaxColoringEngine::setSyntaxDictionary(const QVariantMap& syntaxDictionary)
+{
     _syntaxDictionary = syntaxDictionary;
     compile();
     invalidate();
 }
 
-void SyntaxColoringEngine::invalidate() {
+void SyntaxColoringEngine::invalidate()
+{
     for (BlockList& list : _definition->blocks) {
         for (BlockEntry& entry : list.entries) {
             entry.valid = false;
@@ -120,7 +135,8 @@ void SyntaxColoringEngine::invalidate() {
     _hasPendingEdit = false;
 }
 
-void SyntaxColoringEngine::compile() {
+void SyntaxColoringEngine::compile()
+{
     auto definition = std::make_unique<Definition>();
     const QVariantMap& dictionary = _syntaxDictionary;
 
@@ -251,7 +267,8 @@ void SyntaxColoringEngine::compile() {
     _definition = std::move(definition);
 }
 
-void SyntaxColoringEngine::textDidChange(qsizetype location, qsizetype removed, qsizetype added) {
+void SyntaxColoringEngine::textDidChange(qsizetype location, qsizetype removed, qsizetype added)
+{
     if (_cachedLength < 0) {
         return;
     }
@@ -276,7 +293,8 @@ void SyntaxColoringEngine::textDidChange(qsizetype location, qsizetype removed, 
     _editAdded = newEnd - start;
 }
 
-void SyntaxColoringEngine::applyPendingEdit(const QString& text) {
+void SyntaxColoringEngine::applyPendingEdit(const QString& text)
+{
     if (_cachedLength < 0) {
         return;
     }
@@ -312,7 +330,8 @@ struct Turn {
 };
 
 Turn blockTurn(QStringView text, const QString& startString, const QString& endString,
-               qsizetype location) {
+               qsizetype location)
+{
     const qsizetype n = text.size();
     const qsizetype from = skipSpaces(text, location);
     qsizetype start = n;
@@ -329,7 +348,8 @@ Turn blockTurn(QStringView text, const QString& startString, const QString& endS
     return {start, end};
 }
 
-bool isAtEnd(QStringView text, qsizetype location) {
+bool isAtEnd(QStringView text, qsizetype location)
+{
     return skipSpaces(text, location) >= text.size();
 }
 
@@ -337,7 +357,8 @@ bool isAtEnd(QStringView text, qsizetype location) {
 // `converged` accepts the position reached after a turn.
 void runBlockTurns(QStringView text, const QString& startString, const QString& endString,
                    qsizetype location, SyntaxColoring::BlockTurns& turns,
-                   const std::function<bool(qsizetype)>& converged) {
+                   const std::function<bool(qsizetype)>& converged)
+{
     while (!isAtEnd(text, location)) {
         const Turn turn = blockTurn(text, startString, endString, location);
         turns.starts.push_back(turn.start);
@@ -356,7 +377,8 @@ void runBlockTurns(QStringView text, const QString& startString, const QString& 
 
 } // namespace
 
-void SyntaxColoringEngine::updateBlockTurns(BlockEntry& entry, QStringView text) {
+void SyntaxColoringEngine::updateBlockTurns(BlockEntry& entry, QStringView text)
+{
     const SyntaxColoring::BlockTurns& old = *entry.turns;
     const qsizetype oldLength = _cachedLength;
     const qsizetype edit = _editLocation;
@@ -420,7 +442,8 @@ void SyntaxColoringEngine::updateBlockTurns(BlockEntry& entry, QStringView text)
 }
 
 bool SyntaxColoringEngine::canColorByRuns(const WordList& words, QStringView text,
-                                          qsizetype start) const {
+                                          qsizetype start) const
+{
     if (words.plainWords.empty()) {
         return false;
     }
@@ -433,7 +456,8 @@ bool SyntaxColoringEngine::canColorByRuns(const WordList& words, QStringView tex
 
 void SyntaxColoringEngine::colorPlainWordsByRuns(const std::array<const WordList*, 3>& lists,
                                                  QStringView text, qsizetype start,
-                                                 std::vector<quint8>& paint) const {
+                                                 std::vector<quint8>& paint) const
+{
     const Definition& definition = *_definition;
     const UnitSet& wordCharacters = definition.wordCharacters;
     const bool ci = definition.caseInsensitive;
@@ -494,7 +518,8 @@ void SyntaxColoringEngine::colorPlainWordsByRuns(const std::array<const WordList
 
 void SyntaxColoringEngine::syntaxWordColoring(
     const WordList& words, QStringView text, qsizetype start, bool byRuns,
-    const std::function<void(qsizetype, qsizetype)>& paint) const {
+    const std::function<void(qsizetype, qsizetype)>& paint) const
+{
     const Definition& definition = *_definition;
     const UnitSet& wordCharacters = definition.wordCharacters;
     const bool ci = definition.caseInsensitive;
@@ -612,7 +637,8 @@ void SyntaxColoringEngine::syntaxWordColoring(
 
 bool SyntaxColoringEngine::syntaxRegularExpressionColoring(
     const PatternList& patterns, QStringView text,
-    const std::function<void(qsizetype, qsizetype)>& paint) const {
+    const std::function<void(qsizetype, qsizetype)>& paint) const
+{
     for (const PatternEntry& entry : patterns.entries) {
         const Regex::Status status = entry.regex.forEachMatch(text, [&](const Regex::Match& m) {
             paint(m.range().location, m.range().length);
@@ -628,7 +654,8 @@ bool SyntaxColoringEngine::syntaxRegularExpressionColoring(
 void SyntaxColoringEngine::syntaxBlockColoring(BlockList& blocks, QStringView whole, Range range,
                                                SyntaxColoring::Category category,
                                                std::vector<quint8>& paint,
-                                               std::vector<SyntaxColoring::BlockLayer>& layers) {
+                                               std::vector<SyntaxColoring::BlockLayer>& layers)
+{
     const qsizetype from = range.location;
     const qsizetype to = range.max();
     for (BlockEntry& entry : blocks.entries) {
@@ -661,7 +688,8 @@ void SyntaxColoringEngine::syntaxBlockColoring(BlockList& blocks, QStringView wh
     }
 }
 
-SyntaxColoring SyntaxColoringEngine::coloringRange(const QString& text, Range range) {
+SyntaxColoring SyntaxColoringEngine::coloringRange(const QString& text, Range range)
+{
     const qsizetype n = text.size();
     const qsizetype from = qBound(qsizetype(0), range.location, n);
     const qsizetype to = qBound(from, range.max(), n);

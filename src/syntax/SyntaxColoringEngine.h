@@ -27,7 +27,8 @@
 /// runsInRange() of the blocks it lays out. Loading a definition colours the whole text
 /// once. An engine is not shared between threads; the whole-text colouring may run on a
 /// worker over a copy of the text as long as nothing else uses the engine meanwhile.
-class SyntaxColoringEngine {
+class SyntaxColoringEngine
+{
 public:
     SyntaxColoringEngine();
     explicit SyntaxColoringEngine(const QVariantMap& syntaxDictionary);

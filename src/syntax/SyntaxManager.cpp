@@ -10,10 +10,12 @@
 namespace {
 
 // Clears a guard on every way out of a pass.
-class GuardScope {
+class GuardScope
+{
 public:
     explicit GuardScope(bool& flag)
-        : _flag(flag) {
+        : _flag(flag)
+    {
         _flag = true;
     }
     ~GuardScope() { _flag = false; }
@@ -31,16 +33,19 @@ struct FunctionItem {
 
 } // namespace
 
-SyntaxManager& SyntaxManager::sharedSyntaxManager() {
+SyntaxManager& SyntaxManager::sharedSyntaxManager()
+{
     static SyntaxManager manager;
     return manager;
 }
 
-SyntaxManager::SyntaxManager() {
+SyntaxManager::SyntaxManager()
+{
     updatePreferences();
 }
 
-void SyntaxManager::updatePreferences() {
+void SyntaxManager::updatePreferences()
+{
     const UserDefaults& defaults = UserDefaults::standardUserDefaults();
     for (int c = 0; c < SyntaxColoring::CategoryCount; ++c) {
         _colors[size_t(c)] = EditorController::keyedUnarchiverOfUserDefaults(
@@ -49,7 +54,8 @@ void SyntaxManager::updatePreferences() {
 }
 
 std::optional<SyntaxColoring> SyntaxManager::syntaxColoringRange(Range range, const QString& text,
-                                                                 SyntaxColoringEngine& engine) {
+                                                                 SyntaxColoringEngine& engine)
+{
     // Applying colours can report a text change that asks for colours again.
     if (_isEndlessLoop || range.length <= 0) {
         return std::nullopt;
@@ -60,7 +66,8 @@ std::optional<SyntaxColoring> SyntaxManager::syntaxColoringRange(Range range, co
 
 std::optional<QVariantList>
 SyntaxManager::makeFunctionDefinitionWithString(const QString& string,
-                                                const QVariantMap& dictionary) {
+                                                const QVariantMap& dictionary)
+{
     const QVariant definitions = dictionary.value(QStringLiteral("FunctionDefinition"));
     if (!definitions.isValid() || _isFunctionLoop) {
         return std::nullopt;

@@ -17,7 +17,8 @@ class SyntaxColoringEngine;
 /// settings, the guards of the colouring, function-list and completion passes, and the
 /// builder of the function list. The matching itself is done by each text's
 /// SyntaxColoringEngine, which keeps what it found between edits.
-class SyntaxManager {
+class SyntaxManager
+{
 public:
     static SyntaxManager& sharedSyntaxManager();
 

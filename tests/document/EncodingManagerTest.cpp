@@ -19,20 +19,24 @@ namespace {
 constexpr quint64 None = StringEncoding::NoEncoding;
 constexpr quint64 ShiftJIS = 0x80000A01;
 
-QUrl urlOf(const QString& path) {
+QUrl urlOf(const QString& path)
+{
     return QUrl::fromLocalFile(path);
 }
 
-QUrl fileWith(const QByteArray& bytes, const QString& name = QStringLiteral("file.txt")) {
+QUrl fileWith(const QByteArray& bytes, const QString& name = QStringLiteral("file.txt"))
+{
     return urlOf(TestSupport::writeFile(TestSupport::makeTempDir() + u'/' + name, bytes));
 }
 
-quint64 detect(const QByteArray& bytes, bool priority) {
+quint64 detect(const QByteArray& bytes, bool priority)
+{
     return EncodingManager::sharedEncodingManager().automaticDistinctionEncodingWithContentsOfURL(
         fileWith(bytes), priority);
 }
 
-QByteArray encoded(quint64 encoding, const QString& text) {
+QByteArray encoded(quint64 encoding, const QString& text)
+{
     const std::optional<QByteArray> bytes = TextCodec::encode(encoding, text);
     EXPECT_TRUE(bytes.has_value()) << encoding;
     return bytes.value_or(QByteArray());
@@ -93,7 +97,8 @@ const QString russian = QStringLiteral(
 
 } // namespace
 
-TEST(EncodingManager, ListFollowsTheTableWithSeparatorsBetweenGroups) {
+TEST(EncodingManager, ListFollowsTheTableWithSeparatorsBetweenGroups)
+{
     EncodingManager manager;
     const QList<quint64> expected = {
         0x80000A01, 3,          21,         0x80000628, 0xFFFFFFFF, 4,          0xFFFFFFFF,
@@ -120,7 +125,8 @@ TEST(EncodingManager, ListFollowsTheTableWithSeparatorsBetweenGroups) {
     EXPECT_EQ(&EncodingManager::sharedEncodingManager(), &EncodingManager::sharedEncodingManager());
 }
 
-TEST(EncodingManager, EncodingPopUpKeepsItemIndexesInStepWithTheList) {
+TEST(EncodingManager, EncodingPopUpKeepsItemIndexesInStepWithTheList)
+{
     EncodingManager manager;
     QComboBox popUp;
     popUp.addItem(QStringLiteral("stale"));
@@ -163,7 +169,8 @@ TEST(EncodingManager, EncodingPopUpKeepsItemIndexesInStepWithTheList) {
     EXPECT_EQ(popUp.currentIndex(), 0);
 }
 
-TEST(EncodingManager, DetectionProbesByteOrderMarksBeforeAnythingElse) {
+TEST(EncodingManager, DetectionProbesByteOrderMarksBeforeAnythingElse)
+{
     // A byte-order mark, and an EF lead byte without one (U+FF08 is EF BC 88).
     EXPECT_EQ(detect("\xEF\xBB\xBFplain", true), 4u);
     EXPECT_EQ(detect(u"（括弧）"_qs.toUtf8(), true), 4u);
@@ -181,7 +188,8 @@ TEST(EncodingManager, DetectionProbesByteOrderMarksBeforeAnythingElse) {
     EXPECT_EQ(detect(QByteArray::fromHex("eefe6162"), true), 10u);
 }
 
-TEST(EncodingManager, DetectionWithJapanesePriorityTriesJisThenEucThenShiftJis) {
+TEST(EncodingManager, DetectionWithJapanesePriorityTriesJisThenEucThenShiftJis)
+{
     const QString plain = QStringLiteral("int main() { return 0; }\n");
     EXPECT_EQ(detect(plain.toLatin1(), true), 3u); // ASCII is valid EUC-JP
     EXPECT_EQ(detect(encoded(21, japanese), true), 21u);
@@ -200,7 +208,8 @@ TEST(EncodingManager, DetectionWithJapanesePriorityTriesJisThenEucThenShiftJis) 
     EXPECT_NE(detect(apfel, false), ShiftJIS);
 }
 
-TEST(EncodingManager, DetectionFindsTheEncodingOfRealText) {
+TEST(EncodingManager, DetectionFindsTheEncodingOfRealText)
+{
     struct Case {
         const char* what;
         quint64 encoding;
@@ -239,7 +248,8 @@ TEST(EncodingManager, DetectionFindsTheEncodingOfRealText) {
     }
 }
 
-TEST(EncodingManager, DetectionRunsOnWorkerThreads) {
+TEST(EncodingManager, DetectionRunsOnWorkerThreads)
+{
     // Large files are read off the main thread: with several files detected at once, the
     // shared list, the tables and the converters must give each the answer one thread gets.
     QList<QPair<QByteArray, quint64>> files;
@@ -268,7 +278,8 @@ TEST(EncodingManager, DetectionRunsOnWorkerThreads) {
     }
 }
 
-TEST(EncodingManager, UnreadableEmptyOrMissingFilesHaveNoEncoding) {
+TEST(EncodingManager, UnreadableEmptyOrMissingFilesHaveNoEncoding)
+{
     EncodingManager& manager = EncodingManager::sharedEncodingManager();
     const QString dir = TestSupport::makeTempDir();
     EXPECT_EQ(detect(QByteArray(), true), None);
@@ -300,7 +311,8 @@ TEST(EncodingManager, UnreadableEmptyOrMissingFilesHaveNoEncoding) {
     EXPECT_FALSE(manager.contentsOfURL(fileWith("\xFF\xFF"), 4, false).isValid());
 }
 
-TEST(EncodingManager, LineBreakScanFindsTheFirstStyleInPriorityOrder) {
+TEST(EncodingManager, LineBreakScanFindsTheFirstStyleInPriorityOrder)
+{
     const struct {
         QString text;
         qsizetype style;
@@ -326,7 +338,8 @@ TEST(EncodingManager, LineBreakScanFindsTheFirstStyleInPriorityOrder) {
     EXPECT_EQ(contents.lineBreaks, 1);
 }
 
-TEST(EncodingManager, ReplacingLineBreaksCollapsesPairsFirst) {
+TEST(EncodingManager, ReplacingLineBreaksCollapsesPairsFirst)
+{
     const EncodingManager& manager = EncodingManager::sharedEncodingManager();
     const QString mixed = u"a\r\nb\rc\nd"_qs;
     EXPECT_EQ(manager.replaceLineBreaks(0, mixed), u"a\nb\nc\nd"_qs);
@@ -351,7 +364,8 @@ TEST(EncodingManager, ReplacingLineBreaksCollapsesPairsFirst) {
     EXPECT_EQ(manager.carrigeReturn_lineFeed(), u"\r\n"_qs);
 }
 
-TEST(EncodingManager, LineBreakPopUpAndTitles) {
+TEST(EncodingManager, LineBreakPopUpAndTitles)
+{
     EncodingManager manager;
     QComboBox popUp;
     manager.makeLineBreaksOfPopUpMenu(&popUp, 2);

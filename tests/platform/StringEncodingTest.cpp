@@ -4,7 +4,8 @@
 
 #include <gtest/gtest.h>
 
-TEST(StringEncoding, TheTwoNumberingsConvertBothWays) {
+TEST(StringEncoding, TheTwoNumberingsConvertBothWays)
+{
     struct Pair {
         quint32 cf;
         quint64 ns;
@@ -42,7 +43,8 @@ TEST(StringEncoding, TheTwoNumberingsConvertBothWays) {
     }
 }
 
-TEST(StringEncoding, NamesAreUniqueAndIanaNamesConvertBothWays) {
+TEST(StringEncoding, NamesAreUniqueAndIanaNamesConvertBothWays)
+{
     QSet<QString> displayNames;
     QSet<QString> ianaNames;
     for (const quint64 encoding : StringEncoding::availableStringEncodings()) {

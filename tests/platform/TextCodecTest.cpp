@@ -18,14 +18,16 @@ struct CodecCase {
     QString unwritable;                // a character the encoding cannot hold
 };
 
-QByteArray bytes(const char* data) {
+QByteArray bytes(const char* data)
+{
     return QByteArray(data);
 }
 
 const QString emoji = QStringLiteral("\U0001F600");
 const QString loneSurrogate = QString(QChar(0xD800));
 
-std::vector<CodecCase> codecCases() {
+std::vector<CodecCase> codecCases()
+{
     return {
         {0x80000A01, u"日本語テキスト、ｶﾀｶﾅ abc\\~"_qs, bytes("\x81\x20"), u"한"_qs},
         {3, u"日本語のテキスト ｶﾅ 髙"_qs, bytes("\xA4\x20"), u"한"_qs},
@@ -82,7 +84,8 @@ std::vector<CodecCase> codecCases() {
 
 } // namespace
 
-TEST(TextCodec, EveryEncodingRoundTripsFailsOnInvalidBytesAndRefusesWhatItCannotHold) {
+TEST(TextCodec, EveryEncodingRoundTripsFailsOnInvalidBytesAndRefusesWhatItCannotHold)
+{
     const auto cases = codecCases();
     for (const CodecCase& c : cases) {
         SCOPED_TRACE(StringEncoding::localizedNameOfStringEncoding(c.encoding).toStdString());
@@ -127,7 +130,8 @@ TEST(TextCodec, EveryEncodingRoundTripsFailsOnInvalidBytesAndRefusesWhatItCannot
     EXPECT_FALSE(TextCodec::decode(StringEncoding::NoEncoding, QByteArray("abc")).has_value());
 }
 
-TEST(TextCodec, Utf8IsStrictAtEveryPositionOfTheFastPath) {
+TEST(TextCodec, Utf8IsStrictAtEveryPositionOfTheFastPath)
+{
     const QList<QByteArray> invalid = {
         "\xC0\xAF",         // overlong
         "\xE0\x80\xAF",     // overlong
@@ -171,7 +175,8 @@ TEST(TextCodec, Utf8IsStrictAtEveryPositionOfTheFastPath) {
     EXPECT_EQ(TextCodec::decode(4, QByteArray("\xEF\xBB\xBFx\xEF\xBB\xBF")), u"x\uFEFF"_qs);
 }
 
-TEST(TextCodec, Utf16ByteOrderComesFromTheMarkOrTheData) {
+TEST(TextCodec, Utf16ByteOrderComesFromTheMarkOrTheData)
+{
     const QString text = u"Line 日本 😀\n"_qs;
     QByteArray big;
     QByteArray little;
@@ -199,7 +204,8 @@ TEST(TextCodec, Utf16ByteOrderComesFromTheMarkOrTheData) {
     EXPECT_EQ(written->mid(2), little);
 }
 
-TEST(TextCodec, NonLossyAsciiEscapesEverythingElse) {
+TEST(TextCodec, NonLossyAsciiEscapesEverythingElse)
+{
     EXPECT_EQ(TextCodec::encode(7, u"a\\b é日😀"_qs),
               QByteArray("a\\\\b \\u00e9\\u65e5\\ud83d\\ude00"));
     EXPECT_EQ(TextCodec::decode(7, QByteArray("a\\\\b \\u00E9\\u65e5\\101\\351")),
@@ -210,7 +216,8 @@ TEST(TextCodec, NonLossyAsciiEscapesEverythingElse) {
     }
 }
 
-TEST(TextCodec, ShiftJisX0213AndTablesHandleSequencesBeyondOneCharacter) {
+TEST(TextCodec, ShiftJisX0213AndTablesHandleSequencesBeyondOneCharacter)
+{
     // JIS X 0213 writes か with the semi-voiced mark as one code; iconv must flush it.
     const QString kaSemiVoiced = u"か\u309A"_qs;
     const std::optional<QByteArray> written = TextCodec::encode(0x80000628, kaSemiVoiced);
@@ -233,7 +240,8 @@ TEST(TextCodec, ShiftJisX0213AndTablesHandleSequencesBeyondOneCharacter) {
     }
 }
 
-TEST(UnicodeText, AsciiAndWellFormedChecksSeeEveryPosition) {
+TEST(UnicodeText, AsciiAndWellFormedChecksSeeEveryPosition)
+{
     for (int at = 0; at < 130; at += 7) {
         QByteArray data(130, 'x');
         EXPECT_TRUE(UnicodeText::isAscii(data));

@@ -8,16 +8,19 @@
 
 namespace {
 
-QVariantMap functionEntry(const QString& pattern, QVariantMap extra = {}) {
+QVariantMap functionEntry(const QString& pattern, QVariantMap extra = {})
+{
     extra.insert(QStringLiteral("regexPattern"), pattern);
     return extra;
 }
 
-QVariantMap definitionWith(const QVariantList& entries) {
+QVariantMap definitionWith(const QVariantList& entries)
+{
     return {{QStringLiteral("FunctionDefinition"), entries}};
 }
 
-QStringList titles(const FunctionMenu& menu) {
+QStringList titles(const FunctionMenu& menu)
+{
     QStringList result;
     for (const FunctionMenu::Item& item : menu.items()) {
         result.append(item.isSeparator ? QStringLiteral("---") : item.title);
@@ -33,7 +36,8 @@ const QString Python = QStringLiteral("class Shape:\n"
 
 } // namespace
 
-TEST(FunctionDefinitions, ACaptureGroupListsTheBareNameWithTheEntrysAttributes) {
+TEST(FunctionDefinitions, ACaptureGroupListsTheBareNameWithTheEntrysAttributes)
+{
     SyntaxManager manager;
     const auto items = manager.makeFunctionDefinitionWithString(
         Python, definitionWith({functionEntry(
@@ -55,7 +59,8 @@ TEST(FunctionDefinitions, ACaptureGroupListsTheBareNameWithTheEntrysAttributes) 
     EXPECT_EQ(menu.items()[2].kind, FunctionMenu::Kind::Function);
 }
 
-TEST(FunctionDefinitions, AllMatchingTakesTheWholeMatchAndItemsAreSortedByPosition) {
+TEST(FunctionDefinitions, AllMatchingTakesTheWholeMatchAndItemsAreSortedByPosition)
+{
     SyntaxManager manager;
     const auto items = manager.makeFunctionDefinitionWithString(
         Python, definitionWith({functionEntry("^def\\s+\\w+"),
@@ -75,7 +80,8 @@ TEST(FunctionDefinitions, AllMatchingTakesTheWholeMatchAndItemsAreSortedByPositi
     EXPECT_FALSE(FunctionMenu(sorted, Python).items()[2].hasKind);
 }
 
-TEST(FunctionDefinitions, TwoEntriesMatchingAtOnePlaceAreBothListedInEntryOrder) {
+TEST(FunctionDefinitions, TwoEntriesMatchingAtOnePlaceAreBothListedInEntryOrder)
+{
     SyntaxManager manager;
     const auto items = manager.makeFunctionDefinitionWithString(
         Python, definitionWith({functionEntry("^def (main)", {{"KeyType", "Function"}}),
@@ -87,7 +93,8 @@ TEST(FunctionDefinitions, TwoEntriesMatchingAtOnePlaceAreBothListedInEntryOrder)
     EXPECT_EQ(menu.items()[3].kind, FunctionMenu::Kind::Method);
 }
 
-TEST(FunctionDefinitions, LetterCaseIsIgnoredEvenWhenTheWordsRespectIt) {
+TEST(FunctionDefinitions, LetterCaseIsIgnoredEvenWhenTheWordsRespectIt)
+{
     SyntaxManager manager;
     QVariantMap definition = definitionWith({functionEntry("^DEF (\\w+)")});
     definition.insert("CaseInsensitive", false);
@@ -96,7 +103,8 @@ TEST(FunctionDefinitions, LetterCaseIsIgnoredEvenWhenTheWordsRespectIt) {
     EXPECT_EQ(items->size(), 1);
 }
 
-TEST(FunctionDefinitions, NothingToLookForOrAFailingEntryGivesNoList) {
+TEST(FunctionDefinitions, NothingToLookForOrAFailingEntryGivesNoList)
+{
     SyntaxManager manager;
     EXPECT_FALSE(manager.makeFunctionDefinitionWithString(Python, {}));
     EXPECT_FALSE(manager.makeFunctionDefinitionWithString(
@@ -115,7 +123,8 @@ TEST(FunctionDefinitions, NothingToLookForOrAFailingEntryGivesNoList) {
 
 // --- The pop-up's items -------------------------------------------------------------
 
-TEST(FunctionMenu, ADashBecomesASeparatorLine) {
+TEST(FunctionMenu, ADashBecomesASeparatorLine)
+{
     SyntaxManager manager;
     const QString text = QStringLiteral("#pragma mark -\nint f(void)\n#pragma mark Tools\n");
     const auto items = manager.makeFunctionDefinitionWithString(
@@ -124,7 +133,8 @@ TEST(FunctionMenu, ADashBecomesASeparatorLine) {
               QStringList({"No Symbol selected", "---", "---", "Tools"}));
 }
 
-TEST(FunctionMenu, ReopeningKeepsTheFirstItemWithThePreviousTitleSelected) {
+TEST(FunctionMenu, ReopeningKeepsTheFirstItemWithThePreviousTitleSelected)
+{
     SyntaxManager manager;
     const QString text = QStringLiteral("def a():\ndef b():\ndef b():\n");
     const auto items = manager.makeFunctionDefinitionWithString(
@@ -134,7 +144,8 @@ TEST(FunctionMenu, ReopeningKeepsTheFirstItemWithThePreviousTitleSelected) {
     EXPECT_EQ(FunctionMenu(items, text).selectedIndex(), 0);
 }
 
-TEST(FunctionMenu, ADefinitionBeyondTheChangedTextEndsTheList) {
+TEST(FunctionMenu, ADefinitionBeyondTheChangedTextEndsTheList)
+{
     const QVariantList items{QVariantMap{{"RangeString", "{0, 3}"}, {"RangeLocation", 0}},
                              QVariantMap{{"RangeString", "{20, 3}"}, {"RangeLocation", 20}},
                              QVariantMap{{"RangeString", "{4, 3}"}, {"RangeLocation", 4}}};
@@ -142,7 +153,8 @@ TEST(FunctionMenu, ADefinitionBeyondTheChangedTextEndsTheList) {
               QStringList({"No Symbol selected", "---", "one"}));
 }
 
-TEST(FunctionMenu, ChoosingADefinitionSelectsItsWholeLines) {
+TEST(FunctionMenu, ChoosingADefinitionSelectsItsWholeLines)
+{
     const QString text = QStringLiteral("first\nint main(void)\n{\n}\nlast");
     FunctionMenu::Item item;
     item.title = QStringLiteral("main");
@@ -156,7 +168,8 @@ TEST(FunctionMenu, ChoosingADefinitionSelectsItsWholeLines) {
     EXPECT_TRUE(FunctionMenu::rangeToSelect(FunctionMenu::Item{}, text).isNotFound());
 }
 
-TEST(FunctionMenu, IndentationIsTheLevelsIntegerValue) {
+TEST(FunctionMenu, IndentationIsTheLevelsIntegerValue)
+{
     const QString text = QStringLiteral("abcdef");
     auto level = [&](const QVariant& value) {
         const QVariantList items{QVariantMap{
@@ -170,7 +183,8 @@ TEST(FunctionMenu, IndentationIsTheLevelsIntegerValue) {
     EXPECT_EQ(level(QVariant()), 0);
 }
 
-TEST(FunctionMenu, KindsNameTheirImagesAndUnknownKindsShowNone) {
+TEST(FunctionMenu, KindsNameTheirImagesAndUnknownKindsShowNone)
+{
     ASSERT_EQ(FunctionMenu::kindNames().size(), 11);
     EXPECT_EQ(FunctionMenu::kindForName("None"), FunctionMenu::Kind::None);
     EXPECT_EQ(FunctionMenu::kindForName("Constant"), FunctionMenu::Kind::Constant);
@@ -180,7 +194,8 @@ TEST(FunctionMenu, KindsNameTheirImagesAndUnknownKindsShowNone) {
 
 // --- The manager --------------------------------------------------------------------
 
-TEST(SyntaxManager, ColoursAreReadFromTheSettingsAndAgainOnRequest) {
+TEST(SyntaxManager, ColoursAreReadFromTheSettingsAndAgainOnRequest)
+{
     UserDefaults& defaults = UserDefaults::standardUserDefaults();
     defaults.setObject(ColorArchive::archivedData(QColor(255, 0, 0)), "KeywordsColor");
     defaults.setObject(ColorArchive::archivedData(QColor(0, 128, 0)), "CommentsColor");
@@ -195,7 +210,8 @@ TEST(SyntaxManager, ColoursAreReadFromTheSettingsAndAgainOnRequest) {
     EXPECT_EQ(&SyntaxManager::sharedSyntaxManager(), &SyntaxManager::sharedSyntaxManager());
 }
 
-TEST(SyntaxManager, ColouringAnEmptyRangeDoesNothing) {
+TEST(SyntaxManager, ColouringAnEmptyRangeDoesNothing)
+{
     SyntaxManager manager;
     SyntaxColoringEngine engine({{"Comments", QVariantList{SyntaxTestSupport::pattern("#.*")}}});
     const QString text = QStringLiteral("# x");

@@ -11,21 +11,25 @@ namespace {
 
 // What the original objects raise when a value has the wrong type or is missing; each
 // pass catches it where the pass's own error guard stands.
-struct Failure {};
+struct Failure {
+};
 
-QString stringOrFail(const QVariant& value) {
+QString stringOrFail(const QVariant& value)
+{
     if (value.typeId() != QMetaType::QString) {
         throw Failure{};
     }
     return value.toString();
 }
-QVariantList listOrFail(const QVariant& value) {
+QVariantList listOrFail(const QVariant& value)
+{
     if (value.typeId() != QMetaType::QVariantList) {
         throw Failure{};
     }
     return value.toList();
 }
-QVariantMap mapOrFail(const QVariant& value) {
+QVariantMap mapOrFail(const QVariant& value)
+{
     if (value.typeId() != QMetaType::QVariantMap) {
         throw Failure{};
     }
@@ -35,7 +39,8 @@ QVariantMap mapOrFail(const QVariant& value) {
 struct Painter {
     std::vector<int>& cells;
     // Like the colour store, a range reaching past the text is cut at its end.
-    void set(qsizetype location, qsizetype length, int category) {
+    void set(qsizetype location, qsizetype length, int category)
+    {
         const qsizetype n = qsizetype(cells.size());
         for (qsizetype i = std::max(qsizetype(0), location); i < std::min(n, location + length);
              ++i) {
@@ -45,7 +50,8 @@ struct Painter {
 };
 
 void syntaxWordColoring(const QString& s, const QString& word, const QSet<char16_t>* w, Range r,
-                        int category, bool caseInsensitive, Painter& painter) {
+                        int category, bool caseInsensitive, Painter& painter)
+{
     Scanner scanner(s);
     scanner.setCaseSensitive(!caseInsensitive);
     qsizetype start = 0;
@@ -80,7 +86,8 @@ void syntaxWordColoring(const QString& s, const QString& word, const QSet<char16
 }
 
 void syntaxRegularExpressionColoring(const QString& s, Range r, int category, const QVariant& array,
-                                     bool caseInsensitive, Painter& painter) {
+                                     bool caseInsensitive, Painter& painter)
+{
     if (!array.isValid()) {
         return;
     }
@@ -107,7 +114,8 @@ void syntaxRegularExpressionColoring(const QString& s, Range r, int category, co
     }
 }
 
-void syntaxBlockColoring(const QString& x, int category, const QVariant& array, Painter& painter) {
+void syntaxBlockColoring(const QString& x, int category, const QVariant& array, Painter& painter)
+{
     if (!array.isValid()) {
         return;
     }
@@ -143,7 +151,8 @@ void syntaxBlockColoring(const QString& x, int category, const QVariant& array, 
 } // namespace
 
 std::vector<int> ReferenceColoring::color(const QVariantMap& dictionary, const QString& text,
-                                          Range range, std::vector<int> cells) {
+                                          Range range, std::vector<int> cells)
+{
     if (cells.empty()) {
         cells.assign(size_t(text.size()), Untouched);
     }
@@ -198,7 +207,8 @@ std::vector<int> ReferenceColoring::color(const QVariantMap& dictionary, const Q
     return cells;
 }
 
-std::vector<SyntaxColoring::Run> ReferenceColoring::runs(const std::vector<int>& cells) {
+std::vector<SyntaxColoring::Run> ReferenceColoring::runs(const std::vector<int>& cells)
+{
     std::vector<SyntaxColoring::Run> result;
     for (size_t i = 0; i < cells.size();) {
         size_t j = i + 1;

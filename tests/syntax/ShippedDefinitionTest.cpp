@@ -13,12 +13,14 @@
 
 namespace {
 
-QVariantMap shipped(const QString& name) {
+QVariantMap shipped(const QString& name)
+{
     return PropertyList::readDictionary(QStringLiteral(":/SyntaxDefinition/%1.plist").arg(name))
         .value_or(QVariantMap());
 }
 
-QStringList filesMatching(const QString& folder, const QString& nameFilter, bool recursive) {
+QStringList filesMatching(const QString& folder, const QString& nameFilter, bool recursive)
+{
     QStringList result;
     QDirIterator it(folder, {nameFilter}, QDir::Files,
                     recursive ? QDirIterator::Subdirectories : QDirIterator::NoIteratorFlags);
@@ -30,7 +32,8 @@ QStringList filesMatching(const QString& folder, const QString& nameFilter, bool
 }
 
 // Every pattern of the definition compiles with the options its pass uses.
-void expectPatternsCompile(const QVariantMap& definition) {
+void expectPatternsCompile(const QVariantMap& definition)
+{
     const unsigned options = definition.value("CaseInsensitive").toBool() ? 17u : 16u;
     for (int c = 0; c < SyntaxColoring::CategoryCount; ++c) {
         const QString key = SyntaxColoring::keyForCategory(SyntaxColoring::Category(c));
@@ -55,7 +58,8 @@ struct Totals {
     std::array<qsizetype, SyntaxColoring::CategoryCount> coloured{};
 };
 
-Totals colourFiles(const QVariantMap& definition, const QStringList& paths) {
+Totals colourFiles(const QVariantMap& definition, const QStringList& paths)
+{
     Totals totals;
     SyntaxManager manager;
     for (const QString& path : paths) {
@@ -82,7 +86,8 @@ Totals colourFiles(const QVariantMap& definition, const QStringList& paths) {
 
 } // namespace
 
-TEST(ShippedDefinitions, LoadFromTheResourcesUnderTheirOwnNames) {
+TEST(ShippedDefinitions, LoadFromTheResourcesUnderTheirOwnNames)
+{
     for (const QString name : {"C", "Python", "HTML"}) {
         const QVariantMap definition = shipped(name);
         ASSERT_FALSE(definition.isEmpty()) << name.toStdString();
@@ -95,7 +100,8 @@ TEST(ShippedDefinitions, LoadFromTheResourcesUnderTheirOwnNames) {
     EXPECT_TRUE(shipped("HTML").value("Extensions").toStringList().contains("html"));
 }
 
-TEST(ShippedDefinitions, CColoursTheSystemHeaders) {
+TEST(ShippedDefinitions, CColoursTheSystemHeaders)
+{
     const QStringList paths = filesMatching("/usr/include", "*.h", false);
     if (paths.isEmpty()) {
         GTEST_SKIP() << "no headers in /usr/include";
@@ -108,7 +114,8 @@ TEST(ShippedDefinitions, CColoursTheSystemHeaders) {
     EXPECT_GT(totals.functionItems, 0);
 }
 
-TEST(ShippedDefinitions, PythonColoursTheStandardLibrary) {
+TEST(ShippedDefinitions, PythonColoursTheStandardLibrary)
+{
     QStringList paths;
     for (const QString& folder : QDir("/usr/lib").entryList({"python3*"}, QDir::Dirs)) {
         paths += filesMatching("/usr/lib/" + folder, "*.py", false);
@@ -123,7 +130,8 @@ TEST(ShippedDefinitions, PythonColoursTheStandardLibrary) {
     EXPECT_GT(totals.functionItems, 0);
 }
 
-TEST(ShippedDefinitions, HtmlColoursTheInstalledDocumentation) {
+TEST(ShippedDefinitions, HtmlColoursTheInstalledDocumentation)
+{
     const QStringList paths = filesMatching("/usr/share/doc", "*.html", true);
     if (paths.isEmpty()) {
         GTEST_SKIP() << "no HTML documentation on this machine";
@@ -135,7 +143,8 @@ TEST(ShippedDefinitions, HtmlColoursTheInstalledDocumentation) {
     EXPECT_GT(totals.functionItems, 0);
 }
 
-TEST(ShippedDefinitions, TheCDefinitionColoursASmallProgramAsExpected) {
+TEST(ShippedDefinitions, TheCDefinitionColoursASmallProgramAsExpected)
+{
     const QString text = QStringLiteral("#include <stdio.h>\n"
                                         "/* entry */\n"
                                         "int main(void) { printf(\"%d // no\", 0x1F); }\n");

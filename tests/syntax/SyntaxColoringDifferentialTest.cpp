@@ -16,18 +16,22 @@ using namespace SyntaxTestSupport;
 
 namespace {
 
-class Generator {
+class Generator
+{
 public:
     explicit Generator(unsigned seed)
-        : _random(seed) {}
+        : _random(seed)
+    {}
 
     int below(int n) { return std::uniform_int_distribution<int>(0, n - 1)(_random); }
     bool chance(int percent) { return below(100) < percent; }
-    template <typename T> const T& pick(const std::vector<T>& pool) {
+    template <typename T> const T& pick(const std::vector<T>& pool)
+    {
         return pool[size_t(below(int(pool.size())))];
     }
 
-    QString text(int tokens) {
+    QString text(int tokens)
+    {
         static const std::vector<QString> pool = {
             "if",
             "If",
@@ -91,7 +95,8 @@ public:
         return result;
     }
 
-    QVariantList wordList() {
+    QVariantList wordList()
+    {
         static const std::vector<QVariant> pool = {
             QStringLiteral("if"),
             QString::fromUtf8("\xF0\x90\x90\x80"),
@@ -122,7 +127,8 @@ public:
         return result;
     }
 
-    QVariantList entries(bool withBlocks) {
+    QVariantList entries(bool withBlocks)
+    {
         static const std::vector<QString> patterns = {
             "[0-9]+", "\"[^\"\\n]*\"", "'.'", "//.*$",  "^#\\w*", "(",    "\\bi\\w*",
             "a|",     "^\\s*\\w",      "b+$", "[(){}]", "e.",     "\\Bn", "<[^>]*>",
@@ -151,7 +157,8 @@ public:
         return result;
     }
 
-    QVariantMap definition() {
+    QVariantMap definition()
+    {
         QVariantMap result;
         switch (below(8)) {
         case 0:
@@ -191,7 +198,8 @@ public:
         return result;
     }
 
-    Range range(qsizetype length) {
+    Range range(qsizetype length)
+    {
         if (length == 0 || chance(20)) {
             return {0, length};
         }
@@ -204,7 +212,8 @@ private:
 };
 
 void expectSame(const QVariantMap& definition, const QString& text, const SyntaxColoring& coloring,
-                Range range, const char* when) {
+                Range range, const char* when)
+{
     const auto expected =
         ReferenceColoring::runs(ReferenceColoring::color(definition, text, range));
     ASSERT_EQ(coloring.runs(), expected)
@@ -215,7 +224,8 @@ void expectSame(const QVariantMap& definition, const QString& text, const Syntax
 
 } // namespace
 
-TEST(SyntaxColoringDifferential, FullAndPartialColouringMatchTheModel) {
+TEST(SyntaxColoringDifferential, FullAndPartialColouringMatchTheModel)
+{
     Generator random(20261123);
     for (int round = 0; round < 1500; ++round) {
         const QVariantMap definition = random.definition();
@@ -229,7 +239,8 @@ TEST(SyntaxColoringDifferential, FullAndPartialColouringMatchTheModel) {
     }
 }
 
-TEST(SyntaxColoringDifferential, RecolouringAfterEditsMatchesTheModel) {
+TEST(SyntaxColoringDifferential, RecolouringAfterEditsMatchesTheModel)
+{
     Generator random(4242);
     for (int round = 0; round < 400; ++round) {
         const QVariantMap definition = random.definition();
@@ -258,7 +269,8 @@ TEST(SyntaxColoringDifferential, RecolouringAfterEditsMatchesTheModel) {
     }
 }
 
-TEST(SyntaxColoringDifferential, ATextChangedBehindTheEnginesBackIsRescanned) {
+TEST(SyntaxColoringDifferential, ATextChangedBehindTheEnginesBackIsRescanned)
+{
     const QVariantMap definition{{"Comments", QVariantList{block("/*", "*/")}}};
     SyntaxColoringEngine engine(definition);
     engine.coloringRange(QStringLiteral("/* a */ b"), Range(0, 9));
@@ -270,8 +282,8 @@ TEST(SyntaxColoringDifferential, ATextChangedBehindTheEnginesBackIsRescanned) {
 namespace {
 
 // The given runs cut to `window`.
-std::vector<SyntaxColoring::Run> clipped(const std::vector<SyntaxColoring::Run>& runs,
-                                         Range window) {
+std::vector<SyntaxColoring::Run> clipped(const std::vector<SyntaxColoring::Run>& runs, Range window)
+{
     std::vector<SyntaxColoring::Run> result;
     for (const SyntaxColoring::Run& run : runs) {
         const qsizetype start = std::max(run.location, window.location);
@@ -285,7 +297,8 @@ std::vector<SyntaxColoring::Run> clipped(const std::vector<SyntaxColoring::Run>&
 
 } // namespace
 
-TEST(SyntaxColoringDifferential, AWindowOfTheColouringIsTheColouringCutToTheWindow) {
+TEST(SyntaxColoringDifferential, AWindowOfTheColouringIsTheColouringCutToTheWindow)
+{
     Generator random(77);
     for (int round = 0; round < 300; ++round) {
         const QVariantMap definition = random.definition();
@@ -302,7 +315,8 @@ namespace {
 
 // Edits a real file like a person would (comment and string delimiters, line breaks, whole
 // words) and holds every recolouring of the lines around the edit to the model.
-void typeInto(const QString& path, const QString& definitionName, std::vector<QString> typed) {
+void typeInto(const QString& path, const QString& definitionName, std::vector<QString> typed)
+{
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         return;
@@ -338,7 +352,8 @@ void typeInto(const QString& path, const QString& definitionName, std::vector<QS
 
 } // namespace
 
-TEST(SyntaxColoringDifferential, TypingInRealFilesMatchesTheModel) {
+TEST(SyntaxColoringDifferential, TypingInRealFilesMatchesTheModel)
+{
     // Files this machine is likely to hold; one that is missing is passed over.
     typeInto("/usr/include/elf.h", "C", {"/*", "*/", "//", "int ", "#define X 1\n", "/* a */"});
     typeInto("/usr/lib/python3.11/textwrap.py", "Python",

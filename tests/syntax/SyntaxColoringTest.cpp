@@ -16,14 +16,16 @@ struct Case {
     Range range = Range::notFound(); // the whole text
 };
 
-void expectCases(const std::vector<Case>& cases) {
+void expectCases(const std::vector<Case>& cases)
+{
     for (const Case& c : cases) {
         const Range range = c.range.isNotFound() ? Range(0, c.text.size()) : c.range;
         EXPECT_EQ(colour(c.definition, c.text, range), c.expected) << c.behaviour;
     }
 }
 
-QVariantMap keywords(std::initializer_list<const char*> list, bool caseInsensitive = false) {
+QVariantMap keywords(std::initializer_list<const char*> list, bool caseInsensitive = false)
+{
     return {
         {"CharacterSet", Letters}, {"CaseInsensitive", caseInsensitive}, {"Keywords", words(list)}};
 }
@@ -34,7 +36,8 @@ const QVariantMap Neither{{"comment", QStringLiteral("ignored")}};
 
 } // namespace
 
-TEST(SyntaxColoring, WordsAreColouredWhereTheyStandAlone) {
+TEST(SyntaxColoring, WordsAreColouredWhereTheyStandAlone)
+{
     const QString longS = QString::fromUtf8("\xC5\xBF");
     expectCases({
         {"case respected", keywords({"if"}), "if If iF IF", "KK........."},
@@ -74,7 +77,8 @@ TEST(SyntaxColoring, WordsAreColouredWhereTheyStandAlone) {
     });
 }
 
-TEST(SyntaxColoring, LaterCategoriesPaintOverEarlierOnes) {
+TEST(SyntaxColoring, LaterCategoriesPaintOverEarlierOnes)
+{
     expectCases({
         {"a comment inside a string wins from the slashes on",
          {{"Strings", QVariantList{pattern("\"[^\"\\n]*\"")}},
@@ -100,7 +104,8 @@ TEST(SyntaxColoring, LaterCategoriesPaintOverEarlierOnes) {
     });
 }
 
-TEST(SyntaxColoring, BlocksRunOverTheWholeText) {
+TEST(SyntaxColoring, BlocksRunOverTheWholeText)
+{
     const QVariantMap comments{{"CharacterSet", Letters},
                                {"Keywords", words({"int"})},
                                {"Comments", QVariantList{block("/*", "*/")}}};
@@ -130,7 +135,8 @@ TEST(SyntaxColoring, BlocksRunOverTheWholeText) {
     });
 }
 
-TEST(SyntaxColoring, ABlockCommentOpenedAboveTheRangeIsColouredAfterAnEdit) {
+TEST(SyntaxColoring, ABlockCommentOpenedAboveTheRangeIsColouredAfterAnEdit)
+{
     const QVariantMap definition{{"CharacterSet", Letters},
                                  {"Keywords", words({"int"})},
                                  {"Comments", QVariantList{block("/*", "*/")}}};
@@ -150,7 +156,8 @@ TEST(SyntaxColoring, ABlockCommentOpenedAboveTheRangeIsColouredAfterAnEdit) {
               ReferenceColoring::runs(ReferenceColoring::color(definition, text, range)));
 }
 
-TEST(SyntaxColoring, AFailingEntryEndsItsOwnPassQuietly) {
+TEST(SyntaxColoring, AFailingEntryEndsItsOwnPassQuietly)
+{
     const QVariantMap numbers{{"Numbers", QVariantList{pattern("[0-9]+")}}};
     expectCases({
         {"a pattern that does not compile is passed over",
@@ -184,7 +191,8 @@ TEST(SyntaxColoring, AFailingEntryEndsItsOwnPassQuietly) {
     });
 }
 
-TEST(SyntaxColoring, AnEndlessPatternHitsTheTimeLimitAndEndsItsCategoryQuietly) {
+TEST(SyntaxColoring, AnEndlessPatternHitsTheTimeLimitAndEndsItsCategoryQuietly)
+{
     const QVariantMap definition{{"Numbers", QVariantList{pattern("(a+)+b"), pattern("[0-9]+")}},
                                  {"Strings", QVariantList{pattern("\"[^\"]*\"")}}};
     const QString text = QString(40, u'a') + QStringLiteral(" 7 \"s\"");
@@ -195,14 +203,16 @@ TEST(SyntaxColoring, AnEndlessPatternHitsTheTimeLimitAndEndsItsCategoryQuietly) 
     EXPECT_FALSE(coloring.wasInterrupted(SyntaxColoring::Strings));
 }
 
-TEST(SyntaxColoring, AnEmptyRangeChangesNothing) {
+TEST(SyntaxColoring, AnEmptyRangeChangesNothing)
+{
     SyntaxColoringEngine engine(keywords({"if"}));
     const SyntaxColoring coloring = engine.coloringRange(QStringLiteral("if"), Range(1, 0));
     EXPECT_EQ(coloring.range().length, 0);
     EXPECT_TRUE(coloring.runs().empty());
 }
 
-TEST(SyntaxColoring, RemovingTheDefinitionRemovesEveryColour) {
+TEST(SyntaxColoring, RemovingTheDefinitionRemovesEveryColour)
+{
     const QString text = QStringLiteral("if /* x */ int");
     SyntaxColoringEngine engine({{"CharacterSet", Letters},
                                  {"Keywords", words({"if", "int"})},

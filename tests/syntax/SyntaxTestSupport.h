@@ -15,16 +15,19 @@
 /// Small builders for definitions and a readable picture of a colouring.
 namespace SyntaxTestSupport {
 
-inline QVariantMap pattern(const QString& regexPattern) {
+inline QVariantMap pattern(const QString& regexPattern)
+{
     return {{QStringLiteral("regularExpression"), true},
             {QStringLiteral("regexPattern"), regexPattern}};
 }
 
-inline QVariantMap block(const QString& start, const QString& end) {
+inline QVariantMap block(const QString& start, const QString& end)
+{
     return {{QStringLiteral("startStr"), start}, {QStringLiteral("endStr"), end}};
 }
 
-inline QVariantList words(std::initializer_list<const char*> list) {
+inline QVariantList words(std::initializer_list<const char*> list)
+{
     QVariantList result;
     for (const char* word : list) {
         result.append(QString::fromUtf8(word));
@@ -37,7 +40,8 @@ inline const QString Letters =
 
 /// One letter per character: B blockword, K keyword, X command, V value, N number,
 /// S string, H character, P preprocessor, C comment, '.' no colour from this call.
-inline std::string picture(const std::vector<SyntaxColoring::Run>& runs, qsizetype length) {
+inline std::string picture(const std::vector<SyntaxColoring::Run>& runs, qsizetype length)
+{
     static const char letters[] = "BKXVNSHPC";
     std::string result(size_t(length), '.');
     for (const SyntaxColoring::Run& run : runs) {
@@ -50,7 +54,8 @@ inline std::string picture(const std::vector<SyntaxColoring::Run>& runs, qsizety
 
 /// Colours `range` with a fresh engine, checks that the step-by-step model agrees, and
 /// returns the picture of everything painted.
-inline std::string colour(const QVariantMap& definition, const QString& text, Range range) {
+inline std::string colour(const QVariantMap& definition, const QString& text, Range range)
+{
     SyntaxColoringEngine engine(definition);
     const SyntaxColoring coloring = engine.coloringRange(text, range);
     const auto runs = coloring.runs();
@@ -59,12 +64,14 @@ inline std::string colour(const QVariantMap& definition, const QString& text, Ra
     return picture(runs, text.size());
 }
 
-inline std::string colour(const QVariantMap& definition, const QString& text) {
+inline std::string colour(const QVariantMap& definition, const QString& text)
+{
     return colour(definition, text, Range(0, text.size()));
 }
 
 } // namespace SyntaxTestSupport
 
-inline void PrintTo(const SyntaxColoring::Run& run, std::ostream* os) {
+inline void PrintTo(const SyntaxColoring::Run& run, std::ostream* os)
+{
     *os << "{" << run.location << ", " << run.length << ", " << int(run.category) << "}";
 }

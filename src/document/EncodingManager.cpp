@@ -82,6 +82,12 @@ qsizetype firstNonAscii(QByteArrayView data)
 quint64 encodingFromDetector(QByteArrayView data)
 {
     const qsizetype nonAscii = firstNonAscii(data);
+    // Text that is valid UTF-8 beyond ASCII is UTF-8 in all but contrived cases; the
+    // statistical detector, working from a sample, can mistake a short one for a
+    // single-byte encoding that happens to decode it too.
+    if (nonAscii >= 0 && UnicodeText::isValidUtf8(data.sliced(nonAscii))) {
+        return 4;
+    }
     const qsizetype from = nonAscii < 0 ? 0 : qMax<qsizetype>(0, nonAscii - 4096);
     const QByteArrayView sample = data.sliced(from, qMin(detectorSample, data.size() - from));
 

@@ -29,6 +29,50 @@ bool UnicodeText::isAscii(QByteArrayView data)
     return true;
 }
 
+bool UnicodeText::isValidUtf8(QByteArrayView data)
+{
+    const auto* p = reinterpret_cast<const uchar*>(data.data());
+    const auto* end = p + data.size();
+    while (p < end) {
+        // Runs of ASCII go by in blocks.
+        if (*p < 0x80) {
+            const auto* next = p;
+            while (next < end && *next < 0x80) {
+                ++next;
+            }
+            p = next;
+            continue;
+        }
+        const uchar lead = *p;
+        int length = 0;
+        uchar low = 0x80;
+        uchar high = 0xBF;
+        if (lead >= 0xC2 && lead <= 0xDF) {
+            length = 2;
+        } else if (lead >= 0xE0 && lead <= 0xEF) {
+            length = 3;
+            low = lead == 0xE0 ? 0xA0 : 0x80;  // no overlong forms
+            high = lead == 0xED ? 0x9F : 0xBF; // no surrogates
+        } else if (lead >= 0xF0 && lead <= 0xF4) {
+            length = 4;
+            low = lead == 0xF0 ? 0x90 : 0x80;
+            high = lead == 0xF4 ? 0x8F : 0xBF; // nothing above U+10FFFF
+        } else {
+            return false;
+        }
+        if (end - p < length || p[1] < low || p[1] > high) {
+            return false;
+        }
+        for (int i = 2; i < length; ++i) {
+            if (p[i] < 0x80 || p[i] > 0xBF) {
+                return false;
+            }
+        }
+        p += length;
+    }
+    return true;
+}
+
 bool UnicodeText::isWellFormed(QStringView text)
 {
     const char16_t* p = reinterpret_cast<const char16_t*>(text.utf16());

@@ -10,6 +10,9 @@ class UnicodeText
 public:
     /// Whether every byte is below 0x80.
     static bool isAscii(QByteArrayView data);
+    /// Whether the bytes are strict UTF-8, by the same rules as decodeUtf8(), without
+    /// decoding them.
+    static bool isValidUtf8(QByteArrayView data);
     /// Whether every surrogate is half of a pair, so that the text is valid Unicode.
     static bool isWellFormed(QStringView text);
     /// Strict UTF-8: false on overlong forms, surrogates, code points above U+10FFFF and

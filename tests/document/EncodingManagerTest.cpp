@@ -248,6 +248,17 @@ TEST(EncodingManager, DetectionFindsTheEncodingOfRealText)
     }
 }
 
+TEST(EncodingManager, ShortUtf8TextIsNotMistakenForASingleByteEncoding)
+{
+    EncodingManager& manager = EncodingManager::sharedEncodingManager();
+    for (const QByteArray& bytes :
+         {QByteArray("caf\xc3\xa9\n"), QByteArray("na\xc3\xafve r\xc3\xa9sum\xc3\xa9"),
+          QByteArray("x = \"\xe2\x82\xac\"\n")}) {
+        EXPECT_EQ(manager.automaticDistinctionEncodingWithContentsOfURL(fileWith(bytes), false), 4u)
+            << bytes.toStdString();
+    }
+}
+
 TEST(EncodingManager, DetectionRunsOnWorkerThreads)
 {
     // Large files are read off the main thread: with several files detected at once, the

@@ -259,3 +259,29 @@ TEST(UnicodeText, AsciiAndWellFormedChecksSeeEveryPosition)
         }
     }
 }
+
+TEST(UnicodeText, Utf8ValidityAgreesWithTheDecoder)
+{
+    const QByteArray cases[] = {
+        "",
+        "plain",
+        "caf\xc3\xa9",
+        "\xe2\x82\xac",
+        "\xf0\x9f\x98\x80",
+        "\xef\xbf\xbf",
+        "\xc0\x80",         // overlong
+        "\xe0\x80\x80",     // overlong
+        "\xed\xa0\x80",     // surrogate
+        "\xf4\x90\x80\x80", // above U+10FFFF
+        "\xf5\x80\x80\x80",
+        "\xc3",
+        "ab\xe2\x82",
+        "\x80",
+        "\xc3\x28",
+    };
+    for (const QByteArray& bytes : cases) {
+        QString text;
+        EXPECT_EQ(UnicodeText::isValidUtf8(bytes), UnicodeText::decodeUtf8(bytes, text))
+            << bytes.toHex().toStdString();
+    }
+}

@@ -1,6 +1,6 @@
 #include "app/AppDelegate.h"
 
-#include "app/DocumentWindow.h"
+#include "document/DocumentController.h"
 #include "platform/ColorArchive.h"
 #include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
@@ -111,10 +111,10 @@ void AppDelegate::applicationWillTerminate()
 
 void AppDelegate::openUntitledDocument()
 {
-    (new DocumentWindow(QString()))->show();
+    DocumentController::sharedDocumentController().newDocument();
 }
 
 void AppDelegate::openDocument(const QString& path)
 {
-    (new DocumentWindow(path))->show();
+    DocumentController::sharedDocumentController().openDocumentWithContentsOfURL(path);
 }

@@ -1,12 +1,32 @@
 #include "document/DocumentController.h"
 
 #include "app/Application.h"
+#include "app/MainMenu.h"
+#include "document/Document.h"
+#include "document/EncodingManager.h"
+#include "editor/TextView.h"
 #include "platform/FileManager.h"
+#include "platform/StringEncoding.h"
 #include "platform/UserDefaults.h"
 #include "scripts/ScriptManager.h"
 #include "scripts/ScriptObject.h"
+#include "window/DocumentWindow.h"
+#include "window/WindowController.h"
 
+#include <QApplication>
+#include <QComboBox>
+#include <QDir>
 #include <QFile>
+#include <QFileDialog>
+#include <QFileIconProvider>
+#include <QFileInfo>
+#include <QGridLayout>
+#include <QLabel>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPrintDialog>
+#include <QPrinter>
+#include <QPushButton>
 
 namespace {
 
@@ -124,4 +144,421 @@ void DocumentController::installShippedResources()
         installScriptGroup(QStringLiteral("Exsample for ShellScript"), shippedShellScripts()));
     Application::instance()->setScriptDataSource(library);
     UserDefaults::standardUserDefaults().setBool(false, kFirstStartupApplication);
+}
+
+// Documents ------------------------------------------------------------------------------
+
+namespace {
+
+const QString kRecentDocuments = QStringLiteral("RecentDocumentPaths");
+constexpr int kMaximumRecentDocuments = 15;
+constexpr quint64 kAutomatic = ~quint64(0);
+
+QWidget* activeWindowOr(QWidget* fallback)
+{
+    QWidget* active = QApplication::activeWindow();
+    return active ? active : fallback;
+}
+
+// The accessory of the open and save dialogs: the encoding pop-up, and for saving the
+// line-break pop-up too.
+struct Accessory {
+    QWidget* widget = nullptr;
+    QComboBox* textEncodingPopUp = nullptr;
+    QComboBox* lineBreakPopUp = nullptr;
+};
+
+Accessory addAccessory(QFileDialog& panel, bool withLineBreaks)
+{
+    Accessory accessory;
+    auto* layout = qobject_cast<QGridLayout*>(panel.layout());
+    if (!layout) {
+        return accessory;
+    }
+    const int row = layout->rowCount();
+    accessory.textEncodingPopUp = new QComboBox(&panel);
+    accessory.textEncodingPopUp->setObjectName(QStringLiteral("textEncodingPopUp"));
+    layout->addWidget(new QLabel(QObject::tr("Encoding:"), &panel), row, 0);
+    layout->addWidget(accessory.textEncodingPopUp, row, 1);
+    if (withLineBreaks) {
+        accessory.lineBreakPopUp = new QComboBox(&panel);
+        accessory.lineBreakPopUp->setObjectName(QStringLiteral("lineBreakPopUp"));
+        layout->addWidget(new QLabel(QObject::tr("Line Breaks:"), &panel), row + 1, 0);
+        layout->addWidget(accessory.lineBreakPopUp, row + 1, 1);
+    }
+    return accessory;
+}
+
+} // namespace
+
+Document* DocumentController::currentDocument() const
+{
+    for (Document* document : _documents) {
+        WindowController* controller = windowControllerOf(document);
+        if (controller && controller->window() && controller->window()->isActiveWindow()) {
+            return document;
+        }
+    }
+    return _documents.empty() ? nullptr : _documents.back();
+}
+
+WindowController* DocumentController::windowControllerOf(Document* document) const
+{
+    return document ? document->findChild<WindowController*>(QString(), Qt::FindDirectChildrenOnly)
+                    : nullptr;
+}
+
+Document* DocumentController::addDocument(Document* document, bool display)
+{
+    _documents.push_back(document);
+    auto* controller = new WindowController(document);
+    controller->windowDidLoad();
+    new MainMenu(controller);
+    DocumentWindow* window = controller->window();
+    window->setCloseHandler([this, document] { return closeDocument(document); });
+    connect(window, &QObject::destroyed, document, [this, document] {
+        std::erase(_documents, document);
+        document->deleteLater();
+    });
+    if (display) {
+        window->show();
+        window->raise();
+        window->activateWindow();
+    }
+    return document;
+}
+
+Document* DocumentController::newDocument()
+{
+    return addDocument(new Document(this), true);
+}
+
+bool DocumentController::presentError(QWidget* parent, const QString& message) const
+{
+    QMessageBox alert(QMessageBox::Warning, tr("Error"), message, QMessageBox::Ok, parent);
+    alert.setWindowModality(parent ? Qt::WindowModal : Qt::ApplicationModal);
+    alert.exec();
+    return false;
+}
+
+Document* DocumentController::openDocumentWithContentsOfURL(const QString& path, bool display)
+{
+    const QString absolute = QFileInfo(path).absoluteFilePath();
+    for (Document* document : _documents) {
+        if (document->fileURL() == absolute) {
+            if (WindowController* controller = windowControllerOf(document);
+                controller && display) {
+                controller->window()->show();
+                controller->window()->raise();
+                controller->window()->activateWindow();
+            }
+            _isOpenPanel = false;
+            return document;
+        }
+    }
+    auto* document = new Document(this);
+    QString error;
+    if (!document->readFromURL(absolute, QString(), &error)) {
+        delete document;
+        presentError(activeWindowOr(nullptr), error);
+        return nullptr;
+    }
+    noteNewRecentDocumentURL(absolute);
+    return addDocument(document, display);
+}
+
+QStringList DocumentController::runModalOpenPanel(QWidget* parent)
+{
+    QFileDialog panel(parent, QStringLiteral("open for Morvantic"));
+    panel.setOption(QFileDialog::DontUseNativeDialog, true);
+    panel.setFileMode(QFileDialog::ExistingFiles);
+    panel.setAcceptMode(QFileDialog::AcceptOpen);
+    const Accessory accessory = addAccessory(panel, false);
+    if (accessory.textEncodingPopUp) {
+        EncodingManager::sharedEncodingManager().makeEncodingOfPopUpMenu(
+            accessory.textEncodingPopUp, _openDefaultsTextEncoding, true);
+    }
+    if (panel.exec() != QDialog::Accepted) {
+        return {};
+    }
+    _isOpenPanel = true;
+    _openPanelEncoding = kAutomatic;
+    if (accessory.textEncodingPopUp) {
+        const QVariant tag = accessory.textEncodingPopUp->currentData(EncodingManager::TagRole);
+        if (!tag.isValid() || tag.toLongLong() != -1) {
+            _openPanelEncoding = accessory.textEncodingPopUp->currentData().value<quint64>();
+        }
+    }
+    return panel.selectedFiles();
+}
+
+void DocumentController::openDocument(QWidget* parent)
+{
+    const QStringList files = runModalOpenPanel(parent);
+    for (const QString& file : files) {
+        openDocumentWithContentsOfURL(file);
+    }
+    _isOpenPanel = false;
+}
+
+bool DocumentController::saveDocument(Document* document)
+{
+    if (!document) {
+        return false;
+    }
+    if (document->fileURL().isEmpty()) {
+        return saveDocumentAs(document);
+    }
+    QString error;
+    WindowController* controller = windowControllerOf(document);
+    QWidget* window = controller ? controller->window() : nullptr;
+    if (!document->writeSafelyToURL(document->fileURL(), document->fileType(), Document::Save,
+                                    &error)) {
+        presentError(window, error + QLatin1Char('\n') +
+                                 tr("Use Save As… to choose another encoding or place."));
+        return false;
+    }
+    return true;
+}
+
+bool DocumentController::saveDocumentAs(Document* document)
+{
+    if (!document) {
+        return false;
+    }
+    WindowController* controller = windowControllerOf(document);
+    QWidget* window = controller ? controller->window() : nullptr;
+    QFileDialog panel(window, QStringLiteral("open for Morvantic"));
+    panel.setOption(QFileDialog::DontUseNativeDialog, true);
+    panel.setAcceptMode(QFileDialog::AcceptSave);
+    panel.setFileMode(QFileDialog::AnyFile);
+    panel.setOption(QFileDialog::HideNameFilterDetails, document->savePanelExtensionHidden());
+    QStringList filters;
+    const QVariantMap syntax = controller && controller->textView()
+                                   ? controller->textView()->syntaxDictionary()
+                                   : QVariantMap();
+    QStringList patterns;
+    for (const QVariant& extension : syntax.value(QStringLiteral("Extensions")).toList()) {
+        patterns << QStringLiteral("*.") + extension.toString();
+    }
+    if (!patterns.isEmpty()) {
+        filters << tr("%1 files (%2)")
+                       .arg(syntax.value(QStringLiteral("Name")).toString(), patterns.join(u' '));
+    }
+    filters << tr("All files (*)");
+    panel.setNameFilters(filters);
+    if (!document->fileURL().isEmpty()) {
+        panel.selectFile(document->fileURL());
+    } else {
+        panel.selectFile(document->displayName());
+    }
+    const Accessory accessory = addAccessory(panel, true);
+    EncodingManager& encodings = EncodingManager::sharedEncodingManager();
+    encodings.makeEncodingOfPopUpMenu(accessory.textEncodingPopUp, document->documentEncoding(),
+                                      false);
+    encodings.makeLineBreaksOfPopUpMenu(accessory.lineBreakPopUp, document->documentLineBreaks());
+    while (panel.exec() == QDialog::Accepted && !panel.selectedFiles().isEmpty()) {
+        const QString path = panel.selectedFiles().constFirst();
+        document->setSavePanelChoice(accessory.textEncodingPopUp->currentData().value<quint64>(),
+                                     accessory.lineBreakPopUp->currentData().toLongLong());
+        QString error;
+        if (document->writeSafelyToURL(path, document->fileType(), Document::SaveAs, &error)) {
+            noteNewRecentDocumentURL(path);
+            return true;
+        }
+        presentError(window, error);
+    }
+    return false;
+}
+
+void DocumentController::revertDocumentToSaved(Document* document)
+{
+    if (!document || document->fileURL().isEmpty()) {
+        return;
+    }
+    WindowController* controller = windowControllerOf(document);
+    QWidget* window = controller ? controller->window() : nullptr;
+    QMessageBox question(QMessageBox::Question,
+                         tr("Do you want to revert to the most recently saved version of “%1”?")
+                             .arg(document->displayName()),
+                         tr("Your current changes will be lost."), QMessageBox::Cancel, window);
+    QPushButton* revert = question.addButton(tr("Revert"), QMessageBox::DestructiveRole);
+    question.setWindowModality(Qt::WindowModal);
+    question.exec();
+    if (question.clickedButton() != revert) {
+        return;
+    }
+    QString error;
+    if (!document->revertToContentsOfURL(document->fileURL(), document->fileType(), &error)) {
+        presentError(window, error);
+        return;
+    }
+    if (controller) {
+        controller->resetupInitialTextViewSharedState();
+    }
+}
+
+void DocumentController::printDocument(Document* document)
+{
+    if (!document) {
+        return;
+    }
+    WindowController* controller = windowControllerOf(document);
+    QPrinter printer(QPrinter::HighResolution);
+    printer.setPageLayout(document->printInfo());
+    printer.setDocName(document->displayName());
+    QPrintDialog dialog(&printer, controller ? controller->window() : nullptr);
+    if (dialog.exec() == QDialog::Accepted) {
+        document->printOperationWithSettings(&printer);
+    }
+}
+
+void DocumentController::exportDocumentAsPDF(Document* document)
+{
+    if (!document) {
+        return;
+    }
+    WindowController* controller = windowControllerOf(document);
+    QWidget* window = controller ? controller->window() : nullptr;
+    const QString base = document->fileURL().isEmpty()
+                             ? QDir::home().filePath(document->displayName())
+                             : document->fileURL();
+    const QString path = QFileDialog::getSaveFileName(
+        window, tr("Export as PDF"),
+        QFileInfo(base).path() + u'/' + QFileInfo(base).completeBaseName() + QStringLiteral(".pdf"),
+        tr("PDF files (*.pdf)"), nullptr, QFileDialog::DontUseNativeDialog);
+    if (path.isEmpty()) {
+        return;
+    }
+    QString error;
+    if (!document->exportAsPDFTo(path, &error)) {
+        presentError(window, error);
+    }
+}
+
+bool DocumentController::closeDocument(Document* document)
+{
+    if (!document) {
+        return true;
+    }
+    WindowController* controller = windowControllerOf(document);
+    QWidget* window = controller ? controller->window() : nullptr;
+    if (document->isDocumentEdited()) {
+        QMessageBox question(
+            QMessageBox::Warning,
+            tr("Do you want to save the changes you made in “%1”?").arg(document->displayName()),
+            tr("Your changes will be lost if you don’t save them."),
+            QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, window);
+        question.button(QMessageBox::Discard)->setText(tr("Don’t Save"));
+        question.setDefaultButton(QMessageBox::Save);
+        question.setWindowModality(Qt::WindowModal);
+        const int answer = question.exec();
+        if (answer == QMessageBox::Cancel) {
+            return false;
+        }
+        if (answer == QMessageBox::Save && !saveDocument(document)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool DocumentController::reviewUnsavedDocumentsBeforeQuitting()
+{
+    const std::vector<Document*> documents = _documents;
+    for (Document* document : documents) {
+        if (!closeDocument(document)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+QStringList DocumentController::recentDocumentURLs() const
+{
+    return UserDefaults::standardUserDefaults().objectForKey(kRecentDocuments).toStringList();
+}
+
+void DocumentController::noteNewRecentDocumentURL(const QString& path)
+{
+    QStringList recent = recentDocumentURLs();
+    recent.removeAll(path);
+    recent.prepend(path);
+    while (recent.size() > kMaximumRecentDocuments) {
+        recent.removeLast();
+    }
+    UserDefaults::standardUserDefaults().setObject(recent, kRecentDocuments);
+}
+
+void DocumentController::clearRecentDocuments()
+{
+    UserDefaults::standardUserDefaults().removeObjectForKey(kRecentDocuments);
+}
+
+// Menus -----------------------------------------------------------------------------------
+
+void DocumentController::makeEncodingMenuItems(QMenu* menu)
+{
+    menu->clear();
+    for (quint64 encoding : EncodingManager::sharedEncodingManager().encodingList()) {
+        if (encoding == EncodingManager::Separator) {
+            menu->addSeparator();
+            continue;
+        }
+        QAction* item = menu->addAction(StringEncoding::localizedNameOfStringEncoding(encoding));
+        item->setCheckable(true);
+        item->setData(QVariant::fromValue(encoding));
+        item->setProperty("tag", 200);
+    }
+}
+
+void DocumentController::makeLineBreaksMenuItems(QMenu* menu)
+{
+    menu->clear();
+    for (qsizetype style = 0; style < 3; ++style) {
+        QAction* item = menu->addAction(EncodingManager::lineBreaksLongTitle(style));
+        item->setCheckable(true);
+        item->setData(qint64(style));
+        item->setProperty("tag", 300);
+    }
+}
+
+void DocumentController::makeSyntaxMenuItems(QMenu* menu)
+{
+    menu->clear();
+    for (const QString& title : {QStringLiteral("Default For File Type"), QStringLiteral("None")}) {
+        QAction* item = menu->addAction(title);
+        item->setCheckable(true);
+        item->setProperty("tag", 500);
+    }
+    menu->addSeparator();
+    const QString folder = FileManager::syntaxDefinitionDirectoryPathInPath();
+    QFileIconProvider icons;
+    const QStringList entries = QDir(folder).entryList(
+        QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Unsorted);
+    for (const QString& entry : entries) {
+        if (entry.startsWith(u'.') || entry == u"Plain Text.plist") {
+            continue;
+        }
+        const QString path = folder + u'/' + entry;
+        QAction* item =
+            menu->addAction(icons.icon(QFileInfo(path)), QFileInfo(entry).completeBaseName());
+        item->setCheckable(true);
+        item->setData(path);
+        item->setProperty("tag", 500);
+    }
+    const QString plainText =
+        FileManager::syntaxDefinitionDirectoryPathInPath(QStringLiteral("Plain Text.plist"));
+    copyResource(QStringLiteral(":/SyntaxDefinition/Plain Text.plist"), plainText);
+    menu->addSeparator();
+    QAction* item = menu->addAction(icons.icon(QFileInfo(plainText)), QStringLiteral("Plain Text"));
+    item->setCheckable(true);
+    item->setData(plainText);
+    item->setProperty("tag", 500);
+}
+
+void DocumentController::updatePreferences()
+{
+    _openDefaultsTextEncoding = UserDefaults::standardUserDefaults().unsignedIntegerForKey(
+        QStringLiteral("OpenDefaultsTextEncoding"));
 }

@@ -1,7 +1,16 @@
 #pragma once
 
 #include <QObject>
+#include <QPointer>
 #include <QStringList>
+
+#include <vector>
+
+class Document;
+class QComboBox;
+class QMenu;
+class QWidget;
+class WindowController;
 
 /// The application's one document controller: it sets the application up at start and
 /// tells a document how it is being read.
@@ -32,6 +41,51 @@ public:
     bool isReopen() const { return _isReopen; }
     void setIsReopen(bool value) { _isReopen = value; }
 
+    // Documents ---------------------------------------------------------------------------
+
+    /// The open documents, oldest first.
+    const std::vector<Document*>& documents() const { return _documents; }
+    /// The document of the active window, or the most recent one.
+    Document* currentDocument() const;
+    WindowController* windowControllerOf(Document* document) const;
+
+    /// Opens a new untitled document in its own window.
+    Document* newDocument();
+    /// Opens the file in a window (or brings its window forward when it is open already);
+    /// null after showing why it could not be opened.
+    Document* openDocumentWithContentsOfURL(const QString& path, bool display = true);
+    /// Shows the open panel with its encoding pop-up and opens what the user chose.
+    void openDocument(QWidget* parent);
+    /// Asks the open panel's question; returns the chosen files (empty when cancelled) and
+    /// sets isOpenPanel and the chosen encoding when the user confirms.
+    QStringList runModalOpenPanel(QWidget* parent);
+
+    bool saveDocument(Document* document);
+    bool saveDocumentAs(Document* document);
+    void revertDocumentToSaved(Document* document);
+    void printDocument(Document* document);
+    void exportDocumentAsPDF(Document* document);
+    /// Closes the document's window, asking first when it has unsaved changes; false when
+    /// the user cancelled.
+    bool closeDocument(Document* document);
+    /// Asks about every modified document; false when the user cancelled.
+    bool reviewUnsavedDocumentsBeforeQuitting();
+
+    QStringList recentDocumentURLs() const;
+    void noteNewRecentDocumentURL(const QString& path);
+    void clearRecentDocuments();
+
+    // Menus -------------------------------------------------------------------------------
+
+    /// Fills a menu with the offered encodings (tag 200, the encoding as data).
+    void makeEncodingMenuItems(QMenu* menu);
+    /// Fills a menu with the three line-break styles (tag 300, the style as data).
+    void makeLineBreaksMenuItems(QMenu* menu);
+    /// Fills a menu with "Default For File Type", "None", the definitions of the syntax
+    /// folder and "Plain Text" (tag 500, the definition's path as data).
+    void makeSyntaxMenuItems(QMenu* menu);
+    void updatePreferences();
+
     /// The syntax definitions that ship with the application, in installation order.
     static const QStringList& shippedSyntaxNames();
     /// The example scripts that ship with the application: the in-process group, then
@@ -42,6 +96,10 @@ public:
 private:
     explicit DocumentController(QObject* parent = nullptr);
     void installShippedResources();
+    Document* addDocument(Document* document, bool display);
+    bool presentError(QWidget* parent, const QString& message) const;
+
+    std::vector<Document*> _documents;
 
     qint64 _autosavingDelay = 0;
     quint64 _openDefaultsTextEncoding = 0;

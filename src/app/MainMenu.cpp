@@ -1,0 +1,230 @@
+#include "app/MainMenu.h"
+
+#include "document/Document.h"
+#include "document/DocumentController.h"
+#include "editor/TextView.h"
+#include "window/DocumentWindow.h"
+#include "window/WindowController.h"
+
+#include <QApplication>
+#include <QFileInfo>
+#include <QMenu>
+#include <QMenuBar>
+#include <QTextDocument>
+
+MainMenu::MainMenu(WindowController* controller)
+    : QObject(controller)
+    , _controller(controller)
+{
+    QMenuBar* bar = controller->window()->menuBar();
+    buildFileMenu(bar);
+    buildEditMenu(bar);
+    buildViewMenu(bar);
+    buildFormatMenu(bar);
+    buildWindowMenu(bar);
+}
+
+QMenu* MainMenu::addMenu(QMenuBar* bar, const QString& title, const QString& name)
+{
+    QMenu* menu = bar->addMenu(title);
+    menu->setObjectName(name);
+    connect(menu, &QMenu::aboutToShow, this, [this, menu] { validate(menu); });
+    return menu;
+}
+
+QMenu* MainMenu::menuNamed(const QString& objectName) const
+{
+    return _controller->window()->menuBar()->findChild<QMenu*>(objectName);
+}
+
+QAction* MainMenu::actionWithTag(int tag) const
+{
+    for (QAction* action : _controller->window()->menuBar()->findChildren<QAction*>()) {
+        if (action->property("tag").toInt() == tag) {
+            return action;
+        }
+    }
+    return nullptr;
+}
+
+void MainMenu::validate(QMenu* menu)
+{
+    for (QAction* action : menu->actions()) {
+        if (action->property("tag").isValid()) {
+            _controller->validateMenuItem(action);
+        }
+    }
+}
+
+QAction* MainMenu::addToggle(QMenu* menu, const QString& title, int tag, bool checkable,
+                             void (WindowController::*toggle)(QObject*))
+{
+    QAction* action = menu->addAction(title);
+    action->setProperty("tag", tag);
+    action->setCheckable(checkable);
+    connect(action, &QAction::triggered, _controller,
+            [this, action, toggle] { (_controller->*toggle)(action); });
+    _controller->validateMenuItem(action);
+    return action;
+}
+
+void MainMenu::buildFileMenu(QMenuBar* bar)
+{
+    DocumentController& documents = DocumentController::sharedDocumentController();
+    Document* document = _controller->document();
+    QWidget* window = _controller->window();
+    QMenu* file = addMenu(bar, tr("&File"), QStringLiteral("fileMenu"));
+    file->addAction(tr("&New"), QKeySequence::New, this, [&documents] { documents.newDocument(); });
+    file->addAction(tr("&Open…"), QKeySequence::Open, this,
+                    [&documents, window] { documents.openDocument(window); });
+    QMenu* recent = file->addMenu(tr("Open &Recent"));
+    connect(recent, &QMenu::aboutToShow, this, [recent, &documents] {
+        recent->clear();
+        for (const QString& path : documents.recentDocumentURLs()) {
+            recent
+                ->addAction(QFileInfo(path).fileName(), recent,
+                            [&documents, path] { documents.openDocumentWithContentsOfURL(path); })
+                ->setToolTip(path);
+        }
+        recent->addSeparator();
+        recent->addAction(tr("Clear Menu"), recent,
+                          [&documents] { documents.clearRecentDocuments(); });
+    });
+    file->addSeparator();
+    file->addAction(tr("&Close"), QKeySequence::Close, window, &QWidget::close);
+    file->addAction(tr("&Save"), QKeySequence::Save, this,
+                    [&documents, document] { documents.saveDocument(document); });
+    file->addAction(tr("Save &As…"), QKeySequence::SaveAs, this,
+                    [&documents, document] { documents.saveDocumentAs(document); });
+    file->addAction(tr("Re&vert to Saved"), this,
+                    [&documents, document] { documents.revertDocumentToSaved(document); });
+    file->addSeparator();
+    file->addAction(tr("&Print…"), QKeySequence::Print, this,
+                    [&documents, document] { documents.printDocument(document); });
+    file->addAction(tr("Export as PD&F…"), this,
+                    [&documents, document] { documents.exportDocumentAsPDF(document); });
+    file->addSeparator();
+    file->addAction(tr("&Quit"), QKeySequence::Quit, qApp, [&documents] {
+        if (documents.reviewUnsavedDocumentsBeforeQuitting()) {
+            for (Document* open : std::vector<Document*>(documents.documents())) {
+                if (WindowController* controller = documents.windowControllerOf(open)) {
+                    controller->window()->setCloseHandler(nullptr);
+                    controller->window()->close();
+                }
+            }
+            QApplication::quit();
+        }
+    });
+}
+
+void MainMenu::buildEditMenu(QMenuBar* bar)
+{
+    QMenu* edit = addMenu(bar, tr("&Edit"), QStringLiteral("editMenu"));
+    QTextDocument* text = _controller->document()->textStorage();
+    QAction* undo = edit->addAction(tr("&Undo"), QKeySequence::Undo, this, [this] {
+        if (TextView* view = _controller->textView()) {
+            view->undo();
+        }
+    });
+    QAction* redo = edit->addAction(tr("&Redo"), QKeySequence(tr("Ctrl+Shift+Z")), this, [this] {
+        if (TextView* view = _controller->textView()) {
+            view->redo();
+        }
+    });
+    undo->setEnabled(text->isUndoAvailable());
+    redo->setEnabled(text->isRedoAvailable());
+    connect(text, &QTextDocument::undoAvailable, undo, &QAction::setEnabled);
+    connect(text, &QTextDocument::redoAvailable, redo, &QAction::setEnabled);
+    edit->addSeparator();
+    const auto forward = [this](void (TextView::*method)()) {
+        return [this, method] {
+            if (TextView* view = _controller->textView()) {
+                (view->*method)();
+            }
+        };
+    };
+    edit->addAction(tr("Cu&t"), QKeySequence::Cut, this, forward(&TextView::cut));
+    edit->addAction(tr("&Copy"), QKeySequence::Copy, this, forward(&TextView::copy));
+    edit->addAction(tr("&Paste"), QKeySequence::Paste, this, forward(&TextView::paste));
+    edit->addAction(tr("Select &All"), QKeySequence::SelectAll, this,
+                    forward(&TextView::selectAll));
+}
+
+void MainMenu::buildViewMenu(QMenuBar* bar)
+{
+    QMenu* view = addMenu(bar, tr("&View"), QStringLiteral("viewMenu"));
+    addToggle(view, tr("Show Line Numbers"), WindowController::LineNumbersTag, false,
+              &WindowController::toggleGutterView);
+    addToggle(view, tr("Show Invisible Characters"), WindowController::InvisibleCharactersTag,
+              false, &WindowController::toggleInvisibleCharacters);
+    addToggle(view, tr("Wrap Lines"), WindowController::WrapLinesTag, true,
+              &WindowController::toggleWrapLines);
+    view->addSeparator();
+    addToggle(view, tr("Auto Indent"), WindowController::AutoIndentTag, true,
+              &WindowController::toggleAutoIndent);
+    addToggle(view, tr("Brace Matching"), WindowController::BraceMatchingTag, true,
+              &WindowController::toggleAutoBraceMatching);
+    addToggle(view, tr("Auto Complete"), WindowController::CompletionTag, true,
+              &WindowController::toggleAutoComplete);
+    addToggle(view, tr("Check Spelling While Typing"), WindowController::SpellCheckingTag, true,
+              &WindowController::toggleSpellChecking);
+}
+
+void MainMenu::buildFormatMenu(QMenuBar* bar)
+{
+    DocumentController& documents = DocumentController::sharedDocumentController();
+    QMenu* format = addMenu(bar, tr("F&ormat"), QStringLiteral("formatMenu"));
+    QMenu* encoding = format->addMenu(tr("&Encoding"));
+    encoding->setObjectName(QStringLiteral("encodingMenu"));
+    documents.makeEncodingMenuItems(encoding);
+    connect(encoding, &QMenu::aboutToShow, this, [this, encoding] { validate(encoding); });
+    connect(encoding, &QMenu::triggered, this, [this](QAction* item) {
+        _controller->reopenUsingEncoding(item->data().toULongLong());
+    });
+
+    QMenu* lineBreaks = format->addMenu(tr("&Line Breaks"));
+    lineBreaks->setObjectName(QStringLiteral("lineBreaksMenu"));
+    documents.makeLineBreaksMenuItems(lineBreaks);
+    connect(lineBreaks, &QMenu::aboutToShow, this, [this, lineBreaks] { validate(lineBreaks); });
+    connect(lineBreaks, &QMenu::triggered, this,
+            [this](QAction* item) { _controller->setLineBreaks(item->data().toLongLong()); });
+
+    QMenu* syntax = format->addMenu(tr("&Syntax"));
+    syntax->setObjectName(QStringLiteral("syntaxMenu"));
+    documents.makeSyntaxMenuItems(syntax);
+    connect(syntax, &QMenu::aboutToShow, this, [this, syntax, &documents] {
+        documents.makeSyntaxMenuItems(syntax);
+        validate(syntax);
+    });
+}
+
+void MainMenu::buildWindowMenu(QMenuBar* bar)
+{
+    QMenu* window = addMenu(bar, tr("&Window"), QStringLiteral("windowMenu"));
+    QWidget* own = _controller->window();
+    window->addAction(tr("Mi&nimize"), QKeySequence(tr("Ctrl+M")), own, &QWidget::showMinimized);
+    window->addSeparator();
+    connect(window, &QMenu::aboutToShow, this, [window, own] {
+        // The open documents, below the fixed items.
+        const QList<QAction*> actions = window->actions();
+        for (qsizetype i = 2; i < actions.size(); ++i) {
+            window->removeAction(actions[i]);
+            actions[i]->deleteLater();
+        }
+        for (Document* document : DocumentController::sharedDocumentController().documents()) {
+            WindowController* controller =
+                DocumentController::sharedDocumentController().windowControllerOf(document);
+            if (!controller) {
+                continue;
+            }
+            DocumentWindow* target = controller->window();
+            QAction* item = window->addAction(document->displayName(), target, [target] {
+                target->show();
+                target->raise();
+                target->activateWindow();
+            });
+            item->setCheckable(true);
+            item->setChecked(target == own);
+        }
+    });
+}

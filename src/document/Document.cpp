@@ -1,0 +1,442 @@
+#include "document/Document.h"
+
+#include "document/DocumentController.h"
+#include "document/EncodingManager.h"
+#include "platform/ExtendedAttributes.h"
+#include "platform/Range.h"
+#include "platform/StringEncoding.h"
+#include "platform/TextCodec.h"
+#include "platform/UserDefaults.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QPainter>
+#include <QPlainTextDocumentLayout>
+#include <QPrinter>
+#include <QSaveFile>
+#include <QTextBlock>
+#include <QTextCursor>
+#include <QTextDocument>
+#include <QTimer>
+#include <QUrl>
+
+#include <limits>
+
+namespace {
+
+constexpr quint64 kNoEncoding = std::numeric_limits<quint64>::max();
+constexpr quint64 kUTF8 = 4;
+const QString kAttributeName = QStringLiteral("com.apple.TextEncoding");
+const QString kPlainTextType = QStringLiteral("public.plain-text");
+
+int nextUntitledNumber()
+{
+    static int counter = 0;
+    return ++counter;
+}
+
+// The names users know encodings by, for messages.
+QString encodingName(quint64 encoding)
+{
+    const QString name = StringEncoding::localizedNameOfStringEncoding(encoding);
+    return name.isEmpty() ? QString::number(encoding) : name;
+}
+
+} // namespace
+
+Document::Document(QObject* parent)
+    : QObject(parent)
+    , _textStorage(new QTextDocument(this))
+    , _untitledNumber(nextUntitledNumber())
+    , _autosaveTimer(new QTimer(this))
+{
+    _textStorage->setDocumentLayout(new QPlainTextDocumentLayout(_textStorage));
+    _textStorage->setUndoRedoEnabled(false);
+    _fileType = kPlainTextType;
+    UserDefaults& defaults = UserDefaults::standardUserDefaults();
+    _documentEncoding = defaults.unsignedIntegerForKey(QStringLiteral("DefaultsTextEncoding"));
+    _documentLineBreaks = defaults.integerForKey(QStringLiteral("DefaultsLineBreaks"));
+    updatePreferences();
+    _textStorage->setUndoRedoEnabled(true);
+    _textStorage->setModified(false);
+
+    _autosaveTimer->setSingleShot(true);
+    connect(_autosaveTimer, &QTimer::timeout, this, [this] {
+        if (isDocumentEdited() && !_fileURL.isEmpty()) {
+            writeSafelyToURL(_fileURL, _fileType, Autosave);
+        }
+    });
+    connect(_textStorage, &QTextDocument::modificationChanged, this, [this](bool modified) {
+        if (modified) {
+            scheduleAutosave();
+        }
+    });
+    connect(_textStorage, &QTextDocument::contentsChanged, this, [this] {
+        if (!_autosaveTimer->isActive() && isDocumentEdited()) {
+            scheduleAutosave();
+        }
+    });
+}
+
+Document::~Document() = default;
+
+void Document::scheduleAutosave()
+{
+    const qint64 delay = DocumentController::sharedDocumentController().autosavingDelay();
+    if (delay > 0 && !_fileURL.isEmpty()) {
+        _autosaveTimer->start(int(std::min<qint64>(delay, 24 * 3600)) * 1000);
+    }
+}
+
+QString Document::string() const
+{
+    QString text = _textStorage->toRawText();
+    text.replace(QChar::ParagraphSeparator, u'\n');
+    return text;
+}
+
+void Document::setDocumentEncoding(quint64 encoding)
+{
+    _documentEncoding = encoding;
+    Q_EMIT documentInformationChanged();
+}
+
+void Document::setDocumentLineBreaks(qsizetype lineBreaks)
+{
+    _documentLineBreaks = lineBreaks;
+    Q_EMIT documentInformationChanged();
+}
+
+void Document::setFileURL(const QString& path)
+{
+    _fileURL = path.isEmpty() ? QString() : QFileInfo(path).absoluteFilePath();
+    Q_EMIT documentInformationChanged();
+}
+
+QString Document::displayName() const
+{
+    if (!_fileURL.isEmpty()) {
+        return QFileInfo(_fileURL).fileName();
+    }
+    return _untitledNumber <= 1 ? tr("Untitled") : tr("Untitled %1").arg(_untitledNumber);
+}
+
+bool Document::isDocumentEdited() const
+{
+    return _textStorage->isModified();
+}
+
+void Document::updatePreferences()
+{
+    UserDefaults& defaults = UserDefaults::standardUserDefaults();
+    _priorityToJapaneseEncoding = defaults.boolForKey(QStringLiteral("PriorityToJapaneseEncoding"));
+    _UTF8AppendByBOM = defaults.boolForKey(QStringLiteral("UTF8AppendByBOM"));
+    _savePanelExtensionHidden = defaults.boolForKey(QStringLiteral("SavePanelExtensionHidden"));
+}
+
+bool Document::readFromURL(const QString& path, const QString& type, QString* error)
+{
+    DocumentController& controller = DocumentController::sharedDocumentController();
+    quint64 encoding = kNoEncoding;
+    bool detect = true;
+    if (controller.isOpenPanel()) {
+        controller.setIsOpenPanel(false);
+        encoding = controller.openPanelEncoding();
+        if (encoding == kNoEncoding) {
+            encoding = textEncodingAttributeOfURL(path);
+        }
+    } else if (controller.isRevertTo() || controller.isReopen()) {
+        controller.setIsRevertTo(false);
+        controller.setIsReopen(false);
+        encoding = textEncodingAttributeOfURL(path);
+        if (encoding == kNoEncoding) {
+            encoding = _documentEncoding;
+            detect = false;
+        }
+    } else {
+        encoding = textEncodingAttributeOfURL(path);
+    }
+    Q_UNUSED(detect);
+    if (!loadContents(path, encoding, error)) {
+        return false;
+    }
+    _fileType = type.isEmpty() ? kPlainTextType : type;
+    _revertFileTypeToSet = _fileType;
+    setFileURL(path);
+    return true;
+}
+
+bool Document::loadContents(const QString& path, quint64 encoding, QString* error)
+{
+    QFileInfo info(path);
+    if (!info.exists() || info.isDir() || !info.isReadable()) {
+        if (error) {
+            *error = info.isDir()
+                         ? tr("“%1” is a folder, not a text file.").arg(info.fileName())
+                         : tr("The file “%1” could not be opened because it cannot be read.")
+                               .arg(info.fileName());
+        }
+        return false;
+    }
+    DecodedContents contents = EncodingManager::sharedEncodingManager().contentsOfURL(
+        QUrl::fromLocalFile(path), encoding, _priorityToJapaneseEncoding);
+    if (!contents.isValid()) {
+        if (info.size() > 0) {
+            if (error) {
+                *error = encoding == kNoEncoding
+                             ? tr("The file “%1” could not be opened: its text encoding was not "
+                                  "recognised. Choose one in the Open dialog.")
+                                   .arg(info.fileName())
+                             : tr("The file “%1” could not be opened using text encoding %2.")
+                                   .arg(info.fileName(), encodingName(encoding));
+            }
+            return false;
+        }
+        // An empty file keeps the document's own encoding.
+        contents.encoding = encoding == kNoEncoding ? _documentEncoding : encoding;
+        contents.lineBreaks = NSNotFound;
+    }
+
+    _textStorage->setUndoRedoEnabled(false);
+    _textStorage->setPlainText(contents.text);
+    _textStorage->setUndoRedoEnabled(true);
+    _textStorage->setModified(false);
+
+    _documentEncoding = contents.encoding;
+    if (contents.lineBreaks != NSNotFound) {
+        _documentLineBreaks = contents.lineBreaks;
+    }
+    Q_EMIT documentInformationChanged();
+    return true;
+}
+
+void Document::setSavePanelChoice(quint64 encoding, qsizetype lineBreaks)
+{
+    _savePanelEncoding = encoding;
+    _savePanelLineBreaks = lineBreaks;
+}
+
+bool Document::writeSafelyToURL(const QString& path, const QString& type, SaveOperation operation,
+                                QString* error)
+{
+    if (operation == SaveAs) {
+        _documentEncodingForSaving = _savePanelEncoding;
+        _documentLineBreaksForSaving = _savePanelLineBreaks;
+    } else {
+        _documentEncodingForSaving = _documentEncoding;
+        _documentLineBreaksForSaving = _documentLineBreaks;
+    }
+    if (!writeToURL(path, type, error)) {
+        return false;
+    }
+    if (operation != SaveTo) {
+        if (!type.isEmpty()) {
+            _fileType = type;
+        }
+        setFileURL(path);
+        _textStorage->setModified(false);
+    }
+    return true;
+}
+
+bool Document::writeToURL(const QString& path, const QString& type, QString* error)
+{
+    Q_UNUSED(type);
+    const QString text = EncodingManager::sharedEncodingManager().replaceLineBreaks(
+        _documentLineBreaksForSaving, string());
+
+    const auto fail = [&](const QString& reason) {
+        if (error) {
+            *error = tr("The document “%1” could not be saved in the encoding “%2”. %3")
+                         .arg(QFileInfo(path).fileName(), encodingName(_documentEncodingForSaving),
+                              reason);
+        }
+        return false;
+    };
+
+    std::optional<QByteArray> bytes = TextCodec::encode(_documentEncodingForSaving, text);
+    if (!bytes) {
+        return fail(tr("Some characters cannot be written in this encoding."));
+    }
+    if (_documentEncodingForSaving == kUTF8 && _UTF8AppendByBOM) {
+        bytes->prepend("\xEF\xBB\xBF");
+    }
+    QSaveFile file(path);
+    // Writing into the folder directly would risk a half-written file; without the
+    // permission to make a temporary file there, the save fails instead.
+    file.setDirectWriteFallback(false);
+    if (!file.open(QIODevice::WriteOnly)) {
+        return fail(file.errorString());
+    }
+    if (file.write(*bytes) != bytes->size() || !file.commit()) {
+        const QString reason = file.errorString();
+        file.cancelWriting();
+        return fail(reason);
+    }
+    _documentEncoding = _documentEncodingForSaving;
+    _documentLineBreaks = _documentLineBreaksForSaving;
+    Q_EMIT documentInformationChanged();
+    return true;
+}
+
+bool Document::revertToContentsOfURL(const QString& path, const QString& type, QString* error)
+{
+    DocumentController::sharedDocumentController().setIsRevertTo(true);
+    if (!readFromURL(path, type, error)) {
+        DocumentController::sharedDocumentController().setIsRevertTo(false);
+        return false;
+    }
+    if (!_revertFileTypeToSet.isEmpty()) {
+        _fileType = _revertFileTypeToSet;
+        _revertFileTypeToSet.clear();
+    }
+    return true;
+}
+
+std::unique_ptr<Document> Document::duplicateAndReturnError() const
+{
+    auto duplicate = std::make_unique<Document>();
+    duplicate->_textStorage->setUndoRedoEnabled(false);
+    duplicate->_textStorage->setPlainText(string());
+    duplicate->_textStorage->setUndoRedoEnabled(true);
+    duplicate->_documentEncoding = _documentEncoding;
+    duplicate->_documentLineBreaks = _documentLineBreaks;
+    return duplicate;
+}
+
+void Document::setTextStorage(const QString& text)
+{
+    QTextCursor cursor(_textStorage);
+    cursor.beginEditBlock();
+    cursor.select(QTextCursor::Document);
+    cursor.insertText(text);
+    cursor.endEditBlock();
+}
+
+bool Document::rereadWithEncoding(quint64 encoding, QString* error)
+{
+    if (_fileURL.isEmpty()) {
+        return false;
+    }
+    DecodedContents contents = EncodingManager::sharedEncodingManager().contentsOfURL(
+        QUrl::fromLocalFile(_fileURL), encoding, _priorityToJapaneseEncoding);
+    if (!contents.isValid()) {
+        if (error) {
+            *error = tr("The file “%1” could not be read using text encoding %2.")
+                         .arg(displayName(), encodingName(encoding));
+        }
+        return false;
+    }
+    // Undo history and the modified state stay as they were.
+    const bool modified = _textStorage->isModified();
+    _textStorage->setUndoRedoEnabled(false);
+    _textStorage->setPlainText(contents.text);
+    _textStorage->setUndoRedoEnabled(true);
+    _textStorage->setModified(modified);
+    return true;
+}
+
+quint64 Document::textEncodingFromAttributeValue(const QByteArray& value)
+{
+    QByteArray bytes = value;
+    const qsizetype zero = bytes.indexOf('\0');
+    if (zero >= 0) {
+        bytes.truncate(zero);
+    }
+    const QString text = QString::fromUtf8(bytes);
+    if (text.toUtf8() != bytes) {
+        return kNoEncoding;
+    }
+    const QStringList parts = text.split(u';');
+    if (parts.size() >= 2 && parts[1].size() > 1) {
+        // Like strtol: leading blanks and a sign, digits up to the first other character.
+        const QString number = parts[1];
+        qsizetype i = 0;
+        while (i < number.size() && number[i].isSpace()) {
+            ++i;
+        }
+        bool negative = false;
+        if (i < number.size() && (number[i] == u'+' || number[i] == u'-')) {
+            negative = number[i] == u'-';
+            ++i;
+        }
+        qint64 value = 0;
+        while (i < number.size() && number[i] >= u'0' && number[i] <= u'9' && value < (1LL << 40)) {
+            value = value * 10 + (number[i].unicode() - u'0');
+            ++i;
+        }
+        const quint32 cfEncoding = quint32(qint32(negative ? -value : value));
+        return StringEncoding::convertEncodingToNSStringEncoding(cfEncoding);
+    }
+    if (!parts.isEmpty() && parts[0].size() > 1) {
+        const quint32 cfEncoding = StringEncoding::convertIANACharSetNameToEncoding(parts[0]);
+        if (cfEncoding == StringEncoding::InvalidId) {
+            return kNoEncoding;
+        }
+        return StringEncoding::convertEncodingToNSStringEncoding(cfEncoding);
+    }
+    return kNoEncoding;
+}
+
+quint64 Document::textEncodingAttributeOfURL(const QString& path)
+{
+    if (path.isEmpty()) {
+        return kNoEncoding;
+    }
+    const std::optional<QByteArray> value = ExtendedAttributes::read(path, kAttributeName);
+    // A value that does not fit 127 bytes with its terminating zero is refused.
+    if (!value || value->size() > 127) {
+        return kNoEncoding;
+    }
+    return textEncodingFromAttributeValue(*value);
+}
+
+bool Document::setTextEncodingAttribute(quint64 encoding, const QString& path)
+{
+    if (path.isEmpty()) {
+        return false;
+    }
+    const quint32 cfEncoding = StringEncoding::convertNSStringEncodingToEncoding(encoding);
+    if (cfEncoding == StringEncoding::InvalidId) {
+        return false;
+    }
+    const QString name = StringEncoding::convertEncodingToIANACharSetName(cfEncoding);
+    if (name.isEmpty()) {
+        return false;
+    }
+    const QByteArray value = name.toUtf8() + ';' + QByteArray::number(qint32(cfEncoding));
+    return ExtendedAttributes::write(path, kAttributeName, value);
+}
+
+QPageLayout Document::printInfo()
+{
+    if (!_setUpDefaultPrintInfo) {
+        _setUpDefaultPrintInfo = true;
+        _printInfo = QPageLayout(QPageSize(QPageSize::A4), QPageLayout::Portrait,
+                                 QMarginsF(36, 72, 36, 72), QPageLayout::Point);
+    }
+    return _printInfo;
+}
+
+void Document::printOperationWithSettings(QPrinter* printer)
+{
+    printer->setPageLayout(printInfo());
+    // Printing lays a copy out at the page's width, so long lines wrap to fit it.
+    _textStorage->print(printer);
+}
+
+bool Document::exportAsPDFTo(const QString& path, QString* error)
+{
+    QPrinter printer(QPrinter::HighResolution);
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    printer.setOutputFileName(path);
+    printer.setDocName(displayName());
+    printOperationWithSettings(&printer);
+    if (!QFileInfo::exists(path)) {
+        if (error) {
+            *error = tr("The PDF file “%1” could not be written.").arg(QFileInfo(path).fileName());
+        }
+        return false;
+    }
+    return true;
+}

@@ -1,0 +1,122 @@
+#pragma once
+
+#include <QObject>
+#include <QPageLayout>
+#include <QString>
+
+#include <memory>
+
+class QPrinter;
+class QTextDocument;
+class QTimer;
+
+/// One open plain-text file: its text (shared by every pane of its window), the encoding
+/// and line-break style it was read in and will be written in, and its file.
+class Document : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// How a save was started.
+    enum SaveOperation { Save = 0, SaveAs = 1, SaveTo = 2, Autosave = 3 };
+
+    /// A new, empty document with the default encoding and line-break style.
+    explicit Document(QObject* parent = nullptr);
+    ~Document() override;
+
+    /// The text. Every line break in it is one LF, whatever the file holds.
+    QTextDocument* textStorage() const { return _textStorage; }
+    /// The text as a string with LF line breaks.
+    QString string() const;
+
+    quint64 documentEncoding() const { return _documentEncoding; }
+    void setDocumentEncoding(quint64 encoding);
+    qsizetype documentLineBreaks() const { return _documentLineBreaks; }
+    void setDocumentLineBreaks(qsizetype lineBreaks);
+    quint64 documentEncodingForSaving() const { return _documentEncodingForSaving; }
+    qsizetype documentLineBreaksForSaving() const { return _documentLineBreaksForSaving; }
+
+    /// The file's path; empty for a document never saved.
+    QString fileURL() const { return _fileURL; }
+    void setFileURL(const QString& path);
+    QString fileType() const { return _fileType; }
+    void setFileType(const QString& type) { _fileType = type; }
+    /// The file's name, or "Untitled" (numbered after the first).
+    QString displayName() const;
+    bool isDocumentEdited() const;
+
+    QString windowIdentifier() const { return _windowIdentifier; }
+    void setWindowIdentifier(const QString& identifier) { _windowIdentifier = identifier; }
+
+    /// Re-reads the settings a document follows while it is open.
+    void updatePreferences();
+
+    /// Reads the file, choosing its encoding as the document controller's reading flags
+    /// say; on failure the text and the document's settings stay as they were.
+    bool readFromURL(const QString& path, const QString& type, QString* error = nullptr);
+    /// Saves through writeToURL(); Save As takes the encoding and style chosen in the
+    /// save panel (setSavePanelChoice), every other save the document's own.
+    bool writeSafelyToURL(const QString& path, const QString& type, SaveOperation operation,
+                          QString* error = nullptr);
+    /// Writes the text atomically in the encoding for saving, with the line breaks for
+    /// saving: the file is either the old bytes or the new ones, never a mix.
+    bool writeToURL(const QString& path, const QString& type, QString* error = nullptr);
+    /// What the save panel's pop-ups show, read by the next Save As.
+    void setSavePanelChoice(quint64 encoding, qsizetype lineBreaks);
+    bool savePanelExtensionHidden() const { return _savePanelExtensionHidden; }
+
+    bool revertToContentsOfURL(const QString& path, const QString& type, QString* error = nullptr);
+    /// A new untitled document with a copy of the text, the encoding and the style.
+    std::unique_ptr<Document> duplicateAndReturnError() const;
+    /// Replaces the whole text as one undoable step.
+    void setTextStorage(const QString& text);
+
+    /// Replaces the text with what the file holds in `encoding` (reopening it in another
+    /// encoding); false when the bytes do not decode in it.
+    bool rereadWithEncoding(quint64 encoding, QString* error = nullptr);
+
+    /// The encoding stored in a file's "com.apple.TextEncoding" attribute; all ones when
+    /// the file has no usable attribute.
+    static quint64 textEncodingAttributeOfURL(const QString& path);
+    /// Writes that attribute; false when the encoding has no character-set name or the
+    /// attribute cannot be written.
+    static bool setTextEncodingAttribute(quint64 encoding, const QString& path);
+    /// The attribute's value parsed as the reader does (for the bytes read from a file).
+    static quint64 textEncodingFromAttributeValue(const QByteArray& value);
+
+    /// Print settings: fit to the page width, margins 36 points left and right, 72 top
+    /// and bottom.
+    QPageLayout printInfo();
+    /// Prints the text on `printer` with the document's print settings.
+    void printOperationWithSettings(QPrinter* printer);
+    /// Writes the printed pages as a PDF file.
+    bool exportAsPDFTo(const QString& path, QString* error = nullptr);
+
+Q_SIGNALS:
+    /// The encoding, line-break style or file changed: status lines and titles refresh.
+    void documentInformationChanged();
+
+private:
+    bool loadContents(const QString& path, quint64 encoding, QString* error);
+    void scheduleAutosave();
+
+    QTextDocument* _textStorage = nullptr;
+    quint64 _documentEncoding = 0;
+    quint64 _documentEncodingForSaving = ~quint64(0);
+    bool _priorityToJapaneseEncoding = false;
+    bool _UTF8AppendByBOM = false;
+    qsizetype _documentLineBreaks = 0;
+    qsizetype _documentLineBreaksForSaving = 0;
+    QString _revertFileTypeToSet;
+    bool _savePanelExtensionHidden = false;
+    bool _setUpDefaultPrintInfo = false;
+    QString _windowIdentifier;
+
+    QString _fileURL;
+    QString _fileType;
+    int _untitledNumber = 0;
+    quint64 _savePanelEncoding = ~quint64(0);
+    qsizetype _savePanelLineBreaks = 0;
+    QPageLayout _printInfo;
+    QTimer* _autosaveTimer = nullptr;
+};

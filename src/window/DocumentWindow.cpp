@@ -1,0 +1,69 @@
+#include "window/DocumentWindow.h"
+
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QProgressBar>
+#include <QSplitter>
+#include <QVBoxLayout>
+
+DocumentWindow::DocumentWindow(QWidget* parent)
+    : QMainWindow(parent)
+{
+    setAttribute(Qt::WA_DeleteOnClose);
+    auto* central = new QWidget(this);
+    auto* layout = new QVBoxLayout(central);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+
+    auto* top = new QHBoxLayout;
+    top->setContentsMargins(4, 2, 4, 2);
+    _functionPopUp = new QComboBox(central);
+    _functionPopUp->setObjectName(QStringLiteral("functionPopUp"));
+    _functionPopUp->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+    _functionPopUp->setMinimumContentsLength(24);
+    _functionPopUp->hide();
+    top->addWidget(_functionPopUp);
+    top->addStretch(1);
+    layout->addLayout(top);
+
+    _splitView = new QSplitter(Qt::Vertical, central);
+    _splitView->setObjectName(QStringLiteral("splitView"));
+    _splitView->setChildrenCollapsible(false);
+    layout->addWidget(_splitView, 1);
+
+    auto* status = new QHBoxLayout;
+    status->setContentsMargins(8, 2, 8, 2);
+    _infoField = new QLabel(central);
+    _infoField->setObjectName(QStringLiteral("infoField"));
+    _infoField->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    status->addWidget(_infoField, 1);
+    _indicator = new QProgressBar(central);
+    _indicator->setRange(0, 0);
+    _indicator->setMaximumSize(80, 12);
+    _indicator->setTextVisible(false);
+    _indicator->hide();
+    status->addWidget(_indicator);
+    layout->addLayout(status);
+
+    setCentralWidget(central);
+    resize(900, 700);
+}
+
+void DocumentWindow::closeEvent(QCloseEvent* event)
+{
+    if (_closeHandler && !_closeHandler()) {
+        event->ignore();
+        return;
+    }
+    event->accept();
+}
+
+void DocumentWindow::changeEvent(QEvent* event)
+{
+    if (event->type() == QEvent::ActivationChange && isActiveWindow()) {
+        Q_EMIT becameActive();
+    }
+    QMainWindow::changeEvent(event);
+}

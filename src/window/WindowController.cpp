@@ -1,0 +1,482 @@
+#include "window/WindowController.h"
+
+#include "app/Application.h"
+#include "document/Document.h"
+#include "document/DocumentController.h"
+#include "document/EncodingManager.h"
+#include "editor/EditorController.h"
+#include "editor/TextView.h"
+#include "platform/StringEncoding.h"
+#include "platform/TextCodec.h"
+#include "platform/UserDefaults.h"
+#include "window/CharacterCounter.h"
+#include "window/DocumentWindow.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDesktopServices>
+#include <QFileInfo>
+#include <QFutureWatcher>
+#include <QLabel>
+#include <QLocale>
+#include <QMessageBox>
+#include <QProgressBar>
+#include <QSplitter>
+#include <QTextDocument>
+#include <QUrl>
+#include <QUrlQuery>
+#include <QtConcurrent>
+
+namespace {
+
+const QString kNone = QStringLiteral("None");
+
+} // namespace
+
+WindowController::WindowController(Document* document)
+    : QObject(document)
+    , _document(document)
+{
+    const UserDefaults& defaults = UserDefaults::standardUserDefaults();
+    _showInvisibleCharacters = defaults.boolForKey(QStringLiteral("ShowInvisibleCharacters"));
+    _showGutterView = defaults.boolForKey(QStringLiteral("ShowGutterView"));
+    _wrapLines = defaults.boolForKey(QStringLiteral("DefaultWrapLines"));
+    _autoIndent = defaults.boolForKey(QStringLiteral("AutoIndent"));
+    _autoBraceMatching = defaults.boolForKey(QStringLiteral("AutoBraceMatching"));
+    _autoComplete = defaults.boolForKey(QStringLiteral("AutoComplete"));
+    _allowSpellChecking = defaults.boolForKey(QStringLiteral("AllowSpellChecking"));
+    _spellCheckLanguage = defaults.stringForKey(QStringLiteral("SpellCheckLanguage"));
+    _useVerticalforSplitView = defaults.boolForKey(QStringLiteral("UseVerticalforSplitView"));
+    _syntaxColouring = defaults.boolForKey(QStringLiteral("SyntaxColouring"));
+    _defaultForFileType = defaults.boolForKey(QStringLiteral("DefaultForFileType"));
+    _selectedSyntaxName = defaults.stringForKey(QStringLiteral("DefaultsSyntaxName"));
+
+    _window = new DocumentWindow;
+    _counter = new CharacterCounter(document->textStorage());
+    connect(Application::instance(), &Application::NotifUpdatePreferences, this,
+            &WindowController::updatePreferences);
+    connect(document, &Document::documentInformationChanged, this, [this] {
+        updateToolbarInformation();
+        updateTitle();
+    });
+    connect(document->textStorage(), &QTextDocument::modificationChanged, this,
+            &WindowController::updateTitle);
+    connect(document->textStorage(), &QTextDocument::contentsChanged, this,
+            &WindowController::textDidChange);
+    connect(_window, &DocumentWindow::becameActive, this, [this] {
+        _infoCharacters = _counter->count();
+        updateToolbarInformation();
+    });
+}
+
+WindowController::~WindowController()
+{
+    if (_window) {
+        _window->setCloseHandler(nullptr);
+        _window->close();
+    }
+}
+
+TextView* WindowController::textView() const
+{
+    return _mainTextView;
+}
+
+std::vector<TextView*> WindowController::textViews() const
+{
+    std::vector<TextView*> views;
+    for (EditorController* pane : _panes) {
+        if (pane->textView()) {
+            views.push_back(pane->textView());
+        }
+    }
+    return views;
+}
+
+void WindowController::addPane()
+{
+    auto* pane = new EditorController(this);
+    _window->splitView()->addWidget(pane->view());
+    pane->setupInitialTextViewSharedStateWithTextStorage(_document->textStorage());
+    _panes.push_back(pane);
+    TextView* view = pane->textView();
+    _mainTextView = view;
+    connect(view, &TextView::selectionChanged, this,
+            [this, view] { textViewDidChangeSelection(view); });
+    // The pane clicked or given the focus last is the one menu commands act on.
+    connect(qApp, &QApplication::focusChanged, view, [this, view](QWidget*, QWidget* now) {
+        if (now == view) {
+            _mainTextView = view;
+        }
+    });
+    view->setFocus();
+}
+
+void WindowController::applyStateToPane(TextView* view)
+{
+    view->setIndicator(_window->indicator());
+    view->setInvisibleCharacters(_showInvisibleCharacters);
+    view->setRulersVisible(_showGutterView);
+    view->setWrapLines(_wrapLines);
+    view->setAutoIndent(_autoIndent);
+    view->setAutoBraceMatching(_autoBraceMatching);
+    view->setAutoComplete(_autoComplete);
+}
+
+void WindowController::windowDidLoad()
+{
+    addPane();
+    TextView* view = textView();
+    if (!view) {
+        return;
+    }
+    applyStateToPane(view);
+    toggleSpellChecking(nullptr);
+
+    const QString identifier = _document->windowIdentifier();
+    if (identifier.isEmpty() || identifier == u"0:59" || identifier == u"_NS:60") {
+        setWindowIdentifier(QStringLiteral("None:None"));
+    } else {
+        const QStringList fields = identifier.split(u':');
+        setWindowIdentifier(identifier);
+        if (fields.size() < 2 || fields[1] == kNone || fields[1] == u"59") {
+            updateTitle();
+            return;
+        }
+        _selectedSyntaxName = fields[1];
+        _syntaxColouring = true;
+    }
+    _infoCharacters = _counter->count();
+    updateToolbarInformation();
+    updateTitle();
+}
+
+void WindowController::setWindowIdentifier(const QString& identifier)
+{
+    _windowIdentifier = identifier;
+    _document->setWindowIdentifier(identifier);
+}
+
+void WindowController::updateTitle()
+{
+    if (!_window) {
+        return;
+    }
+    _window->setWindowFilePath(_document->fileURL());
+    _window->setWindowTitle(_document->displayName() + QStringLiteral("[*]"));
+    _window->setWindowModified(_document->isDocumentEdited());
+}
+
+// Toggles ------------------------------------------------------------------------------
+
+void WindowController::toggleGutterView(QObject* sender)
+{
+    if (sender) {
+        _showGutterView = !_showGutterView;
+    }
+    for (TextView* view : textViews()) {
+        view->setRulersVisible(_showGutterView);
+    }
+}
+
+void WindowController::toggleInvisibleCharacters(QObject* sender)
+{
+    if (sender) {
+        _showInvisibleCharacters = !_showInvisibleCharacters;
+    }
+    for (TextView* view : textViews()) {
+        view->setInvisibleCharacters(_showInvisibleCharacters);
+    }
+}
+
+void WindowController::toggleWrapLines(QObject* sender)
+{
+    if (sender) {
+        _wrapLines = !_wrapLines;
+    }
+    TextView* main = textView();
+    for (TextView* view : textViews()) {
+        view->setWrapLines(_wrapLines);
+    }
+    if (main) {
+        main->setFocus();
+    }
+}
+
+void WindowController::toggleAutoIndent(QObject* sender)
+{
+    if (sender) {
+        _autoIndent = !_autoIndent;
+    }
+    for (TextView* view : textViews()) {
+        view->setAutoIndent(_autoIndent);
+    }
+}
+
+void WindowController::toggleAutoBraceMatching(QObject* sender)
+{
+    if (sender) {
+        _autoBraceMatching = !_autoBraceMatching;
+    }
+    for (TextView* view : textViews()) {
+        view->setAutoBraceMatching(_autoBraceMatching);
+    }
+}
+
+void WindowController::toggleAutoComplete(QObject* sender)
+{
+    if (sender) {
+        _autoComplete = !_autoComplete;
+    }
+    for (TextView* view : textViews()) {
+        view->setAutoComplete(_autoComplete);
+    }
+}
+
+void WindowController::toggleSpellChecking(QObject* sender)
+{
+    if (sender) {
+        _allowSpellChecking = !_allowSpellChecking;
+    }
+    // Spell checking itself comes with the spelling service; the flag is kept per window.
+}
+
+// Menus --------------------------------------------------------------------------------
+
+bool WindowController::validateMenuItem(QAction* item) const
+{
+    const int tag = item->property("tag").toInt();
+    switch (tag) {
+    case SplitPaneTag:
+        item->setText(_isSplitView ? tr("Hide Split Pane") : tr("Show Split Pane"));
+        break;
+    case LineNumbersTag:
+        item->setText(_showGutterView ? tr("Hide Line Numbers") : tr("Show Line Numbers"));
+        break;
+    case InvisibleCharactersTag:
+        item->setText(_showInvisibleCharacters ? tr("Hide Invisible Characters")
+                                               : tr("Show Invisible Characters"));
+        break;
+    case WrapLinesTag:
+        item->setChecked(_wrapLines);
+        break;
+    case AutoIndentTag:
+        item->setChecked(_autoIndent);
+        break;
+    case BraceMatchingTag:
+        item->setChecked(_autoBraceMatching);
+        break;
+    case SpellCheckingTag:
+        item->setChecked(_allowSpellChecking);
+        break;
+    case CompletionTag:
+        item->setChecked(_autoComplete);
+        break;
+    case VerticalSplitTag:
+        item->setChecked(_useVerticalforSplitView);
+        break;
+    case EncodingTag:
+        item->setChecked(item->text() == StringEncoding::localizedNameOfStringEncoding(
+                                             _document->documentEncoding()));
+        break;
+    case LineBreaksTag:
+        item->setChecked(item->data().toLongLong() == _document->documentLineBreaks());
+        break;
+    case SyntaxTag: {
+        const QString title = item->text();
+        const bool isDefault = title == u"Default For File Type";
+        item->setProperty("mixedState", false);
+        if (_defaultForFileType && !_syntaxColouring) {
+            item->setChecked(isDefault);
+        } else if (!_defaultForFileType && _syntaxColouring) {
+            item->setChecked(title == _selectedSyntaxName);
+        } else if (_defaultForFileType && _syntaxColouring) {
+            // Qt menus have no mixed state: the item shows a partial mark in its title.
+            item->setProperty("mixedState", isDefault);
+            item->setChecked(!isDefault && title == _selectedSyntaxName);
+        } else {
+            item->setChecked(title == u"None");
+        }
+        break;
+    }
+    default:
+        break;
+    }
+    return true;
+}
+
+// Status line --------------------------------------------------------------------------
+
+void WindowController::textViewDidChangeSelection(TextView* view)
+{
+    if (view != textView()) {
+        return;
+    }
+    const QTextCursor cursor = view->textCursor();
+    if (!cursor.hasSelection()) {
+        // The whole text's count is kept up to date as it changes: nothing to copy.
+        _infoCharacters = _counter->count();
+        updateToolbarInformation();
+        return;
+    }
+    startCount(cursor.selectedText().replace(QChar::ParagraphSeparator, u'\n'));
+}
+
+void WindowController::startCount(const QString& text)
+{
+    if (_countloop) {
+        return;
+    }
+    _countloop = true;
+    auto* watcher = new QFutureWatcher<qint64>(this);
+    connect(watcher, &QFutureWatcher<qint64>::finished, this, [this, watcher] {
+        _infoCharacters = watcher->result();
+        _countloop = false;
+        updateToolbarInformation();
+        watcher->deleteLater();
+    });
+    const bool allowWhitespace = _allowWhitespaceCount;
+    watcher->setFuture(QtConcurrent::run([text, allowWhitespace] {
+        return CharacterCounter::countCharacters(text, allowWhitespace);
+    }));
+}
+
+void WindowController::updateSelectCharacterInformation(const QString& text)
+{
+    if (_countloop) {
+        return;
+    }
+    _countloop = true;
+    _infoCharacters = CharacterCounter::countCharacters(text, _allowWhitespaceCount);
+    updateToolbarInformation();
+    _countloop = false;
+}
+
+QString WindowController::toolbarInformation() const
+{
+    QString text = QStringLiteral("Characters: ") + QLocale().toString(_infoCharacters);
+    text += QStringLiteral("   ") +
+            StringEncoding::localizedNameOfStringEncoding(_document->documentEncoding());
+    text += QStringLiteral("   ") +
+            EncodingManager::lineBreaksShortTitle(_document->documentLineBreaks());
+    if (!_selectedSyntaxName.isEmpty() && _syntaxColouring) {
+        text += QStringLiteral("   ") + _selectedSyntaxName;
+    }
+    return text;
+}
+
+void WindowController::updateToolbarInformation()
+{
+    const QString text = toolbarInformation();
+    if (_window) {
+        _window->infoField()->setText(text);
+    }
+    Q_EMIT toolbarInformationChanged(text);
+}
+
+void WindowController::textDidChange()
+{
+    if (!textView() || !textView()->textCursor().hasSelection()) {
+        _infoCharacters = _counter->count();
+        updateToolbarInformation();
+    }
+}
+
+void WindowController::resetupInitialTextViewSharedState()
+{
+    for (TextView* view : textViews()) {
+        view->setupInitialTextViewSharedState();
+        applyStateToPane(view);
+    }
+    toggleSpellChecking(nullptr);
+    _infoCharacters = _counter->count();
+    updateToolbarInformation();
+}
+
+void WindowController::updatePreferences(QObject* sender)
+{
+    Q_UNUSED(sender);
+    for (TextView* view : textViews()) {
+        view->updatePreferences();
+    }
+    const UserDefaults& defaults = UserDefaults::standardUserDefaults();
+    _wrapLines = defaults.boolForKey(QStringLiteral("DefaultWrapLines"));
+    _showGutterView = defaults.boolForKey(QStringLiteral("ShowGutterView"));
+    _showInvisibleCharacters = defaults.boolForKey(QStringLiteral("ShowInvisibleCharacters"));
+    _autoIndent = defaults.boolForKey(QStringLiteral("AutoIndent"));
+    _autoBraceMatching = defaults.boolForKey(QStringLiteral("AutoBraceMatching"));
+    _autoComplete = defaults.boolForKey(QStringLiteral("AutoComplete"));
+    _allowSpellChecking = defaults.boolForKey(QStringLiteral("AllowSpellChecking"));
+    _spellCheckLanguage = defaults.stringForKey(QStringLiteral("SpellCheckLanguage"));
+    _useVerticalforSplitView = defaults.boolForKey(QStringLiteral("UseVerticalforSplitView"));
+    toggleWrapLines(nullptr);
+    toggleGutterView(nullptr);
+    toggleInvisibleCharacters(nullptr);
+    toggleAutoIndent(nullptr);
+    toggleAutoBraceMatching(nullptr);
+    toggleAutoComplete(nullptr);
+    toggleSpellChecking(nullptr);
+    if (_window) {
+        _window->splitView()->setOrientation(_useVerticalforSplitView ? Qt::Horizontal
+                                                                      : Qt::Vertical);
+    }
+    _document->updatePreferences();
+    DocumentController::sharedDocumentController().updatePreferences();
+}
+
+// Document commands --------------------------------------------------------------------
+
+void WindowController::reopenUsingEncoding(quint64 encoding)
+{
+    if (TextCodec::canBeConvertedToEncoding(_document->string(), encoding)) {
+        _document->setDocumentEncoding(encoding);
+        if (!_document->fileURL().isEmpty()) {
+            _document->rereadWithEncoding(encoding);
+            resetupInitialTextViewSharedState();
+        }
+    } else {
+        QMessageBox alert(QMessageBox::Warning, QString(),
+                          QStringLiteral("The document could not be convert."), QMessageBox::Ok,
+                          _window);
+        alert.setInformativeText(QStringLiteral("If possible, select a different text encoding."));
+        alert.setWindowModality(Qt::ApplicationModal);
+        alert.exec();
+    }
+    updateToolbarInformation();
+}
+
+void WindowController::setLineBreaks(qsizetype lineBreaks)
+{
+    _document->setDocumentLineBreaks(lineBreaks);
+}
+
+void WindowController::shareUsing(int tag)
+{
+    TextView* view = textView();
+    if (!view) {
+        return;
+    }
+    const QString text = _document->string();
+    QUrl url;
+    if (tag == 0) {
+        url = QUrl(QStringLiteral("mailto:"));
+        QUrlQuery query;
+        query.addQueryItem(QStringLiteral("subject"), _document->displayName());
+        query.addQueryItem(QStringLiteral("body"), text);
+        url.setQuery(query);
+    } else {
+        static const char* const addresses[] = {nullptr, "https://web.whatsapp.com/send",
+                                                "https://twitter.com/intent/tweet",
+                                                "https://www.facebook.com/sharer/sharer.php",
+                                                "https://service.weibo.com/share/share.php"};
+        static const char* const keys[] = {nullptr, "text", "text", "quote", "title"};
+        if (tag < 1 || tag > 4) {
+            return;
+        }
+        url = QUrl(QString::fromLatin1(addresses[tag]));
+        QUrlQuery query;
+        query.addQueryItem(QString::fromLatin1(keys[tag]), text);
+        url.setQuery(query);
+    }
+    QDesktopServices::openUrl(url);
+}

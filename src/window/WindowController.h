@@ -1,0 +1,138 @@
+#pragma once
+
+#include <QObject>
+#include <QPointer>
+#include <QString>
+
+#include <vector>
+
+class CharacterCounter;
+class Document;
+class DocumentWindow;
+class EditorController;
+class QAction;
+class QMenu;
+class TextView;
+
+/// The controller of one document's window: the window's own view flags, its syntax
+/// choice, its status line, its window identifier and the validation of its menus. It
+/// applies every flag to each editor pane of the window.
+class WindowController : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Menu item tags read by validateMenuItem().
+    enum Tag {
+        SplitPaneTag = 50,
+        LineNumbersTag = 51,
+        InvisibleCharactersTag = 52,
+        WrapLinesTag = 53,
+        AutoIndentTag = 54,
+        BraceMatchingTag = 55,
+        SpellCheckingTag = 56,
+        CompletionTag = 57,
+        VerticalSplitTag = 58,
+        EncodingTag = 200,
+        LineBreaksTag = 300,
+        SyntaxTag = 500,
+    };
+
+    explicit WindowController(Document* document);
+    ~WindowController() override;
+
+    Document* document() const { return _document; }
+    DocumentWindow* window() const { return _window; }
+    /// The window's main text view: the pane created, clicked or focused last.
+    TextView* textView() const;
+    /// The text views of every pane, in order.
+    std::vector<TextView*> textViews() const;
+
+    /// Builds the first pane and restores the window's state.
+    void windowDidLoad();
+
+    // Toggles: with a sender the flag is inverted first; with none it is only applied.
+    void toggleGutterView(QObject* sender);
+    void toggleInvisibleCharacters(QObject* sender);
+    void toggleWrapLines(QObject* sender);
+    void toggleAutoIndent(QObject* sender);
+    void toggleAutoBraceMatching(QObject* sender);
+    void toggleAutoComplete(QObject* sender);
+    void toggleSpellChecking(QObject* sender);
+
+    bool showGutterView() const { return _showGutterView; }
+    bool showInvisibleCharacters() const { return _showInvisibleCharacters; }
+    bool wrapLines() const { return _wrapLines; }
+    bool autoIndent() const { return _autoIndent; }
+    bool autoBraceMatching() const { return _autoBraceMatching; }
+    bool autoComplete() const { return _autoComplete; }
+    bool allowSpellChecking() const { return _allowSpellChecking; }
+    bool isSplitView() const { return _isSplitView; }
+    bool useVerticalforSplitView() const { return _useVerticalforSplitView; }
+    bool syntaxColouring() const { return _syntaxColouring; }
+    bool defaultForFileType() const { return _defaultForFileType; }
+    QString selectedSyntaxName() const { return _selectedSyntaxName; }
+
+    /// Sets titles and check marks of a menu item from the window's state.
+    bool validateMenuItem(QAction* item) const;
+
+    /// Counts the characters of `text` for the status line, then rebuilds it.
+    void updateSelectCharacterInformation(const QString& text);
+    /// Rebuilds the status line from the last count and the document's state.
+    void updateToolbarInformation();
+    /// The status line's text.
+    QString toolbarInformation() const;
+    qint64 infoCharacters() const { return _infoCharacters; }
+    /// Re-attaches every pane after the document's text was replaced.
+    void resetupInitialTextViewSharedState();
+    /// Re-reads the settings into the window, its panes and the document.
+    void updatePreferences(QObject* sender = nullptr);
+    /// Replaces the document's text by its file read in another encoding, when the text
+    /// can be written in it; otherwise says why.
+    void reopenUsingEncoding(quint64 encoding);
+    /// Sets the document's line-break style (the Line Breaks menu).
+    void setLineBreaks(qsizetype lineBreaks);
+    /// Shares the whole text by e-mail (tag 0) or through a web share address.
+    void shareUsing(int tag);
+
+    QString windowIdentifier() const { return _windowIdentifier; }
+
+Q_SIGNALS:
+    void toolbarInformationChanged(const QString& text);
+
+private:
+    void addPane();
+    void applyStateToPane(TextView* view);
+    void textDidChange();
+    void textViewDidChangeSelection(TextView* view);
+    void startCount(const QString& text);
+    void setWindowIdentifier(const QString& identifier);
+    void updateTitle();
+
+    Document* _document;
+    QPointer<DocumentWindow> _window;
+    std::vector<EditorController*> _panes;
+    QPointer<TextView> _mainTextView;
+    CharacterCounter* _counter = nullptr;
+
+    bool _showInvisibleCharacters = false;
+    bool _showGutterView = false;
+    bool _wrapLines = false;
+    bool _autoIndent = false;
+    bool _autoBraceMatching = false;
+    bool _autoComplete = false;
+    bool _allowSpellChecking = false;
+    QString _spellCheckLanguage;
+    bool _isSplitView = false;
+    bool _useVerticalforSplitView = false;
+    bool _isSidebarView = false;
+    bool _isFullScreen = false;
+    qint64 _lastSelectedType = 0;
+    qint64 _infoCharacters = 0;
+    bool _allowWhitespaceCount = true;
+    bool _countloop = false;
+    bool _syntaxColouring = false;
+    bool _defaultForFileType = false;
+    QString _selectedSyntaxName;
+    QString _windowIdentifier;
+};

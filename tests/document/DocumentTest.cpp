@@ -1,0 +1,254 @@
+#include "document/Document.h"
+
+#include "TestSupport.h"
+#include "document/DocumentController.h"
+#include "platform/ExtendedAttributes.h"
+#include "platform/UserDefaults.h"
+
+#include <QFile>
+#include <QTextDocument>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr quint64 kUTF8 = 4;
+constexpr quint64 kLatin1 = 5;
+constexpr quint64 kShiftJIS = 8;
+constexpr quint64 kUTF16 = 10;
+constexpr quint64 kMacRoman = 30;
+constexpr quint64 kNone = ~quint64(0);
+
+bool xattrsWork(const QString& dir)
+{
+    const QString probe = TestSupport::writeFile(dir + "/probe", "x");
+    return ExtendedAttributes::write(probe, "com.apple.TextEncoding", "utf-8;134217984");
+}
+
+struct ReadingFlags {
+    ~ReadingFlags()
+    {
+        DocumentController& controller = DocumentController::sharedDocumentController();
+        controller.setIsOpenPanel(false);
+        controller.setIsRevertTo(false);
+        controller.setIsReopen(false);
+        controller.setOpenPanelEncoding(kNone);
+    }
+};
+
+} // namespace
+
+TEST(Document, NewDocumentTakesTheDefaults)
+{
+    UserDefaults::standardUserDefaults().setUnsignedInteger(kMacRoman, "DefaultsTextEncoding");
+    UserDefaults::standardUserDefaults().setInteger(2, "DefaultsLineBreaks");
+    Document document;
+    EXPECT_EQ(document.documentEncoding(), kMacRoman);
+    EXPECT_EQ(document.documentLineBreaks(), 2);
+    EXPECT_EQ(document.documentEncodingForSaving(), kNone);
+    EXPECT_TRUE(document.textStorage()->isEmpty());
+    EXPECT_FALSE(document.isDocumentEdited());
+    EXPECT_FALSE(document.textStorage()->isUndoAvailable());
+    UserDefaults::standardUserDefaults().removeObjectForKey("DefaultsTextEncoding");
+    UserDefaults::standardUserDefaults().removeObjectForKey("DefaultsLineBreaks");
+}
+
+TEST(Document, EncodingChoiceFollowsHowTheReadStarted)
+{
+    ReadingFlags cleanup;
+    const QString dir = TestSupport::makeTempDir();
+    // "é" in Latin-1: not UTF-8, so detection cannot mistake it for that.
+    const QString latin = TestSupport::writeFile(dir + "/latin.txt", "caf\xe9\n");
+    const QString utf8 = TestSupport::writeFile(dir + "/utf8.txt", "caf\xc3\xa9\n");
+    DocumentController& controller = DocumentController::sharedDocumentController();
+
+    // Open panel with an encoding chosen: that encoding, and the flag is consumed.
+    controller.setIsOpenPanel(true);
+    controller.setOpenPanelEncoding(kMacRoman);
+    Document chosen;
+    ASSERT_TRUE(chosen.readFromURL(latin, QString()));
+    EXPECT_EQ(chosen.documentEncoding(), kMacRoman);
+    // 0xE9 is "È" in Mac OS Roman.
+    EXPECT_EQ(chosen.string(), QStringLiteral("caf\u00c8\n"));
+    EXPECT_FALSE(controller.isOpenPanel());
+
+    // Any other read detects.
+    Document detected;
+    ASSERT_TRUE(detected.readFromURL(utf8, QString()));
+    EXPECT_EQ(detected.documentEncoding(), kUTF8);
+    EXPECT_EQ(detected.string(), QStringLiteral("caf\u00e9\n"));
+    EXPECT_FALSE(detected.isDocumentEdited());
+    EXPECT_FALSE(detected.textStorage()->isUndoAvailable());
+
+    // A revert without an attribute keeps the current encoding instead of detecting.
+    detected.setDocumentEncoding(kLatin1);
+    ASSERT_TRUE(detected.revertToContentsOfURL(utf8, QString()));
+    EXPECT_EQ(detected.documentEncoding(), kLatin1);
+    EXPECT_EQ(detected.string(), QStringLiteral("caf\u00c3\u00a9\n"));
+    EXPECT_FALSE(controller.isRevertTo());
+
+    // Reopening at launch does the same.
+    controller.setIsReopen(true);
+    Document reopened;
+    reopened.setDocumentEncoding(kMacRoman);
+    ASSERT_TRUE(reopened.readFromURL(latin, QString()));
+    EXPECT_EQ(reopened.documentEncoding(), kMacRoman);
+    EXPECT_FALSE(controller.isReopen());
+
+    if (xattrsWork(dir)) {
+        // The attribute wins over detection and over the current encoding.
+        ASSERT_TRUE(Document::setTextEncodingAttribute(kLatin1, utf8));
+        Document byAttribute;
+        ASSERT_TRUE(byAttribute.readFromURL(utf8, QString()));
+        EXPECT_EQ(byAttribute.documentEncoding(), kLatin1);
+        controller.setIsOpenPanel(true);
+        controller.setOpenPanelEncoding(kNone);
+        Document automatic;
+        ASSERT_TRUE(automatic.readFromURL(utf8, QString()));
+        EXPECT_EQ(automatic.documentEncoding(), kLatin1);
+    }
+}
+
+TEST(Document, LineBreaksAreKeptAsReadAndConvertedOnSave)
+{
+    const QString dir = TestSupport::makeTempDir();
+    const QString crlf = TestSupport::writeFile(dir + "/crlf.txt", "a\r\nb\r\n");
+    const QString cr = TestSupport::writeFile(dir + "/cr.txt", "a\rb\r");
+    Document document;
+    ASSERT_TRUE(document.readFromURL(crlf, QString()));
+    EXPECT_EQ(document.documentLineBreaks(), 2);
+    // In memory every line break is one LF.
+    EXPECT_EQ(document.string(), "a\nb\n");
+    ASSERT_TRUE(document.writeSafelyToURL(crlf, QString(), Document::Save));
+    EXPECT_EQ(TestSupport::readFile(crlf), "a\r\nb\r\n");
+
+    Document classic;
+    ASSERT_TRUE(classic.readFromURL(cr, QString()));
+    EXPECT_EQ(classic.documentLineBreaks(), 1);
+    // Save As with CRLF chosen converts the file, not the text in memory.
+    classic.setSavePanelChoice(kUTF8, 2);
+    const QString saved = dir + "/saved.txt";
+    ASSERT_TRUE(classic.writeSafelyToURL(saved, QString(), Document::SaveAs));
+    EXPECT_EQ(TestSupport::readFile(saved), "a\r\nb\r\n");
+    EXPECT_EQ(classic.string(), "a\nb\n");
+    EXPECT_EQ(classic.documentLineBreaks(), 2);
+    EXPECT_EQ(classic.fileURL(), saved);
+
+    // Separators that are not line breaks survive unchanged.
+    const QString odd = TestSupport::writeFile(dir + "/odd.txt", "a\xe2\x80\xa8"
+                                                                 "b\xc2\x85"
+                                                                 "c\n");
+    Document separators;
+    ASSERT_TRUE(separators.readFromURL(odd, QString()));
+    ASSERT_TRUE(separators.writeSafelyToURL(odd, QString(), Document::Save));
+    EXPECT_EQ(TestSupport::readFile(odd), "a\xe2\x80\xa8"
+                                          "b\xc2\x85"
+                                          "c\n");
+}
+
+TEST(Document, ByteOrderMarkRules)
+{
+    const QString dir = TestSupport::makeTempDir();
+    const QString marked = TestSupport::writeFile(dir + "/bom.txt", "\xef\xbb\xbfhi\n");
+    Document document;
+    ASSERT_TRUE(document.readFromURL(marked, QString()));
+    EXPECT_EQ(document.documentEncoding(), kUTF8);
+    // The mark is not part of the text...
+    EXPECT_EQ(document.string(), "hi\n");
+    // ...so a save with the option on writes exactly one, and with it off none.
+    UserDefaults::standardUserDefaults().setBool(true, "UTF8AppendByBOM");
+    document.updatePreferences();
+    ASSERT_TRUE(document.writeSafelyToURL(marked, QString(), Document::Save));
+    EXPECT_EQ(TestSupport::readFile(marked), "\xef\xbb\xbfhi\n");
+    document.setSavePanelChoice(kUTF16, 0);
+    const QString wide = dir + "/wide.txt";
+    ASSERT_TRUE(document.writeSafelyToURL(wide, QString(), Document::SaveAs));
+    EXPECT_FALSE(TestSupport::readFile(wide).startsWith("\xef\xbb\xbf"));
+    UserDefaults::standardUserDefaults().removeObjectForKey("UTF8AppendByBOM");
+    document.updatePreferences();
+    document.setSavePanelChoice(kUTF8, 0);
+    ASSERT_TRUE(document.writeSafelyToURL(marked, QString(), Document::SaveAs));
+    EXPECT_EQ(TestSupport::readFile(marked), "hi\n");
+}
+
+TEST(Document, FailedSavesLeaveTheFileAndTheDocumentAsTheyWere)
+{
+    const QString dir = TestSupport::makeTempDir();
+    const QString path = TestSupport::writeFile(dir + "/keep.txt", "old bytes\n");
+    Document document;
+    ASSERT_TRUE(document.readFromURL(path, QString()));
+    const quint64 encoding = document.documentEncoding();
+    document.setTextStorage(QStringLiteral("new text with \u65e5\u672c\n"));
+    EXPECT_TRUE(document.isDocumentEdited());
+
+    // A character the encoding cannot hold.
+    document.setSavePanelChoice(kLatin1, 0);
+    QString error;
+    EXPECT_FALSE(document.writeSafelyToURL(path, QString(), Document::SaveAs, &error));
+    EXPECT_TRUE(error.contains("could not be saved in the encoding")) << error.toStdString();
+    EXPECT_TRUE(error.contains("keep.txt")) << error.toStdString();
+    EXPECT_EQ(TestSupport::readFile(path), "old bytes\n");
+    EXPECT_EQ(document.documentEncoding(), encoding);
+    EXPECT_TRUE(document.isDocumentEdited());
+
+    // A folder the user may not write into (root may write anywhere; skip then).
+    QFile::setPermissions(dir, QFile::ReadOwner | QFile::ExeOwner);
+    if (!QFile(dir + "/probe").open(QIODevice::WriteOnly)) {
+        EXPECT_FALSE(document.writeSafelyToURL(path, QString(), Document::Save, &error));
+        EXPECT_EQ(TestSupport::readFile(path), "old bytes\n");
+        EXPECT_TRUE(document.isDocumentEdited());
+    }
+    QFile::setPermissions(dir, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+
+    // The undoable replacement restores the text on undo.
+    document.textStorage()->undo();
+    EXPECT_EQ(document.string(), "old bytes\n");
+}
+
+TEST(Document, EmptyAndUnreadableFiles)
+{
+    const QString dir = TestSupport::makeTempDir();
+    const QString empty = TestSupport::writeFile(dir + "/empty.txt", "");
+    UserDefaults::standardUserDefaults().setUnsignedInteger(kShiftJIS, "DefaultsTextEncoding");
+    Document document;
+    ASSERT_TRUE(document.readFromURL(empty, QString()));
+    EXPECT_EQ(document.documentEncoding(), kShiftJIS);
+    UserDefaults::standardUserDefaults().removeObjectForKey("DefaultsTextEncoding");
+
+    Document folder;
+    QString error;
+    EXPECT_FALSE(folder.readFromURL(dir, QString(), &error));
+    EXPECT_FALSE(error.isEmpty());
+    EXPECT_FALSE(folder.readFromURL(dir + "/missing.txt", QString(), &error));
+}
+
+TEST(Document, AttributeValues)
+{
+    EXPECT_EQ(Document::textEncodingFromAttributeValue("utf-8;134217984"), kUTF8);
+    // Whatever the name says, a number of two or more characters decides.
+    EXPECT_EQ(Document::textEncodingFromAttributeValue("macintosh;134217984"), kUTF8);
+    // A one-character number is ignored and the name decides.
+    EXPECT_EQ(Document::textEncodingFromAttributeValue("macintosh;0"), kMacRoman);
+    EXPECT_EQ(Document::textEncodingFromAttributeValue("no-such-charset"), kNone);
+    EXPECT_EQ(Document::textEncodingFromAttributeValue(""), kNone);
+    EXPECT_EQ(Document::textEncodingFromAttributeValue("x"), kNone);
+    EXPECT_EQ(Document::textEncodingFromAttributeValue("\xff\xfe;134217984"), kNone);
+    EXPECT_EQ(Document::textEncodingFromAttributeValue("utf-8; +134217984junk"), kUTF8);
+    // The name of Shift JIS stands for the Core Foundation encoding 0xA01.
+    EXPECT_EQ(Document::textEncodingFromAttributeValue(QByteArray("shift_jis\0junk", 14)),
+              0x80000A01u);
+
+    const QString dir = TestSupport::makeTempDir();
+    if (!xattrsWork(dir)) {
+        GTEST_SKIP() << "no extended attributes here";
+    }
+    const QString file = TestSupport::writeFile(dir + "/a.txt", "a");
+    EXPECT_EQ(Document::textEncodingAttributeOfURL(file), kNone);
+    ASSERT_TRUE(Document::setTextEncodingAttribute(kUTF8, file));
+    EXPECT_EQ(ExtendedAttributes::read(file, "com.apple.TextEncoding").value_or(""),
+              "UTF-8;134217984");
+    EXPECT_EQ(Document::textEncodingAttributeOfURL(file), kUTF8);
+    EXPECT_FALSE(Document::setTextEncodingAttribute(kUTF8, QString()));
+    ExtendedAttributes::write(file, "com.apple.TextEncoding", QByteArray(200, 'a'));
+    EXPECT_EQ(Document::textEncodingAttributeOfURL(file), kNone);
+}

@@ -1,0 +1,161 @@
+#include "window/WindowController.h"
+
+#include "TestSupport.h"
+#include "app/MainMenu.h"
+#include "document/Document.h"
+#include "document/DocumentController.h"
+#include "editor/TextView.h"
+#include "platform/UserDefaults.h"
+#include "window/DocumentWindow.h"
+
+#include <QAction>
+#include <QLabel>
+#include <QLocale>
+#include <QMenu>
+#include <QSplitter>
+#include <QTest>
+#include <QTextDocument>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+struct Window {
+    Document* document = new Document;
+    WindowController* controller = nullptr;
+
+    explicit Window(const QString& text = QString(), const QString& identifier = QString())
+    {
+        document->setWindowIdentifier(identifier);
+        if (!text.isEmpty()) {
+            document->textStorage()->setPlainText(text);
+        }
+        controller = new WindowController(document);
+        controller->windowDidLoad();
+    }
+    ~Window() { delete document; }
+};
+
+} // namespace
+
+TEST(WindowController, StatusLine)
+{
+    QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
+    Window empty;
+    EXPECT_TRUE(empty.controller->toolbarInformation().startsWith("Characters: 0   "));
+    EXPECT_EQ(empty.controller->window()->infoField()->text(),
+              empty.controller->toolbarInformation());
+
+    Window perl(QStringLiteral("ab\ncd\nef"), QStringLiteral("None:Perl"));
+    EXPECT_EQ(perl.controller->infoCharacters(), 6);
+    EXPECT_EQ(perl.controller->toolbarInformation(),
+              "Characters: 6   Unicode (UTF-8)   OS X/Unix(LF)   Perl");
+
+    // Selecting from the b to the c, across one line feed, counts 2.
+    TextView* view = perl.controller->textView();
+    QTextCursor cursor = view->textCursor();
+    cursor.setPosition(1);
+    cursor.setPosition(4, QTextCursor::KeepAnchor);
+    view->setTextCursor(cursor);
+    QTRY_COMPARE_WITH_TIMEOUT(perl.controller->infoCharacters(), 2, 2000);
+
+    // Grouping of the user's locale; characters outside the BMP count once.
+    Window big(QString(12345, u'x') + QStringLiteral("\U0001F600"));
+    EXPECT_TRUE(big.controller->toolbarInformation().startsWith("Characters: 12,346   "));
+    // The count follows edits without a selection.
+    QTest::keyClicks(big.controller->textView(), "yz");
+    EXPECT_EQ(big.controller->infoCharacters(), 12348);
+}
+
+TEST(WindowController, TogglesApplyToThePanesAndTheMenus)
+{
+    Window window(QStringLiteral("text"));
+    MainMenu menu(window.controller);
+    QAction* lineNumbers = menu.actionWithTag(WindowController::LineNumbersTag);
+    ASSERT_NE(lineNumbers, nullptr);
+    const bool shown = window.controller->showGutterView();
+    EXPECT_EQ(lineNumbers->text(), shown ? "Hide Line Numbers" : "Show Line Numbers");
+    lineNumbers->trigger();
+    EXPECT_EQ(window.controller->showGutterView(), !shown);
+    window.controller->validateMenuItem(lineNumbers);
+    EXPECT_EQ(lineNumbers->text(), !shown ? "Hide Line Numbers" : "Show Line Numbers");
+
+    QAction* wrap = menu.actionWithTag(WindowController::WrapLinesTag);
+    const bool wrapped = window.controller->wrapLines();
+    wrap->trigger();
+    window.controller->validateMenuItem(wrap);
+    EXPECT_EQ(wrap->isChecked(), !wrapped);
+
+    // Applying without a sender changes nothing.
+    window.controller->toggleWrapLines(nullptr);
+    EXPECT_EQ(window.controller->wrapLines(), !wrapped);
+
+    QAction invisible;
+    invisible.setProperty("tag", WindowController::InvisibleCharactersTag);
+    window.controller->validateMenuItem(&invisible);
+    EXPECT_EQ(invisible.text(), window.controller->showInvisibleCharacters()
+                                    ? "Hide Invisible Characters"
+                                    : "Show Invisible Characters");
+
+    // A settings change resets the window's toggles to the settings.
+    window.controller->updatePreferences();
+    EXPECT_EQ(window.controller->showGutterView(),
+              UserDefaults::standardUserDefaults().boolForKey("ShowGutterView"));
+}
+
+TEST(WindowController, EncodingLineBreakAndSyntaxItems)
+{
+    Window window(QStringLiteral("text"), QStringLiteral("None:Perl"));
+    MainMenu menu(window.controller);
+    QMenu* encodings = menu.menuNamed("encodingMenu");
+    ASSERT_NE(encodings, nullptr);
+    int items = 0;
+    int separators = 0;
+    int checked = 0;
+    for (QAction* item : encodings->actions()) {
+        if (item->isSeparator()) {
+            ++separators;
+            continue;
+        }
+        ++items;
+        window.controller->validateMenuItem(item);
+        checked += item->isChecked() ? 1 : 0;
+    }
+    EXPECT_EQ(items, 51);
+    EXPECT_EQ(separators, 13);
+    EXPECT_EQ(checked, 1);
+
+    QMenu* lineBreaks = menu.menuNamed("lineBreaksMenu");
+    window.controller->setLineBreaks(2);
+    for (QAction* item : lineBreaks->actions()) {
+        window.controller->validateMenuItem(item);
+        EXPECT_EQ(item->isChecked(), item->data().toInt() == 2) << item->text().toStdString();
+    }
+
+    QAction defaultItem(QStringLiteral("Default For File Type"));
+    defaultItem.setProperty("tag", 500);
+    defaultItem.setCheckable(true);
+    QAction perl(QStringLiteral("Perl"));
+    perl.setProperty("tag", 500);
+    perl.setCheckable(true);
+    window.controller->validateMenuItem(&defaultItem);
+    window.controller->validateMenuItem(&perl);
+    EXPECT_TRUE(perl.isChecked());
+}
+
+TEST(WindowController, RestorationFromTheWindowIdentifier)
+{
+    UserDefaults::standardUserDefaults().setBool(false, "SyntaxColouring");
+    Window restored(QString(), QStringLiteral("2:Perl"));
+    EXPECT_TRUE(restored.controller->syntaxColouring());
+    EXPECT_EQ(restored.controller->selectedSyntaxName(), "Perl");
+
+    Window fresh(QString(), QStringLiteral("_NS:60"));
+    EXPECT_EQ(fresh.controller->windowIdentifier(), "None:None");
+    EXPECT_EQ(fresh.document->windowIdentifier(), "None:None");
+    EXPECT_FALSE(fresh.controller->syntaxColouring());
+
+    Window none(QString(), QStringLiteral("None:None"));
+    EXPECT_FALSE(none.controller->syntaxColouring());
+    UserDefaults::standardUserDefaults().removeObjectForKey("SyntaxColouring");
+}

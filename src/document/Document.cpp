@@ -14,12 +14,14 @@
 #include <QPlainTextDocumentLayout>
 #include <QPrinter>
 #include <QSaveFile>
+#include <QTemporaryFile>
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
 #include <QTimer>
 #include <QUrl>
 
+#include <cstdio>
 #include <limits>
 
 namespace {
@@ -427,16 +429,30 @@ void Document::printOperationWithSettings(QPrinter* printer)
 
 bool Document::exportAsPDFTo(const QString& path, QString* error)
 {
-    QPrinter printer(QPrinter::HighResolution);
-    printer.setOutputFormat(QPrinter::PdfFormat);
-    printer.setOutputFileName(path);
-    printer.setDocName(displayName());
-    printOperationWithSettings(&printer);
-    if (!QFileInfo::exists(path)) {
-        if (error) {
-            *error = tr("The PDF file “%1” could not be written.").arg(QFileInfo(path).fileName());
-        }
-        return false;
+    // The PDF is written beside its destination and moved into place only when complete, so a
+    // failed export never leaves a truncated file where an older one stood.
+    const QFileInfo target(path);
+    QTemporaryFile temporary(target.absolutePath() + QStringLiteral("/.") + target.fileName() +
+                             QStringLiteral(".XXXXXX"));
+    bool written = temporary.open();
+    if (written) {
+        temporary.close();
+        QPrinter printer(QPrinter::HighResolution);
+        printer.setOutputFormat(QPrinter::PdfFormat);
+        printer.setOutputFileName(temporary.fileName());
+        printer.setDocName(displayName());
+        printOperationWithSettings(&printer);
+        written = printer.printerState() != QPrinter::Error &&
+                  QFileInfo(temporary.fileName()).size() > 0 &&
+                  std::rename(QFile::encodeName(temporary.fileName()).constData(),
+                              QFile::encodeName(target.absoluteFilePath()).constData()) == 0;
     }
-    return true;
+    if (written) {
+        temporary.setAutoRemove(false);
+        QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup |
+                                        QFile::ReadOther);
+    } else if (error) {
+        *error = tr("The PDF file “%1” could not be written.").arg(target.fileName());
+    }
+    return written;
 }

@@ -559,6 +559,8 @@ void DocumentController::makeSyntaxMenuItems(QMenu* menu)
 
 void DocumentController::updatePreferences()
 {
+    _autosavingDelay =
+        UserDefaults::standardUserDefaults().integerForKey(QStringLiteral("AutosavingDelay"));
     _openDefaultsTextEncoding = UserDefaults::standardUserDefaults().unsignedIntegerForKey(
         QStringLiteral("OpenDefaultsTextEncoding"));
 }

@@ -5,7 +5,9 @@
 #include "platform/ExtendedAttributes.h"
 #include "platform/UserDefaults.h"
 
+#include <QDir>
 #include <QFile>
+#include <QTest>
 #include <QTextDocument>
 
 #include <gtest/gtest.h>
@@ -251,4 +253,44 @@ TEST(Document, AttributeValues)
     EXPECT_FALSE(Document::setTextEncodingAttribute(kUTF8, QString()));
     ExtendedAttributes::write(file, "com.apple.TextEncoding", QByteArray(200, 'a'));
     EXPECT_EQ(Document::textEncodingAttributeOfURL(file), kNone);
+}
+
+TEST(Document, AutosaveDuplicateReplaceAndPdf)
+{
+    const QString dir = TestSupport::makeTempDir();
+    const QString file = TestSupport::writeFile(dir + "/notes.txt", "first\r\nsecond\r\n");
+    UserDefaults::standardUserDefaults().setInteger(1, "AutosavingDelay");
+    DocumentController::sharedDocumentController().updatePreferences();
+
+    Document document;
+    ASSERT_TRUE(document.readFromURL(file, QString()));
+    EXPECT_EQ(document.documentLineBreaks(), 2);
+
+    // Replacing the whole text is one undoable step; the file is saved in place after the delay
+    // with the line breaks it was read with.
+    document.setTextStorage(QStringLiteral("third\nfourth\n"));
+    EXPECT_TRUE(document.isDocumentEdited());
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] { return TestSupport::readFile(file) == "third\r\nfourth\r\n"; }, 4000));
+    document.textStorage()->undo();
+    EXPECT_EQ(document.string(), QStringLiteral("first\nsecond\n"));
+
+    // A duplicate has the text and the formats but no file and nothing to undo.
+    const std::unique_ptr<Document> copy = document.duplicateAndReturnError();
+    EXPECT_EQ(copy->string(), document.string());
+    EXPECT_EQ(copy->documentLineBreaks(), 2);
+    EXPECT_TRUE(copy->fileURL().isEmpty());
+    EXPECT_FALSE(copy->textStorage()->isUndoAvailable());
+
+    // An export writes a PDF and replaces an older file only when it succeeds.
+    const QString pdf = TestSupport::writeFile(dir + "/notes.pdf", "old");
+    QString error;
+    ASSERT_TRUE(document.exportAsPDFTo(pdf, &error)) << error.toStdString();
+    EXPECT_TRUE(TestSupport::readFile(pdf).startsWith("%PDF"));
+    EXPECT_FALSE(document.exportAsPDFTo(dir + "/missing/notes.pdf", &error));
+    EXPECT_TRUE(error.contains("notes.pdf"));
+    EXPECT_EQ(QDir(dir).entryList(QDir::Files | QDir::Hidden).size(), 2);
+
+    UserDefaults::standardUserDefaults().removeObjectForKey("AutosavingDelay");
+    DocumentController::sharedDocumentController().updatePreferences();
 }

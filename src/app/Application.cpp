@@ -16,7 +16,11 @@ Application::Application(int& argc, char** argv)
     _delegate = new AppDelegate(this);
 }
 
-Application::~Application() = default;
+Application::~Application()
+{
+    // Windows and their panes must go while the application object can still take them down.
+    DocumentController::sharedDocumentController().discardAllDocuments();
+}
 
 Application* Application::instance()
 {

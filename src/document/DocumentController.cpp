@@ -28,6 +28,8 @@
 #include <QPrinter>
 #include <QPushButton>
 
+#include <utility>
+
 namespace {
 
 const QString kFirstStartupApplication = QStringLiteral("FirstStartupApplication");
@@ -472,6 +474,17 @@ bool DocumentController::reviewUnsavedDocumentsBeforeQuitting()
         }
     }
     return true;
+}
+
+void DocumentController::discardAllDocuments()
+{
+    const std::vector<Document*> documents = std::exchange(_documents, {});
+    for (Document* document : documents) {
+        WindowController* controller = windowControllerOf(document);
+        QWidget* window = controller ? controller->window() : nullptr;
+        delete document;
+        delete window;
+    }
 }
 
 QStringList DocumentController::recentDocumentURLs() const

@@ -70,6 +70,8 @@ public:
     bool closeDocument(Document* document);
     /// Asks about every modified document; false when the user cancelled.
     bool reviewUnsavedDocumentsBeforeQuitting();
+    /// Closes every document and its window without asking; used when the application ends.
+    void discardAllDocuments();
 
     QStringList recentDocumentURLs() const;
     void noteNewRecentDocumentURL(const QString& path);

@@ -30,6 +30,9 @@ constexpr quint64 kNoEncoding = std::numeric_limits<quint64>::max();
 constexpr quint64 kUTF8 = 4;
 const QString kAttributeName = QStringLiteral("com.apple.TextEncoding");
 const QString kPlainTextType = QStringLiteral("public.plain-text");
+// Characters put into the text before the window shows, and then per turn of the event loop.
+constexpr qsizetype kFirstLoadPiece = 1 << 19;
+constexpr qsizetype kLoadPiece = 1 << 19;
 
 int nextUntitledNumber()
 {
@@ -51,6 +54,7 @@ Document::Document(QObject* parent)
     , _textStorage(new QTextDocument(this))
     , _untitledNumber(nextUntitledNumber())
     , _autosaveTimer(new QTimer(this))
+    , _loadTimer(new QTimer(this))
 {
     _textStorage->setDocumentLayout(new QPlainTextDocumentLayout(_textStorage));
     _textStorage->setUndoRedoEnabled(false);
@@ -61,6 +65,17 @@ Document::Document(QObject* parent)
     updatePreferences();
     _textStorage->setUndoRedoEnabled(true);
     _textStorage->setModified(false);
+
+    _loadTimer->setInterval(0);
+    connect(_loadTimer, &QTimer::timeout, this, [this] {
+        appendPendingText(kLoadPiece);
+        if (!isLoading()) {
+            _loadTimer->stop();
+            _textStorage->setUndoRedoEnabled(true);
+            Q_EMIT loadingChanged(false);
+        }
+        _textStorage->setModified(false);
+    });
 
     _autosaveTimer->setSingleShot(true);
     connect(_autosaveTimer, &QTimer::timeout, this, [this] {
@@ -94,6 +109,9 @@ QString Document::string() const
 {
     QString text = _textStorage->toRawText();
     text.replace(QChar::ParagraphSeparator, u'\n');
+    if (isLoading()) {
+        text += QStringView(_pendingText).sliced(_pendingOffset);
+    }
     return text;
 }
 
@@ -199,10 +217,28 @@ bool Document::loadContents(const QString& path, quint64 encoding, QString* erro
         contents.lineBreaks = NSNotFound;
     }
 
+    // A large text goes in piece by piece: the first piece now, so the window can show it at
+    // once, the rest from the event loop (see appendPendingText).
+    const bool wasLoading = isLoading();
+    _loadTimer->stop();
+    _pendingText = std::move(contents.text);
+    _pendingOffset = 0;
+    if (_pendingText.contains(u'\r')) {
+        // The text keeps line feeds only; the file's own style is applied again on saving.
+        _pendingText = EncodingManager::sharedEncodingManager().replaceLineBreaks(0, _pendingText);
+    }
     _textStorage->setUndoRedoEnabled(false);
-    _textStorage->setPlainText(contents.text);
-    _textStorage->setUndoRedoEnabled(true);
+    _textStorage->clear();
+    appendPendingText(kFirstLoadPiece);
+    if (isLoading()) {
+        _loadTimer->start();
+    } else {
+        _textStorage->setUndoRedoEnabled(true);
+    }
     _textStorage->setModified(false);
+    if (wasLoading != isLoading()) {
+        Q_EMIT loadingChanged(isLoading());
+    }
 
     _documentEncoding = contents.encoding;
     if (contents.lineBreaks != NSNotFound) {
@@ -210,6 +246,38 @@ bool Document::loadContents(const QString& path, quint64 encoding, QString* erro
     }
     Q_EMIT documentInformationChanged();
     return true;
+}
+
+void Document::appendPendingText(qsizetype length)
+{
+    qsizetype end = std::min(_pendingOffset + length, _pendingText.size());
+    if (end < _pendingText.size()) {
+        // End the piece after a line break, so no line and no surrogate pair is split.
+        const qsizetype lineEnd = _pendingText.indexOf(u'\n', end);
+        end = lineEnd < 0 ? _pendingText.size() : lineEnd + 1;
+    }
+    QTextCursor cursor(_textStorage);
+    cursor.movePosition(QTextCursor::End);
+    cursor.insertText(
+        QStringView(_pendingText).sliced(_pendingOffset, end - _pendingOffset).toString());
+    _pendingOffset = end;
+    if (!isLoading()) {
+        _pendingText = QString();
+        _pendingOffset = 0;
+    }
+}
+
+void Document::finishLoading()
+{
+    if (!isLoading()) {
+        return;
+    }
+    _loadTimer->stop();
+    const bool modified = _textStorage->isModified();
+    appendPendingText(_pendingText.size());
+    _textStorage->setUndoRedoEnabled(true);
+    _textStorage->setModified(modified);
+    Q_EMIT loadingChanged(false);
 }
 
 void Document::setSavePanelChoice(quint64 encoding, qsizetype lineBreaks)

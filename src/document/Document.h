@@ -92,12 +92,20 @@ public:
     /// Writes the printed pages as a PDF file.
     bool exportAsPDFTo(const QString& path, QString* error = nullptr);
 
+    /// True while the end of a large file is still going into the text (see `loadContents`).
+    bool isLoading() const { return _pendingOffset < _pendingText.size(); }
+    /// Puts whatever is still waiting into the text at once.
+    void finishLoading();
+
 Q_SIGNALS:
     /// The encoding, line-break style or file changed: status lines and titles refresh.
     void documentInformationChanged();
+    /// A large file started or finished going into the text; panes stay read-only meanwhile.
+    void loadingChanged(bool loading);
 
 private:
     bool loadContents(const QString& path, quint64 encoding, QString* error);
+    void appendPendingText(qsizetype length);
     void scheduleAutosave();
 
     QTextDocument* _textStorage = nullptr;
@@ -119,4 +127,7 @@ private:
     qsizetype _savePanelLineBreaks = 0;
     QPageLayout _printInfo;
     QTimer* _autosaveTimer = nullptr;
+    QString _pendingText;
+    qsizetype _pendingOffset = 0;
+    QTimer* _loadTimer = nullptr;
 };

@@ -61,6 +61,13 @@ WindowController::WindowController(Document* document)
     });
     connect(document->textStorage(), &QTextDocument::modificationChanged, this,
             &WindowController::updateTitle);
+    // While the end of a large file is still going in, the panes show it but take no typing.
+    connect(document, &Document::loadingChanged, this, [this](bool loading) {
+        for (TextView* view : textViews()) {
+            view->setReadOnly(loading);
+        }
+        _window->indicator()->setVisible(loading);
+    });
     connect(document->textStorage(), &QTextDocument::contentsChanged, this,
             &WindowController::textDidChange);
     connect(_window, &DocumentWindow::becameActive, this, [this] {
@@ -121,6 +128,10 @@ void WindowController::applyStateToPane(TextView* view)
     view->setAutoIndent(_autoIndent);
     view->setAutoBraceMatching(_autoBraceMatching);
     view->setAutoComplete(_autoComplete);
+    view->setReadOnly(_document->isLoading());
+    if (_document->isLoading()) {
+        _window->indicator()->show();
+    }
 }
 
 void WindowController::windowDidLoad()

@@ -294,3 +294,40 @@ TEST(Document, AutosaveDuplicateReplaceAndPdf)
     UserDefaults::standardUserDefaults().removeObjectForKey("AutosavingDelay");
     DocumentController::sharedDocumentController().updatePreferences();
 }
+
+TEST(Document, LargeFilesGoInPieceByPieceAndAreWholeForEveryReader)
+{
+    const QString dir = TestSupport::makeTempDir();
+    QByteArray bytes;
+    for (int line = 0; bytes.size() < 3'000'000; ++line) {
+        bytes += "line " + QByteArray::number(line) + " caf\xc3\xa9 \xf0\x9f\x98\x80\r\n";
+    }
+    const QString file = TestSupport::writeFile(dir + "/large.txt", bytes);
+    QString expected = QString::fromUtf8(bytes);
+    expected.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+
+    Document document;
+    QList<bool> changes;
+    QObject::connect(&document, &Document::loadingChanged,
+                     [&](bool loading) { changes << loading; });
+    ASSERT_TRUE(document.readFromURL(file, QString()));
+    EXPECT_TRUE(document.isLoading());
+    EXPECT_LT(document.textStorage()->characterCount(), expected.size());
+    // Saving or copying while the end is still going in sees the whole text.
+    EXPECT_EQ(document.string(), expected);
+    const QString copy = dir + "/copy.txt";
+    ASSERT_TRUE(document.writeSafelyToURL(copy, QString(), Document::SaveTo));
+    EXPECT_EQ(TestSupport::readFile(copy), bytes);
+
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !document.isLoading(); }, 10000));
+    EXPECT_EQ(changes, QList<bool>({true, false}));
+    EXPECT_EQ(document.textStorage()->toPlainText(), expected);
+    EXPECT_FALSE(document.isDocumentEdited());
+    EXPECT_FALSE(document.textStorage()->isUndoAvailable());
+
+    // Reading again while loading starts over with the new contents.
+    ASSERT_TRUE(document.revertToContentsOfURL(file, QString()));
+    document.finishLoading();
+    EXPECT_FALSE(document.isLoading());
+    EXPECT_EQ(document.textStorage()->toPlainText(), expected);
+}

@@ -48,6 +48,8 @@ constexpr qsizetype encodingTableLength = qsizetype(encodingTable.size()) - 1;
 constexpr quint64 UTF8 = 4;
 constexpr quint64 UTF16 = 10;
 constexpr quint64 EUCJP = 3;
+constexpr quint64 ISOLatin1 = 5;
+constexpr quint64 WindowsLatin1 = 12;
 constexpr quint64 ISO2022JP = 21;
 constexpr quint64 ShiftJIS = 0x80000A01;
 
@@ -286,6 +288,16 @@ DecodedContents EncodingManager::automaticDistinctionWithData(QByteArray data, b
     if (detected != StringEncoding::NoEncoding && list.contains(detected) &&
         TextCodec::decode(detected, data, result.text)) {
         return found(detected);
+    }
+    // Text with no NUL byte at all is not UTF-16, though nearly any even number of bytes
+    // decodes as such. When the detector's reading fails on it (UTF-8 with a stray Latin-1
+    // byte, say), a Western single-byte reading keeps every byte and every line.
+    if (!data.contains('\0')) {
+        for (const quint64 western : {WindowsLatin1, ISOLatin1}) {
+            if (list.contains(western) && TextCodec::decode(western, data, result.text)) {
+                return found(western);
+            }
+        }
     }
 
     for (const quint64 encoding : list) {

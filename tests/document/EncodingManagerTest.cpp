@@ -257,6 +257,17 @@ TEST(EncodingManager, ShortUtf8TextIsNotMistakenForASingleByteEncoding)
         EXPECT_EQ(manager.automaticDistinctionEncodingWithContentsOfURL(fileWith(bytes), false), 4u)
             << bytes.toStdString();
     }
+
+    // Mostly UTF-8 with one stray Latin-1 byte far in: a Western reading, never UTF-16, which
+    // would also take the bytes but lose every line.
+    QByteArray mixed;
+    for (int i = 0; i < 2000; ++i) {
+        mixed += "/* r\xc3\xa9sum\xc3\xa9 */\nint x" + QByteArray::number(i) + ";\n";
+    }
+    mixed += "/* Copyright \xa9 2007 */\n";
+    const DecodedContents contents = manager.contentsOfURL(fileWith(mixed), ~quint64(0), false);
+    EXPECT_EQ(contents.encoding, 12u);
+    EXPECT_TRUE(contents.text.endsWith(QStringLiteral("Copyright \u00a9 2007 */\n")));
 }
 
 TEST(EncodingManager, DetectionRunsOnWorkerThreads)

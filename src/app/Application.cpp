@@ -31,8 +31,11 @@ int Application::run(const CommandLine& commandLine)
 {
     DocumentController::sharedDocumentController().awakeFromNib();
     _delegate->applicationDidFinishLaunching();
+    DocumentController& documents = DocumentController::sharedDocumentController();
     if (commandLine.files().empty()) {
-        if (_delegate->applicationShouldOpenUntitledFile()) {
+        // The windows open when the last run ended come back; a new one only when none does.
+        if (documents.reopenDocumentsOfLastRun() == 0 &&
+            _delegate->applicationShouldOpenUntitledFile()) {
             _delegate->openUntitledDocument();
         }
     } else {
@@ -41,6 +44,7 @@ int Application::run(const CommandLine& commandLine)
         }
     }
     const int status = exec();
+    documents.noteDocumentsForRestoration();
     _delegate->applicationWillTerminate();
     return status;
 }

@@ -153,6 +153,8 @@ void DocumentController::installShippedResources()
 namespace {
 
 const QString kRecentDocuments = QStringLiteral("RecentDocumentPaths");
+// Triplets of window identifier, encoding and path of the documents open when the last run ended.
+const QString kRestorableDocuments = QStringLiteral("RestorableDocuments");
 constexpr int kMaximumRecentDocuments = 15;
 constexpr quint64 kAutomatic = ~quint64(0);
 
@@ -485,6 +487,51 @@ void DocumentController::discardAllDocuments()
         delete document;
         delete window;
     }
+}
+
+void DocumentController::noteDocumentsForRestoration()
+{
+    QStringList entries;
+    for (Document* document : _documents) {
+        if (!document->fileURL().isEmpty()) {
+            entries << document->windowIdentifier() << QString::number(document->documentEncoding())
+                    << document->fileURL();
+        }
+    }
+    UserDefaults::standardUserDefaults().setObject(entries, kRestorableDocuments);
+}
+
+int DocumentController::reopenDocumentsOfLastRun()
+{
+    UserDefaults& defaults = UserDefaults::standardUserDefaults();
+    const QStringList entries = defaults.objectForKey(kRestorableDocuments).toStringList();
+    defaults.removeObjectForKey(kRestorableDocuments);
+    int reopened = 0;
+    for (qsizetype i = 0; i + 2 < entries.size(); i += 3) {
+        // A file that went away since is simply not brought back.
+        if (QFileInfo(entries[i + 2]).isFile() &&
+            reopenDocumentForURL(entries[i + 2], entries[i + 1].toULongLong(), entries[i])) {
+            ++reopened;
+        }
+    }
+    return reopened;
+}
+
+Document* DocumentController::reopenDocumentForURL(const QString& path, quint64 encoding,
+                                                   const QString& identifier)
+{
+    auto* document = new Document(this);
+    document->setDocumentEncoding(encoding);
+    document->setWindowIdentifier(identifier);
+    _isReopen = true;
+    QString error;
+    if (!document->readFromURL(QFileInfo(path).absoluteFilePath(), QString(), &error)) {
+        _isReopen = false;
+        delete document;
+        presentError(activeWindowOr(nullptr), error);
+        return nullptr;
+    }
+    return addDocument(document, true);
 }
 
 QStringList DocumentController::recentDocumentURLs() const

@@ -73,6 +73,17 @@ public:
     /// Closes every document and its window without asking; used when the application ends.
     void discardAllDocuments();
 
+    /// Remembers the documents open now (file, encoding, window identifier) so that the next
+    /// launch can bring their windows back; untitled documents are not remembered.
+    void noteDocumentsForRestoration();
+    /// Reopens the documents remembered by the last run, each through the reopening path with
+    /// its window identifier; returns how many came back.
+    int reopenDocumentsOfLastRun();
+    /// Reads the file as a document restored at launch: its extended attribute, else
+    /// `encoding`, without detection; the window is set up with `identifier`.
+    Document* reopenDocumentForURL(const QString& path, quint64 encoding,
+                                   const QString& identifier);
+
     QStringList recentDocumentURLs() const;
     void noteNewRecentDocumentURL(const QString& path);
     void clearRecentDocuments();

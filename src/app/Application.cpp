@@ -39,12 +39,18 @@ int Application::run(const CommandLine& commandLine)
             _delegate->openUntitledDocument();
         }
     } else {
+        // Files named on the command line take the place of the last run's windows.
+        documents.noteDocumentsForRestoration();
         for (const CommandLine::File& file : commandLine.files()) {
             _delegate->openDocument(file.path);
         }
     }
     const int status = exec();
-    documents.noteDocumentsForRestoration();
+    // Quitting from the menu noted the windows before closing them; an end that leaves
+    // them open (the session ending, say) notes them here.
+    if (!documents.documents().empty()) {
+        documents.noteDocumentsForRestoration();
+    }
     _delegate->applicationWillTerminate();
     return status;
 }

@@ -103,9 +103,15 @@ void MainMenu::buildFileMenu(QMenuBar* bar)
                     [&documents, document] { documents.printDocument(document); });
     file->addAction(tr("Export as PD&F…"), this,
                     [&documents, document] { documents.exportDocumentAsPDF(document); });
+    QMenu* share = file->addMenu(tr("S&hare"));
+    share->setObjectName(QStringLiteral("shareMenu"));
+    documents.makeSharingMenu(share);
+    connect(share, &QMenu::triggered, this,
+            [this](QAction* item) { _controller->shareUsing(item->property("tag").toInt()); });
     file->addSeparator();
     file->addAction(tr("&Quit"), QKeySequence::Quit, qApp, [&documents] {
         if (documents.reviewUnsavedDocumentsBeforeQuitting()) {
+            documents.noteDocumentsForRestoration();
             for (Document* open : std::vector<Document*>(documents.documents())) {
                 if (WindowController* controller = documents.windowControllerOf(open)) {
                     controller->window()->setCloseHandler(nullptr);

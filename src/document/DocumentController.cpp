@@ -21,6 +21,7 @@
 #include <QFileIconProvider>
 #include <QFileInfo>
 #include <QGridLayout>
+#include <QIcon>
 #include <QLabel>
 #include <QMenu>
 #include <QMessageBox>
@@ -615,6 +616,22 @@ void DocumentController::makeSyntaxMenuItems(QMenu* menu)
     item->setCheckable(true);
     item->setData(plainText);
     item->setProperty("tag", 500);
+}
+
+void DocumentController::makeSharingMenu(QMenu* menu)
+{
+    menu->clear();
+    menu->setIcon(QIcon::fromTheme(QStringLiteral("document-send")));
+    const auto add = [menu](const QString& title, const QString& icon, int tag) {
+        QAction* item = menu->addAction(QIcon::fromTheme(icon), title);
+        item->setProperty("tag", tag);
+    };
+    add(tr("Email"), QStringLiteral("mail-send"), 0);
+    add(tr("Messages"), QStringLiteral("mail-message-new"), 1);
+    menu->addSeparator();
+    add(tr("Twitter"), QStringLiteral("internet-web-browser"), 2);
+    add(tr("Facebook"), QStringLiteral("internet-web-browser"), 3);
+    add(tr("Sina Weibo"), QStringLiteral("internet-web-browser"), 4);
 }
 
 void DocumentController::updatePreferences()

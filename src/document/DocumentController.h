@@ -97,6 +97,9 @@ public:
     /// Fills a menu with "Default For File Type", "None", the definitions of the syntax
     /// folder and "Plain Text" (tag 500, the definition's path as data).
     void makeSyntaxMenuItems(QMenu* menu);
+    /// Fills the sharing menu: e-mail (tag 0), messages (1), a separator, Twitter (2),
+    /// Facebook (3) and Sina Weibo (4).
+    void makeSharingMenu(QMenu* menu);
     void updatePreferences();
 
     /// The syntax definitions that ship with the application, in installation order.

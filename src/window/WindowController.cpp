@@ -24,7 +24,6 @@
 #include <QSplitter>
 #include <QTextDocument>
 #include <QUrl>
-#include <QUrlQuery>
 #include <QtConcurrent>
 
 namespace {
@@ -461,33 +460,50 @@ void WindowController::setLineBreaks(qsizetype lineBreaks)
     _document->setDocumentLineBreaks(lineBreaks);
 }
 
+QUrl WindowController::sharingURL(int tag, const QString& subject, const QString& text)
+{
+    // E-mail goes to the user's mail program; the other services have web share addresses.
+    static const char* const addresses[] = {"mailto:", "sms:", "https://twitter.com/intent/tweet",
+                                            "https://www.facebook.com/sharer/sharer.php",
+                                            "https://service.weibo.com/share/share.php"};
+    static const char* const keys[] = {"body", "body", "text", "quote", "title"};
+    if (tag < 0 || tag > 4) {
+        return QUrl();
+    }
+    // Every character but the unreserved ones is percent-encoded, '+' and '&' included, so
+    // no service reads a plus as a space or an ampersand as the end of the text.
+    const auto item = [](const char* key, const QString& value) {
+        return QString::fromLatin1(key) + u'=' +
+               QString::fromLatin1(QUrl::toPercentEncoding(value));
+    };
+    QString query = item(keys[tag], text);
+    if (tag == 0) {
+        query = item("subject", subject) + u'&' + query;
+    }
+    QUrl url(QString::fromLatin1(addresses[tag]));
+    url.setQuery(query, QUrl::StrictMode);
+    return url;
+}
+
 void WindowController::shareUsing(int tag)
 {
     TextView* view = textView();
     if (!view) {
         return;
     }
+    // Mail and message programs take a text of some size through their address; web pages
+    // only a short one.
     const QString text = _document->string();
-    QUrl url;
-    if (tag == 0) {
-        url = QUrl(QStringLiteral("mailto:"));
-        QUrlQuery query;
-        query.addQueryItem(QStringLiteral("subject"), _document->displayName());
-        query.addQueryItem(QStringLiteral("body"), text);
-        url.setQuery(query);
-    } else {
-        static const char* const addresses[] = {nullptr, "https://web.whatsapp.com/send",
-                                                "https://twitter.com/intent/tweet",
-                                                "https://www.facebook.com/sharer/sharer.php",
-                                                "https://service.weibo.com/share/share.php"};
-        static const char* const keys[] = {nullptr, "text", "text", "quote", "title"};
-        if (tag < 1 || tag > 4) {
-            return;
-        }
-        url = QUrl(QString::fromLatin1(addresses[tag]));
-        QUrlQuery query;
-        query.addQueryItem(QString::fromLatin1(keys[tag]), text);
-        url.setQuery(query);
+    const qsizetype limit = tag <= 1 ? 64 * 1024 : 4 * 1024;
+    if (text.size() > limit) {
+        QMessageBox alert(QMessageBox::Warning, tr("The text is too long to share this way."),
+                          tr("This service takes at most %L1 characters. Select less text or "
+                             "attach the file instead.")
+                              .arg(limit),
+                          QMessageBox::Ok, _window);
+        alert.setWindowModality(Qt::WindowModal);
+        alert.exec();
+        return;
     }
-    QDesktopServices::openUrl(url);
+    QDesktopServices::openUrl(sharingURL(tag, _document->displayName(), text));
 }

@@ -12,7 +12,9 @@ class DocumentWindow;
 class EditorController;
 class QAction;
 class QMenu;
+class QUrl;
 class TextView;
+class QUrl;
 
 /// The controller of one document's window: the window's own view flags, its syntax
 /// choice, its status line, its window identifier and the validation of its menus. It
@@ -92,8 +94,11 @@ public:
     void reopenUsingEncoding(quint64 encoding);
     /// Sets the document's line-break style (the Line Breaks menu).
     void setLineBreaks(qsizetype lineBreaks);
-    /// Shares the whole text by e-mail (tag 0) or through a web share address.
+    /// Shares the whole text by e-mail (tag 0), message (1) or through the web share address
+    /// of Twitter (2), Facebook (3) or Sina Weibo (4).
     void shareUsing(int tag);
+    /// The address that hands `text` to the sharing service of `tag`.
+    static QUrl sharingURL(int tag, const QString& subject, const QString& text);
 
     QString windowIdentifier() const { return _windowIdentifier; }
 

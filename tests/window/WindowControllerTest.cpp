@@ -190,3 +190,30 @@ TEST(WindowController, WindowsOpenAtTheEndOfARunComeBackAtTheNext)
     controller.discardAllDocuments();
     EXPECT_EQ(controller.reopenDocumentsOfLastRun(), 0);
 }
+
+TEST(WindowController, SharingMenuAndAddresses)
+{
+    Window window(QStringLiteral("a"));
+    MainMenu menu(window.controller);
+    QMenu* share = menu.menuNamed(QStringLiteral("shareMenu"));
+    ASSERT_NE(share, nullptr);
+    QStringList items;
+    for (QAction* item : share->actions()) {
+        items << (item->isSeparator() ? QStringLiteral("-")
+                                      : item->text() + u':' + item->property("tag").toString());
+    }
+    EXPECT_EQ(items, QStringList({"Email:0", "Messages:1", "-", "Twitter:2", "Facebook:3",
+                                  "Sina Weibo:4"}));
+
+    const QString text = QStringLiteral("a+b & c=d 100% \u00e9\n");
+    const QUrl mail = WindowController::sharingURL(0, QStringLiteral("notes.txt"), text);
+    EXPECT_EQ(mail.scheme(), "mailto");
+    EXPECT_EQ(mail.toString(QUrl::FullyEncoded),
+              "mailto:?subject=notes.txt&body=a%2Bb%20%26%20c%3Dd%20100%25%20%C3%A9%0A");
+    EXPECT_EQ(WindowController::sharingURL(2, QString(), QStringLiteral("hi there"))
+                  .toString(QUrl::FullyEncoded),
+              "https://twitter.com/intent/tweet?text=hi%20there");
+    EXPECT_EQ(WindowController::sharingURL(4, QString(), QStringLiteral("x")).host(),
+              "service.weibo.com");
+    EXPECT_TRUE(WindowController::sharingURL(5, QString(), text).isEmpty());
+}

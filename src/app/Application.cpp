@@ -2,6 +2,7 @@
 
 #include "app/AppDelegate.h"
 #include "app/CommandLine.h"
+#include "app/CommandLineOpener.h"
 #include "document/DocumentController.h"
 
 Application::Application(int& argc, char** argv)
@@ -41,9 +42,7 @@ int Application::run(const CommandLine& commandLine)
     } else {
         // Files named on the command line take the place of the last run's windows.
         documents.noteDocumentsForRestoration();
-        for (const CommandLine::File& file : commandLine.files()) {
-            _delegate->openDocument(file.path);
-        }
+        CommandLineOpener::open(commandLine);
     }
     const int status = exec();
     // Quitting from the menu noted the windows before closing them; an end that leaves

@@ -1,5 +1,7 @@
 #include "app/CommandLine.h"
 
+#include "platform/StringEncoding.h"
+
 #include <QFileInfo>
 
 namespace {
@@ -112,6 +114,16 @@ CommandLine CommandLine::parse(const QStringList& arguments)
                 return result;
             }
             result._encodingName = value.trimmed();
+            const quint32 encoding =
+                StringEncoding::convertIANACharSetNameToEncoding(result._encodingName);
+            if (encoding == StringEncoding::InvalidId) {
+                result._errorString =
+                    QStringLiteral("unknown encoding “%1” (give an IANA name such as utf-8, "
+                                   "shift_jis or iso-8859-1)")
+                        .arg(result._encodingName);
+                return result;
+            }
+            result._encoding = StringEncoding::convertEncodingToNSStringEncoding(encoding);
         } else if (name == u"-l" || name == u"--line") {
             if (!takeValue()) {
                 return result;

@@ -32,6 +32,8 @@ public:
     bool newInstance() const { return _newInstance; }
     /// The IANA name given with --encoding; empty when none.
     QString encodingName() const { return _encodingName; }
+    /// The encoding --encoding names; all ones when none was given.
+    quint64 encoding() const { return _encoding; }
     const std::vector<File>& files() const { return _files; }
 
     static QString helpText();
@@ -42,5 +44,6 @@ private:
     bool _showVersion = false;
     bool _newInstance = false;
     QString _encodingName;
+    quint64 _encoding = ~quint64(0);
     std::vector<File> _files;
 };

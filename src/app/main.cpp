@@ -1,5 +1,6 @@
 #include "app/Application.h"
 #include "app/CommandLine.h"
+#include "app/CommandLineOpener.h"
 
 #include <QStringList>
 
@@ -25,6 +26,13 @@ int main(int argc, char** argv)
     if (commandLine.showVersion()) {
         std::printf("tessaran %s\n", TESSARAN_VERSION);
         return 0;
+    }
+    const QStringList unreadable = CommandLineOpener::unreadableFiles(commandLine);
+    for (const QString& problem : unreadable) {
+        std::fprintf(stderr, "tessaran: %s\n", qPrintable(problem));
+    }
+    if (!unreadable.isEmpty()) {
+        return 1;
     }
     Application app(argc, argv);
     return app.run(commandLine);

@@ -35,6 +35,9 @@ TEST(CommandLine, FilesPositionsAndOptions)
     EXPECT_TRUE(CommandLine::parse({"--help"}).showHelp());
     EXPECT_TRUE(CommandLine::parse({"-v"}).showVersion());
     EXPECT_EQ(CommandLine::parse({"--encoding=utf-8"}).encodingName(), "utf-8");
+    EXPECT_EQ(CommandLine::parse({"--encoding=utf-8"}).encoding(), 4u);
+    EXPECT_EQ(line.encoding(), 0x80000A01u);
+    EXPECT_EQ(CommandLine::parse({"a.c"}).encoding(), ~quint64(0));
 }
 
 TEST(CommandLine, BadOptionsAreReported)
@@ -42,7 +45,7 @@ TEST(CommandLine, BadOptionsAreReported)
     for (const QStringList& arguments :
          {QStringList{"--frobnicate"}, QStringList{"-x", "a.c"}, QStringList{"--line"},
           QStringList{"--line", "zero"}, QStringList{"--line", "0"}, QStringList{"--encoding"},
-          QStringList{"--encoding", " "}}) {
+          QStringList{"--encoding", " "}, QStringList{"--encoding", "klingon-8"}}) {
         const CommandLine line = CommandLine::parse(arguments);
         EXPECT_FALSE(line.ok()) << arguments.join(' ').toStdString();
         EXPECT_FALSE(line.errorString().isEmpty());

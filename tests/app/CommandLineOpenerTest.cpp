@@ -1,0 +1,127 @@
+#include "app/CommandLineOpener.h"
+
+#include "TestSupport.h"
+#include "document/Document.h"
+#include "document/DocumentController.h"
+#include "editor/TextView.h"
+#include "window/DocumentWindow.h"
+#include "window/WindowController.h"
+
+#include <QFileInfo>
+#include <QProcess>
+#include <QTest>
+#include <QTextBlock>
+#include <QTextDocument>
+
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+namespace {
+
+TextView* viewOf(Document* document)
+{
+    return DocumentController::sharedDocumentController().windowControllerOf(document)->textView();
+}
+
+struct EditorRun {
+    int status = -1;
+    QString out;
+    QString err;
+};
+
+EditorRun runEditor(const QStringList& arguments)
+{
+    QProcess process;
+    process.start(QStringLiteral(TESSARAN_EXECUTABLE), arguments);
+    process.waitForFinished(20000);
+    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
+            QString::fromUtf8(process.readAllStandardOutput()),
+            QString::fromUtf8(process.readAllStandardError())};
+}
+
+} // namespace
+
+TEST(CommandLineOpener, FilesPositionsEncodingsAndNewNames)
+{
+    DocumentController& controller = DocumentController::sharedDocumentController();
+    controller.discardAllDocuments();
+    const QString dir = TestSupport::makeTempDir();
+    const QString source = TestSupport::writeFile(dir + "/a.c", "one\ntwo\nthree four\n");
+    // "日本" in Shift_JIS: read so only when the command line says so.
+    const QString japanese = TestSupport::writeFile(dir + "/j.txt", "\x93\xfa\x96\x7b\n");
+    const QString fresh = dir + "/new.txt";
+
+    const CommandLine line = CommandLine::parse({source + ":3:7", fresh, "--line", "2"});
+    ASSERT_TRUE(line.ok());
+    const QList<Document*> opened = CommandLineOpener::open(line);
+    ASSERT_EQ(opened.size(), 2);
+    QTextCursor cursor = viewOf(opened[0])->textCursor();
+    EXPECT_EQ(cursor.blockNumber(), 2);
+    EXPECT_EQ(cursor.positionInBlock(), 6);
+    // A name that does not exist yet is a new document that saves under it.
+    EXPECT_EQ(opened[1]->fileURL(), QFileInfo(fresh).absoluteFilePath());
+    EXPECT_EQ(opened[1]->displayName(), "new.txt");
+    EXPECT_FALSE(QFileInfo::exists(fresh));
+    opened[1]->textStorage()->setPlainText(QStringLiteral("saved\n"));
+    ASSERT_TRUE(controller.saveDocument(opened[1]));
+    EXPECT_EQ(TestSupport::readFile(fresh), "saved\n");
+
+    const QList<Document*> shiftJis =
+        CommandLineOpener::open(CommandLine::parse({"--encoding", "shift_jis", japanese}));
+    ASSERT_EQ(shiftJis.size(), 1);
+    EXPECT_EQ(shiftJis[0]->documentEncoding(), 0x80000A01u);
+    EXPECT_EQ(shiftJis[0]->string(), QStringLiteral("\u65e5\u672c\n"));
+    EXPECT_FALSE(controller.isOpenPanel());
+
+    EXPECT_TRUE(CommandLineOpener::unreadableFiles(CommandLine::parse({source, fresh})).isEmpty());
+    EXPECT_EQ(CommandLineOpener::unreadableFiles(CommandLine::parse({dir, dir + "/no/x"})).size(),
+              2);
+    controller.discardAllDocuments();
+}
+
+TEST(CommandLineOpener, StandardInputBecomesAnUntitledDocumentAsItArrives)
+{
+    int pipeEnds[2];
+    ASSERT_EQ(pipe(pipeEnds), 0);
+    const int savedInput = dup(STDIN_FILENO);
+    dup2(pipeEnds[0], STDIN_FILENO);
+    close(pipeEnds[0]);
+
+    const QList<Document*> opened = CommandLineOpener::open(CommandLine::parse({"-"}));
+    ASSERT_EQ(opened.size(), 1);
+    Document* document = opened[0];
+    EXPECT_TRUE(document->fileURL().isEmpty());
+    // "é" split between two writes still arrives whole.
+    ASSERT_EQ(write(pipeEnds[1], "make: caf\xc3", 10), 10);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return document->string() == "make: caf"; }, 5000));
+    ASSERT_EQ(write(pipeEnds[1], "\xa9\r\nerror\n", 9), 9);
+    close(pipeEnds[1]);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return document->isDocumentEdited(); }, 5000));
+    EXPECT_EQ(document->string(), QStringLiteral("make: caf\u00e9\nerror\n"));
+    EXPECT_FALSE(document->textStorage()->isUndoAvailable());
+
+    dup2(savedInput, STDIN_FILENO);
+    close(savedInput);
+    DocumentController::sharedDocumentController().discardAllDocuments();
+}
+
+TEST(CommandLineOpener, TheExecutableAnswersBeforeAnyWindow)
+{
+    const EditorRun help = runEditor({"--help"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_TRUE(help.out.startsWith("Usage: tessaran")) << help.out.toStdString();
+    const EditorRun version = runEditor({"--version"});
+    EXPECT_EQ(version.status, 0);
+    EXPECT_EQ(version.out, QStringLiteral("tessaran %1\n").arg(TESSARAN_VERSION));
+    const EditorRun unknown = runEditor({"--frobnicate"});
+    EXPECT_EQ(unknown.status, 2);
+    EXPECT_TRUE(unknown.err.contains("unknown option --frobnicate")) << unknown.err.toStdString();
+    const EditorRun encoding = runEditor({"--encoding", "klingon-8", "a.txt"});
+    EXPECT_EQ(encoding.status, 2);
+    EXPECT_TRUE(encoding.err.contains("klingon-8"));
+    const QString dir = TestSupport::makeTempDir();
+    const EditorRun folder = runEditor({dir});
+    EXPECT_EQ(folder.status, 1);
+    EXPECT_TRUE(folder.err.contains("is a folder")) << folder.err.toStdString();
+}

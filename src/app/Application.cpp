@@ -5,6 +5,8 @@
 #include "app/CommandLineOpener.h"
 #include "document/DocumentController.h"
 
+#include <QIcon>
+
 Application::Application(int& argc, char** argv)
     : QApplication(argc, argv)
 {
@@ -12,6 +14,9 @@ Application::Application(int& argc, char** argv)
     setOrganizationName(QStringLiteral("Tessaran"));
     setApplicationVersion(QStringLiteral(TESSARAN_VERSION));
     setDesktopFileName(QStringLiteral("tessaran"));
+    // The installed theme icon when there is one, else the copy built into the program.
+    setWindowIcon(QIcon::fromTheme(QStringLiteral("tessaran"),
+                                   QIcon(QStringLiteral(":/Images/tessaran.png"))));
     // The defaults are registered before any other object reads a setting.
     AppDelegate::initialize();
     _delegate = new AppDelegate(this);

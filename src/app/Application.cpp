@@ -4,6 +4,7 @@
 #include "app/CommandLine.h"
 #include "app/CommandLineOpener.h"
 #include "document/DocumentController.h"
+#include "document/RecoveryStore.h"
 
 #include <QIcon>
 
@@ -38,9 +39,11 @@ int Application::run(const CommandLine& commandLine)
     DocumentController::sharedDocumentController().awakeFromNib();
     _delegate->applicationDidFinishLaunching();
     DocumentController& documents = DocumentController::sharedDocumentController();
+    // Unsaved text left behind by an editor that crashed or was killed comes back first.
+    const int recovered = RecoveryStore::sharedRecoveryStore().recoverOrphans();
     if (commandLine.files().empty()) {
         // The windows open when the last run ended come back; a new one only when none does.
-        if (documents.reopenDocumentsOfLastRun() == 0 &&
+        if (documents.reopenDocumentsOfLastRun() + recovered == 0 &&
             _delegate->applicationShouldOpenUntitledFile()) {
             _delegate->openUntitledDocument();
         }

@@ -4,6 +4,7 @@
 #include "app/MainMenu.h"
 #include "document/Document.h"
 #include "document/EncodingManager.h"
+#include "document/RecoveryStore.h"
 #include "editor/TextView.h"
 #include "platform/FileManager.h"
 #include "platform/StringEncoding.h"
@@ -216,6 +217,7 @@ WindowController* DocumentController::windowControllerOf(Document* document) con
 Document* DocumentController::addDocument(Document* document, bool display)
 {
     _documents.push_back(document);
+    RecoveryStore::sharedRecoveryStore().watch(document);
     auto* controller = new WindowController(document);
     controller->windowDidLoad();
     new MainMenu(controller);
@@ -521,12 +523,18 @@ int DocumentController::reopenDocumentsOfLastRun()
 Document* DocumentController::reopenDocumentForURL(const QString& path, quint64 encoding,
                                                    const QString& identifier)
 {
+    const QString absolute = QFileInfo(path).absoluteFilePath();
+    for (Document* open : _documents) {
+        if (open->fileURL() == absolute) {
+            return open;
+        }
+    }
     auto* document = new Document(this);
     document->setDocumentEncoding(encoding);
     document->setWindowIdentifier(identifier);
     _isReopen = true;
     QString error;
-    if (!document->readFromURL(QFileInfo(path).absoluteFilePath(), QString(), &error)) {
+    if (!document->readFromURL(absolute, QString(), &error)) {
         _isReopen = false;
         delete document;
         presentError(activeWindowOr(nullptr), error);

@@ -393,6 +393,11 @@ const Sample samples[] = {
      {}},
 };
 
+void PrintTo(const Sample& sample, std::ostream* os)
+{
+    *os << sample.definition;
+}
+
 class ShippedDefinitionSample : public testing::TestWithParam<Sample>
 {
 };

@@ -270,6 +270,11 @@ void expectEditsMatchTheModel(const QVariantMap& definition, QString text, const
     }
 }
 
+void PrintTo(const Language& language, std::ostream* os)
+{
+    *os << language.name;
+}
+
 class ShippedDefinitionOnRealFiles : public testing::TestWithParam<Language>
 {
 };

@@ -398,6 +398,33 @@ std::string testName(const testing::TestParamInfo<Language>& info)
 INSTANTIATE_TEST_SUITE_P(Languages, ShippedDefinitionOnRealFiles, testing::ValuesIn(languages),
                          testName);
 
+TEST(ShippedDefinitions, NoPatternRunsIntoTheTimeLimitOnTextOfAnotherLanguage)
+{
+    // A file opened with the wrong definition, or a definition chosen by hand, must not
+    // stop any pass: the patterns of every definition meet every other language here.
+    QString mixed;
+    for (const Language& language : languages) {
+        const QStringList paths = findFiles(language);
+        if (!paths.isEmpty()) {
+            mixed += readText(paths.first()).left(24 * 1024);
+        }
+    }
+    if (mixed.isEmpty()) {
+        GTEST_SKIP() << "no source files on this machine";
+    }
+    SyntaxManager manager;
+    for (const QString& name : DocumentController::shippedSyntaxNames()) {
+        const QVariantMap definition = shipped(name);
+        SyntaxColoringEngine engine(definition);
+        EXPECT_FALSE(engine.coloringRange(mixed, Range(0, mixed.size())).wasInterrupted())
+            << name.toStdString();
+        if (definition.contains("FunctionDefinition")) {
+            EXPECT_TRUE(manager.makeFunctionDefinitionWithString(mixed, definition))
+                << name.toStdString();
+        }
+    }
+}
+
 TEST(ShippedDefinitions, TheCDefinitionColoursASmallProgramAsExpected)
 {
     const QString text = QStringLiteral("#include <stdio.h>\n"

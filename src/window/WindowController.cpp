@@ -5,16 +5,24 @@
 #include "document/DocumentController.h"
 #include "document/EncodingManager.h"
 #include "editor/EditorController.h"
+#include "editor/FindIndicator.h"
+#include "editor/TextMirror.h"
 #include "editor/TextView.h"
+#include "platform/FileManager.h"
+#include "platform/PropertyList.h"
 #include "platform/StringEncoding.h"
 #include "platform/TextCodec.h"
 #include "platform/UserDefaults.h"
+#include "syntax/FunctionMenu.h"
+#include "syntax/SyntaxManager.h"
 #include "window/CharacterCounter.h"
 #include "window/DocumentWindow.h"
+#include "window/FunctionPopUp.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QDesktopServices>
+#include <QDir>
 #include <QFileInfo>
 #include <QFutureWatcher>
 #include <QLabel>
@@ -67,6 +75,12 @@ WindowController::WindowController(Document* document)
         _infoCharacters = _counter->count();
         updateToolbarInformation();
     });
+    if (auto* popUp = qobject_cast<FunctionPopUp*>(_window->functionPopUp())) {
+        connect(popUp, &FunctionPopUp::willPopUp, this,
+                &WindowController::updateFunctionDefinitionList);
+        connect(popUp, &QComboBox::activated, this,
+                &WindowController::selectedFunctionDefinitionItem);
+    }
 }
 
 WindowController::~WindowController()
@@ -146,6 +160,7 @@ void WindowController::windowDidLoad()
         _selectedSyntaxName = fields[1];
         _syntaxColouring = true;
     }
+    syntaxSettingToTextView();
     _infoCharacters = _counter->count();
     updateToolbarInformation();
     updateTitle();
@@ -165,6 +180,136 @@ void WindowController::updateTitle()
     _window->setWindowFilePath(_document->fileURL());
     _window->setWindowTitle(_document->displayName() + QStringLiteral("[*]"));
     _window->setWindowModified(_document->isDocumentEdited());
+}
+
+// Syntax -------------------------------------------------------------------------------
+
+void WindowController::writeWindowIdentifier(const QString& syntaxName)
+{
+    const QString pane = _isSidebarView ? QString::number(_lastSelectedType) : kNone;
+    setWindowIdentifier(pane + u':' + (syntaxName.isEmpty() ? kNone : syntaxName));
+}
+
+void WindowController::setFunctionPopUpShown(bool shown)
+{
+    if (_window) {
+        _window->functionPopUp()->setVisible(shown);
+    }
+}
+
+void WindowController::syntaxSettingToTextView()
+{
+    TextView* view = textView();
+    if (!view) {
+        return;
+    }
+    const QString folder = FileManager::syntaxDefinitionDirectoryPathInPath();
+    const QStringList files = QDir(folder).entryList(QDir::Files, QDir::Unsorted);
+    if (_defaultForFileType && !_document->fileURL().isEmpty()) {
+        const QString extension = QFileInfo(_document->fileURL()).suffix();
+        for (const QString& file : files) {
+            const QString path = folder + u'/' + file;
+            const std::optional<QVariantMap> dictionary = PropertyList::readDictionary(path);
+            if (!dictionary) {
+                continue;
+            }
+            const QVariantList extensions =
+                dictionary->value(QStringLiteral("Extensions")).toList();
+            if (std::any_of(extensions.begin(), extensions.end(), [&](const QVariant& e) {
+                    return e.typeId() == QMetaType::QString && e.toString() == extension;
+                })) {
+                view->setSyntaxDictionay(path);
+                setFunctionPopUpShown(true);
+                _syntaxColouring = true;
+                _selectedSyntaxName = QFileInfo(file).completeBaseName();
+                writeWindowIdentifier(_selectedSyntaxName);
+                return;
+            }
+        }
+    }
+    if (_syntaxColouring) {
+        for (const QString& file : files) {
+            if (QFileInfo(file).completeBaseName() == _selectedSyntaxName) {
+                view->setSyntaxDictionay(folder + u'/' + file);
+                setFunctionPopUpShown(true);
+                writeWindowIdentifier(_selectedSyntaxName);
+            }
+        }
+        return;
+    }
+    view->removeSyntaxDictionary();
+    setFunctionPopUpShown(false);
+    _selectedSyntaxName.clear();
+    writeWindowIdentifier(QString());
+}
+
+void WindowController::selectedSyntaxColoring(QAction* item)
+{
+    const QString title = item->text();
+    QString recorded;
+    for (TextView* view : textViews()) {
+        if (title == kNone) {
+            view->removeSyntaxDictionary();
+            setFunctionPopUpShown(false);
+            _syntaxColouring = false;
+            _defaultForFileType = false;
+            _selectedSyntaxName.clear();
+            recorded.clear();
+        } else if (title == u"Default For File Type") {
+            _syntaxColouring = false;
+            _selectedSyntaxName.clear();
+            _defaultForFileType = true;
+            syntaxSettingToTextView();
+            recorded.clear();
+        } else {
+            const QString path = item->data().toString();
+            view->setSyntaxDictionay(path);
+            setFunctionPopUpShown(true);
+            _syntaxColouring = true;
+            _defaultForFileType = false;
+            _selectedSyntaxName = QFileInfo(path).completeBaseName();
+            recorded = _selectedSyntaxName;
+        }
+    }
+    writeWindowIdentifier(recorded);
+    updateToolbarInformation();
+}
+
+void WindowController::updateFunctionDefinitionList()
+{
+    TextView* view = textView();
+    auto* popUp = _window ? qobject_cast<FunctionPopUp*>(_window->functionPopUp()) : nullptr;
+    if (!view || !popUp) {
+        return;
+    }
+    const QString previous = popUp->currentText();
+    const QString& text = TextMirror::mirrorOfDocument(view->document())->string();
+    popUp->setFunctionMenu(FunctionMenu(view->makeFunctionDefinition(), text, previous));
+}
+
+void WindowController::selectedFunctionDefinitionItem(int index)
+{
+    TextView* view = textView();
+    auto* popUp = _window ? qobject_cast<FunctionPopUp*>(_window->functionPopUp()) : nullptr;
+    if (!view || !popUp || index < 0) {
+        return;
+    }
+    QTextCursor cursor = view->textCursor();
+    if (popUp->itemText(index) == FunctionMenu::noSymbolTitle()) {
+        cursor.setPosition(cursor.selectionStart());
+        view->setTextCursor(cursor);
+        return;
+    }
+    const QString& text = TextMirror::mirrorOfDocument(view->document())->string();
+    const Range range = FunctionMenu::lineRangeForRange(
+        text, NSRangeFromString(popUp->itemData(index, FunctionPopUp::RangeStringRole).toString()));
+    // The end first, then back to the start: the view scrolls to the definition's first line.
+    cursor.setPosition(int(range.max()));
+    cursor.setPosition(int(range.location), QTextCursor::KeepAnchor);
+    view->setTextCursor(cursor);
+    view->ensureCursorVisible();
+    FindIndicator::showFindIndicatorForRange(view, range);
+    popUp->reduceToItem(index);
 }
 
 // Toggles ------------------------------------------------------------------------------
@@ -376,6 +521,9 @@ void WindowController::updateToolbarInformation()
 
 void WindowController::textDidChange()
 {
+    for (TextView* view : textViews()) {
+        view->textDidChanged();
+    }
     if (!textView() || !textView()->textCursor().hasSelection()) {
         _infoCharacters = _counter->count();
         updateToolbarInformation();
@@ -388,6 +536,7 @@ void WindowController::resetupInitialTextViewSharedState()
         view->setupInitialTextViewSharedState();
         applyStateToPane(view);
     }
+    syntaxSettingToTextView();
     toggleSpellChecking(nullptr);
     _infoCharacters = _counter->count();
     updateToolbarInformation();
@@ -396,8 +545,15 @@ void WindowController::resetupInitialTextViewSharedState()
 void WindowController::updatePreferences(QObject* sender)
 {
     Q_UNUSED(sender);
+    SyntaxManager::sharedSyntaxManager().updatePreferences();
     for (TextView* view : textViews()) {
         view->updatePreferences();
+        // An edit saved by the definitions' editor reaches the window, coloured anew.
+        const QString name = view->syntaxDictionary().value(QStringLiteral("Name")).toString();
+        if (!view->syntaxDictionary().isEmpty()) {
+            view->setSyntaxDictionay(
+                FileManager::syntaxDefinitionDirectoryPathInPath(name + QStringLiteral(".plist")));
+        }
     }
     const UserDefaults& defaults = UserDefaults::standardUserDefaults();
     _wrapLines = defaults.boolForKey(QStringLiteral("DefaultWrapLines"));

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "syntax/FunctionMenu.h"
+
+#include <QComboBox>
+#include <QIcon>
+
+/// The window's function pop-up: shows the items of a FunctionMenu (bold titles,
+/// indentation, separators, the image of each kind) and says when it is about to open, so
+/// that the list is built then and not on every keystroke.
+class FunctionPopUp : public QComboBox
+{
+    Q_OBJECT
+
+public:
+    /// The role holding an item's range in the platform's range notation.
+    static constexpr int RangeStringRole = Qt::UserRole + 1;
+    /// The role holding an item's indentation level.
+    static constexpr int IndentationRole = Qt::UserRole + 2;
+
+    explicit FunctionPopUp(QWidget* parent = nullptr);
+
+    /// The image shown before the items of `kind`; a null icon for an unknown kind.
+    static QIcon imageForKind(FunctionMenu::Kind kind);
+
+    /// Replaces the items by `menu`'s and selects its selected item.
+    void setFunctionMenu(const FunctionMenu& menu);
+    /// Leaves only the item at `index` (its title and image), selected.
+    void reduceToItem(int index);
+
+    void showPopup() override;
+
+Q_SIGNALS:
+    /// Sent just before the list opens.
+    void willPopUp();
+};

@@ -24,6 +24,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QProgressBar>
+#include <QScrollBar>
 #include <QTest>
 #include <QTextBlock>
 #include <QTextDocument>
@@ -288,4 +289,67 @@ TEST(WindowSyntax, FunctionPopUpListsAndSelectsDefinitions)
     Q_EMIT popUp->activated(0);
     EXPECT_FALSE(file.view()->textCursor().hasSelection());
     EXPECT_EQ(file.view()->textCursor().position(), kCSource.indexOf(line));
+}
+
+TEST(WindowSyntax, TypingInsideABlockCommentOpenedAboveTheVisibleLines)
+{
+    installDefinitions();
+    QString text = QStringLiteral("/* opened above\n");
+    for (int i = 0; i < 200; ++i) {
+        text += QStringLiteral("int x%1;\n").arg(i);
+    }
+    text += QStringLiteral("*/\nint after;\n");
+    OpenFile file(QStringLiteral("big.c"), text);
+    TextView* view = file.view();
+    view->verticalScrollBar()->setValue(120);
+    QCoreApplication::processEvents();
+    ASSERT_GT(view->visibleCharacterRange().location, text.indexOf("int x100;"));
+
+    // A character typed on a shown line inside the comment takes the comment's colour.
+    const QTextBlock line = file.document->textStorage()->findBlockByNumber(130);
+    QTextCursor cursor(line);
+    view->setTextCursor(cursor);
+    QTest::keyClick(view, Qt::Key_Z, Qt::NoModifier);
+    EXPECT_EQ(colorAt(view, line.position()), comments());
+    EXPECT_EQ(colorAt(view, line.position() + 2), comments());
+
+    // Closing the comment there gives the next shown line its keyword colour at once.
+    QTest::keyClicks(view, "*/");
+    const QTextBlock next = line.next();
+    EXPECT_EQ(colorAt(view, next.position()), keywords());
+    EXPECT_EQ(colorAt(view, line.position()), comments());
+}
+
+TEST(WindowSyntax, ColoursStayOutOfTheDocumentAndItsUndo)
+{
+    installDefinitions();
+    OpenFile file(QStringLiteral("undo.c"), kCSource);
+    TextView* view = file.view();
+    QTextDocument* storage = file.document->textStorage();
+    EXPECT_EQ(storage->availableUndoSteps(), 0);
+    EXPECT_FALSE(storage->isModified());
+
+    QTextCursor cursor(storage);
+    cursor.movePosition(QTextCursor::End);
+    view->setTextCursor(cursor);
+    QTest::keyClicks(view, "int counter;");
+    EXPECT_EQ(colorAt(view, kCSource.size()), keywords());
+    EXPECT_EQ(storage->availableUndoSteps(), 1);
+
+    view->undo();
+    EXPECT_EQ(file.document->string(), kCSource);
+    EXPECT_FALSE(storage->isModified());
+    EXPECT_EQ(storage->availableUndoSteps(), 0);
+    // No character of the document carries a colour of its own.
+    for (QTextBlock block = storage->begin(); block.isValid(); block = block.next()) {
+        for (auto it = block.begin(); !it.atEnd(); ++it) {
+            EXPECT_FALSE(it.fragment().charFormat().hasProperty(QTextFormat::ForegroundBrush));
+        }
+    }
+    // The colours are still laid over the text by the pane.
+    EXPECT_EQ(colorAt(view, kCSource.indexOf("int main")), keywords());
+
+    // Saving writes the text alone.
+    ASSERT_TRUE(file.document->writeSafelyToURL(file.path, QString(), Document::Save));
+    EXPECT_EQ(TestSupport::readFile(file.path), kCSource.toUtf8());
 }

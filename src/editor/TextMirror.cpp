@@ -66,7 +66,14 @@ void TextMirror::contentsChange(int position, int removed, int added)
             cursor.setPosition(int(location + reallyAdded), QTextCursor::KeepAnchor);
             inserted = plainText(cursor.selectedText());
         }
-        _string.replace(location, reallyRemoved, inserted);
+        // In place: QString::replace() of a different length builds a new string, a copy
+        // of the whole text per keystroke; remove() and insert() only move the tail.
+        if (reallyRemoved > 0) {
+            _string.remove(location, reallyRemoved);
+        }
+        if (!inserted.isEmpty()) {
+            _string.insert(location, inserted);
+        }
     }
     Q_EMIT textDidChange(location, reallyRemoved, reallyAdded);
 }

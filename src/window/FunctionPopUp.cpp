@@ -23,7 +23,7 @@ public:
         if (isSeparator(index)) {
             const int y = option.rect.center().y();
             painter->save();
-            painter->setPen(option.palette.color(QPalette::Mid));
+            painter->setPen(QColor(0, 0, 0, 70));
             painter->drawLine(option.rect.left() + 4, y, option.rect.right() - 4, y);
             painter->restore();
             return;

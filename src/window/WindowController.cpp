@@ -283,8 +283,10 @@ void WindowController::updateFunctionDefinitionList()
         return;
     }
     const QString previous = popUp->currentText();
-    const QString& text = TextMirror::mirrorOfDocument(view->document())->string();
-    popUp->setFunctionMenu(FunctionMenu(view->makeFunctionDefinition(), text, previous));
+    const std::optional<QVariantList> definitions = view->makeFunctionDefinition();
+    const QString text =
+        definitions ? TextMirror::mirrorOfDocument(view->document())->string() : QString();
+    popUp->setFunctionMenu(FunctionMenu(definitions, text, previous));
 }
 
 void WindowController::selectedFunctionDefinitionItem(int index)

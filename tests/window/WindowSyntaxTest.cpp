@@ -106,6 +106,10 @@ struct OpenFile {
         if (controller && controller->window()) {
             document->textStorage()->setModified(false);
             controller->window()->close();
+            // The window, then its document, go while the application still stands.
+            for (int i = 0; i < 2; ++i) {
+                QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+            }
         }
     }
     TextView* view() const { return controller->textView(); }
@@ -195,6 +199,18 @@ TEST(WindowSyntax, ExtensionsAreComparedExactly)
     }
     UserDefaults::standardUserDefaults().removeObjectForKey("SyntaxColouring");
     UserDefaults::standardUserDefaults().removeObjectForKey("DefaultsSyntaxName");
+    {
+        // A definition listing the empty string takes the files without extension.
+        const QVariantMap bare{{"Name", "Bare"},
+                               {"Extensions", QVariantList{""}},
+                               {"Keywords", QVariantList{"all"}},
+                               {"CharacterSet", "abcdefghijklmnopqrstuvwxyz"}};
+        ASSERT_TRUE(PropertyList::writeXml(
+            bare, FileManager::syntaxDefinitionDirectoryPathInPath("Bare.plist")));
+        OpenFile makefile(QStringLiteral("Makefile"), QStringLiteral("all: tool\n"));
+        EXPECT_EQ(makefile.view()->syntaxDictionary().value("Name").toString(), "Bare");
+        EXPECT_EQ(colorAt(makefile.view(), 0), keywords());
+    }
 }
 
 TEST(WindowSyntax, RestorationAppliesTheSavedSyntax)
@@ -237,7 +253,21 @@ TEST(WindowSyntax, RestorationAppliesTheSavedSyntax)
     EXPECT_FALSE(colorAt(view, 0).isValid());
     EXPECT_EQ(colorAt(view, 18), QColor(255, 0, 0));
     UserDefaults::standardUserDefaults().removeObjectForKey("KeywordsColor");
-    SyntaxManager::sharedSyntaxManager().updatePreferences();
+
+    // A definition whose name is not its file's is lost at the next settings change.
+    QVariantMap renamed = perl;
+    renamed["Name"] = "Elsewhere";
+    const QString renamedPath = FileManager::syntaxDefinitionDirectoryPathInPath("Renamed.plist");
+    ASSERT_TRUE(PropertyList::writeXml(renamed, renamedPath));
+    QAction item(QStringLiteral("Renamed"));
+    item.setData(renamedPath);
+    controller->selectedSyntaxColoring(&item);
+    EXPECT_TRUE(waitFor([&] { return isColored(view); }));
+    EXPECT_EQ(colorAt(view, 0), keywords());
+    EXPECT_TRUE(controller->windowIdentifier().endsWith(":Renamed"));
+    Application::instance()->postUpdatePreferences(nullptr);
+    EXPECT_TRUE(view->syntaxDictionary().isEmpty());
+    EXPECT_TRUE(view->layoutManager()->temporaryAttributes({0, 100}).empty());
     delete document;
 }
 

@@ -1,5 +1,9 @@
 #include "window/FunctionPopUp.h"
 
+#include "editor/FindIndicator.h"
+#include "editor/TextMirror.h"
+#include "editor/TextView.h"
+
 #include <QFontDatabase>
 #include <QHash>
 #include <QPainter>
@@ -170,6 +174,41 @@ void FunctionPopUp::reduceToItem(int index)
     addItem(image, title);
     setItemData(0, range, RangeStringRole);
     setCurrentIndex(0);
+}
+
+void FunctionPopUp::updateFunctionDefinitionList(TextView* textView)
+{
+    if (!textView) {
+        return;
+    }
+    const QString previous = currentText();
+    const std::optional<QVariantList> definitions = textView->makeFunctionDefinition();
+    const QString text =
+        definitions ? TextMirror::mirrorOfDocument(textView->document())->string() : QString();
+    setFunctionMenu(FunctionMenu(definitions, text, previous));
+}
+
+void FunctionPopUp::selectedFunctionDefinitionItem(TextView* textView, int index)
+{
+    if (!textView || index < 0 || index >= count()) {
+        return;
+    }
+    QTextCursor cursor = textView->textCursor();
+    if (itemText(index) == FunctionMenu::noSymbolTitle()) {
+        cursor.setPosition(cursor.selectionStart());
+        textView->setTextCursor(cursor);
+        return;
+    }
+    const QString& text = TextMirror::mirrorOfDocument(textView->document())->string();
+    const Range range = FunctionMenu::lineRangeForRange(
+        text, NSRangeFromString(itemData(index, RangeStringRole).toString()));
+    // The end first, then back to the start: the view scrolls to the definition's first line.
+    cursor.setPosition(int(range.max()));
+    cursor.setPosition(int(range.location), QTextCursor::KeepAnchor);
+    textView->setTextCursor(cursor);
+    textView->ensureCursorVisible();
+    FindIndicator::showFindIndicatorForRange(textView, range);
+    reduceToItem(index);
 }
 
 void FunctionPopUp::showPopup()

@@ -5,6 +5,8 @@
 #include <QComboBox>
 #include <QIcon>
 
+class TextView;
+
 /// The window's function pop-up: shows the items of a FunctionMenu (bold titles,
 /// indentation, separators, the image of each kind) and says when it is about to open, so
 /// that the list is built then and not on every keystroke.
@@ -27,6 +29,13 @@ public:
     void setFunctionMenu(const FunctionMenu& menu);
     /// Leaves only the item at `index` (its title and image), selected.
     void reduceToItem(int index);
+
+    /// Rebuilds the list from `textView`'s text, keeping the selected title selected.
+    void updateFunctionDefinitionList(TextView* textView);
+    /// Chooses the item at `index` for `textView`: selects the whole lines of its
+    /// definition, scrolls to them and flashes them, and leaves the item alone in the list.
+    /// "No Symbol selected" takes the caret to the start of the selection.
+    void selectedFunctionDefinitionItem(TextView* textView, int index);
 
     void showPopup() override;
 

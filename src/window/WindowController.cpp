@@ -5,15 +5,12 @@
 #include "document/DocumentController.h"
 #include "document/EncodingManager.h"
 #include "editor/EditorController.h"
-#include "editor/FindIndicator.h"
-#include "editor/TextMirror.h"
 #include "editor/TextView.h"
 #include "platform/FileManager.h"
-#include "platform/PropertyList.h"
 #include "platform/StringEncoding.h"
 #include "platform/TextCodec.h"
 #include "platform/UserDefaults.h"
-#include "syntax/FunctionMenu.h"
+#include "syntax/SyntaxDefinitionFolder.h"
 #include "syntax/SyntaxManager.h"
 #include "window/CharacterCounter.h"
 #include "window/DocumentWindow.h"
@@ -22,7 +19,6 @@
 #include <QAction>
 #include <QApplication>
 #include <QDesktopServices>
-#include <QDir>
 #include <QFileInfo>
 #include <QFutureWatcher>
 #include <QLabel>
@@ -203,37 +199,24 @@ void WindowController::syntaxSettingToTextView()
     if (!view) {
         return;
     }
-    const QString folder = FileManager::syntaxDefinitionDirectoryPathInPath();
-    const QStringList files = QDir(folder).entryList(QDir::Files, QDir::Unsorted);
     if (_defaultForFileType && !_document->fileURL().isEmpty()) {
-        const QString extension = QFileInfo(_document->fileURL()).suffix();
-        for (const QString& file : files) {
-            const QString path = folder + u'/' + file;
-            const std::optional<QVariantMap> dictionary = PropertyList::readDictionary(path);
-            if (!dictionary) {
-                continue;
-            }
-            const QVariantList extensions =
-                dictionary->value(QStringLiteral("Extensions")).toList();
-            if (std::any_of(extensions.begin(), extensions.end(), [&](const QVariant& e) {
-                    return e.typeId() == QMetaType::QString && e.toString() == extension;
-                })) {
-                view->setSyntaxDictionay(path);
-                setFunctionPopUpShown(true);
-                _syntaxColouring = true;
-                _selectedSyntaxName = QFileInfo(file).completeBaseName();
-                writeWindowIdentifier(_selectedSyntaxName);
-                return;
-            }
+        const QString path = SyntaxDefinitionFolder::definitionPathForExtension(
+            QFileInfo(_document->fileURL()).suffix());
+        if (!path.isEmpty()) {
+            view->setSyntaxDictionay(path);
+            setFunctionPopUpShown(true);
+            _syntaxColouring = true;
+            _selectedSyntaxName = SyntaxDefinitionFolder::syntaxNameOfPath(path);
+            writeWindowIdentifier(_selectedSyntaxName);
+            return;
         }
     }
     if (_syntaxColouring) {
-        for (const QString& file : files) {
-            if (QFileInfo(file).completeBaseName() == _selectedSyntaxName) {
-                view->setSyntaxDictionay(folder + u'/' + file);
-                setFunctionPopUpShown(true);
-                writeWindowIdentifier(_selectedSyntaxName);
-            }
+        for (const QString& path :
+             SyntaxDefinitionFolder::definitionPathsNamed(_selectedSyntaxName)) {
+            view->setSyntaxDictionay(path);
+            setFunctionPopUpShown(true);
+            writeWindowIdentifier(_selectedSyntaxName);
         }
         return;
     }
@@ -267,7 +250,7 @@ void WindowController::selectedSyntaxColoring(QAction* item)
             setFunctionPopUpShown(true);
             _syntaxColouring = true;
             _defaultForFileType = false;
-            _selectedSyntaxName = QFileInfo(path).completeBaseName();
+            _selectedSyntaxName = SyntaxDefinitionFolder::syntaxNameOfPath(path);
             recorded = _selectedSyntaxName;
         }
     }
@@ -277,41 +260,16 @@ void WindowController::selectedSyntaxColoring(QAction* item)
 
 void WindowController::updateFunctionDefinitionList()
 {
-    TextView* view = textView();
-    auto* popUp = _window ? qobject_cast<FunctionPopUp*>(_window->functionPopUp()) : nullptr;
-    if (!view || !popUp) {
-        return;
+    if (auto* popUp = _window ? qobject_cast<FunctionPopUp*>(_window->functionPopUp()) : nullptr) {
+        popUp->updateFunctionDefinitionList(textView());
     }
-    const QString previous = popUp->currentText();
-    const std::optional<QVariantList> definitions = view->makeFunctionDefinition();
-    const QString text =
-        definitions ? TextMirror::mirrorOfDocument(view->document())->string() : QString();
-    popUp->setFunctionMenu(FunctionMenu(definitions, text, previous));
 }
 
 void WindowController::selectedFunctionDefinitionItem(int index)
 {
-    TextView* view = textView();
-    auto* popUp = _window ? qobject_cast<FunctionPopUp*>(_window->functionPopUp()) : nullptr;
-    if (!view || !popUp || index < 0) {
-        return;
+    if (auto* popUp = _window ? qobject_cast<FunctionPopUp*>(_window->functionPopUp()) : nullptr) {
+        popUp->selectedFunctionDefinitionItem(textView(), index);
     }
-    QTextCursor cursor = view->textCursor();
-    if (popUp->itemText(index) == FunctionMenu::noSymbolTitle()) {
-        cursor.setPosition(cursor.selectionStart());
-        view->setTextCursor(cursor);
-        return;
-    }
-    const QString& text = TextMirror::mirrorOfDocument(view->document())->string();
-    const Range range = FunctionMenu::lineRangeForRange(
-        text, NSRangeFromString(popUp->itemData(index, FunctionPopUp::RangeStringRole).toString()));
-    // The end first, then back to the start: the view scrolls to the definition's first line.
-    cursor.setPosition(int(range.max()));
-    cursor.setPosition(int(range.location), QTextCursor::KeepAnchor);
-    view->setTextCursor(cursor);
-    view->ensureCursorVisible();
-    FindIndicator::showFindIndicatorForRange(view, range);
-    popUp->reduceToItem(index);
 }
 
 // Toggles ------------------------------------------------------------------------------

@@ -35,7 +35,11 @@ SyntaxColoringController::SyntaxColoringController(TextView* textView)
     });
 }
 
-SyntaxColoringController::~SyntaxColoringController() = default;
+SyntaxColoringController::~SyntaxColoringController()
+{
+    // A pane closed while it colours leaves the window's indicator to the others.
+    showIndicator(false);
+}
 
 bool SyntaxColoringController::hasDefinition() const
 {
@@ -154,9 +158,7 @@ void SyntaxColoringController::performSyntaxAllColoring()
         return;
     }
     const bool running = _allColoringNext >= 0;
-    if (!running) {
-        showIndicator(true);
-    }
+    showIndicator(true);
     // What the user sees first; the slices then cover the whole text, these lines again.
     syntaxVisibleColoring();
     _allColoringNext = 0;
@@ -197,13 +199,13 @@ void SyntaxColoringController::finishAllColoring()
 
 void SyntaxColoringController::showIndicator(bool shown)
 {
-    QProgressBar* indicator = _textView->indicator();
-    if (!indicator) {
+    QProgressBar* indicator = shown ? _textView->indicator() : _shownIndicator.data();
+    if (!indicator || (!shown && !_shownIndicator) || (shown && _shownIndicator)) {
         return;
     }
+    _shownIndicator = shown ? indicator : nullptr;
     // The window's panes share one indicator: it stays while any of them colours.
-    int users = indicator->property("coloringPanes").toInt() + (shown ? 1 : -1);
-    users = std::max(users, 0);
+    const int users = std::max(0, indicator->property("coloringPanes").toInt() + (shown ? 1 : -1));
     indicator->setProperty("coloringPanes", users);
     indicator->setVisible(users > 0);
 }

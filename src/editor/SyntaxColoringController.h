@@ -8,6 +8,7 @@
 
 #include <memory>
 
+class QProgressBar;
 class QTextDocument;
 class SyntaxColoring;
 class SyntaxColoringEngine;
@@ -60,6 +61,7 @@ private:
     std::unique_ptr<SyntaxColoringEngine> _engine;
     QPointer<TextMirror> _mirror;
     QPointer<QTextDocument> _document;
+    QPointer<QProgressBar> _shownIndicator; // the indicator this pane made visible
     bool _allColoringScheduled = false;
     qsizetype _allColoringNext = -1; // where the next slice starts; -1 when none is under way
     bool _largeInsertion = false;

@@ -184,7 +184,13 @@ void SyntaxColoringController::continueAllColoring()
         _allColoringNext = end;
         colorRange({start, end - start});
         if (_allColoringNext < text.size() && turn.elapsed() >= TurnMilliseconds) {
-            QTimer::singleShot(0, this, &SyntaxColoringController::continueAllColoring);
+            if (!_continuationScheduled) {
+                _continuationScheduled = true;
+                QTimer::singleShot(0, this, [this] {
+                    _continuationScheduled = false;
+                    continueAllColoring();
+                });
+            }
             return;
         }
     }

@@ -63,6 +63,7 @@ private:
     QPointer<QTextDocument> _document;
     QPointer<QProgressBar> _shownIndicator; // the indicator this pane made visible
     bool _allColoringScheduled = false;
+    bool _continuationScheduled = false;
     qsizetype _allColoringNext = -1; // where the next slice starts; -1 when none is under way
     bool _largeInsertion = false;
     bool _colorsBehindText = false; // edited since the whole text was last coloured

@@ -32,7 +32,14 @@ TextMirror::TextMirror(QTextDocument* document)
     , _document(document)
     , _string(plainText(document->toRawText()))
 {
+    reserveRoom();
     connect(document, &QTextDocument::contentsChange, this, &TextMirror::contentsChange);
+}
+
+void TextMirror::reserveRoom()
+{
+    // Room to type into: without it the first keystroke reallocates the whole copy.
+    _string.reserve(_string.size() + _string.size() / 16 + 4096);
 }
 
 void TextMirror::contentsChange(int position, int removed, int added)
@@ -58,6 +65,7 @@ void TextMirror::contentsChange(int position, int removed, int added)
     }
     if (location == 0 && reallyRemoved == oldLength) {
         _string = plainText(_document->toRawText());
+        reserveRoom();
     } else {
         QString inserted;
         if (reallyAdded > 0) {

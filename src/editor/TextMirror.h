@@ -28,6 +28,7 @@ Q_SIGNALS:
 private:
     explicit TextMirror(QTextDocument* document);
     void contentsChange(int position, int removed, int added);
+    void reserveRoom();
 
     QTextDocument* _document;
     QString _string;

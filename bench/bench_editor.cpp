@@ -2,10 +2,15 @@
 // invisible characters shown, offscreen: opening (fill, attach, first paint), typing in the
 // middle until the pane has repainted, and jumping to far lines.
 #include "app/Application.h"
+#include "document/Document.h"
+#include "document/DocumentController.h"
 #include "editor/EditorController.h"
 #include "editor/GutterView.h"
 #include "editor/LayoutManager.h"
+#include "editor/SyntaxColoringController.h"
 #include "editor/TextView.h"
+#include "window/DocumentWindow.h"
+#include "window/WindowController.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -14,6 +19,7 @@
 #include <QPlainTextDocumentLayout>
 #include <QRandomGenerator>
 #include <QScrollBar>
+#include <QTemporaryDir>
 #include <QTextBlock>
 #include <QTextDocument>
 #include <QWindow>
@@ -22,6 +28,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <ctime>
 #include <memory>
 #include <vector>
 
@@ -417,6 +424,157 @@ void BM_ResizeWidth(benchmark::State& state)
     reportPercentiles(state, all);
 }
 BENCHMARK(BM_ResizeWidth)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+/// CPU time of the calling thread, in milliseconds.
+double threadCpuMilliseconds()
+{
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return double(now.tv_sec) * 1e3 + double(now.tv_nsec) / 1e6;
+}
+
+/// A real document window on a 20 MB C file, coloured with the shipped "C" definition.
+struct ColouredWindow {
+    QTemporaryDir folder;
+    Document* document = nullptr;
+    WindowController* controller = nullptr;
+    PaintCounter viewportPaints;
+    double documentMs = 0; // read, decoded, in its window (not yet shown)
+    double openMs = 0;
+    double visibleColouredMs = 0;
+    double allColouredMs = 0;
+    qsizetype lines = 0;
+
+    TextView* view() const { return controller->textView(); }
+};
+
+ColouredWindow& colouredWindow()
+{
+    static std::unique_ptr<ColouredWindow> shared;
+    if (shared) {
+        return *shared;
+    }
+    shared = std::make_unique<ColouredWindow>();
+    ColouredWindow& w = *shared;
+    DocumentController& documents = DocumentController::sharedDocumentController();
+    documents.awakeFromNib(); // installs the shipped definitions into the private home
+    const QString path = w.folder.filePath(QStringLiteral("large.c"));
+    {
+        QFile file(path);
+        if (!file.open(QIODevice::WriteOnly) || file.write(generateCText(kTextSize).toUtf8()) < 0) {
+            std::abort();
+        }
+    }
+
+    QElapsedTimer timer;
+    timer.start();
+    w.document = documents.openDocumentWithContentsOfURL(path);
+    if (!w.document) {
+        std::abort();
+    }
+    w.documentMs = double(timer.nsecsElapsed()) / 1e6;
+    w.controller = documents.windowControllerOf(w.document);
+    w.view()->viewport()->installEventFilter(&w.viewportPaints);
+    while (w.viewportPaints.count == 0 && timer.elapsed() < 60000) {
+        QCoreApplication::processEvents();
+    }
+    w.openMs = double(timer.nsecsElapsed()) / 1e6;
+    // Coloured and painted: the shown lines carry colours and a paint followed them.
+    LayoutManager* layout = w.view()->layoutManager();
+    while (layout->temporaryAttributes(w.view()->visibleCharacterRange()).empty() &&
+           timer.elapsed() < 60000) {
+        QCoreApplication::processEvents();
+    }
+    const int paints = w.viewportPaints.count;
+    while (w.viewportPaints.count == paints && timer.elapsed() < 60000) {
+        QCoreApplication::processEvents();
+    }
+    w.visibleColouredMs = double(timer.nsecsElapsed()) / 1e6;
+    while (w.view()->syntaxColoringController()->isColoringAll() && timer.elapsed() < 120000) {
+        QCoreApplication::processEvents();
+    }
+    w.allColouredMs = double(timer.nsecsElapsed()) / 1e6;
+    w.lines = w.document->textStorage()->blockCount();
+    return w;
+}
+
+/// Opening the file in a window until its shown lines are coloured and painted, and until
+/// the whole text is coloured (in slices, the window repainting meanwhile).
+void BM_WindowOpenAndColour(benchmark::State& state)
+{
+    for (auto _ : state) {
+        ColouredWindow& w = colouredWindow();
+        state.SetIterationTime(w.visibleColouredMs / 1000);
+    }
+    const ColouredWindow& w = colouredWindow();
+    state.counters["read_and_window_ms"] = w.documentMs;
+    state.counters["open_first_paint_ms"] = w.openMs;
+    state.counters["visible_coloured_ms"] = w.visibleColouredMs;
+    state.counters["colour_after_first_paint_ms"] = w.visibleColouredMs - w.openMs;
+    state.counters["all_coloured_ms"] = w.allColouredMs;
+    state.counters["runs"] =
+        double(w.view()->layoutManager()->temporaryAttributes({0, kTextSize * 2}).size());
+}
+BENCHMARK(BM_WindowOpenAndColour)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+/// A keystroke in the middle of the coloured file in its window, until the pane has
+/// repainted: the text's change, the window's status count, the colouring of the shown
+/// lines (block passes included) and the paint.
+void BM_WindowTypeInTheMiddleColoured(benchmark::State& state)
+{
+    ColouredWindow& w = colouredWindow();
+    QTextDocument* document = w.document->textStorage();
+    std::vector<double> all;
+    std::vector<double> cpu;
+    QElapsedTimer timer;
+    const int firstLine = int(w.lines / 2) + 100;
+    for (auto _ : state) {
+        std::vector<double> ms;
+        for (int i = 0; i < 200; ++i) {
+            if (i % 20 == 0) {
+                const QTextBlock block = document->findBlockByNumber(firstLine + i / 20);
+                QTextCursor cursor(block);
+                cursor.setPosition(block.position() + std::min(8, block.length() - 1));
+                w.view()->setTextCursor(cursor);
+                if (i == 0) {
+                    w.view()->centerCursor();
+                }
+                QCoreApplication::processEvents();
+            }
+            // Now and then a comment opener, so the block passes have something to redo.
+            const bool opener = i % 50 == 25;
+            const QString letter = opener ? QStringLiteral("/") : QString(QChar(u'a' + i % 26));
+            const Qt::Key key = opener ? Qt::Key_Slash : Qt::Key(Qt::Key_A + i % 26);
+            const int paints = w.viewportPaints.count;
+            const double cpuBefore = threadCpuMilliseconds();
+            timer.start();
+            QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier, letter);
+            QCoreApplication::sendEvent(w.view(), &press);
+            QKeyEvent release(QEvent::KeyRelease, key, Qt::NoModifier, letter);
+            QCoreApplication::sendEvent(w.view(), &release);
+            QElapsedTimer wait;
+            wait.start();
+            while (w.viewportPaints.count == paints && wait.elapsed() < 1000) {
+                QCoreApplication::processEvents(QEventLoop::AllEvents);
+            }
+            ms.push_back(double(timer.nsecsElapsed()) / 1e6);
+            cpu.push_back(threadCpuMilliseconds() - cpuBefore);
+        }
+        state.SetIterationTime(mean(ms) / 1000);
+        all.insert(all.end(), ms.begin(), ms.end());
+    }
+    state.counters["slowest_keystroke"] =
+        double(std::max_element(all.begin(), all.end()) - all.begin());
+    // The main thread's own time: what a keystroke costs when the machine is not shared.
+    std::sort(cpu.begin(), cpu.end());
+    state.counters["cpu_p50_ms"] = cpu[cpu.size() / 2];
+    state.counters["cpu_p99_ms"] = cpu[std::min(cpu.size() - 1, cpu.size() * 99 / 100)];
+    reportPercentiles(state, all);
+}
+BENCHMARK(BM_WindowTypeInTheMiddleColoured)
+    ->Iterations(1)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
 
 std::string makePrivateHome()
 {

@@ -202,6 +202,8 @@ void MainMenu::buildFormatMenu(QMenuBar* bar)
         documents.makeSyntaxMenuItems(syntax);
         validate(syntax);
     });
+    connect(syntax, &QMenu::triggered, this,
+            [this](QAction* item) { _controller->selectedSyntaxColoring(item); });
 }
 
 void MainMenu::buildWindowMenu(QMenuBar* bar)

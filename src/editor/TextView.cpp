@@ -3,8 +3,11 @@
 #include "editor/EditorController.h"
 #include "editor/GutterView.h"
 #include "editor/LayoutManager.h"
+#include "editor/SyntaxColoringController.h"
+#include "editor/TextMirror.h"
 #include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
+#include "syntax/SyntaxManager.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QFile>
@@ -332,4 +335,62 @@ void TextView::drawInsertionPoint(QPainter& painter, const QRect& rect)
         }
         break;
     }
+}
+
+// Syntax colouring --------------------------------------------------------------------
+
+SyntaxColoringController* TextView::syntaxColoringController()
+{
+    if (!_syntaxColoring) {
+        _syntaxColoring = new SyntaxColoringController(this);
+    }
+    return _syntaxColoring;
+}
+
+void TextView::setSyntaxDictionary(const QVariantMap& syntaxDictionary)
+{
+    _syntaxDictionary = syntaxDictionary;
+    syntaxColoringController()->setSyntaxDictionary(syntaxDictionary);
+}
+
+void TextView::setSyntaxDictionay(const QString& path)
+{
+    setSyntaxDictionary(PropertyList::readDictionary(path).value_or(QVariantMap()));
+    syntaxAllColoring();
+}
+
+void TextView::removeSyntaxDictionary()
+{
+    setSyntaxDictionary(QVariantMap());
+}
+
+void TextView::syntaxVisibleColoring()
+{
+    syntaxColoringController()->syntaxVisibleColoring();
+}
+
+void TextView::syntaxAllColoring()
+{
+    syntaxColoringController()->syntaxAllColoring();
+}
+
+void TextView::performSyntaxAllColoring()
+{
+    syntaxColoringController()->performSyntaxAllColoring();
+}
+
+void TextView::textDidChanged()
+{
+    if (!_syntaxDictionary.isEmpty()) {
+        syntaxColoringController()->textDidChanged();
+    }
+}
+
+std::optional<QVariantList> TextView::makeFunctionDefinition() const
+{
+    if (_syntaxDictionary.isEmpty()) {
+        return std::nullopt;
+    }
+    return SyntaxManager::sharedSyntaxManager().makeFunctionDefinitionWithString(
+        TextMirror::mirrorOfDocument(document())->string(), _syntaxDictionary);
 }

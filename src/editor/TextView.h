@@ -14,8 +14,11 @@
 #include <QVariantList>
 #include <QVariantMap>
 
+#include <optional>
+
 class GutterView;
 class LayoutManager;
+class SyntaxColoringController;
 
 /// The text view of an editor pane. QPlainTextEdit is itself a scroll area, so the view is
 /// also the pane's scroll view: its vertical ruler (the line-number gutter) stands in the
@@ -97,10 +100,21 @@ public:
     bool characterEntity() const { return _characterEntity; }
     void setCharacterEntity(bool value) { _characterEntity = value; }
     const QVariantMap& syntaxDictionary() const { return _syntaxDictionary; }
-    void setSyntaxDictionary(const QVariantMap& syntaxDictionary)
-    {
-        _syntaxDictionary = syntaxDictionary;
-    }
+    void setSyntaxDictionary(const QVariantMap& syntaxDictionary);
+    /// Loads the definition file at `path` and colours the whole text on the next turn; a
+    /// file that cannot be read leaves the view without a definition.
+    void setSyntaxDictionay(const QString& path);
+    /// Drops the definition and every syntax colour of the text.
+    void removeSyntaxDictionary();
+    void syntaxVisibleColoring();
+    void syntaxAllColoring();
+    void performSyntaxAllColoring();
+    /// After each change of the text: recolours the visible lines (the whole text after a
+    /// large insertion).
+    void textDidChanged();
+    /// The definitions the view's definition finds in its whole text.
+    std::optional<QVariantList> makeFunctionDefinition() const;
+    SyntaxColoringController* syntaxColoringController();
     const QStringList& completeWords() const { return _completeWords; }
     void setCompleteWords(const QStringList& completeWords) { _completeWords = completeWords; }
     bool autoComplete() const { return _autoComplete; }
@@ -143,4 +157,5 @@ private:
     GutterView* _verticalRulerView = nullptr;
     bool _rulersVisible = true;
     QMetaObject::Connection _storageDestroyed;
+    SyntaxColoringController* _syntaxColoring = nullptr;
 };

@@ -1,5 +1,7 @@
 #include "window/DocumentWindow.h"
 
+#include "window/FunctionPopUp.h"
+
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QHBoxLayout>
@@ -19,7 +21,7 @@ DocumentWindow::DocumentWindow(QWidget* parent)
 
     auto* top = new QHBoxLayout;
     top->setContentsMargins(4, 2, 4, 2);
-    _functionPopUp = new QComboBox(central);
+    _functionPopUp = new FunctionPopUp(central);
     _functionPopUp->setObjectName(QStringLiteral("functionPopUp"));
     _functionPopUp->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     _functionPopUp->setMinimumContentsLength(24);

@@ -6,11 +6,15 @@
 #include "document/EncodingManager.h"
 #include "editor/EditorController.h"
 #include "editor/TextView.h"
+#include "platform/FileManager.h"
 #include "platform/StringEncoding.h"
 #include "platform/TextCodec.h"
 #include "platform/UserDefaults.h"
+#include "syntax/SyntaxDefinitionFolder.h"
+#include "syntax/SyntaxManager.h"
 #include "window/CharacterCounter.h"
 #include "window/DocumentWindow.h"
+#include "window/FunctionPopUp.h"
 
 #include <QAction>
 #include <QApplication>
@@ -73,6 +77,12 @@ WindowController::WindowController(Document* document)
         _infoCharacters = _counter->count();
         updateToolbarInformation();
     });
+    if (auto* popUp = qobject_cast<FunctionPopUp*>(_window->functionPopUp())) {
+        connect(popUp, &FunctionPopUp::willPopUp, this,
+                &WindowController::updateFunctionDefinitionList);
+        connect(popUp, &QComboBox::activated, this,
+                &WindowController::selectedFunctionDefinitionItem);
+    }
 }
 
 WindowController::~WindowController()
@@ -156,6 +166,7 @@ void WindowController::windowDidLoad()
         _selectedSyntaxName = fields[1];
         _syntaxColouring = true;
     }
+    syntaxSettingToTextView();
     _infoCharacters = _counter->count();
     updateToolbarInformation();
     updateTitle();
@@ -175,6 +186,100 @@ void WindowController::updateTitle()
     _window->setWindowFilePath(_document->fileURL());
     _window->setWindowTitle(_document->displayName() + QStringLiteral("[*]"));
     _window->setWindowModified(_document->isDocumentEdited());
+}
+
+// Syntax -------------------------------------------------------------------------------
+
+void WindowController::writeWindowIdentifier(const QString& syntaxName)
+{
+    const QString pane = _isSidebarView ? QString::number(_lastSelectedType) : kNone;
+    setWindowIdentifier(pane + u':' + (syntaxName.isEmpty() ? kNone : syntaxName));
+}
+
+void WindowController::setFunctionPopUpShown(bool shown)
+{
+    if (_window) {
+        _window->functionPopUp()->setVisible(shown);
+    }
+}
+
+void WindowController::syntaxSettingToTextView()
+{
+    TextView* view = textView();
+    if (!view) {
+        return;
+    }
+    if (_defaultForFileType && !_document->fileURL().isEmpty()) {
+        const QString path = SyntaxDefinitionFolder::definitionPathForExtension(
+            QFileInfo(_document->fileURL()).suffix());
+        if (!path.isEmpty()) {
+            view->setSyntaxDictionay(path);
+            setFunctionPopUpShown(true);
+            _syntaxColouring = true;
+            _selectedSyntaxName = SyntaxDefinitionFolder::syntaxNameOfPath(path);
+            writeWindowIdentifier(_selectedSyntaxName);
+            return;
+        }
+    }
+    if (_syntaxColouring) {
+        for (const QString& path :
+             SyntaxDefinitionFolder::definitionPathsNamed(_selectedSyntaxName)) {
+            view->setSyntaxDictionay(path);
+            setFunctionPopUpShown(true);
+            writeWindowIdentifier(_selectedSyntaxName);
+        }
+        return;
+    }
+    view->removeSyntaxDictionary();
+    setFunctionPopUpShown(false);
+    _selectedSyntaxName.clear();
+    writeWindowIdentifier(QString());
+}
+
+void WindowController::selectedSyntaxColoring(QAction* item)
+{
+    const QString title = item->text();
+    QString recorded;
+    for (TextView* view : textViews()) {
+        if (title == kNone) {
+            view->removeSyntaxDictionary();
+            setFunctionPopUpShown(false);
+            _syntaxColouring = false;
+            _defaultForFileType = false;
+            _selectedSyntaxName.clear();
+            recorded.clear();
+        } else if (title == u"Default For File Type") {
+            _syntaxColouring = false;
+            _selectedSyntaxName.clear();
+            _defaultForFileType = true;
+            syntaxSettingToTextView();
+            recorded.clear();
+        } else {
+            const QString path = item->data().toString();
+            view->setSyntaxDictionay(path);
+            setFunctionPopUpShown(true);
+            _syntaxColouring = true;
+            _defaultForFileType = false;
+            _selectedSyntaxName = SyntaxDefinitionFolder::syntaxNameOfPath(path);
+            recorded = _selectedSyntaxName;
+        }
+    }
+    writeWindowIdentifier(recorded);
+    updateToolbarInformation();
+}
+
+void WindowController::updateFunctionDefinitionList()
+{
+    if (auto* popUp = _window ? qobject_cast<FunctionPopUp*>(_window->functionPopUp()) : nullptr) {
+        popUp->updateFunctionDefinitionList(textView());
+    }
+}
+
+void WindowController::selectedFunctionDefinitionItem(int index)
+{
+    if (auto* popUp = _window ? qobject_cast<FunctionPopUp*>(_window->functionPopUp()) : nullptr) {
+        popUp->selectedFunctionDefinitionItem(textView(), index);
+    }
 }
 
 // Toggles ------------------------------------------------------------------------------
@@ -386,6 +491,9 @@ void WindowController::updateToolbarInformation()
 
 void WindowController::textDidChange()
 {
+    for (TextView* view : textViews()) {
+        view->textDidChanged();
+    }
     if (!textView() || !textView()->textCursor().hasSelection()) {
         _infoCharacters = _counter->count();
         updateToolbarInformation();
@@ -398,6 +506,7 @@ void WindowController::resetupInitialTextViewSharedState()
         view->setupInitialTextViewSharedState();
         applyStateToPane(view);
     }
+    syntaxSettingToTextView();
     toggleSpellChecking(nullptr);
     _infoCharacters = _counter->count();
     updateToolbarInformation();
@@ -406,8 +515,15 @@ void WindowController::resetupInitialTextViewSharedState()
 void WindowController::updatePreferences(QObject* sender)
 {
     Q_UNUSED(sender);
+    SyntaxManager::sharedSyntaxManager().updatePreferences();
     for (TextView* view : textViews()) {
         view->updatePreferences();
+        // An edit saved by the definitions' editor reaches the window, coloured anew.
+        const QString name = view->syntaxDictionary().value(QStringLiteral("Name")).toString();
+        if (!view->syntaxDictionary().isEmpty()) {
+            view->setSyntaxDictionay(
+                FileManager::syntaxDefinitionDirectoryPathInPath(name + QStringLiteral(".plist")));
+        }
     }
     const UserDefaults& defaults = UserDefaults::standardUserDefaults();
     _wrapLines = defaults.boolForKey(QStringLiteral("DefaultWrapLines"));

@@ -102,6 +102,15 @@ public:
 
     QString windowIdentifier() const { return _windowIdentifier; }
 
+    /// Applies the window's syntax choice (by file extension or by name) to the main text view.
+    void syntaxSettingToTextView();
+    /// The user's choice from the syntax menu, applied to every pane.
+    void selectedSyntaxColoring(QAction* item);
+    /// Rebuilds the function pop-up from the main text view's text (as it opens).
+    void updateFunctionDefinitionList();
+    /// The function pop-up's action: selects the chosen definition's lines.
+    void selectedFunctionDefinitionItem(int index);
+
 Q_SIGNALS:
     void toolbarInformationChanged(const QString& text);
 
@@ -113,6 +122,8 @@ private:
     void startCount(const QString& text);
     void setWindowIdentifier(const QString& identifier);
     void updateTitle();
+    void writeWindowIdentifier(const QString& syntaxName);
+    void setFunctionPopUpShown(bool shown);
 
     Document* _document;
     QPointer<DocumentWindow> _window;

@@ -1,0 +1,385 @@
+// The syntax choice of a document window, its colours and its function pop-up, in real
+// windows on real files.
+#include "TestSupport.h"
+#include "app/Application.h"
+#include "document/Document.h"
+#include "document/DocumentController.h"
+#include "editor/LayoutManager.h"
+#include "editor/SyntaxColoringController.h"
+#include "editor/TextView.h"
+#include "platform/ColorArchive.h"
+#include "platform/FileManager.h"
+#include "platform/PropertyList.h"
+#include "platform/UserDefaults.h"
+#include "syntax/SyntaxManager.h"
+#include "window/DocumentWindow.h"
+#include "window/FunctionPopUp.h"
+#include "window/WindowController.h"
+
+#include <QAction>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QProgressBar>
+#include <QScrollBar>
+#include <QTest>
+#include <QTextBlock>
+#include <QTextDocument>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+const QString kCSource = QStringLiteral("/* header\n"
+                                        "   comment */\n"
+                                        "#include <stdio.h>\n"
+                                        "#define LIMIT 10\n"
+                                        "static int helper(int value)\n"
+                                        "{\n"
+                                        "    return value; // done\n"
+                                        "}\n"
+                                        "int main(void)\n"
+                                        "{\n"
+                                        "    return helper(LIMIT);\n"
+                                        "}\n");
+
+template <typename Condition> bool waitFor(Condition condition, int milliseconds = 5000)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (!condition() && timer.elapsed() < milliseconds) {
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    }
+    return condition();
+}
+
+void installDefinitions()
+{
+    if (!QFile::exists(FileManager::syntaxDefinitionDirectoryPathInPath("C.plist"))) {
+        DocumentController::sharedDocumentController().awakeFromNib();
+    }
+    ASSERT_TRUE(QFile::exists(FileManager::syntaxDefinitionDirectoryPathInPath("Python.plist")));
+}
+
+/// The syntax colour laid over `location` in the view's colour store; invalid for none.
+QColor colorAt(TextView* view, qsizetype location)
+{
+    const auto runs = view->layoutManager()->temporaryAttributes({location, 1});
+    return runs.empty() ? QColor() : QColor::fromRgba(runs.front().color);
+}
+
+bool isColored(TextView* view)
+{
+    return !view->syntaxColoringController()->isColoringAll();
+}
+
+QColor keywords()
+{
+    // As the colour store keeps it: 8 bits a channel.
+    return QColor::fromRgba(SyntaxManager::sharedSyntaxManager().keywordsColor().rgba());
+}
+QColor comments()
+{
+    return QColor::fromRgba(SyntaxManager::sharedSyntaxManager().commentsColor().rgba());
+}
+
+struct OpenFile {
+    Document* document = nullptr;
+    WindowController* controller = nullptr;
+    QString path;
+
+    OpenFile(const QString& name, const QString& text)
+    {
+        path = TestSupport::writeFile(TestSupport::makeTempDir() + u'/' + name, text.toUtf8());
+        document =
+            DocumentController::sharedDocumentController().openDocumentWithContentsOfURL(path);
+        EXPECT_NE(document, nullptr);
+        controller = DocumentController::sharedDocumentController().windowControllerOf(document);
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(controller->window()));
+        EXPECT_TRUE(waitFor([this] { return isColored(view()); }));
+    }
+    ~OpenFile()
+    {
+        if (controller && controller->window()) {
+            document->textStorage()->setModified(false);
+            controller->window()->close();
+            // The window, then its document, go while the application still stands.
+            for (int i = 0; i < 2; ++i) {
+                QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+            }
+        }
+    }
+    TextView* view() const { return controller->textView(); }
+    QAction* syntaxItem(const QString& title) const
+    {
+        QMenu* menu = controller->window()->menuBar()->findChild<QMenu*>("syntaxMenu");
+        Q_EMIT menu->aboutToShow();
+        for (QAction* item : menu->actions()) {
+            if (item->text() == title) {
+                return item;
+            }
+        }
+        return nullptr;
+    }
+};
+
+} // namespace
+
+TEST(WindowSyntax, OpeningACFileColoursItAndChoosingFromTheMenuRecolours)
+{
+    installDefinitions();
+    OpenFile file(QStringLiteral("main.c"), kCSource);
+    TextView* view = file.view();
+    const QString text = kCSource;
+
+    // Chosen by the extension: keywords and both kinds of comment in the pane's store.
+    EXPECT_EQ(view->syntaxDictionary().value("Name").toString(), "C");
+    EXPECT_EQ(colorAt(view, text.indexOf("int helper")), keywords());
+    EXPECT_EQ(colorAt(view, text.indexOf("comment */")), comments());
+    EXPECT_EQ(colorAt(view, text.indexOf("// done") + 3), comments());
+    EXPECT_FALSE(colorAt(view, text.indexOf("helper(int")).isValid());
+    EXPECT_TRUE(file.controller->toolbarInformation().endsWith("   C"));
+    EXPECT_EQ(file.controller->windowIdentifier(), "None:C");
+    EXPECT_FALSE(file.controller->window()->functionPopUp()->isHidden());
+    EXPECT_TRUE(file.controller->window()->indicator()->isHidden());
+
+    // Python from the menu: '#' opens a comment, '//' does not.
+    QAction* python = file.syntaxItem("Python");
+    ASSERT_NE(python, nullptr);
+    python->trigger();
+    EXPECT_TRUE(waitFor([&] { return isColored(view); }));
+    EXPECT_EQ(view->syntaxDictionary().value("Name").toString(), "Python");
+    EXPECT_EQ(colorAt(view, text.indexOf("include")), comments());
+    EXPECT_NE(colorAt(view, text.indexOf("// done") + 3), comments());
+    EXPECT_EQ(colorAt(view, text.indexOf("return")), keywords());
+    EXPECT_TRUE(file.controller->toolbarInformation().endsWith("   Python"));
+    EXPECT_EQ(file.controller->windowIdentifier(), "None:Python");
+    EXPECT_EQ(file.document->windowIdentifier(), "None:Python");
+    file.controller->validateMenuItem(python);
+    EXPECT_TRUE(python->isChecked());
+
+    // "None" hides the pop-up and takes every colour away.
+    file.syntaxItem("None")->trigger();
+    EXPECT_TRUE(view->syntaxDictionary().isEmpty());
+    EXPECT_TRUE(view->layoutManager()->temporaryAttributes({0, text.size()}).empty());
+    EXPECT_TRUE(file.controller->window()->functionPopUp()->isHidden());
+    EXPECT_EQ(file.controller->windowIdentifier(), "None:None");
+    EXPECT_FALSE(file.controller->toolbarInformation().endsWith("Python"));
+
+    // Back to the file type: C again, and the identifier records no syntax.
+    file.syntaxItem("Default For File Type")->trigger();
+    EXPECT_TRUE(waitFor([&] { return isColored(view); }));
+    EXPECT_EQ(colorAt(view, text.indexOf("int helper")), keywords());
+    EXPECT_EQ(file.controller->windowIdentifier(), "None:None");
+    EXPECT_TRUE(file.controller->toolbarInformation().endsWith("   C"));
+}
+
+TEST(WindowSyntax, ExtensionsAreComparedExactly)
+{
+    installDefinitions();
+    UserDefaults::standardUserDefaults().setBool(false, "SyntaxColouring");
+    {
+        // "PY" is not "py": no definition, and without a named default no colouring.
+        OpenFile upper(QStringLiteral("tool.PY"), QStringLiteral("def f():\n    return 1\n"));
+        EXPECT_TRUE(upper.view()->syntaxDictionary().isEmpty());
+        EXPECT_TRUE(upper.controller->window()->functionPopUp()->isHidden());
+        EXPECT_EQ(upper.controller->windowIdentifier(), "None:None");
+    }
+    UserDefaults::standardUserDefaults().setBool(true, "SyntaxColouring");
+    UserDefaults::standardUserDefaults().setObject(QStringLiteral("Python"), "DefaultsSyntaxName");
+    {
+        // A file without extension falls back to the named definition.
+        OpenFile bare(QStringLiteral("tool"), QStringLiteral("def f():\n    return 1\n"));
+        EXPECT_EQ(bare.view()->syntaxDictionary().value("Name").toString(), "Python");
+        EXPECT_EQ(colorAt(bare.view(), 0), keywords());
+        EXPECT_EQ(bare.controller->windowIdentifier(), "None:Python");
+    }
+    UserDefaults::standardUserDefaults().removeObjectForKey("SyntaxColouring");
+    UserDefaults::standardUserDefaults().removeObjectForKey("DefaultsSyntaxName");
+    {
+        // A definition listing the empty string takes the files without extension.
+        const QVariantMap bare{{"Name", "Bare"},
+                               {"Extensions", QVariantList{""}},
+                               {"Keywords", QVariantList{"all"}},
+                               {"CharacterSet", "abcdefghijklmnopqrstuvwxyz"}};
+        ASSERT_TRUE(PropertyList::writeXml(
+            bare, FileManager::syntaxDefinitionDirectoryPathInPath("Bare.plist")));
+        OpenFile makefile(QStringLiteral("Makefile"), QStringLiteral("all: tool\n"));
+        EXPECT_EQ(makefile.view()->syntaxDictionary().value("Name").toString(), "Bare");
+        EXPECT_EQ(colorAt(makefile.view(), 0), keywords());
+    }
+}
+
+TEST(WindowSyntax, RestorationAppliesTheSavedSyntax)
+{
+    installDefinitions();
+    // A Perl definition of the user's own.
+    const QVariantMap perl{
+        {"Name", "Perl"},
+        {"Extensions", QVariantList{"pl"}},
+        {"CharacterSet", "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_"},
+        {"Keywords", QVariantList{"my", "sub"}},
+        {"Comments",
+         QVariantList{QVariantMap{{"regularExpression", true}, {"regexPattern", "#.*$"}}}},
+    };
+    ASSERT_TRUE(PropertyList::writeXml(
+        perl, FileManager::syntaxDefinitionDirectoryPathInPath("Perl.plist")));
+
+    auto* document = new Document;
+    document->setWindowIdentifier(QStringLiteral("2:Perl"));
+    document->textStorage()->setPlainText(QStringLiteral("my $x = 1; # note\nsub f { }\n"));
+    auto* controller = new WindowController(document);
+    controller->windowDidLoad();
+    TextView* view = controller->textView();
+    EXPECT_TRUE(waitFor([&] { return isColored(view); }));
+    EXPECT_EQ(view->syntaxDictionary().value("Name").toString(), "Perl");
+    EXPECT_EQ(colorAt(view, 0), keywords());
+    EXPECT_EQ(colorAt(view, 13), comments());
+    EXPECT_TRUE(controller->toolbarInformation().endsWith("   Perl"));
+    EXPECT_TRUE(controller->windowIdentifier().endsWith(":Perl"));
+
+    // A settings change reads the definition and the colours again.
+    QVariantMap edited = perl;
+    edited["Keywords"] = QVariantList{"sub"};
+    ASSERT_TRUE(PropertyList::writeXml(
+        edited, FileManager::syntaxDefinitionDirectoryPathInPath("Perl.plist")));
+    UserDefaults::standardUserDefaults().setObject(ColorArchive::archivedData(QColor(255, 0, 0)),
+                                                   "KeywordsColor");
+    Application::instance()->postUpdatePreferences(nullptr);
+    EXPECT_TRUE(waitFor([&] { return isColored(view); }));
+    EXPECT_FALSE(colorAt(view, 0).isValid());
+    EXPECT_EQ(colorAt(view, 18), QColor(255, 0, 0));
+    UserDefaults::standardUserDefaults().removeObjectForKey("KeywordsColor");
+
+    // A definition whose name is not its file's is lost at the next settings change.
+    QVariantMap renamed = perl;
+    renamed["Name"] = "Elsewhere";
+    const QString renamedPath = FileManager::syntaxDefinitionDirectoryPathInPath("Renamed.plist");
+    ASSERT_TRUE(PropertyList::writeXml(renamed, renamedPath));
+    QAction item(QStringLiteral("Renamed"));
+    item.setData(renamedPath);
+    controller->selectedSyntaxColoring(&item);
+    EXPECT_TRUE(waitFor([&] { return isColored(view); }));
+    EXPECT_EQ(colorAt(view, 0), keywords());
+    EXPECT_TRUE(controller->windowIdentifier().endsWith(":Renamed"));
+    Application::instance()->postUpdatePreferences(nullptr);
+    EXPECT_TRUE(view->syntaxDictionary().isEmpty());
+    EXPECT_TRUE(view->layoutManager()->temporaryAttributes({0, 100}).empty());
+    delete document;
+}
+
+TEST(WindowSyntax, FunctionPopUpListsAndSelectsDefinitions)
+{
+    installDefinitions();
+    OpenFile file(QStringLiteral("list.c"), kCSource);
+    auto* popUp = qobject_cast<FunctionPopUp*>(file.controller->window()->functionPopUp());
+    ASSERT_NE(popUp, nullptr);
+    EXPECT_EQ(popUp->count(), 1);
+
+    // Built as it opens: the macro, then the two functions, bold, indented, with images.
+    popUp->showPopup();
+    popUp->hidePopup();
+    QStringList titles;
+    for (int i = 0; i < popUp->count(); ++i) {
+        titles.append(popUp->itemText(i));
+    }
+    EXPECT_EQ(titles, QStringList({"No Symbol selected", "", "LIMIT", "helper", "main"}));
+    const int helper = popUp->findText("helper");
+    EXPECT_TRUE(popUp->itemData(helper, Qt::FontRole).value<QFont>().bold());
+    EXPECT_FALSE(popUp->itemData(popUp->findText("LIMIT"), Qt::FontRole).isValid());
+    EXPECT_EQ(popUp->itemData(helper, FunctionPopUp::IndentationRole).toInt(), 1);
+    EXPECT_FALSE(popUp->itemIcon(helper).isNull());
+    EXPECT_EQ(popUp->currentIndex(), 0);
+
+    // Choosing selects the whole line and leaves the chosen item alone in the pop-up.
+    popUp->setCurrentIndex(helper);
+    Q_EMIT popUp->activated(helper);
+    const QTextCursor selection = file.view()->textCursor();
+    const QString line = QStringLiteral("static int helper(int value)\n");
+    EXPECT_EQ(selection.selectionStart(), kCSource.indexOf(line));
+    EXPECT_EQ(selection.selectionEnd(), kCSource.indexOf(line) + line.size());
+    EXPECT_EQ(popUp->count(), 1);
+    EXPECT_EQ(popUp->currentText(), "helper");
+    EXPECT_NE(file.view()->viewport()->findChild<QWidget*>("findIndicator"), nullptr);
+
+    // Reopening keeps it selected; the list follows the text, not each keystroke.
+    QTextCursor end(file.document->textStorage());
+    end.movePosition(QTextCursor::End);
+    end.insertText(QStringLiteral("void extra(void)\n{\n}\n"));
+    EXPECT_EQ(popUp->count(), 1);
+    popUp->showPopup();
+    popUp->hidePopup();
+    EXPECT_EQ(popUp->currentText(), "helper");
+    EXPECT_NE(popUp->findText("extra"), -1);
+
+    // "No Symbol selected" takes the caret to the start of the selection.
+    Q_EMIT popUp->activated(0);
+    EXPECT_FALSE(file.view()->textCursor().hasSelection());
+    EXPECT_EQ(file.view()->textCursor().position(), kCSource.indexOf(line));
+}
+
+TEST(WindowSyntax, TypingInsideABlockCommentOpenedAboveTheVisibleLines)
+{
+    installDefinitions();
+    QString text = QStringLiteral("/* opened above\n");
+    for (int i = 0; i < 200; ++i) {
+        text += QStringLiteral("int x%1;\n").arg(i);
+    }
+    text += QStringLiteral("*/\nint after;\n");
+    OpenFile file(QStringLiteral("big.c"), text);
+    TextView* view = file.view();
+    view->verticalScrollBar()->setValue(120);
+    QCoreApplication::processEvents();
+    ASSERT_GT(view->visibleCharacterRange().location, text.indexOf("int x100;"));
+
+    // A character typed on a shown line inside the comment takes the comment's colour.
+    const QTextBlock line = file.document->textStorage()->findBlockByNumber(130);
+    QTextCursor cursor(line);
+    view->setTextCursor(cursor);
+    QTest::keyClick(view, Qt::Key_Z, Qt::NoModifier);
+    EXPECT_EQ(colorAt(view, line.position()), comments());
+    EXPECT_EQ(colorAt(view, line.position() + 2), comments());
+
+    // Closing the comment there gives the next shown line its keyword colour at once.
+    QTest::keyClicks(view, "*/");
+    const QTextBlock next = line.next();
+    EXPECT_EQ(colorAt(view, next.position()), keywords());
+    EXPECT_EQ(colorAt(view, line.position()), comments());
+}
+
+TEST(WindowSyntax, ColoursStayOutOfTheDocumentAndItsUndo)
+{
+    installDefinitions();
+    OpenFile file(QStringLiteral("undo.c"), kCSource);
+    TextView* view = file.view();
+    QTextDocument* storage = file.document->textStorage();
+    EXPECT_EQ(storage->availableUndoSteps(), 0);
+    EXPECT_FALSE(storage->isModified());
+
+    QTextCursor cursor(storage);
+    cursor.movePosition(QTextCursor::End);
+    view->setTextCursor(cursor);
+    QTest::keyClicks(view, "int counter;");
+    EXPECT_EQ(colorAt(view, kCSource.size()), keywords());
+    EXPECT_EQ(storage->availableUndoSteps(), 1);
+
+    view->undo();
+    EXPECT_EQ(file.document->string(), kCSource);
+    EXPECT_FALSE(storage->isModified());
+    EXPECT_EQ(storage->availableUndoSteps(), 0);
+    // No character of the document carries a colour of its own.
+    for (QTextBlock block = storage->begin(); block.isValid(); block = block.next()) {
+        for (auto it = block.begin(); !it.atEnd(); ++it) {
+            EXPECT_FALSE(it.fragment().charFormat().hasProperty(QTextFormat::ForegroundBrush));
+        }
+    }
+    // The colours are still laid over the text by the pane.
+    EXPECT_EQ(colorAt(view, kCSource.indexOf("int main")), keywords());
+
+    // Saving writes the text alone.
+    ASSERT_TRUE(file.document->writeSafelyToURL(file.path, QString(), Document::Save));
+    EXPECT_EQ(TestSupport::readFile(file.path), kCSource.toUtf8());
+}

@@ -3,6 +3,9 @@
 #include "app/AppDelegate.h"
 #include "app/CommandLine.h"
 #include "document/DocumentController.h"
+#include "scripts/ScriptCommands.h"
+
+#include <QWidget>
 
 Application::Application(int& argc, char** argv)
     : QApplication(argc, argv)
@@ -44,4 +47,21 @@ int Application::run(const CommandLine& commandLine)
 void Application::postUpdatePreferences(QObject* object)
 {
     Q_EMIT NotifUpdatePreferences(object);
+}
+
+void Application::importToScript(QObject* sender)
+{
+    ScriptCommands::importToScript(qobject_cast<QWidget*>(sender));
+}
+
+void Application::getToScript(QObject* sender)
+{
+    Q_UNUSED(sender);
+    ScriptCommands::getToScript();
+}
+
+void Application::readMe(QObject* sender)
+{
+    Q_UNUSED(sender);
+    ScriptCommands::readMe();
 }

@@ -88,7 +88,7 @@ void ScriptMenu::makeSupportMenuItems(QMenu* menu)
 
 void ScriptMenu::addMenuOfScriptObject(const ScriptObjectPtr& node, QMenu* menu)
 {
-    const QIcon icon = QFileIconProvider().icon(QFileInfo(ScriptLibrary::filePathOf(node)));
+    const QIcon icon = ScriptLibrary::iconOf(node);
     QAction* item = menu->addAction(node->title());
     item->setData(QVariant::fromValue(node));
     if (!icon.isNull()) {

@@ -107,9 +107,7 @@ QVariant ScriptTreeModel::data(const QModelIndex& index, int role) const
         return node->title();
     }
     if (role == Qt::DecorationRole) {
-        const QFileIconProvider icons;
-        return node->isLeaf() ? icons.icon(QFileInfo(ScriptLibrary::filePathOf(node)))
-                              : icons.icon(QFileIconProvider::Folder);
+        return ScriptLibrary::iconOf(node);
     }
     return {};
 }

@@ -13,13 +13,17 @@
 #include "scripts/ScriptSheet.h"
 #include "scripts/ScriptTreeModel.h"
 
+#include <QApplication>
 #include <QComboBox>
 #include <QDir>
 #include <QFileInfo>
+#include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
 #include <QSignalSpy>
+#include <QTimer>
 #include <QTreeView>
 
 #include <gtest/gtest.h>
@@ -114,6 +118,11 @@ TEST_F(ScriptLibraryTest, AddScriptAndNewName)
     EXPECT_EQ(recorder.alerts[1].text, "Selection of syntax colouring is required.");
     EXPECT_EQ(recorder.alerts[2].text, "Add Script to AppleScript and ShellScript, Perl, PHP, "
                                        "Python, Ruby Only. \nPlease check syntax colouring.");
+
+    // Running the document itself: a Perl text without a "#!" line has no command.
+    ScriptCommands::runScript(&perlWindow);
+    ASSERT_EQ(recorder.alerts.size(), 4u);
+    EXPECT_EQ(recorder.alerts[3].text, "Not Found unix commands.");
 
     // Sum becomes Sum.pl in the Script folder; a second Sum is refused.
     ScriptObjectPtr folder = ScriptLibrary::addScriptFolder(QStringLiteral("Tools"), nullptr);
@@ -294,4 +303,69 @@ TEST_F(ScriptLibraryTest, ImportDictionaryAndReadMe)
 
     Application::instance()->readMe(nullptr);
     EXPECT_TRUE(documents.documents().back()->string().startsWith("Tessaran scripts"));
+}
+
+TEST_F(ScriptLibraryTest, PaneDoubleClickContextMenuAndSheets)
+{
+    AlertRecorder recorder;
+    ScriptObjectPtr folder = ScriptLibrary::addScriptFolder(QStringLiteral("Folder"), nullptr);
+    ScriptObjectPtr hello = addFile(QStringLiteral("hello.sh"), folder);
+    Document* document = openDocument(QStringLiteral("<>"), 1, 0);
+    WindowController* controller =
+        DocumentController::sharedDocumentController().windowControllerOf(document);
+    ScriptController pane(controller);
+    pane.resize(240, 200);
+    pane.show();
+    QTreeView* tree = pane.outlineView();
+    ScriptTreeModel* model = pane.treeController();
+
+    // A double click on a folder opens and closes it.
+    const QModelIndex folderRow = model->indexOf(folder);
+    tree->setCurrentIndex(folderRow);
+    pane.doubleClickedOutlineViewRow(tree);
+    EXPECT_TRUE(tree->isExpanded(folderRow));
+    pane.doubleClickedOutlineViewRow(tree);
+    EXPECT_FALSE(tree->isExpanded(folderRow));
+    tree->expand(folderRow);
+
+    // The context menu of a row selects it; its first entry runs the script.
+    const QRect row = tree->visualRect(model->indexOf(hello));
+    QMenu* menu = pane.menuNeedsUpdate(row.center());
+    ASSERT_NE(menu, nullptr);
+    EXPECT_EQ(pane.selectedObject(), hello);
+    EXPECT_EQ(itemTitles(menu),
+              QStringList({"Run", "Show Source", "Export...", "-", "New Name...", "Delete"}));
+    QSignalSpy stopped(&ScriptManager::sharedScriptManager(), &ScriptManager::processStopped);
+    menu->actions().first()->trigger();
+    ASSERT_TRUE(stopped.wait(5000));
+    EXPECT_EQ(document->string(), "<hello.sh\n>");
+    delete menu;
+    EXPECT_EQ(pane.menuNeedsUpdate(QPoint(5, tree->viewport()->height() - 2)), nullptr);
+
+    // The folder stays open when the library changes; a missing file is reported.
+    QFile::remove(script("hello.sh"));
+    ScriptLibrary::addScriptFolder(QStringLiteral("More"), nullptr);
+    EXPECT_TRUE(tree->isExpanded(model->indexOf(folder)));
+    tree->setCurrentIndex(model->indexOf(hello));
+    pane.doubleClickedOutlineViewRow(tree);
+    ASSERT_EQ(recorder.alerts.size(), 1u);
+    EXPECT_EQ(recorder.alerts[0].title, "No such file or directory.");
+    pane.doubleClickedOutlineViewRow(nullptr);
+    EXPECT_EQ(recorder.alerts.size(), 1u);
+
+    // Adding a folder through the sheet: the typed name, in the chosen folder.
+    QTimer::singleShot(0, [] {
+        auto* sheet = qobject_cast<ScriptSheet*>(QApplication::activeModalWidget());
+        ASSERT_NE(sheet, nullptr);
+        EXPECT_EQ(sheet->scriptLabel()->text(), "Add script folder :");
+        sheet->scriptFolderPopUp()->setCurrentIndex(2); // Folder
+        sheet->scriptTitleField()->setText(QStringLiteral("Inner"));
+        sheet->accept();
+    });
+    ScriptCommands::addScriptFolder(controller->window());
+    EXPECT_EQ(titles(ScriptLibrary::entries(folder)), QStringList({"hello", "Inner"}));
+    // Cancelled: nothing changes.
+    QTimer::singleShot(0, [] { QApplication::activeModalWidget()->close(); });
+    ScriptCommands::addScriptFolder(controller->window());
+    EXPECT_EQ(titles(ScriptLibrary::entries(nullptr)), QStringList({"Folder", "More"}));
 }

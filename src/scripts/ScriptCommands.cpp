@@ -117,8 +117,12 @@ void ScriptCommands::addScript(WindowController* controller)
 bool ScriptCommands::addScriptNamed(WindowController* controller, const QString& name,
                                     const ScriptObjectPtr& folder)
 {
-    const QString extension = firstExtensionOfSyntax(controller->textView()->syntaxDictionary(),
-                                                     controller->selectedSyntaxName());
+    // In-process scripts are JavaScript here: keep them as ".js" so that they run.
+    const QString extension =
+        controller->selectedSyntaxName() == u"AppleScript"
+            ? QStringLiteral("js")
+            : firstExtensionOfSyntax(controller->textView()->syntaxDictionary(),
+                                     controller->selectedSyntaxName());
     if (!ScriptLibrary::addScript(name, extension, controller->document()->string(),
                                   controller->document()->documentEncoding(), folder)) {
         ScriptAlert::show(tr("Notice"), tr("A Script was not able to be created."), true);

@@ -137,6 +137,12 @@ TEST_F(ScriptLibraryTest, AddScriptAndNewName)
     EXPECT_TRUE(recorder.alerts.back().caution);
     EXPECT_EQ(ScriptLibrary::entries(nullptr).size(), 1);
 
+    // In-process scripts are kept as JavaScript files.
+    WindowController* inProcess = windowOf(QStringLiteral("None:AppleScript"));
+    ASSERT_TRUE(ScriptCommands::addScriptNamed(inProcess, QStringLiteral("Mine"), nullptr));
+    EXPECT_TRUE(QFileInfo::exists(script("Mine.js")));
+    delete inProcess->document();
+
     // New names through the pane: Sum → Total moves the file; a taken name changes nothing.
     ScriptController pane(&perlWindow);
     pane.outlineView()->expandAll();

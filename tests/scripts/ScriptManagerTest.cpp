@@ -6,6 +6,7 @@
 #include "scripts/JavaScriptRunner.h"
 
 #include <QDir>
+#include <QMessageBox>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -229,4 +230,22 @@ TEST_F(ScriptRunning, RunawayJavaScriptIsInterrupted)
     EXPECT_EQ(JavaScriptRunner::run(QStringLiteral("1 + 1")).outcome,
               JavaScriptRunner::Outcome::Ran);
     JavaScriptRunner::setTimeLimit(JavaScriptRunner::DefaultTimeLimit);
+}
+
+TEST_F(ScriptRunning, AlertsAreSheetsOnTheWindow)
+{
+    Document* document = openDocument(QStringLiteral("text"));
+    DocumentWindow* window =
+        DocumentController::sharedDocumentController().windowControllerOf(document)->window();
+    ScriptAlert::show(QStringLiteral("Notice"), QStringLiteral("Not Found unix commands."), true,
+                      false, window);
+    auto* sheet = window->findChild<QMessageBox*>();
+    ASSERT_NE(sheet, nullptr);
+    EXPECT_EQ(sheet->windowModality(), Qt::WindowModal);
+    EXPECT_EQ(sheet->windowTitle(), "Notice");
+    EXPECT_EQ(sheet->text(), "Not Found unix commands.");
+    EXPECT_EQ(sheet->icon(), QMessageBox::Warning);
+    EXPECT_EQ(sheet->buttons().size(), 1);
+    EXPECT_TRUE(sheet->isVisible());
+    sheet->accept();
 }

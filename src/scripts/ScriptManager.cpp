@@ -36,11 +36,6 @@ const QStringList kProcessKinds = {QStringLiteral("Perl"), QStringLiteral("PHP")
                                    QStringLiteral("Python"), QStringLiteral("Ruby"),
                                    QStringLiteral("ShellScript")};
 
-QString trimmed(const QString& text)
-{
-    return text.trimmed();
-}
-
 } // namespace
 
 ScriptManager::ScriptManager(QObject* parent)
@@ -118,12 +113,12 @@ std::optional<ScriptManager::Interpreter> ScriptManager::interpreterOfSource(con
     const std::optional<QString> line = findString(source, QStringLiteral("(^#!.*$)"));
     const std::optional<QString> command =
         findString(line.value_or(QString()), QStringLiteral("(/.*?)(-|$)"));
-    if (!line || !command || trimmed(*command).isEmpty()) {
+    if (!line || !command || command->trimmed().isEmpty()) {
         return std::nullopt;
     }
     Interpreter interpreter;
-    interpreter.command = trimmed(*command);
-    interpreter.options = trimmed(findString(*line, QStringLiteral("(-.*)$")).value_or(QString()));
+    interpreter.command = command->trimmed();
+    interpreter.options = findString(*line, QStringLiteral("(-.*)$")).value_or(QString()).trimmed();
     return interpreter;
 }
 

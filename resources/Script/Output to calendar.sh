@@ -1,4 +1,4 @@
-#!/bin/sh
+#!/bin/sh -c
 # Inserts a calendar of the current month at the insertion point.
 if command -v ncal >/dev/null 2>&1; then
     ncal -b -h

@@ -1,4 +1,4 @@
-#!/bin/sh
+#!/bin/sh -c
 # Puts the selection between braces: "text" becomes "{text}".
 # The selection arrives on standard input; what the script prints replaces it.
 printf '{'

@@ -89,7 +89,16 @@ void AppDelegate::keyedArchiverOfObject(const QColor& object, const QString& key
     withDefaults.setObject(ColorArchive::archivedData(object), key);
 }
 
-void AppDelegate::applicationDidFinishLaunching() {}
+void AppDelegate::applicationDidFinishLaunching()
+{
+    ScriptManager::sharedScriptManager().bootUp();
+}
+
+void AppDelegate::openScriptDictionary(QObject* sender)
+{
+    Q_UNUSED(sender);
+    ScriptManager::sharedScriptManager().openScriptDictionary();
+}
 
 bool AppDelegate::applicationShouldOpenUntitledFile() const
 {

@@ -37,6 +37,8 @@ public:
     /// Re-activating the running application never opens an untitled document.
     bool applicationShouldHandleReopen(bool hasVisibleWindows) const;
     void applicationWillTerminate();
+    /// Opens the scripting interface's description (the Scripts menu's last entry).
+    void openScriptDictionary(QObject* sender);
 
     void openUntitledDocument();
     void openDocument(const QString& path);

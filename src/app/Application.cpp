@@ -5,8 +5,10 @@
 #include "app/CommandLineOpener.h"
 #include "document/DocumentController.h"
 #include "document/RecoveryStore.h"
+#include "scripts/ScriptCommands.h"
 
 #include <QIcon>
+#include <QWidget>
 
 Application::Application(int& argc, char** argv)
     : QApplication(argc, argv)
@@ -65,4 +67,21 @@ int Application::run(const CommandLine& commandLine)
 void Application::postUpdatePreferences(QObject* object)
 {
     Q_EMIT NotifUpdatePreferences(object);
+}
+
+void Application::importToScript(QObject* sender)
+{
+    ScriptCommands::importToScript(qobject_cast<QWidget*>(sender));
+}
+
+void Application::getToScript(QObject* sender)
+{
+    Q_UNUSED(sender);
+    ScriptCommands::getToScript();
+}
+
+void Application::readMe(QObject* sender)
+{
+    Q_UNUSED(sender);
+    ScriptCommands::readMe();
 }

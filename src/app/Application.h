@@ -37,9 +37,20 @@ public:
     {
         _scriptDataSource = std::move(nodes);
     }
+    /// Tells every Scripts menu and script pane that the library changed.
+    void postScriptDataSourceChanged() { Q_EMIT scriptDataSourceChanged(); }
+
+    /// Asks for script files and adds them to the library.
+    void importToScript(QObject* sender);
+    /// Opens the web page of example scripts.
+    void getToScript(QObject* sender);
+    /// Opens the shipped ReadMe as a document.
+    void readMe(QObject* sender);
 
 Q_SIGNALS:
     void NotifUpdatePreferences(QObject* object);
+    /// The script library changed: menus are rebuilt, panes reloaded.
+    void scriptDataSourceChanged();
 
 private:
     AppDelegate* _delegate = nullptr;

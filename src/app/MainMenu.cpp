@@ -3,6 +3,7 @@
 #include "document/Document.h"
 #include "document/DocumentController.h"
 #include "editor/TextView.h"
+#include "scripts/ScriptMenu.h"
 #include "window/DocumentWindow.h"
 #include "window/WindowController.h"
 
@@ -21,6 +22,7 @@ MainMenu::MainMenu(WindowController* controller)
     buildEditMenu(bar);
     buildViewMenu(bar);
     buildFormatMenu(bar);
+    ScriptMenu::addScriptsMenu(bar, controller);
     buildWindowMenu(bar);
 }
 

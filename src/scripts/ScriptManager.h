@@ -1,20 +1,81 @@
 #pragma once
 
+#include "document/Document.h"
 #include "scripts/ScriptObject.h"
 
 #include <QByteArray>
 #include <QObject>
+#include <QPointer>
+#include <QProcess>
+#include <QStringList>
 
+#include <optional>
+
+class Document;
+class TextView;
 class UserDefaults;
 
 /// The application's one script manager: it keeps the script library in the settings
-/// between runs.
+/// between runs and runs scripts, one child process at a time for the whole application.
+/// A child gets its own source as its last argument and the front document's selection
+/// on its standard input; what it writes (output and errors together) is inserted at the
+/// front document's selection piece by piece, or into a new document for "@new".
 class ScriptManager : public QObject
 {
     Q_OBJECT
 
 public:
     static ScriptManager& sharedScriptManager();
+
+    /// The command and options of a script's "#!" line.
+    struct Interpreter {
+        QString command; ///< from the last "#!" line: the text from a "/" to a "-" or the end
+        QString options; ///< from the first "-" to the end of that line; empty for none
+        /// The program to start and the arguments before the source. A command that holds
+        /// blanks ("/usr/bin/env python3") starts its first word with the others first.
+        QString program() const;
+        QStringList arguments(const QString& source) const;
+    };
+    /// The "#!" line read with the patterns of findString(); none without a command.
+    static std::optional<Interpreter> interpreterOfSource(const QString& source);
+    /// The last capture of group 1 of `pattern` (case-insensitive, anchors at every line)
+    /// over `string`; none when it never matched.
+    static std::optional<QString> findString(const QString& string, const QString& pattern);
+    /// Whether `interpreter` names a program that can be started (for env, also the
+    /// program env is asked to find).
+    static bool isRunnable(const Interpreter& interpreter);
+    /// Decodes one piece of UTF-8 output. Bytes of a character cut at the end of the piece
+    /// are kept in `pending` for the next one; a piece that is not UTF-8 gives nothing.
+    static QString decodeOutputPiece(QByteArray& pending, const QByteArray& piece);
+
+    /// Runs a script given as text, of the kind named by a syntax name ("AppleScript",
+    /// "Perl", "PHP", "Python", "Ruby", "ShellScript"); any other kind is refused.
+    void runScriptWithSource(const QString& source, const QString& scriptName);
+    /// Runs a script file, choosing the kind by the file's extension.
+    void runRegisterScriptWithPath(const QString& path);
+    /// Runs an in-process script file (".js"); other files cannot be loaded here.
+    void runRegisterAppleScriptWithPath(const QString& path);
+    /// Starts the child: `arguments` is the program followed by its arguments.
+    void startProcess(const QStringList& arguments);
+    /// Receives one piece of output; an empty piece is the end of the output.
+    void getData(const QByteArray& data);
+    /// Ends the child process; none of its output arrives after this.
+    void stopProcess();
+    /// A script file's text in the encoding of its attribute, or the detected one.
+    static std::optional<QString> sourceOfFilePath(const QString& path);
+
+    bool isFindRunning() const { return _isFindRunning; }
+    bool isNewWindow() const { return _isNewWindow; }
+    /// The process started last (kept after it ends); null before the first.
+    QProcess* task() const { return _task; }
+
+    /// Registers the scripting interface on the session bus (once, at launch).
+    void bootUp();
+    /// Opens the scripting interface's description as a new document.
+    void openScriptDictionary();
+
+    /// The text view scripts act on: the main text view of the front document's window.
+    static TextView* frontTextView();
 
     /// Loads the library from "ScriptAllItems" into the application's scriptDataSource;
     /// an empty library when the setting is missing or cannot be read.
@@ -28,6 +89,18 @@ public:
     /// The nodes of an archive; none when `data` is not one.
     static std::optional<ScriptObjectList> unarchivedScriptDataSource(const QByteArray& data);
 
+Q_SIGNALS:
+    /// The running child ended (after its last output was inserted) or was stopped.
+    void processStopped();
+
 private:
     explicit ScriptManager(QObject* parent = nullptr);
+    void insertOutput(const QString& text);
+
+    QPointer<QProcess> _task;
+    bool _isFindRunning = false;
+    bool _isNewWindow = false;
+    QByteArray _pendingOutput;
+    /// The document opened for "@new" output, which receives the rest of that output.
+    QPointer<Document> _outputDocument;
 };

@@ -1,0 +1,38 @@
+#include "scripts/ApplicationAdaptor.h"
+
+#include "document/DocumentController.h"
+#include "scripts/ScriptingService.h"
+
+ApplicationAdaptor::ApplicationAdaptor(QObject* parent)
+    : QDBusAbstractAdaptor(parent)
+{}
+
+int ApplicationAdaptor::count() const
+{
+    return int(DocumentController::sharedDocumentController().documents().size());
+}
+
+QDBusObjectPath ApplicationAdaptor::frontDocument() const
+{
+    Document* document = DocumentController::sharedDocumentController().currentDocument();
+    return document ? ScriptingService::sharedScriptingService().pathOf(document)
+                    : QDBusObjectPath(QStringLiteral("/"));
+}
+
+QDBusObjectPath ApplicationAdaptor::document(int index)
+{
+    const auto& documents = DocumentController::sharedDocumentController().documents();
+    if (index < 0 || size_t(index) >= documents.size()) {
+        return QDBusObjectPath(QStringLiteral("/"));
+    }
+    return ScriptingService::sharedScriptingService().pathOf(documents[size_t(index)]);
+}
+
+QList<QDBusObjectPath> ApplicationAdaptor::documents()
+{
+    QList<QDBusObjectPath> paths;
+    for (Document* document : DocumentController::sharedDocumentController().documents()) {
+        paths.append(ScriptingService::sharedScriptingService().pathOf(document));
+    }
+    return paths;
+}

@@ -1,0 +1,153 @@
+// The object model of in-process scripts, and the shipped example scripts run as a user
+// runs them from the library.
+#include "ScriptTestSupport.h"
+#include "TestSupport.h"
+#include "platform/FileManager.h"
+#include "scripts/JavaScriptRunner.h"
+#include "scripts/ScriptManager.h"
+#include "scripts/ScriptingDocument.h"
+
+#include <QDate>
+#include <QDesktopServices>
+#include <QFileInfo>
+#include <QSignalSpy>
+#include <QTest>
+#include <QUrl>
+
+#include <gtest/gtest.h>
+
+using namespace ScriptTestSupport;
+
+namespace {
+
+class ScriptingModel : public ::testing::Test
+{
+protected:
+    void TearDown() override { closeAllDocuments(); }
+};
+
+/// Receives the addresses scripts open.
+class UrlCatcher : public QObject
+{
+    Q_OBJECT
+public:
+    QList<QUrl> urls;
+public Q_SLOTS:
+    void open(const QUrl& url) { urls.append(url); }
+};
+
+/// Runs a shipped example as the library runs it.
+void runExample(const QString& fileName)
+{
+    const QString path = TestSupport::makeTempDir() + u'/' + fileName;
+    QFile::copy(QStringLiteral(":/Script/") + fileName, path);
+    QSignalSpy stopped(&ScriptManager::sharedScriptManager(), &ScriptManager::processStopped);
+    ScriptManager::sharedScriptManager().runRegisterScriptWithPath(path);
+    if (fileName.endsWith(".sh")) {
+        ASSERT_TRUE(stopped.count() > 0 || stopped.wait(5000));
+    }
+}
+
+} // namespace
+
+TEST_F(ScriptingModel, DocumentProperties)
+{
+    Document* document = openDocument(QStringLiteral("xabcx"), 1, 3);
+    ScriptingDocument* scripting = ScriptingDocument::of(document);
+    EXPECT_EQ(scripting, ScriptingDocument::of(document));
+    EXPECT_EQ(scripting->selection(), "abc");
+    EXPECT_EQ(scripting->textRange(), QList<qint64>({1, 3}));
+    EXPECT_EQ(scripting->textEncoding(), "UTF-8");
+    EXPECT_FALSE(scripting->filePath());
+    EXPECT_TRUE(scripting->filePathValue().isNull());
+
+    scripting->setTextRange({0, 0});
+    scripting->setContents(QStringLiteral("new "));
+    EXPECT_EQ(scripting->contents(), "new xabcx");
+    scripting->setTextRange({1, 2, 3});
+    EXPECT_EQ(scripting->textRange(), QList<qint64>({4, 0}));
+    scripting->setTextRange({0, 9});
+    scripting->setContents(QStringLiteral("all"));
+    EXPECT_EQ(scripting->contents(), "all");
+
+    // A document without a window.
+    Document alone;
+    ScriptingDocument* bare = ScriptingDocument::of(&alone);
+    EXPECT_EQ(bare->selection(), "");
+    EXPECT_FALSE(bare->textRange());
+    bare->setContents(QStringLiteral("x"));
+    EXPECT_EQ(bare->contents(), "");
+}
+
+TEST_F(ScriptingModel, JavaScriptSeesTheApplication)
+{
+    Document* first = openDocument(QStringLiteral("one"));
+    Document* second = openDocument(QStringLiteral("xabcx"), 1, 3);
+    const QString script = QStringLiteral(
+        "const doc = application.frontDocument;\n"
+        "doc.contents = application.documents.length + ':' + doc.selection + ':' +\n"
+        "    doc.textRange.join(',') + ':' + doc.textEncoding + ':' + doc.filePath;\n"
+        "doc.textRange = [0, 1];\n");
+    EXPECT_EQ(JavaScriptRunner::run(script).outcome, JavaScriptRunner::Outcome::Ran);
+    EXPECT_EQ(second->string(), "x2:abc:1,3:UTF-8:nullx");
+    EXPECT_EQ(ScriptingDocument::of(second)->selection(), "x");
+    EXPECT_EQ(first->string(), "one");
+
+    // Errors while running are not reported; compile errors are, with their line.
+    EXPECT_EQ(JavaScriptRunner::run(QStringLiteral("null.x = 1;")).outcome,
+              JavaScriptRunner::Outcome::Ran);
+    const auto bad = JavaScriptRunner::run(QStringLiteral("let a = 1;\nlet b = ;\n"));
+    EXPECT_EQ(bad.outcome, JavaScriptRunner::Outcome::CompileError);
+    EXPECT_EQ(bad.errorNumber, 2);
+    EXPECT_FALSE(bad.errorMessage.isEmpty());
+}
+
+TEST_F(ScriptingModel, ShippedExamplesWork)
+{
+    AlertRecorder recorder;
+    Document* document = openDocument(QStringLiteral("xabcx"), 1, 3);
+    runExample(QStringLiteral("Put a phrase in bracket.js"));
+    EXPECT_EQ(document->string(), "x[abc]x");
+    EXPECT_EQ(ScriptingDocument::of(document)->selection(), "[abc]");
+
+    runExample(QStringLiteral("Put a phrase in brace.sh"));
+    EXPECT_EQ(document->string(), "x{[abc]}x");
+
+    ScriptingDocument::of(document)->setTextRange({0, 0});
+    runExample(QStringLiteral("Insert to textEncoding.js"));
+    EXPECT_EQ(document->string(), "UTF-8x{[abc]}x");
+
+    // Untitled: no path to insert, nothing to open.
+    UrlCatcher catcher;
+    QDesktopServices::setUrlHandler(QStringLiteral("file"), &catcher, "open");
+    ScriptingDocument::of(document)->setTextRange({0, 0});
+    runExample(QStringLiteral("Insert to filePath.js"));
+    runExample(QStringLiteral("File is open in Safari.js"));
+    EXPECT_EQ(document->string(), "UTF-8x{[abc]}x");
+    EXPECT_TRUE(catcher.urls.isEmpty());
+
+    const QString path = TestSupport::makeTempDir() + QStringLiteral("/my file.txt");
+    TestSupport::writeFile(path, "saved");
+    Document* saved =
+        DocumentController::sharedDocumentController().openDocumentWithContentsOfURL(path);
+    ASSERT_NE(saved, nullptr);
+    [[maybe_unused]] const bool active = QTest::qWaitForWindowActive(
+        DocumentController::sharedDocumentController().windowControllerOf(saved)->window(), 2000);
+    ScriptingDocument::of(saved)->setTextRange({5, 0});
+    runExample(QStringLiteral("Insert to filePath.js"));
+    EXPECT_EQ(saved->string(), QStringLiteral("saved") + path);
+    runExample(QStringLiteral("File is open in Safari.js"));
+    ASSERT_EQ(catcher.urls.size(), 1);
+    EXPECT_EQ(catcher.urls[0].toLocalFile(), path);
+    QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
+
+    Document* dated = openDocument(QString());
+    runExample(QStringLiteral("Insert to current date.js"));
+    EXPECT_TRUE(dated->string().contains(QString::number(QDate::currentDate().year())));
+    Document* calendar = openDocument(QString());
+    runExample(QStringLiteral("Output to calendar.sh"));
+    EXPECT_TRUE(calendar->string().contains(QString::number(QDate::currentDate().year())));
+    EXPECT_TRUE(recorder.alerts.empty());
+}
+
+#include "ScriptingModelTest.moc"

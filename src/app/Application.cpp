@@ -3,6 +3,7 @@
 #include "app/AppDelegate.h"
 #include "app/CommandLine.h"
 #include "app/CommandLineOpener.h"
+#include "app/SingleInstance.h"
 #include "document/DocumentController.h"
 #include "document/RecoveryStore.h"
 #include "scripts/ScriptCommands.h"
@@ -40,6 +41,7 @@ int Application::run(const CommandLine& commandLine)
 {
     DocumentController::sharedDocumentController().awakeFromNib();
     _delegate->applicationDidFinishLaunching();
+    SingleInstance::listen();
     DocumentController& documents = DocumentController::sharedDocumentController();
     // Unsaved text left behind by an editor that crashed or was killed comes back first.
     const int recovered = RecoveryStore::sharedRecoveryStore().recoverOrphans();

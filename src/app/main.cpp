@@ -1,6 +1,7 @@
 #include "app/Application.h"
 #include "app/CommandLine.h"
 #include "app/CommandLineOpener.h"
+#include "app/SingleInstance.h"
 
 #include <QStringList>
 
@@ -27,6 +28,16 @@ int main(int argc, char** argv)
         std::printf("tessaran %s\n", TESSARAN_VERSION);
         return 0;
     }
+    Application app(argc, argv);
+    if (!commandLine.newInstance()) {
+        QString error;
+        if (SingleInstance::handOff(commandLine, &error)) {
+            if (!error.isEmpty()) {
+                std::fprintf(stderr, "tessaran: %s\n", qPrintable(error));
+            }
+            return error.isEmpty() ? 0 : 1;
+        }
+    }
     const QStringList unreadable = CommandLineOpener::unreadableFiles(commandLine);
     for (const QString& problem : unreadable) {
         std::fprintf(stderr, "tessaran: %s\n", qPrintable(problem));
@@ -34,6 +45,5 @@ int main(int argc, char** argv)
     if (!unreadable.isEmpty()) {
         return 1;
     }
-    Application app(argc, argv);
     return app.run(commandLine);
 }

@@ -82,8 +82,10 @@ void RecoveryStore::watch(Document* document)
     connect(document->textStorage(), &QTextDocument::contentsChanged, timer,
             qOverload<>(&QTimer::start));
     connect(document->textStorage(), &QTextDocument::modificationChanged, this,
-            [this, document](bool modified) {
-                if (!modified) {
+            [this, document, timer](bool modified) {
+                if (modified) {
+                    timer->start();
+                } else {
                     removeCopy(document);
                 }
             });

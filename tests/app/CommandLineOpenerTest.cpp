@@ -33,6 +33,10 @@ struct EditorRun {
 EditorRun runEditor(const QStringList& arguments)
 {
     QProcess process;
+    // Never hand the files to an editor running on the developer's desktop.
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"));
+    process.setProcessEnvironment(environment);
     process.start(QStringLiteral(TESSARAN_EXECUTABLE), arguments);
     process.waitForFinished(20000);
     return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,

@@ -1,0 +1,132 @@
+// The real editor as a user starts it: a second invocation hands its files to the first,
+// and a killed editor's unsaved text comes back at the next start.
+#include "TestSupport.h"
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusObjectPath>
+#include <QDBusReply>
+#include <QDBusVariant>
+#include <QDeadlineTimer>
+#include <QProcess>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+namespace {
+
+const QString kService = QStringLiteral("org.tessaran.Tessaran");
+const QString kApplicationPath = QStringLiteral("/org/tessaran/Tessaran");
+
+QDBusConnection bus()
+{
+    return QDBusConnection::sessionBus();
+}
+
+bool editorListening(int milliseconds = 15000)
+{
+    return QTest::qWaitFor([] { return bus().interface()->isServiceRegistered(kService).value(); },
+                           milliseconds);
+}
+
+QVariant property(const QString& path, const QString& interface, const QString& name)
+{
+    QDBusMessage message = QDBusMessage::createMethodCall(
+        kService, path, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
+    message.setArguments({interface, name});
+    const QDBusMessage reply = bus().call(message, QDBus::Block, 5000);
+    return reply.arguments().value(0).value<QDBusVariant>().variant();
+}
+
+QVariant applicationProperty(const QString& name)
+{
+    return property(kApplicationPath, QStringLiteral("org.tessaran.Tessaran.Application"), name);
+}
+
+QVariant frontDocumentProperty(const QString& name)
+{
+    const QString path =
+        applicationProperty(QStringLiteral("frontDocument")).value<QDBusObjectPath>().path();
+    return property(path, QStringLiteral("org.tessaran.Tessaran.Document"), name);
+}
+
+/// Waits until no editor holds the name any more.
+bool editorGone()
+{
+    return QTest::qWaitFor([] { return !bus().interface()->isServiceRegistered(kService).value(); },
+                           15000);
+}
+
+} // namespace
+
+TEST(Launch, ASecondInvocationOpensItsFileInTheFirstEditor)
+{
+    ASSERT_TRUE(bus().isConnected()) << "no session bus";
+    const QString dir = TestSupport::makeTempDir();
+    const QString first = TestSupport::writeFile(dir + "/first.txt", "one\n");
+    const QString second = TestSupport::writeFile(dir + "/second.c", "int a;\nint b;\n");
+
+    QProcess editor;
+    editor.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    editor.start(QStringLiteral(TESSARAN_EXECUTABLE), {first});
+    ASSERT_TRUE(editorListening());
+    EXPECT_EQ(applicationProperty(QStringLiteral("count")).toInt(), 1);
+
+    QProcess invocation;
+    invocation.start(QStringLiteral(TESSARAN_EXECUTABLE), {second + ":2:5"});
+    ASSERT_TRUE(invocation.waitForFinished(20000));
+    EXPECT_EQ(invocation.exitCode(), 0);
+    EXPECT_TRUE(QTest::qWaitFor(
+        [] { return applicationProperty(QStringLiteral("count")).toInt() == 2; }, 5000));
+    EXPECT_EQ(frontDocumentProperty(QStringLiteral("filePath")).toString(), second);
+    // Line 2, column 5: after "int a;\n" and four more characters.
+    EXPECT_EQ(qdbus_cast<QList<qlonglong>>(frontDocumentProperty(QStringLiteral("textRange"))),
+              QList<qlonglong>({11, 0}));
+
+    // A folder is refused there too, and the invocation says why.
+    QProcess refused;
+    refused.start(QStringLiteral(TESSARAN_EXECUTABLE), {dir});
+    ASSERT_TRUE(refused.waitForFinished(20000));
+    EXPECT_EQ(refused.exitCode(), 1);
+    EXPECT_TRUE(refused.readAllStandardError().contains("is a folder"));
+    EXPECT_EQ(applicationProperty(QStringLiteral("count")).toInt(), 2);
+
+    editor.kill();
+    editor.waitForFinished();
+    EXPECT_TRUE(editorGone());
+}
+
+TEST(Launch, AKilledEditorsUnsavedTextIsOfferedBack)
+{
+    ASSERT_TRUE(bus().isConnected()) << "no session bus";
+    QProcess editor;
+    editor.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    editor.start(QStringLiteral(TESSARAN_EXECUTABLE), {QStringLiteral("-")});
+    ASSERT_TRUE(editorListening());
+    editor.write("not saved anywhere\n");
+    editor.closeWriteChannel();
+    EXPECT_TRUE(QTest::qWaitFor(
+        [] {
+            return frontDocumentProperty(QStringLiteral("contents")).toString() ==
+                   "not saved anywhere\n";
+        },
+        5000));
+    // The copy is made a moment after the last change; then the editor dies without a word.
+    QTest::qWait(3500);
+    ::kill(pid_t(editor.processId()), SIGKILL);
+    editor.waitForFinished();
+    ASSERT_TRUE(editorGone());
+
+    QProcess again;
+    again.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    again.start(QStringLiteral(TESSARAN_EXECUTABLE), QStringList());
+    ASSERT_TRUE(editorListening());
+    EXPECT_EQ(applicationProperty(QStringLiteral("count")).toInt(), 1);
+    EXPECT_EQ(frontDocumentProperty(QStringLiteral("contents")).toString(), "not saved anywhere\n");
+    EXPECT_EQ(frontDocumentProperty(QStringLiteral("filePath")).toString(), "");
+    again.kill();
+    again.waitForFinished();
+}

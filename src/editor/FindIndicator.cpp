@@ -1,0 +1,59 @@
+#include "editor/FindIndicator.h"
+
+#include <QPainter>
+#include <QPainterPath>
+#include <QPlainTextEdit>
+#include <QTextBlock>
+#include <QTimer>
+
+namespace {
+
+constexpr int kShownMilliseconds = 500;
+constexpr int kMargin = 3;
+
+} // namespace
+
+FindIndicator::FindIndicator(QPlainTextEdit* view, Range range)
+    : QWidget(view->viewport())
+    , _view(view)
+    , _range(range)
+{
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+    QTextCursor cursor(view->document());
+    cursor.setPosition(int(range.location));
+    const QRect start = view->cursorRect(cursor);
+    cursor.setPosition(int(range.max()), QTextCursor::KeepAnchor);
+    _text = cursor.selectedText();
+    const QRect end = view->cursorRect(QTextCursor(cursor));
+    const int width = qMax(end.left() - start.left(), view->fontMetrics().averageCharWidth());
+    setGeometry(QRect(start.left(), start.top(), width, start.height())
+                    .adjusted(-kMargin, -kMargin, kMargin, kMargin));
+    QTimer::singleShot(kShownMilliseconds, this, &QObject::deleteLater);
+}
+
+FindIndicator* FindIndicator::showFindIndicatorForRange(QPlainTextEdit* view, Range range)
+{
+    for (FindIndicator* shown : view->viewport()->findChildren<FindIndicator*>()) {
+        shown->hide();
+        shown->deleteLater();
+    }
+    auto* indicator = new FindIndicator(view, range);
+    indicator->show();
+    indicator->raise();
+    return indicator;
+}
+
+void FindIndicator::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    QPainterPath box;
+    box.addRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), 4, 4);
+    painter.fillPath(box, QColor(255, 226, 0));
+    painter.setPen(QColor(180, 150, 0));
+    painter.drawPath(box);
+    painter.setPen(Qt::black);
+    painter.setFont(_view->font());
+    painter.drawText(rect().adjusted(kMargin, kMargin, -kMargin, -kMargin),
+                     Qt::AlignLeft | Qt::AlignVCenter, _text);
+}

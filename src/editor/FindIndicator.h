@@ -1,0 +1,29 @@
+#pragma once
+
+#include "platform/Range.h"
+
+#include <QWidget>
+
+class QPlainTextEdit;
+
+/// A short-lived highlight over a range of a text view: a bright rounded box showing the
+/// characters, standing over the viewport for about half a second.
+class FindIndicator : public QWidget
+{
+    Q_OBJECT
+
+public:
+    /// Shows the indicator for `range` of `view`'s text, replacing one already shown there.
+    static FindIndicator* showFindIndicatorForRange(QPlainTextEdit* view, Range range);
+    Range range() const { return _range; }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    FindIndicator(QPlainTextEdit* view, Range range);
+
+    QPlainTextEdit* _view;
+    Range _range;
+    QString _text;
+};

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QStringList>
+
+class QTextDocument;
+
+/// The action names of a document's undoable steps, kept beside QTextDocument's own undo
+/// stack (which has no names): one entry per step, matched to the stack by position as the
+/// document adds, undoes and redoes steps. Steps made by typing have no name.
+class UndoActionNames : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// The record of `document`, made on first request; it lives as the document's child.
+    static UndoActionNames* of(QTextDocument* document);
+
+    /// Names the step the next edit block (or single change) of the document adds. Call
+    /// endStep() after the block ends, whether or not it changed anything.
+    void beginStep(const QString& actionName);
+    void endStep();
+
+    /// The name of the step that undo would take back, and that redo would make again.
+    QString undoActionName() const;
+    QString redoActionName() const;
+
+Q_SIGNALS:
+    /// The step names or the position in the stack may have changed.
+    void changed();
+
+private:
+    explicit UndoActionNames(QTextDocument* document);
+    void stepAdded();
+
+    QTextDocument* _document;
+    QStringList _names;
+    QString _pending;
+};

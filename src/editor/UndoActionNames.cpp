@@ -7,8 +7,20 @@ UndoActionNames::UndoActionNames(QTextDocument* document)
     , _document(document)
 {
     connect(document, &QTextDocument::undoCommandAdded, this, &UndoActionNames::stepAdded);
-    connect(document, &QTextDocument::undoAvailable, this, &UndoActionNames::changed);
-    connect(document, &QTextDocument::redoAvailable, this, &UndoActionNames::changed);
+    // The document drops the steps redo could reach just before it adds a new one, and both
+    // stacks when it is given a new text.
+    connect(document, &QTextDocument::redoAvailable, this, [this](bool available) {
+        if (!available) {
+            dropStepsAfter(_document->availableUndoSteps());
+        }
+        Q_EMIT changed();
+    });
+    connect(document, &QTextDocument::undoAvailable, this, [this](bool available) {
+        if (!available && _document->availableRedoSteps() == 0) {
+            _steps.clear();
+        }
+        Q_EMIT changed();
+    });
     connect(document, &QTextDocument::contentsChanged, this, &UndoActionNames::changed);
 }
 
@@ -32,23 +44,34 @@ void UndoActionNames::endStep()
     Q_EMIT changed();
 }
 
+void UndoActionNames::dropStepsAfter(int position)
+{
+    while (!_steps.isEmpty() && _steps.last().end > position) {
+        _steps.removeLast();
+    }
+}
+
 void UndoActionNames::stepAdded()
 {
-    // The new step is the last one undo can reach; any steps that redo could reach are gone.
-    const int steps = _document->availableUndoSteps();
-    _names = _names.mid(0, qMax(0, steps - 1));
-    while (_names.size() < steps - 1) {
-        _names.append(QString());
-    }
-    _names.append(_pending);
+    const int end = _document->availableUndoSteps();
+    dropStepsAfter(end - 1);
+    _steps.append({end, _pending});
     _pending.clear();
     Q_EMIT changed();
 }
 
 QString UndoActionNames::undoActionName() const
 {
-    const int index = _document->availableUndoSteps() - 1;
-    return index >= 0 && index < _names.size() ? _names[index] : QString();
+    const int position = _document->availableUndoSteps();
+    for (auto step = _steps.crbegin(); step != _steps.crend(); ++step) {
+        if (step->end == position) {
+            return step->name;
+        }
+        if (step->end < position) {
+            break;
+        }
+    }
+    return {};
 }
 
 QString UndoActionNames::redoActionName() const
@@ -56,6 +79,11 @@ QString UndoActionNames::redoActionName() const
     if (_document->availableRedoSteps() == 0) {
         return {};
     }
-    const int index = _document->availableUndoSteps();
-    return index < _names.size() ? _names[index] : QString();
+    const int position = _document->availableUndoSteps();
+    for (const Step& step : _steps) {
+        if (step.end > position) {
+            return step.name;
+        }
+    }
+    return {};
 }

@@ -1,14 +1,15 @@
 #pragma once
 
+#include <QList>
 #include <QObject>
 #include <QString>
-#include <QStringList>
 
 class QTextDocument;
 
 /// The action names of a document's undoable steps, kept beside QTextDocument's own undo
-/// stack (which has no names): one entry per step, matched to the stack by position as the
-/// document adds, undoes and redoes steps. Steps made by typing have no name.
+/// stack (which has no names). A step is known by where it ends in the stack, counted in the
+/// document's undo commands: undo takes back the step ending at the current position, redo
+/// makes again the first step ending beyond it. Steps made by typing have no name.
 class UndoActionNames : public QObject
 {
     Q_OBJECT
@@ -32,9 +33,15 @@ Q_SIGNALS:
 
 private:
     explicit UndoActionNames(QTextDocument* document);
+    struct Step {
+        int end;
+        QString name;
+    };
     void stepAdded();
+    /// Forgets the steps ending beyond `position`.
+    void dropStepsAfter(int position);
 
     QTextDocument* _document;
-    QStringList _names;
+    QList<Step> _steps;
     QString _pending;
 };

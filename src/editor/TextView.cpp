@@ -491,7 +491,10 @@ void TextView::inputMethodEvent(QInputMethodEvent* event)
 
 void TextView::insertText(const QString& string)
 {
-    if (_autoComplete && _isComplete) {
+    // A typed key extends the word being completed even when completion was started by
+    // hand, so that cancelling can restore what was typed.
+    if (_isComplete &&
+        (_autoComplete || CompletionManager::sharedCompletionManager().isComplating(this))) {
         _isComplete = false;
         CompletionManager& completion = CompletionManager::sharedCompletionManager();
         if (!hasMarkedText()) {

@@ -3,6 +3,7 @@
 #include "editor/TextView.h"
 #include "syntax/CompletionPanel.h"
 
+#include <QApplication>
 #include <QEvent>
 #include <QFontMetrics>
 #include <QGuiApplication>
@@ -123,6 +124,11 @@ bool CompletionManager::eventFilter(QObject* watched, QEvent* event)
     if (watched == _observedWindow) {
         switch (event->type()) {
         case QEvent::WindowDeactivate:
+            // The list itself never takes the window's place.
+            if (QApplication::activeWindow() != _panel) {
+                terminateCompletion();
+            }
+            break;
         case QEvent::Resize:
         case QEvent::Move:
         case QEvent::Close:

@@ -5,8 +5,7 @@
 #include <QVBoxLayout>
 
 CompletionPanel::CompletionPanel(QWidget* parent)
-    : QWidget(parent, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus |
-                          Qt::WindowStaysOnTopHint)
+    : QWidget(parent, Qt::ToolTip | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus)
     , _tableView(new QListWidget(this))
 {
     setObjectName(QStringLiteral("CompletionPanel"));

@@ -15,6 +15,8 @@ CompletionPanel::CompletionPanel(QWidget* parent)
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(_tableView);
     _tableView->setFocusPolicy(Qt::NoFocus);
+    // The manager sizes the list to its rows, however few.
+    _tableView->setMinimumSize(1, 1);
     _tableView->setUniformItemSizes(true);
     _tableView->setSpacing(0);
     _tableView->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);

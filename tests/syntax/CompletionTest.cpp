@@ -208,6 +208,14 @@ TEST(Completion, PanelGeometry)
     EXPECT_EQ(panel->height(),
               panel->rowHeight() * CompletionManager::MaximumRows + panel->chromeHeight());
     EXPECT_GE(panel->width(), 200);
+    // Fewer rows, a smaller list.
+    QTest::keyClicks(pane.view, QStringLiteral("rd1"));
+    ASSERT_EQ(shownCandidates(), QStringList({"word10", "word11"}));
+    EXPECT_EQ(panel->height(), panel->rowHeight() * 2 + panel->chromeHeight());
+    QTest::keyClick(pane.view, Qt::Key_Escape);
+    pane.view->setSelectedRange({text.size() + 1, 5});
+    pane.view->textCursor().insertText(QStringLiteral("wo"));
+    QTest::keyClick(pane.view, Qt::Key_Escape);
     QTextCursor start(&pane.document);
     start.setPosition(int(text.size()) + 1);
     const QRect word = pane.view->cursorRect(start);

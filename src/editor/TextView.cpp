@@ -755,19 +755,45 @@ void TextView::doInsertString(const QString& string, Range range, Range select,
     ensureCursorVisible();
 }
 
+namespace {
+
+// The text of the lines `range` touches, with their line breaks, and where it starts: a shift
+// needs no more of a large text than that.
+QString touchedLines(QTextDocument* document, Range range, qsizetype* base)
+{
+    const QTextBlock first = document->findBlock(int(range.location));
+    const QTextBlock last = document->findBlock(int(range.max()));
+    *base = first.position();
+    QTextCursor cursor(document);
+    cursor.setPosition(first.position());
+    cursor.setPosition(qMin(last.position() + last.length(), document->characterCount() - 1),
+                       QTextCursor::KeepAnchor);
+    return cursor.selectedText().replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
+}
+
+} // namespace
+
 void TextView::shiftRight(QObject*)
 {
-    const QString text = document()->toPlainText();
+    const Range selection = selectedRange();
+    qsizetype base = 0;
+    const QString lines = touchedLines(document(), selection, &base);
     const LineShifter::Replacement shift =
-        LineShifter::shiftRight(text, selectedRange(), _spaceTab);
-    doReplaceString(shift.string, shift.range, shift.selection, tr("Shift Right"));
+        LineShifter::shiftRight(lines, {selection.location - base, selection.length}, _spaceTab);
+    doReplaceString(shift.string, {shift.range.location + base, shift.range.length},
+                    {shift.selection.location + base, shift.selection.length}, tr("Shift Right"));
 }
 
 void TextView::shiftLeft(QObject*)
 {
-    const QString text = document()->toPlainText();
-    if (const auto shift = LineShifter::shiftLeft(text, selectedRange(), _spaceTab)) {
-        doReplaceString(shift->string, shift->range, shift->selection, tr("Shift Left"));
+    const Range selection = selectedRange();
+    qsizetype base = 0;
+    const QString lines = touchedLines(document(), selection, &base);
+    if (const auto shift = LineShifter::shiftLeft(
+            lines, {selection.location - base, selection.length}, _spaceTab)) {
+        doReplaceString(shift->string, {shift->range.location + base, shift->range.length},
+                        {shift->selection.location + base, shift->selection.length},
+                        tr("Shift Left"));
     }
 }
 

@@ -158,6 +158,17 @@ TEST(Typing, ShiftsAreUndoableSteps)
     EXPECT_EQ(empty.text(), QStringLiteral("    "));
     EXPECT_EQ(empty.view->selectedRange(), Range(4, 0));
 
+    // Lines in the middle of the text, the selection kept on them.
+    Typing middle(false, QStringLiteral("a\nb\nc\nd"));
+    middle.view->setSelectedRange({2, 3});
+    middle.view->shiftRight();
+    EXPECT_EQ(middle.text(), QStringLiteral("a\n\tb\n\tc\nd"));
+    EXPECT_EQ(middle.view->selectedRange(), Range(3, 4));
+    middle.view->setSelectedRange({4, 0});
+    middle.view->shiftLeft();
+    EXPECT_EQ(middle.text(), QStringLiteral("a\nb\n\tc\nd"));
+    EXPECT_EQ(middle.view->selectedRange(), Range(3, 0));
+
     Typing lines(true, QStringLiteral("  \tx\n\t  x"));
     lines.view->selectAll();
     lines.view->shiftLeft();

@@ -185,6 +185,16 @@ TEST(Typing, ShiftsAreUndoableSteps)
     EXPECT_EQ(flat.text(), QStringLiteral("a\nb"));
 }
 
+TEST(Typing, AClickTellsTheWindowFirst)
+{
+    Typing typing(false, QStringLiteral("abc"));
+    QSignalSpy spy(typing.view, &TextView::mouseDown);
+    QTest::mouseClick(typing.view->viewport(), Qt::LeftButton, Qt::NoModifier, QPoint(5, 5));
+    ASSERT_EQ(spy.count(), 1);
+    EXPECT_EQ(spy.first().first().value<TextView*>(), typing.view);
+    EXPECT_EQ(typing.caret(), 0);
+}
+
 TEST(Typing, LargePasteAsksForFullColouring)
 {
     Typing typing(false);

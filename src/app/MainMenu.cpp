@@ -3,6 +3,8 @@
 #include "document/Document.h"
 #include "document/DocumentController.h"
 #include "editor/TextView.h"
+#include "editor/TransformationsMenu.h"
+#include "editor/UndoActionNames.h"
 #include "scripts/ScriptMenu.h"
 #include "window/DocumentWindow.h"
 #include "window/WindowController.h"
@@ -143,6 +145,22 @@ void MainMenu::buildEditMenu(QMenuBar* bar)
     redo->setEnabled(text->isRedoAvailable());
     connect(text, &QTextDocument::undoAvailable, undo, &QAction::setEnabled);
     connect(text, &QTextDocument::redoAvailable, redo, &QAction::setEnabled);
+    // The items name the step they take back or make again ("Undo Shift Right").
+    UndoActionNames* names = UndoActionNames::of(text);
+    const auto nameItems = [this, undo, redo, names] {
+        const QString undoName = names->undoActionName();
+        const QString redoName = names->redoActionName();
+        const QString undoTitle = undoName.isEmpty() ? tr("&Undo") : tr("Undo %1").arg(undoName);
+        const QString redoTitle = redoName.isEmpty() ? tr("&Redo") : tr("Redo %1").arg(redoName);
+        if (undo->text() != undoTitle) {
+            undo->setText(undoTitle);
+        }
+        if (redo->text() != redoTitle) {
+            redo->setText(redoTitle);
+        }
+    };
+    connect(names, &UndoActionNames::changed, this, nameItems);
+    connect(edit, &QMenu::aboutToShow, this, nameItems);
     edit->addSeparator();
     const auto forward = [this](void (TextView::*method)()) {
         return [this, method] {
@@ -206,6 +224,21 @@ void MainMenu::buildFormatMenu(QMenuBar* bar)
     });
     connect(syntax, &QMenu::triggered, this,
             [this](QAction* item) { _controller->selectedSyntaxColoring(item); });
+
+    format->addSeparator();
+    format->addAction(tr("Shift Right"), QKeySequence(tr("Ctrl+]")), this, [this] {
+        if (TextView* view = _controller->textView()) {
+            view->shiftRight(view);
+        }
+    });
+    format->addAction(tr("Shift Left"), QKeySequence(tr("Ctrl+[")), this, [this] {
+        if (TextView* view = _controller->textView()) {
+            view->shiftLeft(view);
+        }
+    });
+    QMenu* transformations = format->addMenu(tr("Transformations"));
+    transformations->setObjectName(QStringLiteral("transformationsMenu"));
+    TransformationsMenu::addItems(transformations, [this] { return _controller->textView(); });
 }
 
 void MainMenu::buildWindowMenu(QMenuBar* bar)

@@ -1,56 +1,67 @@
 #include "editor/FindIndicator.h"
 
-#include "editor/TextView.h"
-
 #include <QPainter>
+#include <QPainterPath>
+#include <QPlainTextEdit>
 #include <QTextBlock>
 #include <QTimer>
 
 namespace {
 
-constexpr int ShownMilliseconds = 500;
+constexpr int kShownMilliseconds = 500;
+constexpr int kMargin = 3;
 
 } // namespace
 
-FindIndicator* FindIndicator::showFindIndicatorForRange(TextView* textView, Range range)
-{
-    if (!textView) {
-        return nullptr;
-    }
-    auto* indicator = new FindIndicator(textView, range);
-    indicator->show();
-    QTimer::singleShot(ShownMilliseconds, indicator, &QObject::deleteLater);
-    return indicator;
-}
-
-FindIndicator::FindIndicator(TextView* textView, Range range)
-    : QWidget(textView->viewport())
-    , _textView(textView)
+FindIndicator::FindIndicator(QPlainTextEdit* view, Range range)
+    : QWidget(view->viewport())
+    , _view(view)
     , _range(range)
 {
     setObjectName(QStringLiteral("findIndicator"));
     setAttribute(Qt::WA_TransparentForMouseEvents);
-    setGeometry(textView->viewport()->rect());
+    QTextCursor cursor(view->document());
+    cursor.setPosition(int(range.location));
+    const QRect start = view->cursorRect(cursor);
+    cursor.setPosition(int(range.max()), QTextCursor::KeepAnchor);
+    _text = cursor.selectedText();
+    const QRect end = view->cursorRect(QTextCursor(cursor));
+    if (end.top() != start.top()) {
+        // Over several lines: the box spans them at the viewport's width, without text.
+        _text.clear();
+        setGeometry(
+            QRect(0, start.top(), view->viewport()->width(), end.bottom() - start.top() + 1));
+    } else {
+        const int width = qMax(end.left() - start.left(), view->fontMetrics().averageCharWidth());
+        setGeometry(QRect(start.left(), start.top(), width, start.height())
+                        .adjusted(-kMargin, -kMargin, kMargin, kMargin));
+    }
+    QTimer::singleShot(kShownMilliseconds, this, &QObject::deleteLater);
+}
+
+FindIndicator* FindIndicator::showFindIndicatorForRange(QPlainTextEdit* view, Range range)
+{
+    for (FindIndicator* shown : view->viewport()->findChildren<FindIndicator*>()) {
+        shown->hide();
+        shown->deleteLater();
+    }
+    auto* indicator = new FindIndicator(view, range);
+    indicator->show();
+    indicator->raise();
+    return indicator;
 }
 
 void FindIndicator::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    const QList<TextView::ShownBlock> shown = _textView->shownBlocks(0, height());
-    QRectF area;
-    for (const TextView::ShownBlock& block : shown) {
-        const qsizetype start = block.block.position();
-        const qsizetype end = start + block.block.length();
-        if (end > _range.location && start < std::max(_range.max(), _range.location + 1)) {
-            area = area.united(block.rect);
-        }
-    }
-    if (area.isEmpty()) {
-        return;
-    }
-    QColor fill(255, 230, 0, 110);
-    painter.setPen(QPen(QColor(230, 180, 0), 1.5));
-    painter.setBrush(fill);
-    painter.drawRoundedRect(area.adjusted(1, 0, -1, 0), 4, 4);
+    QPainterPath box;
+    box.addRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), 4, 4);
+    painter.fillPath(box, _text.isEmpty() ? QColor(255, 230, 0, 110) : QColor(255, 226, 0));
+    painter.setPen(QColor(180, 150, 0));
+    painter.drawPath(box);
+    painter.setPen(Qt::black);
+    painter.setFont(_view->font());
+    painter.drawText(rect().adjusted(kMargin, kMargin, -kMargin, -kMargin),
+                     Qt::AlignLeft | Qt::AlignVCenter, _text);
 }

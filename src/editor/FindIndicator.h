@@ -4,24 +4,26 @@
 
 #include <QWidget>
 
-class TextView;
+class QPlainTextEdit;
 
-/// A short-lived highlight over a range of a text view (about half a second), to show
-/// where the view has just taken the user.
+/// A short-lived highlight over a range of a text view: a bright rounded box showing the
+/// characters, standing over the viewport for about half a second.
 class FindIndicator : public QWidget
 {
     Q_OBJECT
 
 public:
-    /// Flashes the lines of `range` in `textView`.
-    static FindIndicator* showFindIndicatorForRange(TextView* textView, Range range);
+    /// Shows the indicator for `range` of `view`'s text, replacing one already shown there.
+    static FindIndicator* showFindIndicatorForRange(QPlainTextEdit* view, Range range);
+    Range range() const { return _range; }
 
 protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    FindIndicator(TextView* textView, Range range);
+    FindIndicator(QPlainTextEdit* view, Range range);
 
-    TextView* _textView;
+    QPlainTextEdit* _view;
     Range _range;
+    QString _text;
 };

@@ -1,26 +1,60 @@
 #include "editor/TextView.h"
 
+#include "editor/BraceMatcher.h"
 #include "editor/EditorController.h"
+#include "editor/FindIndicator.h"
 #include "editor/GutterView.h"
 #include "editor/LayoutManager.h"
+#include "editor/LineShifter.h"
+#include "editor/StringTransform.h"
 #include "editor/SyntaxColoringController.h"
 #include "editor/TextMirror.h"
+#include "editor/TransformationsMenu.h"
+#include "editor/UndoActionNames.h"
 #include "platform/PropertyList.h"
+#include "platform/SystemBeep.h"
 #include "platform/UserDefaults.h"
+#include "syntax/CompletionCandidates.h"
+#include "syntax/CompletionManager.h"
 #include "syntax/SyntaxManager.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QFile>
 #include <QFontDatabase>
 #include <QFontMetricsF>
+#include <QFutureWatcher>
+#include <QMenu>
+#include <QMimeData>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QProgressBar>
 #include <QScrollBar>
+#include <QTimer>
+#include <QtConcurrent/QtConcurrentRun>
 
 namespace {
 
 const QString kEntityReferenceResource = QStringLiteral(":/EntityReference.plist");
+// Pasting more than this many characters recolours the whole text.
+constexpr qsizetype kLargePaste = 900;
+// Automatic completion starts this long after a typed key.
+constexpr int kCompletionDelay = 700;
+
+// White space as the platform's white-space set has it: tab and the space separators.
+bool isWhiteSpace(QChar c)
+{
+    return c == QLatin1Char('\t') || c.category() == QChar::Separator_Space;
+}
+
+bool isClosingBracket(const QString& string)
+{
+    return string.size() == 1 && QStringLiteral("]})>").contains(string[0]);
+}
+
+bool isWordCharacter(QChar c)
+{
+    return c.isLetterOrNumber() || c == QLatin1Char('_') || c.isMark();
+}
 
 } // namespace
 
@@ -57,7 +91,13 @@ TextView::TextView(QWidget* parent)
     });
 }
 
-TextView::~TextView() = default;
+TextView::~TextView()
+{
+    CompletionManager& completion = CompletionManager::sharedCompletionManager();
+    if (completion.isComplating(this)) {
+        completion.terminateCompletion();
+    }
+}
 
 void TextView::readFontAndColors()
 {
@@ -351,6 +391,9 @@ void TextView::setSyntaxDictionary(const QVariantMap& syntaxDictionary)
 {
     _syntaxDictionary = syntaxDictionary;
     syntaxColoringController()->setSyntaxDictionary(syntaxDictionary);
+    // A completion under way offered the old definition's words; the new ones are built anew.
+    CompletionManager::sharedCompletionManager().terminateCompletion();
+    makeCompleteWordsFromSyntaxDictionary();
 }
 
 void TextView::setSyntaxDictionay(const QString& path)
@@ -393,4 +436,641 @@ std::optional<QVariantList> TextView::makeFunctionDefinition() const
     }
     return SyntaxManager::sharedSyntaxManager().makeFunctionDefinitionWithString(
         TextMirror::mirrorOfDocument(document())->string(), _syntaxDictionary);
+}
+
+// Typing ------------------------------------------------------------------------------------
+
+Range TextView::selectedRange() const
+{
+    const QTextCursor cursor = textCursor();
+    return {cursor.selectionStart(), cursor.selectionEnd() - cursor.selectionStart()};
+}
+
+void TextView::setSelectedRange(Range range)
+{
+    QTextCursor cursor(document());
+    const qsizetype last = document()->characterCount() - 1;
+    cursor.setPosition(int(qBound<qsizetype>(0, range.location, last)));
+    cursor.setPosition(int(qBound<qsizetype>(0, range.max(), last)), QTextCursor::KeepAnchor);
+    setTextCursor(cursor);
+}
+
+void TextView::replaceCharactersInRange(Range range, const QString& string)
+{
+    if (range.length == 0 && string.isEmpty()) {
+        return;
+    }
+    QTextCursor cursor(document());
+    cursor.setPosition(int(range.location));
+    cursor.setPosition(int(range.max()), QTextCursor::KeepAnchor);
+    cursor.insertText(string);
+    setTextCursor(cursor);
+}
+
+void TextView::keyPressEvent(QKeyEvent* event)
+{
+    const int key = event->key();
+    if (key == Qt::Key_Shift || key == Qt::Key_Control || key == Qt::Key_Alt ||
+        key == Qt::Key_Meta || key == Qt::Key_AltGr) {
+        QPlainTextEdit::keyPressEvent(event);
+        return;
+    }
+    CompletionManager& completion = CompletionManager::sharedCompletionManager();
+    const bool completing = completion.isComplating(this);
+    const QString characters = event->text();
+    if (hasMarkedText()) {
+        if (completing) {
+            completion.terminateCompletionWithCancel(true);
+        }
+        interpretKeyEvent(event);
+        return;
+    }
+    if (completing && characters == QLatin1String(" ")) {
+        completion.terminateCompletionWithCancel(true);
+        insertText(characters);
+        return;
+    }
+    if (completing && key == Qt::Key_Right) {
+        completion.terminateCompletionWithCancel(true);
+        return;
+    }
+    if (completing && key == Qt::Key_Left) {
+        completion.terminateCompletionWithCancel(true);
+        interpretKeyEvent(event);
+        return;
+    }
+    if (_autoBraceMatching && isClosingBracket(characters)) {
+        if (completing) {
+            completion.terminateCompletionWithCancel(true);
+        }
+        _isComplete = false;
+        interpretKeyEvent(event);
+        return;
+    }
+    _isComplete = true;
+    interpretKeyEvent(event);
+    // The list follows the typed characters.
+    if (completion.isComplating(this) && key != Qt::Key_Down && key != Qt::Key_Up) {
+        completion.startCompletion(this);
+    }
+}
+
+void TextView::interpretKeyEvent(QKeyEvent* event)
+{
+    const Qt::KeyboardModifiers modifiers =
+        event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier);
+    const int key = event->key();
+    if (event == QKeySequence::SelectAll) {
+        selectAll();
+    } else if ((key == Qt::Key_Return || key == Qt::Key_Enter) && modifiers == 0) {
+        insertNewline(this);
+    } else if (key == Qt::Key_Tab && modifiers == 0) {
+        insertTab(this);
+    } else if (key == Qt::Key_Backspace && modifiers == 0) {
+        deleteBackward(this);
+    } else if (key == Qt::Key_Escape && modifiers == 0) {
+        cancelOperation(this);
+    } else if (key == Qt::Key_Up && event->modifiers() == Qt::NoModifier) {
+        moveUp(this);
+    } else if (key == Qt::Key_Down && event->modifiers() == Qt::NoModifier) {
+        moveDown(this);
+    } else if (!event->text().isEmpty() && event->text()[0].isPrint() &&
+               !(modifiers & (Qt::ControlModifier | Qt::MetaModifier)) && !isReadOnly()) {
+        insertText(event->text());
+    } else {
+        QPlainTextEdit::keyPressEvent(event);
+    }
+}
+
+void TextView::inputMethodEvent(QInputMethodEvent* event)
+{
+    _hasMarkedText = !event->preeditString().isEmpty();
+    CompletionManager& completion = CompletionManager::sharedCompletionManager();
+    if (_hasMarkedText && completion.isComplating(this)) {
+        completion.terminateCompletionWithCancel(true);
+    }
+    QPlainTextEdit::inputMethodEvent(event);
+}
+
+void TextView::insertText(const QString& string)
+{
+    // A typed key extends the word being completed even when completion was started by
+    // hand, so that cancelling can restore what was typed.
+    if (_isComplete &&
+        (_autoComplete || CompletionManager::sharedCompletionManager().isComplating(this))) {
+        _isComplete = false;
+        CompletionManager& completion = CompletionManager::sharedCompletionManager();
+        if (!hasMarkedText()) {
+            if (completion.isComplating(this)) {
+                completion.setCurrentPartialWord(completion.currentPartialWord() + string);
+            } else {
+                // Each typed key schedules its own start; one that finds the list open
+                // only refreshes it.
+                QTimer::singleShot(kCompletionDelay, this, [this] { complete(this); });
+            }
+        }
+    }
+    QTextCursor cursor = textCursor();
+    cursor.insertText(string);
+    setTextCursor(cursor);
+    ensureCursorVisible();
+
+    if (!_autoBraceMatching || !isClosingBracket(string) || _usedIndentClosingBraces) {
+        return;
+    }
+    if (string == QLatin1String(">") && !_UsedChevronMatching) {
+        return;
+    }
+    const Range match = autoBraceMatching(string);
+    if (match.length > 0) {
+        FindIndicator::showFindIndicatorForRange(this, match);
+    } else {
+        SystemBeep::beep();
+    }
+}
+
+Range TextView::autoBraceMatching(const QString& closing) const
+{
+    if (closing.size() != 1) {
+        return {0, 0};
+    }
+    const Range visible = visibleCharacterRange();
+    QTextCursor cursor(document());
+    cursor.setPosition(int(visible.location));
+    cursor.setPosition(int(visible.max()), QTextCursor::KeepAnchor);
+    // Paragraph separators stand in for line breaks one for one, so positions hold.
+    const QString shown = cursor.selectedText();
+    const qsizetype insertion = textCursor().position() - visible.location;
+    const Range found = BraceMatcher::autoBraceMatching(shown, insertion, closing[0]);
+    return found.length > 0 ? Range(found.location + visible.location, 1) : Range(0, 0);
+}
+
+void TextView::insertNewline(QObject*)
+{
+    QTextCursor cursor = textCursor();
+    cursor.insertBlock();
+    setTextCursor(cursor);
+    autoIndent(this);
+    ensureCursorVisible();
+}
+
+void TextView::autoIndent(QObject*)
+{
+    QTextCursor cursor = textCursor();
+    const QTextBlock previous = cursor.block().previous();
+    if (!_autoIndent || !previous.isValid()) {
+        return;
+    }
+    const auto insert = [this, &cursor](const QString& string) {
+        cursor.insertText(string);
+        setTextCursor(cursor);
+    };
+    const QString line = previous.text();
+    qsizetype indent = 0;
+    while (indent < line.size() && isWhiteSpace(line[indent])) {
+        ++indent;
+    }
+    if (indent > 0) {
+        insert(line.left(indent));
+    }
+    if (!_autoIndentBraces) {
+        return;
+    }
+    qsizetype last = line.size() - 1;
+    while (last >= 0 && isWhiteSpace(line[last])) {
+        --last;
+    }
+    if (last < 0 || line[last] != QLatin1Char('{')) {
+        return;
+    }
+    insertTab(this);
+    if (!_autoIndentClosingBraces) {
+        return;
+    }
+    cursor = textCursor();
+    insert(QStringLiteral("\n"));
+    const QString middle = cursor.block().previous().text();
+    qsizetype whiteSpace = 0;
+    while (whiteSpace < middle.size() && isWhiteSpace(middle[whiteSpace])) {
+        ++whiteSpace;
+    }
+    if (whiteSpace == 0) {
+        return;
+    }
+    const qsizetype k = qMax<qsizetype>(0, whiteSpace - (_spaceTab ? 4 : 1));
+    insert(middle.left(k));
+    _usedIndentClosingBraces = true;
+    insertText(QStringLiteral("}"));
+    _usedIndentClosingBraces = false;
+    const qsizetype position = textCursor().position();
+    FindIndicator::showFindIndicatorForRange(this, {position - 1, 1});
+    setSelectedRange({position - k - 2, 0});
+    ensureCursorVisible();
+}
+
+void TextView::insertTab(QObject*)
+{
+    CompletionManager& completion = CompletionManager::sharedCompletionManager();
+    if (completion.isComplating(this)) {
+        completion.terminateCompletionWithCancel(false);
+        return;
+    }
+    QTextCursor cursor = textCursor();
+    cursor.insertText(LineShifter::tabUnit(_spaceTab));
+    setTextCursor(cursor);
+}
+
+void TextView::deleteBackward(QObject*)
+{
+    CompletionManager& completion = CompletionManager::sharedCompletionManager();
+    if (completion.isComplating(this)) {
+        QString partial = completion.currentPartialWord();
+        if (!partial.isEmpty()) {
+            partial.chop(1);
+            completion.setCurrentPartialWord(partial);
+        }
+        const Range selection = selectedRange();
+        if (selection.location != 0) {
+            setSelectedRange({selection.location - 1, selection.length + 1});
+        }
+        if (rangeForUserCompletion().isNotFound()) {
+            completion.terminateCompletionWithCancel(false);
+            return;
+        }
+    }
+    QTextCursor cursor = textCursor();
+    const qsizetype location = cursor.position();
+    if (_spaceTab && !cursor.hasSelection() && location >= 4) {
+        QTextCursor before(document());
+        before.setPosition(int(location - 4));
+        before.setPosition(int(location), QTextCursor::KeepAnchor);
+        if (before.selectedText() == QLatin1String("    ")) {
+            cursor = before;
+        }
+    }
+    if (cursor.hasSelection()) {
+        cursor.removeSelectedText();
+    } else {
+        cursor.deletePreviousChar();
+    }
+    setTextCursor(cursor);
+    ensureCursorVisible();
+}
+
+void TextView::cancelOperation(QObject*)
+{
+    CompletionManager& completion = CompletionManager::sharedCompletionManager();
+    if (completion.isComplating(this)) {
+        completion.terminateCompletionWithCancel(true);
+    } else {
+        complete(this);
+    }
+}
+
+void TextView::moveUp(QObject*)
+{
+    CompletionManager& completion = CompletionManager::sharedCompletionManager();
+    if (completion.isComplating(this)) {
+        completion.selectUpperRow();
+    } else {
+        moveCursor(QTextCursor::Up);
+    }
+}
+
+void TextView::moveDown(QObject*)
+{
+    CompletionManager& completion = CompletionManager::sharedCompletionManager();
+    if (completion.isComplating(this)) {
+        completion.selectLowerRow();
+    } else {
+        moveCursor(QTextCursor::Down);
+    }
+}
+
+void TextView::selectAll()
+{
+    CompletionManager& completion = CompletionManager::sharedCompletionManager();
+    if (completion.isComplating(this)) {
+        completion.terminateCompletionWithCancel(true);
+    }
+    QPlainTextEdit::selectAll();
+}
+
+void TextView::insertFromMimeData(const QMimeData* source)
+{
+    if (!_syntaxDictionary.isEmpty() && source && source->hasText()) {
+        const qsizetype length = source->text().size();
+        if (length > kLargePaste) {
+            Q_EMIT pastedLargeText(length);
+        }
+    }
+    QPlainTextEdit::insertFromMimeData(source);
+}
+
+void TextView::mousePressEvent(QMouseEvent* event)
+{
+    Q_EMIT mouseDown(this);
+    CompletionManager& completion = CompletionManager::sharedCompletionManager();
+    if (completion.isComplating(this)) {
+        completion.terminateCompletionWithCancel(true);
+    }
+    setFocus(Qt::MouseFocusReason);
+    QPlainTextEdit::mousePressEvent(event);
+}
+
+// Shifting and transformations ---------------------------------------------------------------
+
+void TextView::doReplaceString(const QString& string, Range range, Range selected,
+                               const QString& actionName)
+{
+    QTextDocument* text = document();
+    const bool wasEmpty = text->isEmpty();
+    UndoActionNames* names = UndoActionNames::of(text);
+    names->beginStep(actionName);
+    QTextCursor cursor(text);
+    cursor.beginEditBlock();
+    cursor.setPosition(int(range.location));
+    cursor.setPosition(int(range.max()), QTextCursor::KeepAnchor);
+    if (wasEmpty) {
+        // An empty text has no characters to take the attributes from: give the new text
+        // the typing attributes, which are the text's own defaults.
+        cursor.insertText(string, QTextCharFormat());
+    } else {
+        cursor.insertText(string);
+    }
+    cursor.endEditBlock();
+    names->endStep();
+    setSelectedRange(selected);
+}
+
+void TextView::doInsertString(const QString& string, Range range, Range select,
+                              const QString& actionName)
+{
+    setSelectedRange(range);
+    UndoActionNames* names = UndoActionNames::of(document());
+    names->beginStep(actionName);
+    QTextCursor cursor = textCursor();
+    cursor.beginEditBlock();
+    cursor.insertText(string);
+    cursor.endEditBlock();
+    names->endStep();
+    setSelectedRange(select);
+    ensureCursorVisible();
+}
+
+namespace {
+
+// The text of the lines `range` touches, with their line breaks, and where it starts: a shift
+// needs no more of a large text than that.
+QString touchedLines(QTextDocument* document, Range range, qsizetype* base)
+{
+    const QTextBlock first = document->findBlock(int(range.location));
+    const QTextBlock last = document->findBlock(int(range.max()));
+    *base = first.position();
+    QTextCursor cursor(document);
+    cursor.setPosition(first.position());
+    cursor.setPosition(qMin(last.position() + last.length(), document->characterCount() - 1),
+                       QTextCursor::KeepAnchor);
+    return cursor.selectedText().replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
+}
+
+} // namespace
+
+void TextView::shiftRight(QObject*)
+{
+    const Range selection = selectedRange();
+    qsizetype base = 0;
+    const QString lines = touchedLines(document(), selection, &base);
+    const LineShifter::Replacement shift =
+        LineShifter::shiftRight(lines, {selection.location - base, selection.length}, _spaceTab);
+    doReplaceString(shift.string, {shift.range.location + base, shift.range.length},
+                    {shift.selection.location + base, shift.selection.length}, tr("Shift Right"));
+}
+
+void TextView::shiftLeft(QObject*)
+{
+    const Range selection = selectedRange();
+    qsizetype base = 0;
+    const QString lines = touchedLines(document(), selection, &base);
+    if (const auto shift = LineShifter::shiftLeft(
+            lines, {selection.location - base, selection.length}, _spaceTab)) {
+        doReplaceString(shift->string, {shift->range.location + base, shift->range.length},
+                        {shift->selection.location + base, shift->selection.length},
+                        tr("Shift Left"));
+    }
+}
+
+void TextView::exchangeSelection(QString (*transform)(const QString&), const QString& actionName)
+{
+    const Range selection = selectedRange();
+    if (selection.length == 0) {
+        return;
+    }
+    // QTextCursor hands line breaks back as paragraph separators.
+    const QString selected =
+        textCursor().selectedText().replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
+    const QString result = transform(selected);
+    doInsertString(result, selection, {selection.location, result.size()}, actionName);
+}
+
+void TextView::exchangeToFullwidth(QObject*)
+{
+    exchangeSelection(&StringTransform::stringToFullwidth, tr("exchange to Fullwidth"));
+}
+
+void TextView::exchangeToHalfwidth(QObject*)
+{
+    exchangeSelection(&StringTransform::stringToHalfwidth, tr("exchange to Halfwidth"));
+}
+
+void TextView::exchangeHiraganaToKatakana(QObject*)
+{
+    exchangeSelection(&StringTransform::stringHiraganaToKatakana,
+                      tr("exchange Hiragana to Katakana"));
+}
+
+void TextView::exchangeHiraganaToLatin(QObject*)
+{
+    exchangeSelection(&StringTransform::stringHiraganaToLatin, tr("exchange Hiragana to Latin"));
+}
+
+void TextView::exchangeKatakanaToHiragana(QObject*)
+{
+    exchangeSelection(&StringTransform::stringKatakanaToHiragana,
+                      tr("exchange Katakana to Hiragana"));
+}
+
+void TextView::exchangeKatakanaToLatin(QObject*)
+{
+    exchangeSelection(&StringTransform::stringKatakanaToLatin, tr("exchange Katakana to Latin"));
+}
+
+void TextView::exchangeLatinToHiragana(QObject*)
+{
+    exchangeSelection(&StringTransform::stringLatinToHiragana, tr("exchange Latin to Hiragana"));
+}
+
+void TextView::exchangeLatinToKatakana(QObject*)
+{
+    exchangeSelection(&StringTransform::stringLatinToKatakana, tr("exchange Latin to Katakana"));
+}
+
+void TextView::exchangeMandarinToPingyin(QObject*)
+{
+    exchangeSelection(&StringTransform::stringMandarinToLatin, tr("exchange Mandarin to Latin"));
+}
+
+void TextView::uppercaseWord(QObject*)
+{
+    exchangeSelection(&StringTransform::stringToUpperCase, QString());
+}
+
+void TextView::lowercaseWord(QObject*)
+{
+    exchangeSelection(&StringTransform::stringToLowerCase, QString());
+}
+
+void TextView::capitalizeWord(QObject*)
+{
+    exchangeSelection(&StringTransform::stringCapitalized, QString());
+}
+
+void TextView::exchangeToEntityReference(QObject*)
+{
+    const Range selection = selectedRange();
+    if (_entityReference.isEmpty() || selection.length == 0) {
+        return;
+    }
+    const QString selected =
+        textCursor().selectedText().replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
+    const QString replaced = StringTransform::stringByReplacingEntityReferences(
+        selected, _entityReference, _characterEntity);
+    UndoActionNames* names = UndoActionNames::of(document());
+    names->beginStep(QString());
+    QTextCursor cursor = textCursor();
+    cursor.beginEditBlock();
+    cursor.insertText(replaced);
+    cursor.endEditBlock();
+    names->endStep();
+    setTextCursor(cursor);
+}
+
+QMenu* TextView::menuForEvent(QContextMenuEvent*)
+{
+    QMenu* menu = createStandardContextMenu();
+    menu->clear();
+    menu->addAction(tr("Cut"), this, &QPlainTextEdit::cut);
+    menu->addAction(tr("Copy"), this, &QPlainTextEdit::copy);
+    menu->addAction(tr("Paste"), this, &QPlainTextEdit::paste);
+    menu->addAction(tr("Delete"), this, [this] { textCursor().removeSelectedText(); });
+    menu->addAction(tr("Select All"), this, [this] { selectAll(); });
+    menu->addSeparator();
+    menu->addAction(tr("Shift Right"), this, [this] { shiftRight(this); });
+    menu->addAction(tr("Shift Left"), this, [this] { shiftLeft(this); });
+    menu->addSeparator();
+    QMenu* transformations = menu->addMenu(tr("Transformations"));
+    TransformationsMenu::addItems(transformations, [this] { return this; });
+    return menu;
+}
+
+void TextView::contextMenuEvent(QContextMenuEvent* event)
+{
+    QMenu* menu = menuForEvent(event);
+    menu->exec(event->globalPos());
+    delete menu;
+}
+
+// Completion ---------------------------------------------------------------------------------
+
+void TextView::complete(QObject*)
+{
+    CompletionManager& completion = CompletionManager::sharedCompletionManager();
+    if (!completion.isComplating(this)) {
+        const Range range = rangeForUserCompletion();
+        QString partial;
+        if (!range.isNotFound()) {
+            QTextCursor cursor(document());
+            cursor.setPosition(int(range.location));
+            cursor.setPosition(int(range.max()), QTextCursor::KeepAnchor);
+            partial = cursor.selectedText();
+        }
+        completion.setCurrentPartialWord(partial);
+    }
+    if (!hasMarkedText()) {
+        completion.startCompletion(this);
+    }
+}
+
+Range TextView::rangeForUserCompletion() const
+{
+    const QTextCursor cursor = textCursor();
+    const qsizetype end = cursor.selectionStart();
+    const QTextBlock block = document()->findBlock(int(end));
+    const QString line = block.text();
+    qsizetype start = end - block.position();
+    const qsizetype inBlockEnd = start;
+    while (start > 0 && isWordCharacter(line[start - 1])) {
+        --start;
+    }
+    if (start == inBlockEnd) {
+        return Range::notFound();
+    }
+    return {block.position() + start, inBlockEnd - start};
+}
+
+QStringList TextView::completionsForPartialWordRange(Range range) const
+{
+    if (range.isNotFound() || range.length == 0) {
+        return {};
+    }
+    const QString text = document()->toPlainText();
+    return CompletionCandidates::completionsForPartialWord(
+        text, text.mid(range.location, range.length), _syntaxDictionary, _completeWords);
+}
+
+void TextView::insertCompletion(const QString& word, Range range, int movement, bool isFinal)
+{
+    // The text from the partial word's start holds either the typed word or the last
+    // candidate put in, whose rest is selected.
+    const qsizetype end = qMax(range.max(), selectedRange().max());
+    const bool cancel = isFinal && movement == CancelTextMovement;
+    const QString replacement = cancel ? word.left(range.length) : word;
+    QTextCursor cursor(document());
+    cursor.setPosition(int(range.location));
+    cursor.setPosition(int(end), QTextCursor::KeepAnchor);
+    if (cursor.selectedText() != replacement) {
+        cursor.insertText(replacement);
+    }
+    const qsizetype wordEnd = range.location + replacement.size();
+    if (isFinal) {
+        setSelectedRange({wordEnd, 0});
+    } else {
+        QTextCursor provisional(document());
+        provisional.setPosition(int(wordEnd));
+        provisional.setPosition(int(range.max()), QTextCursor::KeepAnchor);
+        setTextCursor(provisional);
+    }
+    ensureCursorVisible();
+}
+
+void TextView::makeCompleteWordsFromSyntaxDictionary()
+{
+    _completeWords.clear();
+    const quint64 build = ++_completeWordsBuild;
+    const QVariantMap dictionary = _syntaxDictionary;
+    using Result = std::optional<QStringList>;
+    auto* watcher = new QFutureWatcher<Result>(this);
+    connect(watcher, &QFutureWatcher<Result>::finished, this, [this, watcher, build] {
+        const Result words = watcher->result();
+        watcher->deleteLater();
+        // Only the newest build counts; one that found another running leaves none.
+        if (build == _completeWordsBuild) {
+            _completeWords = words.value_or(QStringList());
+            Q_EMIT completeWordsChanged();
+        }
+    });
+    watcher->setFuture(QtConcurrent::run([dictionary] {
+        return SyntaxManager::sharedSyntaxManager().makeCompleteWordsFromSyntaxDictionary(
+            dictionary);
+    }));
 }

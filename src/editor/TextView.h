@@ -19,6 +19,7 @@
 class GutterView;
 class LayoutManager;
 class SyntaxColoringController;
+class QMenu;
 
 /// The text view of an editor pane. QPlainTextEdit is itself a scroll area, so the view is
 /// also the pane's scroll view: its vertical ruler (the line-number gutter) stands in the
@@ -122,15 +123,95 @@ public:
     bool isComplete() const { return _isComplete; }
     void setIsComplete(bool isComplete) { _isComplete = isComplete; }
 
+    // Typing: indentation, tabs, brackets and completion. The key handling routes each key
+    // to one of these, as the platform's key bindings would.
+    void insertNewline(QObject* sender = nullptr);
+    /// Indents the line just begun like the line before it, one level more after "{".
+    void autoIndent(QObject* sender);
+    void insertTab(QObject* sender = nullptr);
+    void deleteBackward(QObject* sender = nullptr);
+    void cancelOperation(QObject* sender = nullptr);
+    void moveUp(QObject* sender = nullptr);
+    void moveDown(QObject* sender = nullptr);
+    /// Inserts text typed at the keyboard, then matches a typed closing bracket.
+    void insertText(const QString& string);
+    /// The opening bracket closed by `closing`, typed just before the insertion point,
+    /// among the characters shown; (0, 0) when there is none.
+    Range autoBraceMatching(const QString& closing) const;
+    /// Cancels a completion of this view first.
+    void selectAll();
+    /// Whether an input method is composing text in the view.
+    bool hasMarkedText() const { return _hasMarkedText; }
+
+    // Shifting and transformations, each one undoable step.
+    void shiftRight(QObject* sender = nullptr);
+    void shiftLeft(QObject* sender = nullptr);
+    void doReplaceString(const QString& string, Range range, Range selected,
+                         const QString& actionName);
+    void doInsertString(const QString& string, Range range, Range select,
+                        const QString& actionName);
+    void exchangeToFullwidth(QObject* sender = nullptr);
+    void exchangeToHalfwidth(QObject* sender = nullptr);
+    void exchangeHiraganaToKatakana(QObject* sender = nullptr);
+    void exchangeHiraganaToLatin(QObject* sender = nullptr);
+    void exchangeKatakanaToHiragana(QObject* sender = nullptr);
+    void exchangeKatakanaToLatin(QObject* sender = nullptr);
+    void exchangeLatinToHiragana(QObject* sender = nullptr);
+    void exchangeLatinToKatakana(QObject* sender = nullptr);
+    void exchangeMandarinToPingyin(QObject* sender = nullptr);
+    void exchangeToEntityReference(QObject* sender = nullptr);
+    void uppercaseWord(QObject* sender = nullptr);
+    void lowercaseWord(QObject* sender = nullptr);
+    void capitalizeWord(QObject* sender = nullptr);
+    /// The context menu: edit commands, the shifts and the transformations.
+    QMenu* menuForEvent(QContextMenuEvent* event);
+
+    // Completion (the list itself is the CompletionManager's).
+    enum TextMovement {
+        OtherTextMovement = 0,
+        ReturnTextMovement = 0x10,
+        CancelTextMovement = 0x17
+    };
+    void complete(QObject* sender = nullptr);
+    /// The word before the insertion point, up to it; not found when there is none.
+    Range rangeForUserCompletion() const;
+    QStringList completionsForPartialWordRange(Range range) const;
+    /// Replaces the partial word by `word`; until `isFinal` the part beyond the partial word
+    /// stays selected. Cancelling leaves the partial word's length of the word.
+    void insertCompletion(const QString& word, Range range, int movement, bool isFinal);
+    /// Rebuilds `completeWords` from the definition on a worker thread.
+    void makeCompleteWordsFromSyntaxDictionary();
+
+    Range selectedRange() const;
+    void setSelectedRange(Range range);
+    /// Replaces characters without any of the typing behaviour.
+    void replaceCharactersInRange(Range range, const QString& string);
+
+Q_SIGNALS:
+    /// More than 900 characters were pasted into a view with a syntax definition: the
+    /// whole text wants colouring again.
+    void pastedLargeText(qsizetype length);
+    /// A mouse button went down in the view, before the view handles it.
+    void mouseDown(TextView* view);
+    /// completeWords changed.
+    void completeWordsChanged();
+
 protected:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void inputMethodEvent(QInputMethodEvent* event) override;
+    void insertFromMimeData(const QMimeData* source) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:
     void readFontAndColors();
     void applyFontAndColors();
     void updateMargins();
     void drawInsertionPoint(QPainter& painter, const QRect& rect);
+    void interpretKeyEvent(QKeyEvent* event);
+    void exchangeSelection(QString (*transform)(const QString&), const QString& actionName);
 
     QFont _textFont;
     qint64 _tabWidth = 4;
@@ -158,4 +239,6 @@ private:
     bool _rulersVisible = true;
     QMetaObject::Connection _storageDestroyed;
     SyntaxColoringController* _syntaxColoring = nullptr;
+    bool _hasMarkedText = false;
+    quint64 _completeWordsBuild = 0;
 };

@@ -131,3 +131,25 @@ SyntaxManager::makeFunctionDefinitionWithString(const QString& string,
     }
     return result;
 }
+
+std::optional<QStringList>
+SyntaxManager::makeCompleteWordsFromSyntaxDictionary(const QVariantMap& dictionary)
+{
+    if (dictionary.isEmpty()) {
+        return std::nullopt;
+    }
+    bool idle = false;
+    if (!_isCompleteLoop.compare_exchange_strong(idle, true)) {
+        return std::nullopt;
+    }
+    QStringList words;
+    for (const char* key : {"Keywords", "Commands", "Values"}) {
+        for (const QVariant& word : dictionary.value(QLatin1String(key)).toList()) {
+            if (word.typeId() == QMetaType::QString) {
+                words.append(word.toString());
+            }
+        }
+    }
+    _isCompleteLoop = false;
+    return words;
+}

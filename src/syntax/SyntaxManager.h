@@ -5,10 +5,12 @@
 
 #include <QColor>
 #include <QString>
+#include <QStringList>
 #include <QVariantList>
 #include <QVariantMap>
 
 #include <array>
+#include <atomic>
 #include <optional>
 
 class SyntaxColoringEngine;
@@ -47,6 +49,11 @@ public:
     bool isCompleteLoop() const { return _isCompleteLoop; }
     void setIsCompleteLoop(bool running) { _isCompleteLoop = running; }
 
+    /// Every string of the definition's "Keywords", "Commands" and "Values", in that order,
+    /// duplicates kept. None without a definition or while another build runs; safe to call
+    /// from any thread.
+    std::optional<QStringList> makeCompleteWordsFromSyntaxDictionary(const QVariantMap& dictionary);
+
     /// Colours `range` of `text` with `engine`'s definition. None when the range is empty
     /// or a colouring pass is already running: then nothing changes.
     std::optional<SyntaxColoring> syntaxColoringRange(Range range, const QString& text,
@@ -63,5 +70,5 @@ private:
     std::array<QColor, SyntaxColoring::CategoryCount> _colors;
     bool _isEndlessLoop = false;
     bool _isFunctionLoop = false;
-    bool _isCompleteLoop = false;
+    std::atomic<bool> _isCompleteLoop = false;
 };

@@ -10,6 +10,7 @@
 #include "platform/StringEncoding.h"
 #include "platform/TextCodec.h"
 #include "platform/UserDefaults.h"
+#include "syntax/CompletionManager.h"
 #include "syntax/SyntaxDefinitionFolder.h"
 #include "syntax/SyntaxManager.h"
 #include "window/CharacterCounter.h"
@@ -119,6 +120,7 @@ void WindowController::addPane()
     _mainTextView = view;
     connect(view, &TextView::selectionChanged, this,
             [this, view] { textViewDidChangeSelection(view); });
+    connect(view, &TextView::mouseDown, this, &WindowController::textViewMouseDown);
     // The pane clicked or given the focus last is the one menu commands act on.
     connect(qApp, &QApplication::focusChanged, view, [this, view](QWidget*, QWidget* now) {
         if (now == view) {
@@ -126,6 +128,21 @@ void WindowController::addPane()
         }
     });
     view->setFocus();
+}
+
+void WindowController::textViewMouseDown(TextView* view)
+{
+    // A click makes its pane the main text view; the other pane gives up its completion
+    // and its selection.
+    TextView* main = textView();
+    if (main && main != view) {
+        CompletionManager& completion = CompletionManager::sharedCompletionManager();
+        if (completion.isComplating(main)) {
+            completion.terminateCompletionWithCancel(true);
+        }
+        main->setSelectedRange({0, 0});
+    }
+    _mainTextView = view;
 }
 
 void WindowController::applyStateToPane(TextView* view)

@@ -119,6 +119,7 @@ private:
     void applyStateToPane(TextView* view);
     void textDidChange();
     void textViewDidChangeSelection(TextView* view);
+    void textViewMouseDown(TextView* view);
     void startCount(const QString& text);
     void setWindowIdentifier(const QString& identifier);
     void updateTitle();

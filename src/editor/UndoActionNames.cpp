@@ -1,0 +1,89 @@
+#include "editor/UndoActionNames.h"
+
+#include <QTextDocument>
+
+UndoActionNames::UndoActionNames(QTextDocument* document)
+    : QObject(document)
+    , _document(document)
+{
+    connect(document, &QTextDocument::undoCommandAdded, this, &UndoActionNames::stepAdded);
+    // The document drops the steps redo could reach just before it adds a new one, and both
+    // stacks when it is given a new text.
+    connect(document, &QTextDocument::redoAvailable, this, [this](bool available) {
+        if (!available) {
+            dropStepsAfter(_document->availableUndoSteps());
+        }
+        Q_EMIT changed();
+    });
+    connect(document, &QTextDocument::undoAvailable, this, [this](bool available) {
+        if (!available && _document->availableRedoSteps() == 0) {
+            _steps.clear();
+        }
+        Q_EMIT changed();
+    });
+    connect(document, &QTextDocument::contentsChanged, this, &UndoActionNames::changed);
+}
+
+UndoActionNames* UndoActionNames::of(QTextDocument* document)
+{
+    if (!document) {
+        return nullptr;
+    }
+    auto* names = document->findChild<UndoActionNames*>(QString(), Qt::FindDirectChildrenOnly);
+    return names ? names : new UndoActionNames(document);
+}
+
+void UndoActionNames::beginStep(const QString& actionName)
+{
+    _pending = actionName;
+}
+
+void UndoActionNames::endStep()
+{
+    _pending.clear();
+    Q_EMIT changed();
+}
+
+void UndoActionNames::dropStepsAfter(int position)
+{
+    while (!_steps.isEmpty() && _steps.last().end > position) {
+        _steps.removeLast();
+    }
+}
+
+void UndoActionNames::stepAdded()
+{
+    const int end = _document->availableUndoSteps();
+    dropStepsAfter(end - 1);
+    _steps.append({end, _pending});
+    _pending.clear();
+    Q_EMIT changed();
+}
+
+QString UndoActionNames::undoActionName() const
+{
+    const int position = _document->availableUndoSteps();
+    for (auto step = _steps.crbegin(); step != _steps.crend(); ++step) {
+        if (step->end == position) {
+            return step->name;
+        }
+        if (step->end < position) {
+            break;
+        }
+    }
+    return {};
+}
+
+QString UndoActionNames::redoActionName() const
+{
+    if (_document->availableRedoSteps() == 0) {
+        return {};
+    }
+    const int position = _document->availableUndoSteps();
+    for (const Step& step : _steps) {
+        if (step.end > position) {
+            return step.name;
+        }
+    }
+    return {};
+}

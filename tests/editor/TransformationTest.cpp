@@ -1,0 +1,142 @@
+#include "EditorTestSupport.h"
+#include "editor/StringTransform.h"
+#include "editor/UndoActionNames.h"
+
+#include <QMenu>
+
+using namespace EditorTest;
+
+namespace {
+
+struct Pane {
+    QTextDocument document;
+    std::unique_ptr<EditorController> controller;
+    TextView* view = nullptr;
+
+    explicit Pane(const QString& text)
+    {
+        document.setPlainText(text);
+        controller = makePane(&document);
+        view = controller->textView();
+    }
+    QString text() const { return document.toPlainText(); }
+    QString undoName() { return UndoActionNames::of(&document)->undoActionName(); }
+};
+
+TEST(Transformation, FullwidthIsOneNamedUndoableStep)
+{
+    Pane pane(QStringLiteral("xABCy"));
+    pane.view->setSelectedRange({1, 3});
+    pane.view->exchangeToFullwidth();
+    EXPECT_EQ(pane.text(), QStringLiteral("x\uFF21\uFF22\uFF23y"));
+    EXPECT_EQ(pane.view->selectedRange(), Range(1, 3));
+    EXPECT_EQ(pane.undoName(), QStringLiteral("exchange to Fullwidth"));
+    // The converted text stays selected, so a second command follows on.
+    pane.view->exchangeToHalfwidth();
+    EXPECT_EQ(pane.text(), QStringLiteral("xABCy"));
+    EXPECT_EQ(pane.undoName(), QStringLiteral("exchange to Halfwidth"));
+    pane.view->undo();
+    EXPECT_EQ(pane.undoName(), QStringLiteral("exchange to Fullwidth"));
+    EXPECT_EQ(UndoActionNames::of(&pane.document)->redoActionName(),
+              QStringLiteral("exchange to Halfwidth"));
+    pane.view->undo();
+    EXPECT_EQ(pane.text(), QStringLiteral("xABCy"));
+    EXPECT_EQ(pane.undoName(), QString());
+
+    // An empty selection does nothing and records nothing.
+    pane.view->setSelectedRange({2, 0});
+    const int steps = pane.document.availableUndoSteps();
+    pane.view->exchangeToFullwidth();
+    EXPECT_EQ(pane.document.availableUndoSteps(), steps);
+}
+
+TEST(Transformation, ScriptConversions)
+{
+    // Hiragana to Katakana leaves the other scripts alone.
+    EXPECT_EQ(StringTransform::stringHiraganaToKatakana(QStringLiteral("ab かな 漢")),
+              QStringLiteral("ab カナ 漢"));
+    EXPECT_EQ(StringTransform::stringKatakanaToHiragana(QStringLiteral("カナ")),
+              QStringLiteral("かな"));
+    EXPECT_EQ(StringTransform::stringLatinToHiragana(QStringLiteral("kana")),
+              QStringLiteral("かな"));
+    EXPECT_EQ(StringTransform::stringHiraganaToLatin(QStringLiteral("かな")),
+              QStringLiteral("kana"));
+    EXPECT_EQ(StringTransform::stringLatinToKatakana(QStringLiteral("kana")),
+              QStringLiteral("カナ"));
+    EXPECT_EQ(StringTransform::stringKatakanaToLatin(QStringLiteral("カナ")),
+              QStringLiteral("kana"));
+    EXPECT_EQ(StringTransform::stringMandarinToLatin(QStringLiteral("中文")),
+              QStringLiteral("zhōng wén"));
+    EXPECT_EQ(StringTransform::stringToHalfwidth(QStringLiteral("\uFF41\u30AB")),
+              QStringLiteral("a\uFF76"));
+    EXPECT_EQ(StringTransform::stringCapitalized(QStringLiteral("hello wORLD")),
+              QStringLiteral("Hello World"));
+
+    Pane pane(QStringLiteral("かな"));
+    pane.view->selectAll();
+    pane.view->exchangeHiraganaToKatakana();
+    EXPECT_EQ(pane.text(), QStringLiteral("カナ"));
+    EXPECT_EQ(pane.undoName(), QStringLiteral("exchange Hiragana to Katakana"));
+    pane.view->exchangeKatakanaToLatin();
+    EXPECT_EQ(pane.text(), QStringLiteral("kana"));
+    pane.view->uppercaseWord();
+    EXPECT_EQ(pane.text(), QStringLiteral("KANA"));
+}
+
+TEST(Transformation, EntityReferencesDoNotEscapeTheirOwnAmpersand)
+{
+    ScopedDefaults defaults;
+    defaults.set(QStringLiteral("CharacterEntity"), true);
+    Pane named(QStringLiteral("a & < é → α"));
+    ASSERT_GT(named.view->entityReference().size(), 200);
+    named.view->selectAll();
+    named.view->exchangeToEntityReference();
+    EXPECT_EQ(named.text(), QStringLiteral("a &amp; &lt; &eacute; &rarr; &alpha;"));
+    EXPECT_EQ(named.undoName(), QString());
+    named.view->undo();
+    EXPECT_EQ(named.text(), QStringLiteral("a & < é → α"));
+
+    defaults.set(QStringLiteral("CharacterEntity"), false);
+    Pane numeric(QStringLiteral("“x” – ≤"));
+    numeric.view->selectAll();
+    numeric.view->exchangeToEntityReference();
+    EXPECT_EQ(numeric.text(), QStringLiteral("&#8220;x&#8221; &#8211; &#8804;"));
+}
+
+TEST(Transformation, ContextMenuHasItsTenPositions)
+{
+    Pane pane(QStringLiteral("x"));
+    std::unique_ptr<QMenu> menu(pane.view->menuForEvent(nullptr));
+    const QList<QAction*> items = menu->actions();
+    ASSERT_EQ(items.size(), 10);
+    const QStringList titles = {"Cut", "Copy",        "Paste",      "Delete", "Select All",
+                                "",    "Shift Right", "Shift Left", "",       "Transformations"};
+    for (int i = 0; i < 10; ++i) {
+        EXPECT_EQ(items[i]->isSeparator(), titles[i].isEmpty()) << i;
+        EXPECT_EQ(items[i]->text(), titles[i]) << i;
+        EXPECT_TRUE(items[i]->shortcut().isEmpty()) << i;
+    }
+    QMenu* transformations = items[9]->menu();
+    ASSERT_TRUE(transformations);
+    EXPECT_EQ(transformations->title(), QStringLiteral("Transformations"));
+    QStringList sub;
+    for (QAction* item : transformations->actions()) {
+        sub.append(item->isSeparator() ? QStringLiteral("-") : item->text());
+    }
+    EXPECT_EQ(sub, QStringList({"Exchange to Entity Reference", "-", "Exchange to Upper Case",
+                                "Exchange to Lower Case", "Exchange to Capitalize", "-",
+                                "Exchange to Fullwidth", "Exchange to Halfwidth",
+                                "Exchange Hiragana to Katakana", "Exchange Hiragana to Latin",
+                                "Exchange Katakana to Hiragana", "Exchange Katakana to Latin",
+                                "Exchange Latin to Hiragana", "Exchange Latin to Katakana", "-",
+                                "Exchange Mandarin to Pingyin"}));
+
+    // The items act on the view.
+    pane.view->selectAll();
+    transformations->actions()[6]->trigger();
+    EXPECT_EQ(pane.text(), QStringLiteral("\uFF58"));
+    items[6]->trigger();
+    EXPECT_EQ(pane.text(), QStringLiteral("\t\uFF58"));
+}
+
+} // namespace

@@ -1,8 +1,10 @@
 #include "app/MainMenu.h"
 
+#include "app/FindMenu.h"
 #include "document/Document.h"
 #include "document/DocumentController.h"
 #include "editor/TextView.h"
+#include "editor/UndoActionNames.h"
 #include "window/DocumentWindow.h"
 #include "window/WindowController.h"
 
@@ -22,6 +24,7 @@ MainMenu::MainMenu(WindowController* controller)
     buildViewMenu(bar);
     buildFormatMenu(bar);
     buildWindowMenu(bar);
+    new FindMenu(controller);
 }
 
 QMenu* MainMenu::addMenu(QMenuBar* bar, const QString& title, const QString& name)
@@ -135,6 +138,11 @@ void MainMenu::buildEditMenu(QMenuBar* bar)
     redo->setEnabled(text->isRedoAvailable());
     connect(text, &QTextDocument::undoAvailable, undo, &QAction::setEnabled);
     connect(text, &QTextDocument::redoAvailable, redo, &QAction::setEnabled);
+    connect(edit, &QMenu::aboutToShow, this, [undo, redo, text] {
+        const UndoActionNames* names = UndoActionNames::of(text);
+        undo->setText(tr("&Undo %1").arg(names->undoActionName()).trimmed());
+        redo->setText(tr("&Redo %1").arg(names->redoActionName()).trimmed());
+    });
     edit->addSeparator();
     const auto forward = [this](void (TextView::*method)()) {
         return [this, method] {

@@ -138,8 +138,8 @@ void MainMenu::buildEditMenu(QMenuBar* bar)
     redo->setEnabled(text->isRedoAvailable());
     connect(text, &QTextDocument::undoAvailable, undo, &QAction::setEnabled);
     connect(text, &QTextDocument::redoAvailable, redo, &QAction::setEnabled);
-    connect(edit, &QMenu::aboutToShow, this, [undo, redo, text] {
-        const UndoActionNames* names = UndoActionNames::of(text);
+    const UndoActionNames* names = UndoActionNames::of(text);
+    connect(edit, &QMenu::aboutToShow, this, [undo, redo, names] {
         undo->setText(tr("&Undo %1").arg(names->undoActionName()).trimmed());
         redo->setText(tr("&Redo %1").arg(names->redoActionName()).trimmed());
     });

@@ -5,9 +5,15 @@
 UndoActionNames::UndoActionNames(QTextDocument* textStorage)
     : QObject(textStorage)
     , _textStorage(textStorage)
+    , _origin(textStorage->availableUndoSteps())
+    , _state(_origin)
 {
+    // The document announces a new step before it reports the change, and an undo or a redo
+    // only by the change: following both keeps `_state` at the count before each new step.
     connect(textStorage, &QTextDocument::undoCommandAdded, this,
             &UndoActionNames::undoCommandAdded);
+    connect(textStorage, &QTextDocument::contentsChange, this,
+            [this] { _state = _textStorage->availableUndoSteps(); });
 }
 
 UndoActionNames* UndoActionNames::of(QTextDocument* textStorage)
@@ -22,39 +28,37 @@ UndoActionNames* UndoActionNames::of(QTextDocument* textStorage)
 void UndoActionNames::undoCommandAdded()
 {
     // A new step drops the steps that could have been redone.
-    const int steps = _textStorage->availableUndoSteps();
-    _names.resize(size_t(std::max(steps, 1)));
-    _names[size_t(std::max(steps, 1)) - 1].clear();
+    _steps.erase(_steps.upper_bound(_state), _steps.end());
+    _state = _textStorage->availableUndoSteps();
+    if (_state < _origin) {
+        _origin = _state; // the history was cleared
+    }
+    _steps[_state] = QString();
 }
 
 void UndoActionNames::setActionName(const QString& name)
 {
-    const int steps = _textStorage->availableUndoSteps();
-    if (steps <= 0) {
-        return;
+    const int state = _textStorage->availableUndoSteps();
+    if (state > 0) {
+        _steps[state] = name;
     }
-    if (_names.size() < size_t(steps)) {
-        _names.resize(size_t(steps));
-    }
-    _names[size_t(steps) - 1] = name;
-}
-
-QString UndoActionNames::nameOfStep(int step) const
-{
-    if (step <= 0 || size_t(step) > _names.size()) {
-        return QString();
-    }
-    return _names[size_t(step) - 1];
 }
 
 QString UndoActionNames::undoActionName() const
 {
-    return _textStorage->isUndoAvailable() ? nameOfStep(_textStorage->availableUndoSteps())
-                                           : QString();
+    if (!_textStorage->isUndoAvailable()) {
+        return QString();
+    }
+    const auto step = _steps.find(_textStorage->availableUndoSteps());
+    return step != _steps.end() ? step->second : QString();
 }
 
 QString UndoActionNames::redoActionName() const
 {
-    return _textStorage->isRedoAvailable() ? nameOfStep(_textStorage->availableUndoSteps() + 1)
-                                           : QString();
+    const int state = _textStorage->availableUndoSteps();
+    if (!_textStorage->isRedoAvailable() || state < _origin) {
+        return QString();
+    }
+    const auto step = _steps.upper_bound(state);
+    return step != _steps.end() ? step->second : QString();
 }

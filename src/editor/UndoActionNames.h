@@ -3,19 +3,21 @@
 #include <QObject>
 #include <QString>
 
-#include <vector>
+#include <map>
 
 class QTextDocument;
 
 /// The names of a text's undo steps ("Replace All", "Shift Right"), for the Edit menu's
-/// Undo and Redo titles. QTextDocument keeps no names of its own: the steps are counted
-/// as the document adds them, and a name is kept beside the step that was added last.
+/// Undo and Redo titles. QTextDocument keeps no names of its own, and counts its undo
+/// history in single edits rather than steps: each step is known here by the count of
+/// edits that stands once it is done, noted as the document adds it.
 class UndoActionNames : public QObject
 {
     Q_OBJECT
 
 public:
-    /// The names of `textStorage`'s steps, made on first use and owned by the text.
+    /// The names of `textStorage`'s steps, made on first use and owned by the text. Make it
+    /// before the first edit whose name should show in Redo.
     static UndoActionNames* of(QTextDocument* textStorage);
 
     /// Names the step the text added last.
@@ -28,8 +30,9 @@ public:
 private:
     explicit UndoActionNames(QTextDocument* textStorage);
     void undoCommandAdded();
-    QString nameOfStep(int step) const;
 
     QTextDocument* _textStorage;
-    std::vector<QString> _names; // _names[i] names step i + 1
+    int _origin = 0; // steps older than this object are not known
+    int _state = 0;  // the edit count the last change left
+    std::map<int, QString> _steps;
 };

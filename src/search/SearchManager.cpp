@@ -55,13 +55,14 @@ void paintRanges(LayoutManager* layoutManager, const std::vector<Range>& ranges,
 /// Runs `edit` on the text as one undoable step named `name`.
 template <class Edit> void undoableStep(QTextDocument* textStorage, const QString& name, Edit edit)
 {
+    UndoActionNames* names = UndoActionNames::of(textStorage);
     const int stepsBefore = textStorage->availableUndoSteps();
     QTextCursor cursor(textStorage);
     cursor.beginEditBlock();
     edit(cursor);
     cursor.endEditBlock();
     if (textStorage->availableUndoSteps() > stepsBefore) {
-        UndoActionNames::of(textStorage)->setActionName(name);
+        names->setActionName(name);
     }
 }
 

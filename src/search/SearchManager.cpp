@@ -13,6 +13,7 @@
 #include <QSignalBlocker>
 #include <QTextCursor>
 #include <QTextDocument>
+#include <QTimer>
 
 namespace {
 
@@ -84,6 +85,13 @@ SearchManager::SearchManager()
     _previous = defaults.boolForKey(QStringLiteral("SearchPrevious"));
     _allowMultiLine = defaults.boolForKey(QStringLiteral("AllowMultiLineSearching"));
     _selectColor = QColor::fromRgbF(0.4f, 0.8f, 1.0f, 0.2f);
+    _cacheExpiry = new QTimer(this);
+    _cacheExpiry->setSingleShot(true);
+    _cacheExpiry->setInterval(5000);
+    connect(_cacheExpiry, &QTimer::timeout, this, [this] {
+        _cachedText = QString();
+        _cachedTextIsCurrent = false;
+    });
 }
 
 void SearchManager::searchTextFieldDidChange(const QString& searchString,
@@ -109,6 +117,24 @@ QString SearchManager::stringOf(const QTextDocument* textStorage)
     QString text = textStorage->toRawText();
     text.replace(QChar::ParagraphSeparator, u'\n');
     return text;
+}
+
+QString SearchManager::textOf(QTextDocument* textStorage)
+{
+    if (textStorage != _cachedTextStorage) {
+        disconnect(_cachedTextChanged);
+        _cachedTextStorage = textStorage;
+        _cachedTextIsCurrent = false;
+        _cachedTextChanged = connect(textStorage, &QTextDocument::contentsChange, this,
+                                     [this] { _cachedTextIsCurrent = false; });
+    }
+    if (!_cachedTextIsCurrent) {
+        _cachedText = QString(); // not two copies at once
+        _cachedText = stringOf(textStorage);
+        _cachedTextIsCurrent = true;
+    }
+    _cacheExpiry->start();
+    return _cachedText;
 }
 
 void SearchManager::scrollRangeToVisible(TextView* textView, Range range)
@@ -163,7 +189,7 @@ QString SearchManager::searchString(const QString& searchString, bool previous,
     if (!textView) {
         return findLabel();
     }
-    const QString text = stringOf(layoutManager->textStorage());
+    const QString text = textOf(layoutManager->textStorage());
     std::vector<Range> ranges;
     QString label;
     if (_regularExpressions) {
@@ -174,11 +200,19 @@ QString SearchManager::searchString(const QString& searchString, bool previous,
         ranges = findAllString(text, searchString, _caseSensitive);
         label = QStringLiteral("Find String : %1 Matches").arg(qint64(ranges.size()));
     }
+    QTextDocument* textStorage = layoutManager->textStorage();
+    const bool painted = _backgroundHighlight && _paintedTextStorage == textStorage &&
+                         _paintedRevision == textStorage->revision() &&
+                         ranges == _searchMatchesList && layoutManager->hasBackgroundHighlights();
     _searchMatchesList = std::move(ranges);
     if (_searchMatchesList.empty()) {
         return label;
     }
-    paintRanges(layoutManager, _searchMatchesList, highlightColor());
+    if (!painted) {
+        paintRanges(layoutManager, _searchMatchesList, highlightColor());
+        _paintedTextStorage = textStorage;
+        _paintedRevision = textStorage->revision();
+    }
     _backgroundHighlight = true;
     const Range chosen =
         selectedMatchingRange(_searchMatchesList, selectedRange(textView), previous, text);
@@ -317,8 +351,8 @@ bool SearchManager::getRange(Range* range, TextView* textView, qint64 fromLineSp
     if (!textView) {
         return false;
     }
-    return SearchEngine::getRange(range, stringOf(textView->document()), selectedRange(textView),
-                                  fromLineSpec, toLineSpec, relative);
+    return SearchEngine::getRange(range, sharedSearchManager().textOf(textView->document()),
+                                  selectedRange(textView), fromLineSpec, toLineSpec, relative);
 }
 
 Range SearchManager::selectLinesUsingDescription(const QString& component,
@@ -330,7 +364,7 @@ Range SearchManager::selectLinesUsingDescription(const QString& component,
     }
     layoutManager->removeBackgroundHighlights();
     return SearchEngine::selectLinesUsingDescription(
-        component, stringOf(layoutManager->textStorage()), selectedRange(textView));
+        component, textOf(layoutManager->textStorage()), selectedRange(textView));
 }
 
 void SearchManager::gotoLine(TextView* textView)
@@ -350,7 +384,7 @@ void SearchManager::gotoLine(TextView* textView)
         return;
     }
     layoutManager->removeBackgroundHighlights();
-    const QString text = stringOf(layoutManager->textStorage());
+    const QString text = textOf(layoutManager->textStorage());
     const Range selection = selectedRange(textView);
     for (const QString& component : _gotoString.split(u':')) {
         _gotoRangePosition.push_back(

@@ -4,12 +4,14 @@
 
 #include <QColor>
 #include <QObject>
+#include <QPointer>
 #include <QString>
 
 #include <vector>
 
 class LayoutManager;
 class QTextDocument;
+class QTimer;
 class TextView;
 
 /// The application's one search engine. It keeps the search and replacement strings and
@@ -88,6 +90,10 @@ public:
     static QColor highlightColor();
     /// The text of a text storage with every line break as LF, positions unchanged.
     static QString stringOf(const QTextDocument* textStorage);
+    /// The same, kept between searches while the text does not change: copying 20 MB out of
+    /// a document costs more than searching it, and Find Next is pressed again and again.
+    /// The copy is let go a few seconds after its last use.
+    QString textOf(QTextDocument* textStorage);
     /// Scrolls `textView` so that `range` is in sight, leaving its selection alone.
     static void scrollRangeToVisible(TextView* textView, Range range);
 
@@ -105,6 +111,17 @@ private:
     bool _allowMultiLine = false;
     bool _backgroundHighlight = false;
     bool _isReplacing = false;
+
+    // The text and the revision of it that the last search painted, so that finding the next
+    // occurrence of the same string in an unchanged text does not paint everything again.
+    QPointer<QTextDocument> _paintedTextStorage;
+    int _paintedRevision = -1;
+
+    QPointer<QTextDocument> _cachedTextStorage;
+    QString _cachedText;
+    bool _cachedTextIsCurrent = false;
+    QMetaObject::Connection _cachedTextChanged;
+    QTimer* _cacheExpiry = nullptr;
 
     QString _gotoString;
     qsizetype _gotoPosition = 0;

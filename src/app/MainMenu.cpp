@@ -1,5 +1,6 @@
 #include "app/MainMenu.h"
 
+#include "app/FindMenu.h"
 #include "document/Document.h"
 #include "document/DocumentController.h"
 #include "editor/TextView.h"
@@ -26,6 +27,7 @@ MainMenu::MainMenu(WindowController* controller)
     buildFormatMenu(bar);
     ScriptMenu::addScriptsMenu(bar, controller);
     buildWindowMenu(bar);
+    new FindMenu(controller);
 }
 
 QMenu* MainMenu::addMenu(QMenuBar* bar, const QString& title, const QString& name)

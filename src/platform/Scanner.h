@@ -36,7 +36,8 @@ public:
 private:
     void skip();
 
-    QString _string;
+    // Never written: a non-const access would copy a text shared with the caller.
+    const QString _string;
     qsizetype _scanLocation = 0;
     bool _caseSensitive = false;
     bool _skipsWhitespace = true;

@@ -5,17 +5,20 @@
 #include "document/DocumentController.h"
 #include "document/EncodingManager.h"
 #include "editor/EditorController.h"
+#include "editor/LayoutManager.h"
 #include "editor/TextView.h"
 #include "platform/FileManager.h"
 #include "platform/StringEncoding.h"
 #include "platform/TextCodec.h"
 #include "platform/UserDefaults.h"
+#include "search/SearchManager.h"
 #include "syntax/CompletionManager.h"
 #include "syntax/SyntaxDefinitionFolder.h"
 #include "syntax/SyntaxManager.h"
 #include "window/CharacterCounter.h"
 #include "window/DocumentWindow.h"
 #include "window/FunctionPopUp.h"
+#include "window/SidebarView.h"
 
 #include <QAction>
 #include <QApplication>
@@ -56,6 +59,8 @@ WindowController::WindowController(Document* document)
     _selectedSyntaxName = defaults.stringForKey(QStringLiteral("DefaultsSyntaxName"));
 
     _window = new DocumentWindow;
+    _sidebarView = new SidebarView(this);
+    _sidebarView->placeBeside(_window->splitView());
     _counter = new CharacterCounter(document->textStorage());
     connect(Application::instance(), &Application::NotifUpdatePreferences, this,
             &WindowController::updatePreferences);
@@ -176,12 +181,17 @@ void WindowController::windowDidLoad()
     } else {
         const QStringList fields = identifier.split(u':');
         setWindowIdentifier(identifier);
-        if (fields.size() < 2 || fields[1] == kNone || fields[1] == u"59") {
+        const bool namesSyntax = fields.size() >= 2 && fields[1] != kNone && fields[1] != u"59";
+        if (namesSyntax) {
+            _selectedSyntaxName = fields[1];
+            _syntaxColouring = true;
+        }
+        // After the syntax is known, so that the identifier the sidebar writes keeps it.
+        swicthSidebar(nullptr);
+        if (!namesSyntax) {
             updateTitle();
             return;
         }
-        _selectedSyntaxName = fields[1];
-        _syntaxColouring = true;
     }
     syntaxSettingToTextView();
     _infoCharacters = _counter->count();
@@ -503,11 +513,23 @@ void WindowController::updateToolbarInformation()
     if (_window) {
         _window->infoField()->setText(text);
     }
+    if (_isSidebarView && _lastSelectedType == SidebarView::InfoType) {
+        _sidebarView->updateInformationOfDocument(_document, _selectedSyntaxName);
+    }
     Q_EMIT toolbarInformationChanged(text);
 }
 
 void WindowController::textDidChange()
 {
+    // An edit takes the search and go-to highlights away; the engine's own replacements
+    // keep them, so that replacing can go on to the next occurrence.
+    SearchManager& search = SearchManager::sharedSearchManager();
+    if (!search.isReplacing()) {
+        search.setBackgroundHighlight(false);
+        if (textView() && textView()->layoutManager()->hasBackgroundHighlights()) {
+            textView()->layoutManager()->removeBackgroundHighlights();
+        }
+    }
     for (TextView* view : textViews()) {
         view->textDidChanged();
     }
@@ -639,4 +661,219 @@ void WindowController::shareUsing(int tag)
         return;
     }
     QDesktopServices::openUrl(sharingURL(tag, _document->displayName(), text));
+}
+
+// Sidebar and split panes ----------------------------------------------------------------
+
+void WindowController::swicthSidebar(QObject* sender)
+{
+    if (sender) {
+        swicthSidebarType(sender->property("tag").toLongLong());
+        return;
+    }
+    const QStringList fields = _document->windowIdentifier().split(u':');
+    if (fields.isEmpty() || fields[0] == kNone || (fields.size() > 1 && fields[1] == u"59")) {
+        return;
+    }
+    bool isNumber = false;
+    const qint64 type = fields[0].toLongLong(&isNumber);
+    if (isNumber) {
+        swicthSidebarType(type);
+    }
+}
+
+void WindowController::swicthSidebarType(qint64 type)
+{
+    if (!_window || !_sidebarView->viewController(type)) {
+        return;
+    }
+    const QString syntax = _syntaxColouring ? _selectedSyntaxName : kNone;
+    QWidget* oldView = _sidebarView->shownView();
+    _isSidebarView = !_isSidebarView;
+    _isFullScreen = _window->isFullScreen();
+    // Outside full screen the window grows by the sidebar and the editor keeps its width; in
+    // full screen the editor gives up the room. One resize, not an animated series: each
+    // step would lay a wrapped text out again.
+    if (_isSidebarView) {
+        _sidebarView->showPane(type);
+        _sidebarView->updateInformationOfDocument(_document, _selectedSyntaxName);
+        _sidebarView->show();
+        if (!_isFullScreen) {
+            _window->resize(_window->width() + SidebarView::Width, _window->height());
+        }
+        setWindowIdentifier(QString::number(type) + u':' + syntax);
+    } else if (_lastSelectedType == type) {
+        _sidebarView->hide();
+        if (!_isFullScreen) {
+            _window->resize(_window->width() - SidebarView::Width, _window->height());
+        }
+        setWindowIdentifier(kNone + u':' + syntax);
+    } else {
+        _sidebarView->updateInformationOfDocument(_document, _selectedSyntaxName);
+        doTransition(_sidebarView->viewController(type), oldView, _sidebarView);
+        _isSidebarView = true;
+        setWindowIdentifier(QString::number(type) + u':' + syntax);
+    }
+    _lastSelectedType = type;
+    if (_isSidebarView) {
+        _sidebarView->viewFirstResponder(type);
+    } else if (TextView* view = textView()) {
+        view->setFocus(Qt::OtherFocusReason);
+    }
+}
+
+void WindowController::showSidebarType(qint64 type)
+{
+    if (_isSidebarView && _lastSelectedType == type) {
+        _sidebarView->viewFirstResponder(type);
+    } else {
+        swicthSidebarType(type);
+    }
+}
+
+void WindowController::doTransition(QWidget* newView, QWidget* oldView, SidebarView* sidebarView)
+{
+    sidebarView->doTransition(newView, oldView);
+}
+
+void WindowController::reloadData()
+{
+    _sidebarView->reloadData();
+}
+
+void WindowController::toggleSplitView(QObject* sender)
+{
+    if (sender) {
+        _isSplitView = !_isSplitView;
+    }
+    if (!_window || _panes.empty()) {
+        return;
+    }
+    QSplitter* split = _window->splitView();
+    split->setOrientation(_useVerticalforSplitView ? Qt::Horizontal : Qt::Vertical);
+    if (_isSplitView) {
+        if (_panes.size() < 2) {
+            const QVariantMap syntaxDictionary = _panes.front()->textView()->syntaxDictionary();
+            addPane();
+            if (TextView* view = textView()) {
+                view->setSyntaxDictionary(syntaxDictionary);
+                applyStateToPane(view);
+            }
+            toggleSpellChecking(nullptr);
+        }
+        const int length =
+            split->orientation() == Qt::Horizontal ? split->width() : split->height();
+        split->setSizes({length / 2, length / 2});
+    } else if (_panes.size() > 1) {
+        delete _panes.back();
+        _panes.pop_back();
+        TextView* first = _panes.front()->textView();
+        _mainTextView = first;
+        first->setFocus(Qt::OtherFocusReason);
+    }
+}
+
+void WindowController::toggleUsingVerticalSplitPane(QObject* sender)
+{
+    Q_UNUSED(sender);
+    _useVerticalforSplitView = !_useVerticalforSplitView;
+    if (!_window) {
+        return;
+    }
+    QSplitter* split = _window->splitView();
+    split->setOrientation(_useVerticalforSplitView ? Qt::Horizontal : Qt::Vertical);
+    if (_isSplitView) {
+        const int length =
+            split->orientation() == Qt::Horizontal ? split->width() : split->height();
+        split->setSizes({length / 2, length / 2});
+    }
+}
+
+void WindowController::toggleFocusOnNextSplitPane(QObject* sender)
+{
+    Q_UNUSED(sender);
+    if (_panes.size() < 2) {
+        return;
+    }
+    for (TextView* view : textViews()) {
+        if (view != textView()) {
+            _mainTextView = view;
+            view->setFocus(Qt::OtherFocusReason);
+            return;
+        }
+    }
+}
+
+// Find commands --------------------------------------------------------------------------
+
+void WindowController::findNext(QObject* sender)
+{
+    Q_UNUSED(sender);
+    if (TextView* view = textView()) {
+        SearchManager::sharedSearchManager().findNextWithLayoutManager(view->layoutManager());
+    }
+}
+
+void WindowController::findPrevious(QObject* sender)
+{
+    Q_UNUSED(sender);
+    if (TextView* view = textView()) {
+        SearchManager::sharedSearchManager().findPreviousWithLayoutManager(view->layoutManager());
+    }
+}
+
+void WindowController::replaceAndFindNext(QObject* sender)
+{
+    Q_UNUSED(sender);
+    if (TextView* view = textView()) {
+        SearchManager::sharedSearchManager().replaceAndFindNextWithLayoutManager(
+            view->layoutManager());
+    }
+}
+
+void WindowController::replaceAndFindPrevious(QObject* sender)
+{
+    Q_UNUSED(sender);
+    if (TextView* view = textView()) {
+        SearchManager::sharedSearchManager().replaceAndFindPreviousWithLayoutManager(
+            view->layoutManager());
+    }
+}
+
+void WindowController::replaceAll(QObject* sender)
+{
+    Q_UNUSED(sender);
+    if (TextView* view = textView()) {
+        SearchManager::sharedSearchManager().replacingAllStringWithLayoutManager(
+            view->layoutManager());
+    }
+}
+
+void WindowController::useSelectionforFind(QObject* sender)
+{
+    Q_UNUSED(sender);
+    TextView* view = textView();
+    if (!view || !view->textCursor().hasSelection()) {
+        return;
+    }
+    const QTextCursor selection = view->textCursor();
+    if (!_isSidebarView || _lastSelectedType != SidebarView::SearchType) {
+        swicthSidebarType(SidebarView::SearchType);
+    }
+    _sidebarView->setSearchFieldString(
+        selection.selectedText().replace(QChar::ParagraphSeparator, u'\n'));
+    view->setTextCursor(selection);
+}
+
+void WindowController::jumpToSelection(QObject* sender)
+{
+    Q_UNUSED(sender);
+    if (TextView* view = textView()) {
+        view->ensureCursorVisible();
+    }
+}
+
+void WindowController::setSearchString(const QString& string)
+{
+    _sidebarView->setSearchFieldString(string);
 }

@@ -12,7 +12,7 @@ class DocumentWindow;
 class EditorController;
 class QAction;
 class QMenu;
-class QUrl;
+class SidebarView;
 class TextView;
 class QUrl;
 
@@ -111,6 +111,33 @@ public:
     /// The function pop-up's action: selects the chosen definition's lines.
     void selectedFunctionDefinitionItem(int index);
 
+    // Sidebar and split panes.
+    SidebarView* sidebarView() const { return _sidebarView; }
+    bool isSidebarView() const { return _isSidebarView; }
+    qint64 lastSelectedType() const { return _lastSelectedType; }
+    /// With a sender, opens, switches or closes the sidebar with the pane of the sender's
+    /// "tag"; with none, shows the pane recorded in the window identifier.
+    void swicthSidebar(QObject* sender);
+    void swicthSidebarType(qint64 type);
+    void doTransition(QWidget* newView, QWidget* oldView, SidebarView* sidebarView);
+    /// Shows the pane of `type`, opening the sidebar or switching to it, and never closes it.
+    void showSidebarType(qint64 type);
+    void toggleSplitView(QObject* sender);
+    void toggleUsingVerticalSplitPane(QObject* sender);
+    void toggleFocusOnNextSplitPane(QObject* sender);
+    void reloadData();
+
+    // Find commands on the main text view.
+    void findNext(QObject* sender);
+    void findPrevious(QObject* sender);
+    void replaceAndFindNext(QObject* sender);
+    void replaceAndFindPrevious(QObject* sender);
+    void replaceAll(QObject* sender);
+    void useSelectionforFind(QObject* sender);
+    void jumpToSelection(QObject* sender);
+    /// Puts a recent search string into the search pane's field.
+    void setSearchString(const QString& string);
+
 Q_SIGNALS:
     void toolbarInformationChanged(const QString& text);
 
@@ -152,4 +179,5 @@ private:
     bool _defaultForFileType = false;
     QString _selectedSyntaxName;
     QString _windowIdentifier;
+    SidebarView* _sidebarView = nullptr;
 };

@@ -1,0 +1,265 @@
+// Finding and replacing in a 20 MB text shown in an editor pane, offscreen: find all with
+// a plain string and with a regular expression, highlight and selection included, and
+// replace all of 100,000 occurrences as one undoable step, then its undo.
+#include "app/Application.h"
+#include "editor/EditorController.h"
+#include "editor/LayoutManager.h"
+#include "editor/TextView.h"
+#include "editor/UndoActionNames.h"
+#include "search/SearchManager.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QTextDocument>
+#include <QWindow>
+
+#include <benchmark/benchmark.h>
+
+#include <cstdlib>
+#include <ctime>
+#include <memory>
+
+namespace {
+
+constexpr qsizetype kTextSize = 20 * 1024 * 1024;
+constexpr qsizetype kOccurrences = 100000;
+
+/// About 20 MB of C-like lines with exactly 100,000 identifiers starting "foo_", spread
+/// evenly (one in every few lines).
+QString generateText()
+{
+    const QString lines[] = {
+        QStringLiteral("static int compute_total(const struct record *items, size_t count)\n"),
+        QStringLiteral("{\n"),
+        QStringLiteral("    /* Walk the records once; the total wraps like the hardware's. */\n"),
+        QStringLiteral("    int total = 0; int widths[8] = {0}; const char *label = \"sum\";\n"),
+        QStringLiteral("    for (size_t i = 0; i < count; ++i) total += items[i].value;\n"),
+        QStringLiteral("    return total + widths[0] + (label ? 1 : 0); /* done */\n"),
+        QStringLiteral("}\n"),
+    };
+    QString text;
+    text.reserve(kTextSize + 4096);
+    qsizetype line = 0;
+    qsizetype occurrences = 0;
+    // Lines average about 60 characters: one occurrence every 3 lines gives 100,000 in 20 MB.
+    const qsizetype linesPerOccurrence = kTextSize / 62 / kOccurrences;
+    while (text.size() < kTextSize || occurrences < kOccurrences) {
+        if (line % linesPerOccurrence == 0 && occurrences < kOccurrences) {
+            text += QStringLiteral("    result = foo_%1(total) + 1;\n").arg(occurrences % 997);
+            ++occurrences;
+        } else {
+            text += lines[line % 7];
+        }
+        ++line;
+    }
+    return text;
+}
+
+/// CPU time of this thread in milliseconds: the machine may be shared, so the wall-clock
+/// figures are reported beside what the work itself cost.
+double threadCpuMs()
+{
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return double(now.tv_sec) * 1e3 + double(now.tv_nsec) / 1e6;
+}
+
+struct Pane {
+    QString text;
+    std::unique_ptr<QTextDocument> document;
+    std::unique_ptr<EditorController> controller;
+    TextView* view() const { return controller->textView(); }
+    LayoutManager* layoutManager() const { return controller->layoutManager(); }
+};
+
+Pane& pane()
+{
+    static std::unique_ptr<Pane> shared;
+    if (shared) {
+        return *shared;
+    }
+    shared = std::make_unique<Pane>();
+    Pane& p = *shared;
+    p.text = generateText();
+    p.document = std::make_unique<QTextDocument>();
+    p.document->setUndoRedoEnabled(false);
+    p.document->setPlainText(p.text);
+    p.document->setUndoRedoEnabled(true);
+    p.controller = std::make_unique<EditorController>();
+    p.controller->setupInitialTextViewSharedStateWithTextStorage(p.document.get());
+    UndoActionNames::of(p.document.get());
+    p.view()->resize(1000, 800);
+    p.view()->show();
+    QElapsedTimer wait;
+    wait.start();
+    while ((!p.view()->windowHandle() || !p.view()->windowHandle()->isExposed()) &&
+           wait.elapsed() < 5000) {
+        QCoreApplication::processEvents();
+    }
+    QCoreApplication::processEvents();
+    return p;
+}
+
+SearchManager& engine(const QString& search, const QString& replace, bool regularExpression)
+{
+    SearchManager& manager = SearchManager::sharedSearchManager();
+    manager.searchTextFieldDidChange(search, replace);
+    manager.setRegularExpressions(regularExpression);
+    manager.setCaseSensitive(true);
+    manager.setPrevious(false);
+    manager.setReplaceAll(false);
+    return manager;
+}
+
+/// Find from the top of the text through the pane's find command, then the repaint. The
+/// text has just been edited, so this is the cost of a first find.
+void findAll(benchmark::State& state, const QString& search, bool regularExpression)
+{
+    Pane& p = pane();
+    SearchManager& manager = engine(search, QString(), regularExpression);
+    for (auto _ : state) {
+        // An edit first, as a find after typing meets it: the engine's copy of the text is
+        // out of date, so the whole text is copied out of the document again.
+        QTextCursor edit(p.document.get());
+        edit.movePosition(QTextCursor::End);
+        edit.insertText(QStringLiteral("x"));
+        edit.deletePreviousChar();
+        QTextCursor top(p.document.get());
+        p.view()->setTextCursor(top);
+        QElapsedTimer timer;
+        const double cpuBefore = threadCpuMs();
+        timer.start();
+        const QString label = manager.findStringWithLayoutManager(p.layoutManager());
+        const double findMs = double(timer.nsecsElapsed()) / 1e6;
+        const QPixmap shown = p.view()->viewport()->grab();
+        const double totalMs = double(timer.nsecsElapsed()) / 1e6;
+        state.counters["with_paint_cpu_ms"] = threadCpuMs() - cpuBefore;
+        benchmark::DoNotOptimize(shown);
+        state.SetIterationTime(totalMs / 1000);
+        state.counters["find_ms"] = findMs;
+        state.counters["with_paint_ms"] = totalMs;
+        state.counters["matches"] = double(manager.searchMatchesList().size());
+        state.SetLabel(label.toStdString());
+    }
+}
+
+void BM_FindAllPlain(benchmark::State& state)
+{
+    findAll(state, QStringLiteral("foo_"), false);
+}
+
+void BM_FindAllRegularExpression(benchmark::State& state)
+{
+    findAll(state, QStringLiteral("\\bfoo_\\w+"), true);
+}
+
+/// Find Next (Ctrl+G) over and over once the occurrences are highlighted: the search runs
+/// again each time, the highlight is left as it is.
+void BM_FindNextHighlighted(benchmark::State& state)
+{
+    Pane& p = pane();
+    SearchManager& manager = engine(QStringLiteral("foo_"), QString(), false);
+    p.view()->setTextCursor(QTextCursor(p.document.get()));
+    manager.findStringWithLayoutManager(p.layoutManager());
+    for (auto _ : state) {
+        QElapsedTimer timer;
+        const double cpuBefore = threadCpuMs();
+        timer.start();
+        manager.findNextWithLayoutManager(p.layoutManager());
+        const QPixmap shown = p.view()->viewport()->grab();
+        benchmark::DoNotOptimize(shown);
+        const double totalMs = double(timer.nsecsElapsed()) / 1e6;
+        state.SetIterationTime(totalMs / 1000);
+        state.counters["with_paint_ms"] = totalMs;
+        state.counters["with_paint_cpu_ms"] = threadCpuMs() - cpuBefore;
+    }
+}
+
+/// Replace all of the 100,000 occurrences, then undo; both checked against the expected text.
+void BM_ReplaceAll(benchmark::State& state)
+{
+    Pane& p = pane();
+    const QString replacement = QStringLiteral("quux_");
+    QString expected = p.text;
+    expected.replace(QStringLiteral("foo_"), replacement);
+    for (auto _ : state) {
+        SearchManager& manager = engine(QStringLiteral("foo_"), replacement, false);
+        p.view()->setTextCursor(QTextCursor(p.document.get()));
+        manager.findStringWithLayoutManager(p.layoutManager());
+        if (manager.searchMatchesList().size() != size_t(kOccurrences)) {
+            state.SkipWithError("the text does not hold 100,000 occurrences");
+            return;
+        }
+        const int stepsBefore = p.document->availableUndoSteps();
+        QElapsedTimer timer;
+        double cpuBefore = threadCpuMs();
+        timer.start();
+        manager.replacingAllStringWithLayoutManager(p.layoutManager());
+        const double replaceMs = double(timer.nsecsElapsed()) / 1e6;
+        const QPixmap shown = p.view()->viewport()->grab();
+        const double withPaintMs = double(timer.nsecsElapsed()) / 1e6;
+        state.counters["with_paint_cpu_ms"] = threadCpuMs() - cpuBefore;
+        benchmark::DoNotOptimize(shown);
+        if (SearchManager::stringOf(p.document.get()) != expected) {
+            state.SkipWithError("replace all did not give the expected text");
+            return;
+        }
+        const QString name = UndoActionNames::of(p.document.get())->undoActionName();
+        timer.restart();
+        cpuBefore = threadCpuMs();
+        p.view()->undo();
+        const double undoMs = double(timer.nsecsElapsed()) / 1e6;
+        state.counters["undo_cpu_ms"] = threadCpuMs() - cpuBefore;
+        if (SearchManager::stringOf(p.document.get()) != p.text) {
+            state.SkipWithError("undo did not restore the text");
+            return;
+        }
+        if (p.document->availableUndoSteps() != stepsBefore || name != u"Replace All") {
+            state.SkipWithError("replace all was not one undo step named Replace All");
+            return;
+        }
+        state.SetIterationTime(withPaintMs / 1000);
+        state.counters["replace_ms"] = replaceMs;
+        state.counters["with_paint_ms"] = withPaintMs;
+        state.counters["undo_ms"] = undoMs;
+    }
+}
+
+std::string makePrivateHome()
+{
+    char pattern[] = "/tmp/tessaran-bench-XXXXXX";
+    const char* dir = mkdtemp(pattern);
+    if (!dir) {
+        std::abort();
+    }
+    const std::string home(dir);
+    for (const char* name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"}) {
+        const std::string path = home + "/" + name;
+        QDir().mkpath(QString::fromStdString(path));
+        setenv(name, path.c_str(), 1);
+    }
+    return home;
+}
+
+} // namespace
+
+BENCHMARK(BM_FindAllPlain)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(5);
+BENCHMARK(BM_FindAllRegularExpression)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(5);
+BENCHMARK(BM_FindNextHighlighted)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(5);
+BENCHMARK(BM_ReplaceAll)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(3);
+
+int main(int argc, char** argv)
+{
+    // Settings and support folders of a benchmark run never touch the user's.
+    const std::string home = makePrivateHome();
+    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    Application app(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    QDir(QString::fromStdString(home)).removeRecursively();
+    return 0;
+}

@@ -1,0 +1,413 @@
+#include "search/SearchManager.h"
+
+#include "editor/LayoutManager.h"
+#include "editor/TextView.h"
+#include "editor/UndoActionNames.h"
+#include "platform/UserDefaults.h"
+#include "search/FindIndicator.h"
+#include "search/SearchEngine.h"
+
+#include <QApplication>
+#include <QPalette>
+#include <QScrollBar>
+#include <QSignalBlocker>
+#include <QTextCursor>
+#include <QTextDocument>
+#include <QTimer>
+
+namespace {
+
+const QString kPlainLabel = QStringLiteral("Find String :");
+const QString kRegularExpressionLabel = QStringLiteral("ICU-comaptible :");
+
+/// `color` moved halfway toward white.
+QColor highlightWithLevel(const QColor& color, qreal level)
+{
+    const QColor rgb = color.toRgb();
+    return QColor::fromRgbF(float(rgb.redF() + (1 - rgb.redF()) * level),
+                            float(rgb.greenF() + (1 - rgb.greenF()) * level),
+                            float(rgb.blueF() + (1 - rgb.blueF()) * level), rgb.alphaF());
+}
+
+Range selectedRange(const TextView* textView)
+{
+    const QTextCursor cursor = textView->textCursor();
+    return {cursor.selectionStart(), cursor.selectionEnd() - cursor.selectionStart()};
+}
+
+int clampToText(const QTextDocument* textStorage, qsizetype position)
+{
+    return int(std::clamp<qsizetype>(position, 0, textStorage->characterCount() - 1));
+}
+
+/// Paints `ranges` over what the background layer already holds.
+void paintRanges(LayoutManager* layoutManager, const std::vector<Range>& ranges,
+                 const QColor& color)
+{
+    if (!layoutManager->hasBackgroundHighlights()) {
+        layoutManager->setBackgroundHighlights(QList<Range>(ranges.begin(), ranges.end()), color);
+        return;
+    }
+    for (const Range& range : ranges) {
+        layoutManager->addBackgroundHighlight(color, range);
+    }
+}
+
+/// Runs `edit` on the text as one undoable step named `name`.
+template <class Edit> void undoableStep(QTextDocument* textStorage, const QString& name, Edit edit)
+{
+    UndoActionNames* names = UndoActionNames::of(textStorage);
+    names->beginStep(name);
+    QTextCursor cursor(textStorage);
+    cursor.beginEditBlock();
+    edit(cursor);
+    cursor.endEditBlock();
+    names->endStep();
+}
+
+} // namespace
+
+SearchManager& SearchManager::sharedSearchManager()
+{
+    static SearchManager* manager = new SearchManager;
+    return *manager;
+}
+
+SearchManager::SearchManager()
+{
+    const UserDefaults& defaults = UserDefaults::standardUserDefaults();
+    _replaceAndFindNext = defaults.boolForKey(QStringLiteral("SearchReplaceAndFindNext"));
+    _replaceAll = defaults.boolForKey(QStringLiteral("SearchReplaceAll"));
+    _caseSensitive = defaults.boolForKey(QStringLiteral("SearchCaseSensitive"));
+    _regularExpressions = defaults.boolForKey(QStringLiteral("SearchRegularExpression"));
+    _previous = defaults.boolForKey(QStringLiteral("SearchPrevious"));
+    _allowMultiLine = defaults.boolForKey(QStringLiteral("AllowMultiLineSearching"));
+    _selectColor = QColor::fromRgbF(0.4f, 0.8f, 1.0f, 0.2f);
+    _cacheExpiry = new QTimer(this);
+    _cacheExpiry->setSingleShot(true);
+    _cacheExpiry->setInterval(5000);
+    connect(_cacheExpiry, &QTimer::timeout, this, [this] {
+        _cachedText = QString();
+        _cachedTextIsCurrent = false;
+    });
+}
+
+void SearchManager::searchTextFieldDidChange(const QString& searchString,
+                                             const QString& replaceString)
+{
+    _searchString = searchString;
+    _replaceString = replaceString;
+}
+
+QString SearchManager::findLabel() const
+{
+    return _regularExpressions ? kRegularExpressionLabel : kPlainLabel;
+}
+
+QColor SearchManager::highlightColor()
+{
+    return highlightWithLevel(QApplication::palette().color(QPalette::Active, QPalette::Highlight),
+                              0.5);
+}
+
+QString SearchManager::stringOf(const QTextDocument* textStorage)
+{
+    QString text = textStorage->toRawText();
+    text.replace(QChar::ParagraphSeparator, u'\n');
+    return text;
+}
+
+QString SearchManager::textOf(QTextDocument* textStorage)
+{
+    if (textStorage != _cachedTextStorage) {
+        disconnect(_cachedTextChanged);
+        _cachedTextStorage = textStorage;
+        _cachedTextIsCurrent = false;
+        _cachedTextChanged = connect(textStorage, &QTextDocument::contentsChange, this,
+                                     [this] { _cachedTextIsCurrent = false; });
+    }
+    if (!_cachedTextIsCurrent) {
+        _cachedText = QString(); // not two copies at once
+        _cachedText = stringOf(textStorage);
+        _cachedTextIsCurrent = true;
+    }
+    _cacheExpiry->start();
+    return _cachedText;
+}
+
+void SearchManager::scrollRangeToVisible(TextView* textView, Range range)
+{
+    if (!textView || range.isNotFound()) {
+        return;
+    }
+    QTextDocument* textStorage = textView->document();
+    const QTextCursor saved = textView->textCursor();
+    QTextCursor target(textStorage);
+    target.setPosition(clampToText(textStorage, range.max()));
+    target.setPosition(clampToText(textStorage, range.location));
+    // The view scrolls only through its cursor: show the range's start with it, then put
+    // the selection back where it was without scrolling again.
+    const QSignalBlocker blocker(textView);
+    textView->setTextCursor(target);
+    textView->ensureCursorVisible();
+    const int vertical = textView->verticalScrollBar()->value();
+    const int horizontal = textView->horizontalScrollBar()->value();
+    textView->setTextCursor(saved);
+    textView->verticalScrollBar()->setValue(vertical);
+    textView->horizontalScrollBar()->setValue(horizontal);
+}
+
+// Occurrences --------------------------------------------------------------------------
+
+std::vector<Range> SearchManager::findAllString(const QString& string, const QString& findString,
+                                                bool caseSensitive)
+{
+    return SearchEngine::findAllString(string, findString, caseSensitive);
+}
+
+std::vector<Range> SearchManager::findRegularExpressionOfAllString(const QString& string,
+                                                                   const QString& pattarn,
+                                                                   bool caseSensitive,
+                                                                   bool multiLine)
+{
+    return SearchEngine::findRegularExpressionOfAllString(string, pattarn, caseSensitive,
+                                                          multiLine);
+}
+
+Range SearchManager::selectedMatchingRange(const std::vector<Range>& ranges, Range selectRange,
+                                           bool previous, QStringView allString)
+{
+    return SearchEngine::selectedMatchingRange(ranges, selectRange, previous, allString);
+}
+
+QString SearchManager::searchString(const QString& searchString, bool previous,
+                                    LayoutManager* layoutManager)
+{
+    TextView* textView = layoutManager ? layoutManager->firstTextView() : nullptr;
+    if (!textView) {
+        return findLabel();
+    }
+    const QString text = textOf(layoutManager->textStorage());
+    std::vector<Range> ranges;
+    QString label;
+    if (_regularExpressions) {
+        ranges =
+            findRegularExpressionOfAllString(text, searchString, _caseSensitive, _allowMultiLine);
+        label = QStringLiteral("ICU-comaptible : %1 Matches").arg(qint64(ranges.size()));
+    } else {
+        ranges = findAllString(text, searchString, _caseSensitive);
+        label = QStringLiteral("Find String : %1 Matches").arg(qint64(ranges.size()));
+    }
+    QTextDocument* textStorage = layoutManager->textStorage();
+    const bool painted = _backgroundHighlight && _paintedTextStorage == textStorage &&
+                         _paintedRevision == textStorage->revision() &&
+                         ranges == _searchMatchesList && layoutManager->hasBackgroundHighlights();
+    _searchMatchesList = std::move(ranges);
+    if (_searchMatchesList.empty()) {
+        return label;
+    }
+    if (!painted) {
+        paintRanges(layoutManager, _searchMatchesList, highlightColor());
+        _paintedTextStorage = textStorage;
+        _paintedRevision = textStorage->revision();
+    }
+    _backgroundHighlight = true;
+    const Range chosen =
+        selectedMatchingRange(_searchMatchesList, selectedRange(textView), previous, text);
+    if (!chosen.isNotFound()) {
+        QTextCursor cursor(layoutManager->textStorage());
+        cursor.setPosition(int(chosen.location));
+        cursor.setPosition(int(chosen.max()), QTextCursor::KeepAnchor);
+        textView->setTextCursor(cursor);
+        textView->ensureCursorVisible();
+        FindIndicator::showFindIndicatorForRange(textView, chosen);
+    }
+    return label;
+}
+
+QString SearchManager::findStringWithLayoutManager(LayoutManager* layoutManager)
+{
+    if (layoutManager) {
+        layoutManager->removeBackgroundHighlights();
+    }
+    _backgroundHighlight = false;
+    if (_searchString.isEmpty()) {
+        return findLabel();
+    }
+    return searchString(_searchString, _previous, layoutManager);
+}
+
+QString SearchManager::findNextWithLayoutManager(LayoutManager* layoutManager)
+{
+    return _searchString.isEmpty() ? findLabel()
+                                   : searchString(_searchString, false, layoutManager);
+}
+
+QString SearchManager::findPreviousWithLayoutManager(LayoutManager* layoutManager)
+{
+    return _searchString.isEmpty() ? findLabel() : searchString(_searchString, true, layoutManager);
+}
+
+// Replacing ----------------------------------------------------------------------------
+
+void SearchManager::replacingString(const QString& replaceString, LayoutManager* layoutManager)
+{
+    TextView* textView = layoutManager ? layoutManager->firstTextView() : nullptr;
+    if (!_backgroundHighlight || !textView) {
+        return;
+    }
+    const qsizetype location = selectedRange(textView).location;
+    const bool wasReplacing = std::exchange(_isReplacing, true);
+    undoableStep(layoutManager->textStorage(), QStringLiteral("Replace"), [&](QTextCursor& cursor) {
+        const QTextCursor selection = textView->textCursor();
+        cursor.setPosition(selection.selectionStart());
+        cursor.setPosition(selection.selectionEnd(), QTextCursor::KeepAnchor);
+        cursor.insertText(replaceString);
+    });
+    _isReplacing = wasReplacing;
+    QTextCursor selection(layoutManager->textStorage());
+    selection.setPosition(int(location));
+    selection.setPosition(
+        clampToText(layoutManager->textStorage(), location + replaceString.size()),
+        QTextCursor::KeepAnchor);
+    textView->setTextCursor(selection);
+}
+
+void SearchManager::replacingAllStringWithLayoutManager(LayoutManager* layoutManager)
+{
+    if (!_backgroundHighlight || !layoutManager || !layoutManager->textStorage()) {
+        return;
+    }
+    QTextDocument* textStorage = layoutManager->textStorage();
+    const std::vector<Range> edits =
+        SearchEngine::replaceAllEdits(_searchMatchesList, _replaceString.size());
+    const bool wasReplacing = std::exchange(_isReplacing, true);
+    undoableStep(textStorage, QStringLiteral("Replace All"), [&](QTextCursor& cursor) {
+        const qsizetype length = textStorage->characterCount() - 1;
+        qsizetype shifted = 0; // how much the edits so far changed the text's length
+        for (const Range& edit : edits) {
+            // Edits made since the search may have shortened the text.
+            if (edit.max() > length + shifted) {
+                break;
+            }
+            cursor.setPosition(int(edit.location));
+            cursor.setPosition(int(edit.max()), QTextCursor::KeepAnchor);
+            cursor.insertText(_replaceString);
+            shifted += _replaceString.size() - edit.length;
+        }
+    });
+    _isReplacing = wasReplacing;
+    _backgroundHighlight = false;
+}
+
+QString SearchManager::replaceStringWithLayoutManager(LayoutManager* layoutManager)
+{
+    if (_replaceAll) {
+        replacingAllStringWithLayoutManager(layoutManager);
+    } else {
+        replacingString(_replaceString, layoutManager);
+    }
+    if (_searchString.isEmpty() || _replaceAll) {
+        return findLabel();
+    }
+    if (_replaceAndFindNext) {
+        return searchString(_searchString, _previous, layoutManager);
+    }
+    return QString();
+}
+
+QString SearchManager::replaceAndFindNextWithLayoutManager(LayoutManager* layoutManager)
+{
+    replacingString(_replaceString, layoutManager);
+    return _searchString.isEmpty() ? findLabel()
+                                   : searchString(_searchString, false, layoutManager);
+}
+
+QString SearchManager::replaceAndFindPreviousWithLayoutManager(LayoutManager* layoutManager)
+{
+    replacingString(_replaceString, layoutManager);
+    return _searchString.isEmpty() ? findLabel() : searchString(_searchString, true, layoutManager);
+}
+
+// Go to line ---------------------------------------------------------------------------
+
+void SearchManager::gotoTextFieldDidChange(const QString& gotoString)
+{
+    _gotoString = gotoString;
+    _gotoPosition = 0;
+}
+
+bool SearchManager::parseLineDescription(const QString& component, qint64* fromLineSpec,
+                                         qint64* toLineSpec, qint64* relative)
+{
+    return SearchEngine::parseLineDescription(component, fromLineSpec, toLineSpec, relative);
+}
+
+bool SearchManager::getRange(Range* range, TextView* textView, qint64 fromLineSpec,
+                             qint64 toLineSpec, qint64 relative)
+{
+    if (!textView) {
+        return false;
+    }
+    return SearchEngine::getRange(range, sharedSearchManager().textOf(textView->document()),
+                                  selectedRange(textView), fromLineSpec, toLineSpec, relative);
+}
+
+Range SearchManager::selectLinesUsingDescription(const QString& component,
+                                                 LayoutManager* layoutManager)
+{
+    TextView* textView = layoutManager ? layoutManager->firstTextView() : nullptr;
+    if (!textView) {
+        return Range::notFound();
+    }
+    layoutManager->removeBackgroundHighlights();
+    return SearchEngine::selectLinesUsingDescription(
+        component, textOf(layoutManager->textStorage()), selectedRange(textView));
+}
+
+void SearchManager::gotoLine(TextView* textView)
+{
+    LayoutManager* layoutManager = textView ? textView->layoutManager() : nullptr;
+    if (!layoutManager) {
+        return;
+    }
+    const QColor color = highlightWithLevel(_selectColor, 0.5);
+    _gotoRangePosition.clear();
+    if (_gotoString == u"start") {
+        scrollRangeToVisible(textView, {0, 0});
+        return;
+    }
+    if (_gotoString == u"end") {
+        scrollRangeToVisible(textView, {textView->document()->characterCount() - 1, 0});
+        return;
+    }
+    layoutManager->removeBackgroundHighlights();
+    const QString text = textOf(layoutManager->textStorage());
+    const Range selection = selectedRange(textView);
+    for (const QString& component : _gotoString.split(u':')) {
+        _gotoRangePosition.push_back(
+            SearchEngine::selectLinesUsingDescription(component, text, selection));
+    }
+
+    // A component that names no line is neither painted nor stepped to.
+    std::vector<Range> named;
+    std::copy_if(_gotoRangePosition.begin(), _gotoRangePosition.end(), std::back_inserter(named),
+                 [](const Range& range) { return !range.isNotFound(); });
+    const qsizetype n = qsizetype(_gotoRangePosition.size());
+    if (named.empty()) {
+        return;
+    }
+    layoutManager->setBackgroundHighlights(QList<Range>(named.begin(), named.end()), color);
+    _backgroundHighlight = true;
+
+    qsizetype shown = _gotoPosition < n ? _gotoPosition : 0;
+    while (_gotoRangePosition[size_t(shown)].isNotFound()) {
+        shown = (shown + 1) % n;
+    }
+    const Range range = _gotoRangePosition[size_t(shown)];
+    scrollRangeToVisible(textView, range);
+    FindIndicator::showFindIndicatorForRange(textView, range);
+    if (n > 1) {
+        _gotoPosition = shown + 1 > n - 1 ? 0 : shown + 1;
+    }
+}

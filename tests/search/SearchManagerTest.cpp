@@ -1,0 +1,281 @@
+#include "search/SearchManager.h"
+
+#include "editor/EditorTestSupport.h"
+#include "editor/UndoActionNames.h"
+
+#include <QScrollBar>
+#include <QTextBlock>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using Runs = std::vector<ColorStore::Run>;
+
+/// The shared engine in a known state: plain, case-sensitive, forwards, both strings set.
+SearchManager& engine(const QString& search = QString(), const QString& replace = QString())
+{
+    SearchManager& manager = SearchManager::sharedSearchManager();
+    manager.searchTextFieldDidChange(search, replace);
+    manager.setRegularExpressions(false);
+    manager.setCaseSensitive(true);
+    manager.setPrevious(false);
+    manager.setReplaceAll(false);
+    manager.setReplaceAndFindNext(false);
+    manager.setBackgroundHighlight(false);
+    return manager;
+}
+
+struct Pane {
+    QTextDocument document;
+    std::unique_ptr<EditorController> controller;
+
+    explicit Pane(const QString& text)
+    {
+        document.setPlainText(text);
+        controller = EditorTest::makePane(&document);
+    }
+    TextView* view() const { return controller->textView(); }
+    LayoutManager* layoutManager() const { return controller->layoutManager(); }
+    Range selection() const
+    {
+        const QTextCursor cursor = view()->textCursor();
+        return {cursor.selectionStart(), cursor.selectionEnd() - cursor.selectionStart()};
+    }
+    void select(Range range)
+    {
+        QTextCursor cursor(&document);
+        cursor.setPosition(int(range.location));
+        cursor.setPosition(int(range.max()), QTextCursor::KeepAnchor);
+        view()->setTextCursor(cursor);
+    }
+    /// The characters carrying the background layer, as one string of '#' and '.'.
+    QString painted() const
+    {
+        QString marks(document.characterCount() - 1, u'.');
+        for (const ColorStore::Run& run :
+             layoutManager()->backgroundHighlights({0, marks.size()})) {
+            for (qsizetype i = run.location; i < run.location + run.length; ++i) {
+                marks[i] = u'#';
+            }
+        }
+        return marks;
+    }
+};
+
+} // namespace
+
+TEST(SearchManager, FindCountsPaintsAndSelects)
+{
+    Pane pane(QStringLiteral("aaaa"));
+    SearchManager& search = engine(QStringLiteral("aa"));
+    EXPECT_EQ(search.findStringWithLayoutManager(pane.layoutManager()), "Find String : 3 Matches");
+    EXPECT_EQ(search.searchMatchesList(), (std::vector<Range>{{0, 2}, {1, 2}, {2, 2}}));
+    EXPECT_EQ(pane.painted(), "####");
+    EXPECT_TRUE(search.backgroundHighlight());
+    EXPECT_EQ(pane.selection(), Range(1, 2)); // the first one after the insertion point at 0
+
+    // A search string that begins with a space finds nothing, not even ' x' itself; find
+    // still takes the old colour away, and the selection stays.
+    Pane spaced(QStringLiteral("a x b x"));
+    spaced.select({0, 1});
+    spaced.layoutManager()->setBackgroundHighlights({{0, 1}}, Qt::red);
+    engine(QStringLiteral(" x"));
+    EXPECT_EQ(search.findStringWithLayoutManager(spaced.layoutManager()),
+              "Find String : 0 Matches");
+    EXPECT_EQ(spaced.painted(), ".......");
+    EXPECT_EQ(spaced.selection(), Range(0, 1));
+
+    // An empty search string gives the label without a count.
+    engine();
+    EXPECT_EQ(search.findStringWithLayoutManager(pane.layoutManager()), "Find String :");
+    EXPECT_EQ(pane.painted(), "....");
+    search.setRegularExpressions(true);
+    EXPECT_EQ(search.findNextWithLayoutManager(pane.layoutManager()), "ICU-comaptible :");
+
+    // With groups, only the groups are found, painted and selected.
+    Pane groups(QStringLiteral("ab ab"));
+    engine(QStringLiteral("(a)(b)")).setRegularExpressions(true);
+    EXPECT_EQ(search.findStringWithLayoutManager(groups.layoutManager()),
+              "ICU-comaptible : 4 Matches");
+    EXPECT_EQ(search.searchMatchesList(), (std::vector<Range>{{0, 1}, {1, 1}, {3, 1}, {4, 1}}));
+    EXPECT_EQ(groups.painted(), "##.##");
+    // A pattern that does not compile finds nothing, silently.
+    engine(QStringLiteral("(a")).setRegularExpressions(true);
+    EXPECT_EQ(search.findStringWithLayoutManager(groups.layoutManager()),
+              "ICU-comaptible : 0 Matches");
+
+    // Without case sensitivity 'abc' finds 'ABC', plainly and as a pattern.
+    Pane cased(QStringLiteral("xABC"));
+    engine(QStringLiteral("abc")).setCaseSensitive(false);
+    EXPECT_EQ(search.findStringWithLayoutManager(cased.layoutManager()), "Find String : 1 Matches");
+    search.setRegularExpressions(true);
+    EXPECT_EQ(search.findStringWithLayoutManager(cased.layoutManager()),
+              "ICU-comaptible : 1 Matches");
+}
+
+TEST(SearchManager, NextAndPreviousWrapAround)
+{
+    // Occurrences of 'q' at 2, 5 and 9.
+    Pane pane(QStringLiteral("..q..q...q.."));
+    SearchManager& search = engine(QStringLiteral("q"));
+    pane.select({5, 1});
+    search.findNextWithLayoutManager(pane.layoutManager());
+    EXPECT_EQ(pane.selection(), Range(9, 1));
+    search.findNextWithLayoutManager(pane.layoutManager());
+    EXPECT_EQ(pane.selection(), Range(2, 1)); // silently round to the top
+    pane.select({5, 1});
+    search.findPreviousWithLayoutManager(pane.layoutManager());
+    EXPECT_EQ(pane.selection(), Range(2, 1));
+    search.findPreviousWithLayoutManager(pane.layoutManager());
+    EXPECT_EQ(pane.selection(), Range(9, 1)); // and round to the bottom
+    // The find command follows the backwards flag.
+    search.setPrevious(true);
+    pane.select({0, 0});
+    search.findStringWithLayoutManager(pane.layoutManager());
+    EXPECT_EQ(pane.selection(), Range(9, 1));
+
+    // Finding far down scrolls the occurrence into sight.
+    QString lines;
+    for (int i = 0; i < 400; ++i) {
+        lines += i == 300 ? QStringLiteral("needle\n") : QStringLiteral("hay\n");
+    }
+    Pane tall(lines);
+    engine(QStringLiteral("needle")).findStringWithLayoutManager(tall.layoutManager());
+    const Range shown = tall.view()->visibleCharacterRange();
+    EXPECT_TRUE(shown.contains(tall.selection().location));
+}
+
+TEST(SearchManager, ReplacingIsOneUndoableStepEach)
+{
+    // Occurrences at 0, 10 and 20, each 3 long, replaced by one character: the text is
+    // changed at 0, 8 and 16 of the changing text.
+    const QString text = QStringLiteral("abc.......abc.......abc.......");
+    Pane pane(text);
+    SearchManager& search = engine(QStringLiteral("abc"), QStringLiteral("Z"));
+    // Nothing is replaced while nothing is highlighted.
+    search.replacingAllStringWithLayoutManager(pane.layoutManager());
+    EXPECT_EQ(pane.document.toPlainText(), text);
+
+    search.findStringWithLayoutManager(pane.layoutManager());
+    search.replacingAllStringWithLayoutManager(pane.layoutManager());
+    EXPECT_EQ(pane.document.toPlainText(), "Z.......Z.......Z.......");
+    EXPECT_FALSE(search.backgroundHighlight());
+    UndoActionNames* names = UndoActionNames::of(&pane.document);
+    EXPECT_EQ(names->undoActionName(), "Replace All");
+    pane.view()->undo();
+    EXPECT_EQ(pane.document.toPlainText(), text);
+    EXPECT_EQ(names->redoActionName(), "Replace All");
+    pane.view()->redo();
+    pane.view()->undo();
+    EXPECT_EQ(pane.document.toPlainText(), text);
+
+    // Overlapping occurrences: the one that overlaps a replaced one is left out.
+    Pane overlapping(QStringLiteral("aaaa"));
+    engine(QStringLiteral("aa"), QStringLiteral("b"))
+        .findStringWithLayoutManager(overlapping.layoutManager());
+    search.replacingAllStringWithLayoutManager(overlapping.layoutManager());
+    EXPECT_EQ(overlapping.document.toPlainText(), "bb");
+
+    // Replace one: the selection, whatever it holds, becomes the replacement, selected; the
+    // label is empty without "replace and find next", the new count with it.
+    pane.select({0, 0});
+    engine(QStringLiteral("abc"), QStringLiteral("XY"))
+        .findStringWithLayoutManager(pane.layoutManager());
+    EXPECT_EQ(pane.selection(), Range(10, 3));
+    EXPECT_EQ(search.replaceStringWithLayoutManager(pane.layoutManager()), "");
+    EXPECT_EQ(pane.document.toPlainText(), "abc.......XY.......abc.......");
+    EXPECT_EQ(pane.selection(), Range(10, 2));
+    EXPECT_EQ(names->undoActionName(), "Replace");
+    search.setReplaceAndFindNext(true);
+    EXPECT_EQ(search.replaceStringWithLayoutManager(pane.layoutManager()),
+              "Find String : 2 Matches");
+    EXPECT_EQ(pane.selection(), Range(19, 3));
+    pane.view()->undo();
+    pane.view()->undo();
+    EXPECT_EQ(pane.document.toPlainText(), text);
+
+    // In regular-expression mode the replacement is inserted as it stands.
+    Pane pattern(QStringLiteral("key=value"));
+    engine(QStringLiteral("(value)"), QStringLiteral("$1")).setRegularExpressions(true);
+    search.setReplaceAll(true);
+    EXPECT_EQ(search.findStringWithLayoutManager(pattern.layoutManager()),
+              "ICU-comaptible : 1 Matches");
+    EXPECT_EQ(search.replaceStringWithLayoutManager(pattern.layoutManager()), "ICU-comaptible :");
+    EXPECT_EQ(pattern.document.toPlainText(), "key=$1");
+}
+
+TEST(SearchManager, GoToPaintsAndStepsThroughTheNamedLines)
+{
+    QString text;
+    for (int i = 1; i <= 40; ++i) {
+        text += QStringLiteral("line %1\n").arg(i, 2, 10, QChar(u'0'));
+    }
+    Pane pane(text);
+    SearchManager& search = engine();
+    const auto lineRange = [&](int line) {
+        const QTextBlock block = pane.document.findBlockByNumber(line - 1);
+        return Range(block.position(), block.length());
+    };
+    const auto painted = [&] {
+        return pane.layoutManager()->backgroundHighlights({0, text.size()});
+    };
+    pane.select({3, 2});
+
+    search.gotoTextFieldDidChange(QStringLiteral("10:20:30"));
+    std::vector<qsizetype> positions;
+    for (int i = 0; i < 4; ++i) {
+        search.gotoLine(pane.view());
+        positions.push_back(search.gotoPosition());
+        const int shownLine = i % 3 * 10 + 10;
+        EXPECT_TRUE(pane.view()->visibleCharacterRange().contains(lineRange(shownLine).location))
+            << shownLine;
+    }
+    EXPECT_EQ(positions, (std::vector<qsizetype>{1, 2, 0, 1}));
+    const Runs runs = painted();
+    ASSERT_EQ(runs.size(), 3u);
+    EXPECT_EQ(Range(runs[1].location, runs[1].length), lineRange(20));
+    EXPECT_TRUE(search.backgroundHighlight());
+    EXPECT_EQ(pane.selection(), Range(3, 2)); // shown, not selected
+
+    // "start" and "end" scroll without painting or stepping.
+    search.gotoTextFieldDidChange(QStringLiteral("end"));
+    search.gotoLine(pane.view());
+    EXPECT_TRUE(pane.view()->visibleCharacterRange().contains(lineRange(40).location));
+    EXPECT_EQ(painted().size(), 3u);
+    search.gotoTextFieldDidChange(QStringLiteral("start"));
+    search.gotoLine(pane.view());
+    EXPECT_EQ(pane.view()->verticalScrollBar()->value(), 0);
+
+    // An edit of the field starts again at the first component; a component that names no
+    // line is neither painted nor stepped to.
+    search.gotoTextFieldDidChange(QStringLiteral("30:5-3:99:2"));
+    search.gotoLine(pane.view());
+    EXPECT_EQ(search.gotoPosition(), 1);
+    EXPECT_EQ(search.gotoRangePosition().size(), 4u);
+    EXPECT_TRUE(search.gotoRangePosition()[1].isNotFound());
+    EXPECT_EQ(painted().size(), 2u);
+    search.gotoLine(pane.view());
+    EXPECT_EQ(search.gotoPosition(), 0); // stepped over '5-3' and '99' to '2'
+    EXPECT_TRUE(pane.view()->visibleCharacterRange().contains(lineRange(2).location));
+
+    // Relative forms count from the selection, which the action leaves where it is; ' 7 '
+    // with blanks names line 7.
+    pane.select(lineRange(5));
+    for (const auto& [description, line] :
+         std::vector<std::pair<QString, int>>{{"+0", 5}, {"-0", 4}, {"+2", 7}, {" 7 ", 7}}) {
+        search.gotoTextFieldDidChange(description);
+        search.gotoLine(pane.view());
+        const Runs one = painted();
+        ASSERT_EQ(one.size(), 1u) << description.toStdString();
+        EXPECT_EQ(Range(one[0].location, one[0].length), lineRange(line))
+            << description.toStdString();
+    }
+    // A malformed or empty description paints nothing and takes the old colour away.
+    for (const QString& description : {QStringLiteral("5-3"), QStringLiteral("3-"), QString()}) {
+        search.gotoTextFieldDidChange(description);
+        search.gotoLine(pane.view());
+        EXPECT_TRUE(painted().empty()) << description.toStdString();
+    }
+    EXPECT_EQ(pane.selection(), lineRange(5));
+}

@@ -1,67 +1,18 @@
 #include "window/SidebarView.h"
 
 #include "app/Application.h"
+#include "scripts/ScriptController.h"
 #include "search/GotoController.h"
 #include "search/SearchController.h"
 #include "window/InfoController.h"
 
 #include <QBoxLayout>
-#include <QHeaderView>
 #include <QLineEdit>
 #include <QLinearGradient>
 #include <QPainter>
 #include <QParallelAnimationGroup>
 #include <QPropertyAnimation>
-#include <QTreeWidget>
 #include <QVBoxLayout>
-
-namespace {
-
-// ---- Script pane (placeholder) ------------------------------------------------------
-// The library's tree, read-only, until the script library's own pane takes this place:
-// swap makeScriptPane() (and reloadScriptPane()) for the script controller.
-
-void addScriptItems(QTreeWidget* tree, QTreeWidgetItem* parent, const ScriptObjectList& nodes)
-{
-    for (const ScriptObjectPtr& node : nodes) {
-        auto* item = parent ? new QTreeWidgetItem(parent) : new QTreeWidgetItem(tree);
-        item->setText(0, node->title());
-        if (node->children()) {
-            addScriptItems(tree, item, *node->children());
-        }
-    }
-}
-
-void reloadScriptPane(QWidget* pane)
-{
-    auto* tree = pane->findChild<QTreeWidget*>();
-    if (!tree) {
-        return;
-    }
-    tree->clear();
-    if (Application* application = Application::instance();
-        application && application->scriptDataSource()) {
-        addScriptItems(tree, nullptr, *application->scriptDataSource());
-    }
-    tree->expandAll();
-}
-
-QWidget* makeScriptPane(QWidget* parent)
-{
-    auto* pane = new QWidget(parent);
-    pane->setObjectName(QStringLiteral("ScriptView"));
-    auto* layout = new QVBoxLayout(pane);
-    layout->setContentsMargins(6, 8, 6, 6);
-    auto* tree = new QTreeWidget(pane);
-    tree->setHeaderHidden(true);
-    tree->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    layout->addWidget(tree);
-    reloadScriptPane(pane);
-    return pane;
-}
-// ---- end of the script pane ----------------------------------------------------------
-
-} // namespace
 
 SidebarView::SidebarView(WindowController* windowController, QWidget* parent)
     : QWidget(parent)
@@ -71,7 +22,7 @@ SidebarView::SidebarView(WindowController* windowController, QWidget* parent)
     _searchController = new SearchController(windowController, this);
     _gotoController = new GotoController(windowController, this);
     _infoController = new InfoController(this);
-    _scriptController = makeScriptPane(this);
+    _scriptController = new ScriptController(windowController, this);
     _viewControllers = {_searchController, _gotoController, _infoController, _scriptController};
     for (QWidget* pane : _viewControllers) {
         pane->hide();
@@ -187,7 +138,7 @@ void SidebarView::updateInformationOfDocument(const Document* document, const QS
 
 void SidebarView::reloadData()
 {
-    reloadScriptPane(_scriptController);
+    _scriptController->reloadData();
 }
 
 void SidebarView::viewFirstResponder(qint64 type)

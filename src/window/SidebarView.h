@@ -8,6 +8,7 @@ class Document;
 class GotoController;
 class InfoController;
 class QParallelAnimationGroup;
+class ScriptController;
 class SearchController;
 class WindowController;
 
@@ -38,7 +39,7 @@ public:
     SearchController* searchController() const { return _searchController; }
     GotoController* gotoController() const { return _gotoController; }
     InfoController* infoController() const { return _infoController; }
-    QWidget* scriptController() const { return _scriptController; }
+    ScriptController* scriptController() const { return _scriptController; }
     /// The pane on show (the last one shown), or none.
     QWidget* shownView() const { return _shownView; }
 
@@ -67,7 +68,7 @@ private:
     SearchController* _searchController = nullptr;
     GotoController* _gotoController = nullptr;
     InfoController* _infoController = nullptr;
-    QWidget* _scriptController = nullptr;
+    ScriptController* _scriptController = nullptr;
     QPointer<QWidget> _shownView;
     QPointer<QWidget> _leavingView;
     QParallelAnimationGroup* _transition = nullptr;

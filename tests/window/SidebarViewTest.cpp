@@ -8,6 +8,7 @@
 #include "editor/TextView.h"
 #include "editor/UndoActionNames.h"
 #include "platform/UserDefaults.h"
+#include "scripts/ScriptController.h"
 #include "search/GotoController.h"
 #include "search/SearchController.h"
 #include "search/SearchManager.h"

@@ -1,5 +1,6 @@
 #include "app/MainMenu.h"
 
+#include "app/PreferencesController.h"
 #include "document/Document.h"
 #include "document/DocumentController.h"
 #include "editor/TextView.h"
@@ -156,6 +157,9 @@ void MainMenu::buildEditMenu(QMenuBar* bar)
     edit->addAction(tr("&Paste"), QKeySequence::Paste, this, forward(&TextView::paste));
     edit->addAction(tr("Select &All"), QKeySequence::SelectAll, this,
                     forward(&TextView::selectAll));
+    edit->addSeparator();
+    edit->addAction(tr("Preferences…"), QKeySequence(tr("Ctrl+,")), this,
+                    [] { PreferencesController::sharedPreferencesController().showWindow(); });
 }
 
 void MainMenu::buildViewMenu(QMenuBar* bar)

@@ -3,6 +3,7 @@
 #include "editor/EditorController.h"
 #include "editor/GutterView.h"
 #include "editor/LayoutManager.h"
+#include "editor/SpellCheckingController.h"
 #include "editor/SyntaxColoringController.h"
 #include "editor/TextMirror.h"
 #include "platform/PropertyList.h"
@@ -10,9 +11,11 @@
 #include "syntax/SyntaxManager.h"
 
 #include <QAbstractTextDocumentLayout>
+#include <QContextMenuEvent>
 #include <QFile>
 #include <QFontDatabase>
 #include <QFontMetricsF>
+#include <QMenu>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QProgressBar>
@@ -294,6 +297,14 @@ Range TextView::visibleCharacterRange() const
     const QTextBlock& last = shown.last().block;
     const qsizetype to = last.position() + last.length() - (last.next().isValid() ? 0 : 1);
     return {from, to - from};
+}
+
+void TextView::contextMenuEvent(QContextMenuEvent* event)
+{
+    QMenu* menu = createStandardContextMenu(event->pos());
+    SpellCheckingController::addSpellingSuggestions(this, menu, event->pos());
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->popup(event->globalPos());
 }
 
 void TextView::paintEvent(QPaintEvent* event)

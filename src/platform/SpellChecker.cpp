@@ -43,8 +43,10 @@ SpellChecker::SpellChecker()
 SpellChecker::~SpellChecker()
 {
     if (_broker) {
-        if (_dictionary) {
-            enchant_broker_free_dict(_broker, _dictionary);
+        for (const Dictionary& entry : std::as_const(_dictionaries)) {
+            if (entry.dictionary) {
+                enchant_broker_free_dict(_broker, entry.dictionary);
+            }
         }
         enchant_broker_free(_broker);
     }
@@ -85,50 +87,48 @@ QString SpellChecker::displayNameOfLanguage(const QString& identifier)
 
 bool SpellChecker::setLanguage(const QString& language)
 {
-    if (language == _language && _dictionary) {
-        return true;
-    }
-    if (_broker && _dictionary) {
-        enchant_broker_free_dict(_broker, _dictionary);
-    }
-    _dictionary = nullptr;
-    _known.clear();
     _language = language;
-    if (_broker && !language.isEmpty()) {
-        _dictionary = enchant_broker_request_dict(_broker, language.toUtf8().constData());
+    auto it = _dictionaries.find(language);
+    if (it == _dictionaries.end()) {
+        Dictionary entry;
+        if (_broker && !language.isEmpty()) {
+            entry.dictionary = enchant_broker_request_dict(_broker, language.toUtf8().constData());
+        }
+        it = _dictionaries.insert(language, entry);
     }
-    return _dictionary != nullptr;
+    _current = &*it;
+    return hasDictionary();
 }
 
 bool SpellChecker::checkWord(const QString& word)
 {
-    if (!_dictionary || word.isEmpty()) {
+    if (!hasDictionary() || word.isEmpty()) {
         return true;
     }
-    auto it = _known.constFind(word);
-    if (it != _known.constEnd()) {
+    auto it = _current->known.constFind(word);
+    if (it != _current->known.constEnd()) {
         return *it;
     }
     const QByteArray utf8 = word.toUtf8();
-    const bool known = enchant_dict_check(_dictionary, utf8.constData(), utf8.size()) == 0;
-    _known.insert(word, known);
+    const bool known = enchant_dict_check(_current->dictionary, utf8.constData(), utf8.size()) == 0;
+    _current->known.insert(word, known);
     return known;
 }
 
 QStringList SpellChecker::guessesForWord(const QString& word, int limit)
 {
     QStringList guesses;
-    if (!_dictionary || word.isEmpty()) {
+    if (!hasDictionary() || word.isEmpty()) {
         return guesses;
     }
     const QByteArray utf8 = word.toUtf8();
     size_t count = 0;
-    char** list = enchant_dict_suggest(_dictionary, utf8.constData(), utf8.size(), &count);
+    char** list = enchant_dict_suggest(_current->dictionary, utf8.constData(), utf8.size(), &count);
     for (size_t i = 0; i < count && guesses.size() < limit; ++i) {
         guesses.append(QString::fromUtf8(list[i]));
     }
     if (list) {
-        enchant_dict_free_string_list(_dictionary, list);
+        enchant_dict_free_string_list(_current->dictionary, list);
     }
     return guesses;
 }
@@ -138,7 +138,7 @@ QList<Range> SpellChecker::misspelledWords(const QString& text, qsizetype from, 
     QList<Range> misspelled;
     from = std::clamp<qsizetype>(from, 0, text.size());
     to = std::clamp<qsizetype>(to, from, text.size());
-    if (!_dictionary || from == to) {
+    if (!hasDictionary() || from == to) {
         return misspelled;
     }
     const QStringView part = QStringView(text).mid(from, to - from);

@@ -31,7 +31,7 @@ public:
     /// Chooses the dictionary of `language`; false, leaving no dictionary, when there is none.
     bool setLanguage(const QString& language);
     QString language() const { return _language; }
-    bool hasDictionary() const { return _dictionary != nullptr; }
+    bool hasDictionary() const { return _current && _current->dictionary; }
 
     /// Whether the dictionary knows `word`; every word passes while there is no dictionary.
     bool checkWord(const QString& word);
@@ -42,9 +42,16 @@ public:
     QList<Range> misspelledWords(const QString& text, qsizetype from, qsizetype to);
 
 private:
+    struct Dictionary {
+        str_enchant_dict* dictionary = nullptr;
+        // The answers so far: redrawing the same lines asks about the same words again.
+        QHash<QString, bool> known;
+    };
+
     str_enchant_broker* _broker = nullptr;
-    str_enchant_dict* _dictionary = nullptr;
+    // Every dictionary asked for stays loaded, so windows of different languages can take
+    // turns without reloading.
+    QHash<QString, Dictionary> _dictionaries;
+    Dictionary* _current = nullptr;
     QString _language;
-    // The answers so far for the current dictionary: redrawing the same lines asks again.
-    QHash<QString, bool> _known;
 };

@@ -5,8 +5,10 @@
 #include "document/DocumentController.h"
 #include "document/EncodingManager.h"
 #include "editor/EditorController.h"
+#include "editor/SpellCheckingController.h"
 #include "editor/TextView.h"
 #include "platform/FileManager.h"
+#include "platform/SpellChecker.h"
 #include "platform/StringEncoding.h"
 #include "platform/TextCodec.h"
 #include "platform/UserDefaults.h"
@@ -353,7 +355,11 @@ void WindowController::toggleSpellChecking(QObject* sender)
     if (sender) {
         _allowSpellChecking = !_allowSpellChecking;
     }
-    // Spell checking itself comes with the spelling service; the flag is kept per window.
+    SpellChecker::sharedSpellChecker().setLanguage(_spellCheckLanguage);
+    for (TextView* view : textViews()) {
+        SpellCheckingController::of(view)->setContinuousSpellCheckingEnabled(_allowSpellChecking,
+                                                                             _spellCheckLanguage);
+    }
 }
 
 // Menus --------------------------------------------------------------------------------

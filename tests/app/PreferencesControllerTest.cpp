@@ -4,15 +4,21 @@
 #include "app/FontWell.h"
 #include "document/Document.h"
 #include "platform/ColorArchive.h"
+#include "platform/FileManager.h"
+#include "platform/PropertyList.h"
 #include "platform/SpellChecker.h"
 #include "platform/UserDefaults.h"
+#include "syntax/SyntaxDefinitionEditor.h"
 #include "window/DocumentWindow.h"
 #include "window/WindowController.h"
 
 #include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDir>
+#include <QFile>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QMainWindow>
 #include <QSignalSpy>
 #include <QSpinBox>
@@ -217,6 +223,13 @@ TEST(PreferencesController, OpenWindowsTakeUpChangesWhenTheWindowCloses)
         EXPECT_EQ(spy.at(0).at(0).value<QObject*>(), &controller);
     }
 
+    // An edited definition is written when the window closes.
+    const QString c = FileManager::syntaxDefinitionDirectoryPathInPath("C.plist");
+    QDir().mkpath(FileManager::syntaxDefinitionDirectoryPathInPath());
+    QFile::remove(c);
+    QFile::copy(":/SyntaxDefinition/C.plist", c);
+    QFile::setPermissions(c, QFile::permissions(c) | QFile::WriteOwner);
+
     auto* document = new Document;
     auto* window = new WindowController(document);
     window->windowDidLoad();
@@ -228,7 +241,13 @@ TEST(PreferencesController, OpenWindowsTakeUpChangesWhenTheWindowCloses)
     box->click();
     EXPECT_EQ(store().boolForKey("ShowGutterView"), !shown);
     EXPECT_EQ(window->showGutterView(), shown);
+    SyntaxDefinitionEditor* editor = controller.syntaxEditor();
+    editor->syntaxTableView()->setCurrentRow(int(editor->definitions().indexOf("C")));
+    editor->definitionPopUp()->setCurrentText("Keywords");
+    editor->segmentKeyWordObject(0);
+    EXPECT_NE(PropertyList::readDictionary(c)->value("Keywords").toList().last(), "new");
     controller.window()->close();
+    EXPECT_EQ(PropertyList::readDictionary(c)->value("Keywords").toList().last(), "new");
     EXPECT_EQ(spy.count(), 2);
     EXPECT_EQ(window->showGutterView(), !shown);
     store().removeObjectForKey("ShowGutterView");

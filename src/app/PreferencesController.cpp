@@ -113,6 +113,7 @@ void PreferencesController::loadWindow()
         action->setProperty("tag", tag);
         action->setCheckable(true);
         group->addAction(action);
+        _toolbar->widgetForAction(action)->setFocusPolicy(Qt::NoFocus);
         connect(action, &QAction::triggered, this, [this, tag] { changedTabs(tag); });
         ++tag;
     }
@@ -240,6 +241,8 @@ QWidget* PreferencesController::makeSyntaxTab()
     presets->setObjectName(QStringLiteral("colouringType"));
     presets->setText(tr("Colour Scheme"));
     presets->setPopupMode(QToolButton::InstantPopup);
+    presets->setToolButtonStyle(Qt::ToolButtonTextOnly);
+    presets->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     auto* menu = new QMenu(presets);
     const QString titles[] = {tr("Black on White"), tr("White on Dark Grey"), tr("White on Black"),
                               tr("Grey on White"), tr("Classic")};
@@ -298,22 +301,21 @@ QWidget* PreferencesController::makeEditorTab()
     left->addLayout(tabRow);
     left->addWidget(_binding->checkBox(tr("Insert spaces for tabs"), key("SpaceTab")));
     left->addWidget(_binding->checkBox(tr("Indent automatically"), key("AutoIndent")));
-    QCheckBox* braces =
-        _binding->checkBox(tr("Indent after an opening brace"), key("AutoIndentBraces"));
-    braces->setContentsMargins(18, 0, 0, 0);
-    left->addWidget(braces);
-    QCheckBox* closing =
-        _binding->checkBox(tr("Outdent a closing brace"), key("AutoIndentClosingBraces"));
-    closing->setContentsMargins(18, 0, 0, 0);
-    left->addWidget(closing);
+    const auto indented = [left](QWidget* widget) {
+        auto* row = new QHBoxLayout;
+        row->addSpacing(20);
+        row->addWidget(widget, 1);
+        left->addLayout(row);
+    };
+    indented(_binding->checkBox(tr("Indent after an opening brace"), key("AutoIndentBraces")));
+    indented(_binding->checkBox(tr("Outdent a closing brace"), key("AutoIndentClosingBraces")));
     _checkMatchingbraces =
         _binding->checkBox(tr("Highlight matching braces"), key("AutoBraceMatching"));
     connect(_checkMatchingbraces, &QCheckBox::toggled, this, &PreferencesController::checkButton);
     left->addWidget(_checkMatchingbraces);
     _usingChevronsMatching =
         _binding->checkBox(tr("Match < and > too"), key("UsedChevronsMatching"));
-    _usingChevronsMatching->setContentsMargins(18, 0, 0, 0);
-    left->addWidget(_usingChevronsMatching);
+    indented(_usingChevronsMatching);
     left->addWidget(_binding->checkBox(tr("Complete words automatically"), key("AutoComplete")));
     left->addWidget(
         _binding->checkBox(tr("Convert to character entity references"), key("CharacterEntity")));
@@ -344,6 +346,8 @@ void PreferencesController::windowDidLoad()
 {
     // The height of the first tab, keeping the origin.
     _window->setFixedSize(kWindowWidth, heightOfTab(0));
+    // No control has the focus at first: the window itself takes it.
+    _window->setFocusPolicy(Qt::ClickFocus);
     _window->setFocus();
     if (QAction* first = _toolbar->findChild<QAction*>(QStringLiteral("PrefDocuments"))) {
         first->setChecked(true);
@@ -393,6 +397,11 @@ void PreferencesController::changedTabs(int tag)
                                                     : QSizePolicy::Ignored);
     }
     _tabView->setCurrentIndex(tag);
+    for (QAction* item : _toolbar->actions()) {
+        if (item->property("tag").toInt() == tag) {
+            item->setChecked(true);
+        }
+    }
     const int height = heightOfTab(tag);
     if (height < 0) {
         return;

@@ -95,6 +95,11 @@ SyntaxDefinitionEditor::SyntaxDefinitionEditor(QWidget* parent)
     _wordTableView->verticalHeader()->hide();
     _wordTableView->verticalHeader()->setDefaultSectionSize(20);
     _wordTableView->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    // Small type, as in the cells, so that the narrow " Regx" and " Bold" headers fit.
+    QFont small = _wordTableView->horizontalHeader()->font();
+    small.setPixelSize(11);
+    _wordTableView->horizontalHeader()->setFont(small);
+    _wordTableView->horizontalHeader()->setMinimumSectionSize(20);
     _wordTableView->setEditTriggers(QAbstractItemView::DoubleClicked |
                                     QAbstractItemView::EditKeyPressed |
                                     QAbstractItemView::SelectedClicked);
@@ -339,7 +344,8 @@ void SyntaxDefinitionEditor::syntaxRestore()
     const int row = _syntaxTableView->currentRow();
     if (row >= 0 && row < _definitions.size()) {
         const QString name = _definitions[row];
-        const QString resource = QStringLiteral(":/SyntaxDefinition/") + name + QStringLiteral(".plist");
+        const QString resource =
+            QStringLiteral(":/SyntaxDefinition/") + name + QStringLiteral(".plist");
         if (QFile::exists(resource)) {
             QFile::remove(pathOfDefinition(name));
             copyResource(resource, pathOfDefinition(name));
@@ -352,7 +358,8 @@ void SyntaxDefinitionEditor::syntaxRestore()
 void SyntaxDefinitionEditor::syntaxRestoreAll()
 {
     for (const QString& name : DocumentController::shippedSyntaxNames()) {
-        const QString resource = QStringLiteral(":/SyntaxDefinition/") + name + QStringLiteral(".plist");
+        const QString resource =
+            QStringLiteral(":/SyntaxDefinition/") + name + QStringLiteral(".plist");
         if (QFile::exists(resource)) {
             QFile::remove(pathOfDefinition(name));
             copyResource(resource, pathOfDefinition(name));

@@ -139,6 +139,8 @@ void WindowController::applyStateToPane(TextView* view)
     view->setAutoIndent(_autoIndent);
     view->setAutoBraceMatching(_autoBraceMatching);
     view->setAutoComplete(_autoComplete);
+    SpellCheckingController::of(view)->setContinuousSpellCheckingEnabled(_allowSpellChecking,
+                                                                         _spellCheckLanguage);
     view->setReadOnly(_document->isLoading());
     if (_document->isLoading()) {
         _window->indicator()->show();

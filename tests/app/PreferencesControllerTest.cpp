@@ -2,6 +2,7 @@
 
 #include "app/Application.h"
 #include "app/FontWell.h"
+#include "app/MainMenu.h"
 #include "document/Document.h"
 #include "platform/ColorArchive.h"
 #include "platform/FileManager.h"
@@ -20,6 +21,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMainWindow>
+#include <QMenu>
 #include <QSignalSpy>
 #include <QSpinBox>
 #include <QTabWidget>
@@ -251,5 +253,27 @@ TEST(PreferencesController, OpenWindowsTakeUpChangesWhenTheWindowCloses)
     EXPECT_EQ(spy.count(), 2);
     EXPECT_EQ(window->showGutterView(), !shown);
     store().removeObjectForKey("ShowGutterView");
+    delete document;
+}
+
+TEST(PreferencesController, TheEditMenuOpensTheWindow)
+{
+    auto* document = new Document;
+    auto* window = new WindowController(document);
+    window->windowDidLoad();
+    auto* menu = new MainMenu(window); // owned by the window controller
+    QAction* item = nullptr;
+    for (QAction* action : menu->menuNamed("editMenu")->actions()) {
+        if (action->text() == u"Preferences…") {
+            item = action;
+        }
+    }
+    ASSERT_NE(item, nullptr);
+    EXPECT_EQ(item->shortcut(), QKeySequence("Ctrl+,"));
+    item->trigger();
+    QMainWindow* preferences = PreferencesController::sharedPreferencesController().window();
+    EXPECT_TRUE(preferences->isVisible());
+    EXPECT_EQ(preferences->height(), 440);
+    preferences->close();
     delete document;
 }

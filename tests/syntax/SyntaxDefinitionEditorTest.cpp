@@ -6,10 +6,12 @@
 #include "platform/UserDefaults.h"
 #include "syntax/SyntaxEntryTableModel.h"
 
+#include <QAbstractItemDelegate>
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
 #include <QListWidget>
+#include <QStyleOptionViewItem>
 #include <QTableView>
 
 #include <gtest/gtest.h>
@@ -209,4 +211,32 @@ TEST(SyntaxDefinitionEditor, DefinitionsAreAddedRemovedAndRestored)
     e.choose("Untitled");
     e.editor.syntaxRestore();
     EXPECT_EQ(definitionFile("Untitled")["Name"].toString(), "Untitled");
+}
+
+TEST(SyntaxDefinitionEditor, TheKindColumnIsAPopUpOfTheKinds)
+{
+    Editor e;
+    e.choose("C");
+    e.category("FunctionDefinition");
+    QTableView* table = e.editor.wordTableView();
+    const QModelIndex kind = e.model()->index(1, 1);
+    QAbstractItemDelegate* delegate = table->itemDelegateForIndex(kind);
+    QWidget* editor = delegate->createEditor(table->viewport(), QStyleOptionViewItem(), kind);
+    auto* popUp = qobject_cast<QComboBox*>(editor);
+    ASSERT_NE(popUp, nullptr);
+    EXPECT_EQ(popUp->count(), 11);
+    EXPECT_EQ(popUp->itemText(0), "None");
+    delegate->setEditorData(popUp, kind);
+    EXPECT_EQ(popUp->currentText(), "Type");
+    popUp->setCurrentIndex(popUp->findText("Class"));
+    delegate->setModelData(popUp, e.model(), kind);
+    EXPECT_EQ(e.editor.syntaxDictionary()["FunctionDefinition"].toList()[1].toMap()["KeyType"],
+              "Class");
+    EXPECT_TRUE(e.editor.saveSyntaxDictionary());
+    delete editor;
+    // The other columns edit as text.
+    const QModelIndex pattern = e.model()->index(1, 0);
+    EXPECT_EQ(qobject_cast<QComboBox*>(
+                  delegate->createEditor(table->viewport(), QStyleOptionViewItem(), pattern)),
+              nullptr);
 }

@@ -1,6 +1,8 @@
 #include "app/PreferencesController.h"
 
+#include "app/AppDelegate.h"
 #include "app/Application.h"
+#include "app/ColorWell.h"
 #include "app/FontWell.h"
 #include "app/MainMenu.h"
 #include "document/Document.h"
@@ -211,6 +213,21 @@ TEST(PreferencesController, ColourPresetsWriteAllSixteenColours)
     EXPECT_EQ(colorOf("DefaultBackgroundColor"), QColor(Qt::white));
     controller.changedSyntaxColouringType(5);
     EXPECT_EQ(colorOf("DefaultTextColor"), QColor(Qt::black));
+
+    // Every colour has its well, showing the stored colour and storing the chosen one.
+    controller.changedSyntaxColouringType(1);
+    for (const auto& [key, color] : AppDelegate::defaultColors()) {
+        auto* well = controller.window()->findChild<ColorWell*>(key);
+        ASSERT_NE(well, nullptr) << qPrintable(key);
+        EXPECT_EQ(well->color(), ColorArchive::unarchive(store().dataForKey(key)));
+    }
+    auto* background = controller.window()->findChild<ColorWell*>("DefaultBackgroundColor");
+    EXPECT_EQ(background->color(), QColor::fromRgbF(1.0f / 3, 1.0f / 3, 1.0f / 3));
+    Q_EMIT background->colorChosen(QColor(10, 20, 30));
+    EXPECT_EQ(colorOf("DefaultBackgroundColor"), QColor(10, 20, 30));
+    for (const auto& [key, color] : AppDelegate::defaultColors()) {
+        store().removeObjectForKey(key);
+    }
 }
 
 TEST(PreferencesController, OpenWindowsTakeUpChangesWhenTheWindowCloses)

@@ -309,7 +309,8 @@ void LayoutManager::setMisspelledWords(Range range, const QList<Range>& words)
     for (const Range& word : words) {
         runs.push_back({word.location, word.length, qRgb(255, 0, 0)});
     }
-    if (runs.empty() && _misspellings.runs(range.location, range.max()).empty()) {
+    // Checking the same lines again mostly finds the same words: no repaint for that.
+    if (_misspellings.runs(range.location, range.max()) == runs) {
         return;
     }
     _misspellings.replaceColors(range, runs);

@@ -1,6 +1,7 @@
 #include "app/MainMenu.h"
 
 #include "app/FindMenu.h"
+#include "app/PreferencesController.h"
 #include "document/Document.h"
 #include "document/DocumentController.h"
 #include "editor/TextView.h"
@@ -176,6 +177,9 @@ void MainMenu::buildEditMenu(QMenuBar* bar)
     edit->addAction(tr("&Paste"), QKeySequence::Paste, this, forward(&TextView::paste));
     edit->addAction(tr("Select &All"), QKeySequence::SelectAll, this,
                     forward(&TextView::selectAll));
+    edit->addSeparator();
+    edit->addAction(tr("Preferences…"), QKeySequence(tr("Ctrl+,")), this,
+                    [] { PreferencesController::sharedPreferencesController().showWindow(); });
 }
 
 void MainMenu::buildViewMenu(QMenuBar* bar)

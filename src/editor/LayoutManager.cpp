@@ -47,6 +47,17 @@ const QTextCharFormat& formatOfColor(QRgb color, bool background)
     return *it;
 }
 
+const QTextCharFormat& misspellingFormat()
+{
+    static const QTextCharFormat format = [] {
+        QTextCharFormat underline;
+        underline.setUnderlineStyle(QTextCharFormat::WaveUnderline);
+        underline.setUnderlineColor(Qt::red);
+        return underline;
+    }();
+    return format;
+}
+
 } // namespace
 
 LayoutManager::LayoutManager(TextView* textView, QTextDocument* textStorage)
@@ -56,6 +67,7 @@ LayoutManager::LayoutManager(TextView* textView, QTextDocument* textStorage)
     , _registeredStorage(textStorage)
     , _syntaxColors(textStorage ? textStorage->characterCount() : 0)
     , _backgroundColors(textStorage ? textStorage->characterCount() : 0)
+    , _misspellings(textStorage ? textStorage->characterCount() : 0)
 {
     updatePreferences();
     if (textStorage) {
@@ -290,6 +302,39 @@ std::vector<ColorStore::Run> LayoutManager::backgroundHighlights(Range range) co
     return _backgroundColors.runs(range.location, range.max());
 }
 
+void LayoutManager::setMisspelledWords(Range range, const QList<Range>& words)
+{
+    std::vector<ColorStore::Run> runs;
+    runs.reserve(words.size());
+    for (const Range& word : words) {
+        runs.push_back({word.location, word.length, qRgb(255, 0, 0)});
+    }
+    // Checking the same lines again mostly finds the same words: no repaint for that.
+    if (_misspellings.runs(range.location, range.max()) == runs) {
+        return;
+    }
+    _misspellings.replaceColors(range, runs);
+    colorsChanged(range);
+}
+
+void LayoutManager::removeAllMisspelledWords()
+{
+    if (_misspellings.isEmpty()) {
+        return;
+    }
+    _misspellings.reset(_misspellings.textLength());
+    colorsChanged({0, _misspellings.textLength()});
+}
+
+QList<Range> LayoutManager::misspelledWords(Range range) const
+{
+    QList<Range> words;
+    for (const ColorStore::Run& run : _misspellings.runs(range.location, range.max())) {
+        words.append({run.location, run.length});
+    }
+    return words;
+}
+
 QList<QTextLayout::FormatRange> LayoutManager::formatsForBlock(const QTextBlock& block) const
 {
     QList<QTextLayout::FormatRange> formats;
@@ -311,6 +356,16 @@ QList<QTextLayout::FormatRange> LayoutManager::formatsForBlock(const QTextBlock&
     }
     for (const LayoutManager* pane : panes) {
         append(pane->_syntaxColors, false);
+    }
+    // Underlines last: overlapping formats are merged, so the word keeps its colour.
+    for (const LayoutManager* pane : panes) {
+        for (const ColorStore::Run& run : pane->_misspellings.runs(start, end)) {
+            QTextLayout::FormatRange range;
+            range.start = int(run.location - start);
+            range.length = int(run.length);
+            range.format = misspellingFormat();
+            formats.append(range);
+        }
     }
     return formats;
 }
@@ -350,7 +405,7 @@ void LayoutManager::textStorageDidChange(int position, int removed, int added)
     // Qt may count the document's closing paragraph separator in both numbers; the lengths
     // before and after decide what was really removed.
     const qsizetype newLength = _textStorage ? _textStorage->characterCount() : 0;
-    for (ColorStore* store : {&_syntaxColors, &_backgroundColors}) {
+    for (ColorStore* store : {&_syntaxColors, &_backgroundColors, &_misspellings}) {
         qsizetype reallyRemoved = store->textLength() + added - newLength;
         qsizetype reallyAdded = added;
         if (reallyRemoved < 0) {

@@ -93,6 +93,14 @@ public:
     bool hasBackgroundHighlights() const;
     std::vector<ColorStore::Run> backgroundHighlights(Range range) const;
 
+    // Misspelt words, underlined. Each pane marks what it shows; the marks of every pane on
+    // the document are drawn.
+    /// Replaces the marks inside `range` by `words`.
+    void setMisspelledWords(Range range, const QList<Range>& words);
+    void removeAllMisspelledWords();
+    /// The marked words meeting `range`, clipped to it, in text order.
+    QList<Range> misspelledWords(Range range) const;
+
     /// The formats the colours of every pane on the document give `block`.
     QList<QTextLayout::FormatRange> formatsForBlock(const QTextBlock& block) const;
     /// Lays the stored colours onto the shown blocks meeting [top, bottom] (viewport
@@ -119,4 +127,5 @@ private:
 
     ColorStore _syntaxColors;
     ColorStore _backgroundColors;
+    ColorStore _misspellings;
 };

@@ -6,6 +6,7 @@
 #include "editor/GutterView.h"
 #include "editor/LayoutManager.h"
 #include "editor/LineShifter.h"
+#include "editor/SpellCheckingController.h"
 #include "editor/StringTransform.h"
 #include "editor/SyntaxColoringController.h"
 #include "editor/TextMirror.h"
@@ -19,6 +20,7 @@
 #include "syntax/SyntaxManager.h"
 
 #include <QAbstractTextDocumentLayout>
+#include <QContextMenuEvent>
 #include <QFile>
 #include <QFontDatabase>
 #include <QFontMetricsF>
@@ -976,6 +978,8 @@ QMenu* TextView::menuForEvent(QContextMenuEvent*)
 void TextView::contextMenuEvent(QContextMenuEvent* event)
 {
     QMenu* menu = menuForEvent(event);
+    // A misspelt word under the pointer gets the dictionary's guesses at the top.
+    SpellCheckingController::addSpellingSuggestions(this, menu, event->pos());
     menu->exec(event->globalPos());
     delete menu;
 }

@@ -6,8 +6,10 @@
 #include "document/EncodingManager.h"
 #include "editor/EditorController.h"
 #include "editor/LayoutManager.h"
+#include "editor/SpellCheckingController.h"
 #include "editor/TextView.h"
 #include "platform/FileManager.h"
+#include "platform/SpellChecker.h"
 #include "platform/StringEncoding.h"
 #include "platform/TextCodec.h"
 #include "platform/UserDefaults.h"
@@ -159,6 +161,8 @@ void WindowController::applyStateToPane(TextView* view)
     view->setAutoIndent(_autoIndent);
     view->setAutoBraceMatching(_autoBraceMatching);
     view->setAutoComplete(_autoComplete);
+    SpellCheckingController::of(view)->setContinuousSpellCheckingEnabled(_allowSpellChecking,
+                                                                         _spellCheckLanguage);
     view->setReadOnly(_document->isLoading());
     if (_document->isLoading()) {
         _window->indicator()->show();
@@ -380,7 +384,11 @@ void WindowController::toggleSpellChecking(QObject* sender)
     if (sender) {
         _allowSpellChecking = !_allowSpellChecking;
     }
-    // Spell checking itself comes with the spelling service; the flag is kept per window.
+    SpellChecker::sharedSpellChecker().setLanguage(_spellCheckLanguage);
+    for (TextView* view : textViews()) {
+        SpellCheckingController::of(view)->setContinuousSpellCheckingEnabled(_allowSpellChecking,
+                                                                             _spellCheckLanguage);
+    }
 }
 
 // Menus --------------------------------------------------------------------------------

@@ -1,0 +1,499 @@
+#include "app/PreferencesController.h"
+
+#include "app/Application.h"
+#include "app/ColorWell.h"
+#include "app/DefaultsBinding.h"
+#include "app/FontWell.h"
+#include "document/EncodingManager.h"
+#include "platform/ColorArchive.h"
+#include "platform/SpellChecker.h"
+#include "platform/UserDefaults.h"
+#include "syntax/SyntaxDefinitionEditor.h"
+
+#include <QActionGroup>
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QEvent>
+#include <QFormLayout>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMainWindow>
+#include <QMenu>
+#include <QPushButton>
+#include <QSpinBox>
+#include <QTabBar>
+#include <QTabWidget>
+#include <QToolBar>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+namespace {
+
+constexpr int kWindowWidth = 720;
+
+UserDefaults& store()
+{
+    return UserDefaults::standardUserDefaults();
+}
+
+QString key(const char* name)
+{
+    return QString::fromLatin1(name);
+}
+
+} // namespace
+
+PreferencesController& PreferencesController::sharedPreferencesController()
+{
+    // Kept until the process ends, like the other shared objects of the application.
+    static auto* controller = new PreferencesController;
+    return *controller;
+}
+
+PreferencesController::PreferencesController() = default;
+
+PreferencesController::~PreferencesController()
+{
+    delete _window;
+}
+
+QMainWindow* PreferencesController::window()
+{
+    if (!_window) {
+        loadWindow();
+        windowDidLoad();
+    }
+    return _window;
+}
+
+void PreferencesController::showWindow()
+{
+    QMainWindow* shown = window();
+    shown->show();
+    shown->raise();
+    shown->activateWindow();
+}
+
+int PreferencesController::heightOfTab(int tag)
+{
+    static constexpr int heights[] = {440, 300, 520, 440};
+    return tag >= 0 && tag < 4 ? heights[tag] : -1;
+}
+
+void PreferencesController::loadWindow()
+{
+    _window = new QMainWindow;
+    _window->setWindowTitle(tr("Preferences"));
+    _window->setObjectName(QStringLiteral("Preferences"));
+    _window->installEventFilter(this);
+    _binding = new DefaultsBinding(_window);
+
+    _toolbar = _window->addToolBar(tr("Preferences"));
+    _toolbar->setMovable(false);
+    _toolbar->setFloatable(false);
+    _toolbar->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+    auto* group = new QActionGroup(_toolbar);
+    const struct {
+        const char* identifier;
+        QString title;
+        const char* icon;
+    } items[] = {
+        {"PrefDocuments", tr("Documents"), "document-properties"},
+        {"PrefWindow", tr("Window"), "preferences-desktop"},
+        {"PrefSyntax", tr("Syntax"), "preferences-desktop-color"},
+        {"PrefEditor", tr("Editor"), "accessories-text-editor"},
+    };
+    int tag = 0;
+    for (const auto& item : items) {
+        QAction* action = _toolbar->addAction(QIcon::fromTheme(key(item.icon)), item.title);
+        action->setObjectName(key(item.identifier));
+        action->setProperty("tag", tag);
+        action->setCheckable(true);
+        group->addAction(action);
+        _toolbar->widgetForAction(action)->setFocusPolicy(Qt::NoFocus);
+        connect(action, &QAction::triggered, this, [this, tag] { changedTabs(tag); });
+        ++tag;
+    }
+
+    _tabView = new QTabWidget(_window);
+    _tabView->tabBar()->hide();
+    _tabView->setDocumentMode(true);
+    _tabView->addTab(makeDocumentsTab(), tr("Documents"));
+    _tabView->addTab(makeWindowTab(), tr("Window"));
+    _tabView->addTab(makeSyntaxTab(), tr("Syntax"));
+    _tabView->addTab(makeEditorTab(), tr("Editor"));
+    _window->setCentralWidget(_tabView);
+}
+
+QWidget* PreferencesController::makeDocumentsTab()
+{
+    auto* page = new QWidget;
+    auto* layout = new QVBoxLayout(page);
+    auto* form = new QFormLayout;
+    layout->addLayout(form);
+    form->addRow(_binding->checkBox(tr("Open an untitled document at start"),
+                                    key("ShouldOpenUntitledFile")));
+    auto* autosave = new QHBoxLayout;
+    QSpinBox* delay = _binding->spinBox(key("AutosavingDelay"), 1, 3600);
+    delay->setSuffix(tr(" s"));
+    autosave->addWidget(delay);
+    autosave->addWidget(new QLabel(tr("(takes effect at the next start)")));
+    autosave->addStretch();
+    form->addRow(tr("Autosave every:"), autosave);
+
+    _defaultTextEncodingPopUp = new QComboBox;
+    _defaultTextEncodingPopUp->setObjectName(QStringLiteral("defaultTextEncodingPopUp"));
+    connect(_defaultTextEncodingPopUp, &QComboBox::activated, this,
+            &PreferencesController::changedDefaultTextEncoding);
+    form->addRow(tr("Encoding of new documents:"), _defaultTextEncodingPopUp);
+    _openPanelTextEncodingPopUp = new QComboBox;
+    _openPanelTextEncodingPopUp->setObjectName(QStringLiteral("openPanelTextEncodingPopUp"));
+    connect(_openPanelTextEncodingPopUp, &QComboBox::activated, this,
+            &PreferencesController::changedTextEncoding);
+    form->addRow(tr("Encoding when opening:"), _openPanelTextEncodingPopUp);
+    form->addRow(_binding->checkBox(tr("Prefer Japanese encodings when detecting"),
+                                    key("PriorityToJapaneseEncoding")));
+    form->addRow(
+        _binding->checkBox(tr("Add a byte-order mark to UTF-8 files"), key("UTF8AppendByBOM")));
+    QStringList lineBreaks;
+    for (qsizetype style = 0; style < 3; ++style) {
+        lineBreaks.append(EncodingManager::lineBreaksLongTitle(style));
+    }
+    form->addRow(tr("Line breaks of new documents:"),
+                 _binding->indexPopUp(lineBreaks, key("DefaultsLineBreaks")));
+    form->addRow(_binding->checkBox(tr("Hide the extension in the Save dialog"),
+                                    key("SavePanelExtensionHidden")));
+
+    auto* search = new QGroupBox(tr("Search defaults"));
+    auto* grid = new QGridLayout(search);
+    grid->addWidget(
+        _binding->checkBox(tr("Replace then find next"), key("SearchReplaceAndFindNext")), 0, 0);
+    grid->addWidget(_binding->checkBox(tr("Replace all"), key("SearchReplaceAll")), 0, 1);
+    grid->addWidget(_binding->checkBox(tr("Case sensitive"), key("SearchCaseSensitive")), 1, 0);
+    grid->addWidget(_binding->checkBox(tr("Regular expression"), key("SearchRegularExpression")), 1,
+                    1);
+    grid->addWidget(_binding->checkBox(tr("Search backwards"), key("SearchPrevious")), 2, 0);
+    grid->addWidget(
+        _binding->checkBox(tr("Multi-line regular expressions"), key("AllowMultiLineSearching")), 2,
+        1);
+    layout->addWidget(search);
+    layout->addStretch();
+    return page;
+}
+
+QWidget* PreferencesController::makeWindowTab()
+{
+    auto* page = new QWidget;
+    auto* layout = new QHBoxLayout(page);
+    auto* view = new QVBoxLayout;
+    layout->addLayout(view);
+    view->addWidget(_binding->checkBox(tr("Show line numbers"), key("ShowGutterView")));
+    view->addWidget(
+        _binding->checkBox(tr("Show invisible characters"), key("ShowInvisibleCharacters")));
+    view->addWidget(_binding->checkBox(tr("Wrap lines"), key("DefaultWrapLines")));
+    view->addWidget(
+        _binding->checkBox(tr("Split panes side by side"), key("UseVerticalforSplitView")));
+    view->addWidget(
+        _binding->checkBox(tr("Check spelling while typing"), key("AllowSpellChecking")));
+    auto* language = new QHBoxLayout;
+    language->addWidget(new QLabel(tr("Spelling language:")));
+    _spellCheckerPopUp = new QComboBox;
+    _spellCheckerPopUp->setObjectName(QStringLiteral("spellCheckerPopUp"));
+    connect(_spellCheckerPopUp, &QComboBox::activated, this,
+            &PreferencesController::changedSpellCheckLanguage);
+    language->addWidget(_spellCheckerPopUp, 1);
+    view->addLayout(language);
+    view->addStretch();
+
+    auto* marks = new QGroupBox(tr("Invisible characters"));
+    auto* form = new QFormLayout(marks);
+    const struct {
+        QString title;
+        const char* key;
+    } rows[] = {
+        {tr("Line break:"), "NewLineCharacter"},
+        {tr("Tab:"), "TabCharacter"},
+        {tr("Space:"), "SpaceCharacter"},
+        {tr("Full-width space:"), "FullwidthSpaceCharacter"},
+    };
+    for (const auto& row : rows) {
+        QLineEdit* edit = _binding->lineEdit(key(row.key));
+        edit->setMaxLength(1);
+        edit->setFixedWidth(40);
+        form->addRow(row.title, edit);
+    }
+    layout->addWidget(marks, 0, Qt::AlignTop);
+    return page;
+}
+
+QWidget* PreferencesController::makeSyntaxTab()
+{
+    auto* page = new QWidget;
+    auto* layout = new QHBoxLayout(page);
+
+    auto* colors = new QGroupBox(tr("Colours"));
+    auto* grid = new QGridLayout(colors);
+    grid->setVerticalSpacing(2);
+    auto* presets = new QToolButton;
+    presets->setObjectName(QStringLiteral("colouringType"));
+    presets->setText(tr("Colour Scheme"));
+    presets->setPopupMode(QToolButton::InstantPopup);
+    presets->setToolButtonStyle(Qt::ToolButtonTextOnly);
+    presets->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    auto* menu = new QMenu(presets);
+    const QString titles[] = {tr("Black on White"), tr("White on Dark Grey"), tr("White on Black"),
+                              tr("Grey on White"), tr("Classic")};
+    for (int tag = 0; tag < 5; ++tag) {
+        QAction* item = menu->addAction(titles[tag]);
+        item->setProperty("tag", tag);
+        connect(item, &QAction::triggered, this, [this, tag] { changedSyntaxColouringType(tag); });
+    }
+    presets->setMenu(menu);
+    grid->addWidget(presets, 0, 0, 1, 2);
+    const struct {
+        QString title;
+        const char* key;
+    } wells[] = {
+        {tr("Keywords"), "KeywordsColor"},
+        {tr("Commands"), "CommandsColor"},
+        {tr("Values"), "ValuesColor"},
+        {tr("Numbers"), "NumbersColor"},
+        {tr("Strings"), "StringsColor"},
+        {tr("Characters"), "CharactersColor"},
+        {tr("Comments"), "CommentsColor"},
+        {tr("Blockwords"), "BlockwordsColor"},
+        {tr("Preprocessor"), "PreprocessorColor"},
+    };
+    int row = 1;
+    for (const auto& well : wells) {
+        grid->addWidget(new QLabel(well.title), row, 0);
+        grid->addWidget(_binding->colorWell(key(well.key)), row, 1);
+        ++row;
+    }
+    grid->setRowStretch(row, 1);
+    layout->addWidget(colors);
+
+    _syntaxEditor = new SyntaxDefinitionEditor;
+    layout->addWidget(_syntaxEditor, 1);
+    return page;
+}
+
+QWidget* PreferencesController::makeEditorTab()
+{
+    auto* page = new QWidget;
+    auto* layout = new QHBoxLayout(page);
+    auto* left = new QVBoxLayout;
+    layout->addLayout(left, 1);
+
+    auto* fontRow = new QHBoxLayout;
+    fontRow->addWidget(new QLabel(tr("Font:")));
+    _fontWell = new FontWell;
+    _fontWell->setObjectName(QStringLiteral("fontWell"));
+    fontRow->addWidget(_fontWell, 1);
+    left->addLayout(fontRow);
+    auto* tabRow = new QHBoxLayout;
+    tabRow->addWidget(new QLabel(tr("Tab width:")));
+    tabRow->addWidget(_binding->spinBox(key("DefaultTabWidth"), 1, 32));
+    tabRow->addStretch();
+    left->addLayout(tabRow);
+    left->addWidget(_binding->checkBox(tr("Insert spaces for tabs"), key("SpaceTab")));
+    left->addWidget(_binding->checkBox(tr("Indent automatically"), key("AutoIndent")));
+    const auto indented = [left](QWidget* widget) {
+        auto* row = new QHBoxLayout;
+        row->addSpacing(20);
+        row->addWidget(widget, 1);
+        left->addLayout(row);
+    };
+    indented(_binding->checkBox(tr("Indent after an opening brace"), key("AutoIndentBraces")));
+    indented(_binding->checkBox(tr("Outdent a closing brace"), key("AutoIndentClosingBraces")));
+    _checkMatchingbraces =
+        _binding->checkBox(tr("Highlight matching braces"), key("AutoBraceMatching"));
+    connect(_checkMatchingbraces, &QCheckBox::toggled, this, &PreferencesController::checkButton);
+    left->addWidget(_checkMatchingbraces);
+    _usingChevronsMatching =
+        _binding->checkBox(tr("Match < and > too"), key("UsedChevronsMatching"));
+    indented(_usingChevronsMatching);
+    left->addWidget(_binding->checkBox(tr("Complete words automatically"), key("AutoComplete")));
+    left->addWidget(
+        _binding->checkBox(tr("Convert to character entity references"), key("CharacterEntity")));
+    left->addStretch();
+
+    auto* colors = new QGroupBox(tr("Colours"));
+    auto* form = new QFormLayout(colors);
+    const struct {
+        QString title;
+        const char* key;
+    } wells[] = {
+        {tr("Text:"), "DefaultTextColor"},
+        {tr("Insertion point:"), "DefaultInsertionPointColor"},
+        {tr("Background:"), "DefaultBackgroundColor"},
+        {tr("Invisible characters:"), "InvisibleCharacterColor"},
+        {tr("Line numbers:"), "GutterTextColor"},
+        {tr("Gutter border:"), "GutterBorderColor"},
+        {tr("Gutter background:"), "GutterBackgroundColor"},
+    };
+    for (const auto& well : wells) {
+        form->addRow(well.title, _binding->colorWell(key(well.key)));
+    }
+    layout->addWidget(colors, 0, Qt::AlignTop);
+    return page;
+}
+
+void PreferencesController::windowDidLoad()
+{
+    // The height of the first tab, keeping the origin.
+    _window->setFixedSize(kWindowWidth, heightOfTab(0));
+    // No control has the focus at first: the window itself takes it.
+    _window->setFocusPolicy(Qt::ClickFocus);
+    _window->setFocus();
+    if (QAction* first = _toolbar->findChild<QAction*>(QStringLiteral("PrefDocuments"))) {
+        first->setChecked(true);
+    }
+    _tabView->setCurrentIndex(0);
+    makeSpellCheckPopUpMenu();
+    EncodingManager& encodings = EncodingManager::sharedEncodingManager();
+    encodings.makeEncodingOfPopUpMenu(_defaultTextEncodingPopUp,
+                                      store().unsignedIntegerForKey(key("DefaultsTextEncoding")),
+                                      false);
+    encodings.makeEncodingOfPopUpMenu(
+        _openPanelTextEncodingPopUp, store().unsignedIntegerForKey(key("OpenDefaultsTextEncoding")),
+        true);
+    if (!_checkMatchingbraces->isChecked()) {
+        _usingChevronsMatching->setEnabled(false);
+    }
+    _syntaxEditor->makeSyntaxPopUpMenu();
+    _syntaxEditor->makeSyntaxDefinitions();
+}
+
+bool PreferencesController::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == _window && event->type() == QEvent::Close) {
+        windowWillClose();
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+void PreferencesController::windowWillClose()
+{
+    _syntaxEditor->saveSyntaxDictionaryIfEdited();
+    store().synchronize();
+    if (Application* application = Application::instance()) {
+        application->postUpdatePreferences(this);
+    }
+}
+
+void PreferencesController::changedTabs(int tag)
+{
+    if (tag < 0 || tag >= _tabView->count()) {
+        return;
+    }
+    // Only the shown page asks for room, so that a short tab can be short.
+    for (int i = 0; i < _tabView->count(); ++i) {
+        _tabView->widget(i)->setSizePolicy(i == tag ? QSizePolicy::Preferred : QSizePolicy::Ignored,
+                                           i == tag ? QSizePolicy::Preferred
+                                                    : QSizePolicy::Ignored);
+    }
+    _tabView->setCurrentIndex(tag);
+    for (QAction* item : _toolbar->actions()) {
+        if (item->property("tag").toInt() == tag) {
+            item->setChecked(true);
+        }
+    }
+    const int height = heightOfTab(tag);
+    if (height < 0) {
+        return;
+    }
+    const QRect frame = _window->geometry();
+    // The top edge stays; the bottom moves by the difference.
+    _window->setFixedSize(frame.width(), height);
+    _window->setGeometry(frame.x(), frame.y(), frame.width(), height);
+    _window->update();
+}
+
+void PreferencesController::makeSpellCheckPopUpMenu()
+{
+    _spellCheckerPopUp->clear();
+    const QString chosen = store().stringForKey(key("SpellCheckLanguage"));
+    for (const QString& language : SpellChecker::sharedSpellChecker().availableLanguages()) {
+        _spellCheckerPopUp->addItem(SpellChecker::displayNameOfLanguage(language), language);
+        if (language == chosen) {
+            _spellCheckerPopUp->setCurrentIndex(_spellCheckerPopUp->count() - 1);
+        }
+    }
+}
+
+void PreferencesController::changedSpellCheckLanguage(int index)
+{
+    const QString language = _spellCheckerPopUp->itemData(index).toString();
+    if (!language.isEmpty()) {
+        store().setObject(language, key("SpellCheckLanguage"));
+    }
+}
+
+void PreferencesController::changedTextEncoding(int index)
+{
+    const QVariant encoding =
+        _openPanelTextEncodingPopUp->itemData(index, EncodingManager::RepresentedObjectRole);
+    if (encoding.isValid()) {
+        store().setUnsignedInteger(encoding.toULongLong(), key("OpenDefaultsTextEncoding"));
+    }
+}
+
+void PreferencesController::changedDefaultTextEncoding(int index)
+{
+    const QVariant encoding =
+        _defaultTextEncodingPopUp->itemData(index, EncodingManager::RepresentedObjectRole);
+    if (encoding.isValid()) {
+        store().setUnsignedInteger(encoding.toULongLong(), key("DefaultsTextEncoding"));
+    }
+}
+
+void PreferencesController::checkButton()
+{
+    // The chevron setting keeps its value either way.
+    _usingChevronsMatching->setEnabled(_checkMatchingbraces->isChecked());
+}
+
+void PreferencesController::keyedArchiverOfObject(const QColor& object, const QString& key,
+                                                  UserDefaults& withDefaults)
+{
+    withDefaults.setObject(ColorArchive::archivedData(object), key);
+}
+
+void PreferencesController::changedSyntaxColouringType(int tag)
+{
+    if (tag < 0 || tag > 4) {
+        return;
+    }
+    const QColor darkGray = QColor::fromRgbF(1.0f / 3, 1.0f / 3, 1.0f / 3);
+    const QColor text[] = {Qt::black, Qt::white, Qt::white, darkGray, Qt::black};
+    const QColor insertion[] = {Qt::black, Qt::white, Qt::red, Qt::black, Qt::black};
+    const QColor background[] = {Qt::white, darkGray, Qt::black, Qt::white, Qt::white};
+    const QList<QPair<QString, QColor>> colors = {
+        {key("DefaultTextColor"), text[tag]},
+        {key("DefaultInsertionPointColor"), insertion[tag]},
+        {key("DefaultBackgroundColor"), background[tag]},
+        {key("InvisibleCharacterColor"), QColor::fromRgbF(0.2f, 0.7f, 0.9f)},
+        {key("GutterTextColor"), darkGray},
+        {key("GutterBorderColor"), darkGray},
+        {key("GutterBackgroundColor"), QApplication::palette().color(QPalette::Button)},
+        {key("BlockwordsColor"), darkGray},
+        {key("KeywordsColor"), QColor::fromRgbF(0.5f, 0.0f, 0.5f)},
+        {key("PreprocessorColor"), QColor::fromRgbF(0.4f, 0.2f, 0.0f)},
+        {key("StringsColor"), QColor::fromRgbF(0.8f, 0.1f, 0.1f)},
+        {key("CommentsColor"), QColor::fromRgbF(0.0f, 0.5f, 0.0f)},
+        {key("CommandsColor"), QColor::fromRgbF(0.7f, 0.0f, 0.5f)},
+        {key("ValuesColor"), QColor::fromRgbF(0.7f, 0.0f, 0.5f)},
+        {key("NumbersColor"), Qt::blue},
+        {key("CharactersColor"), Qt::blue},
+    };
+    for (const auto& [name, color] : colors) {
+        keyedArchiverOfObject(color, name, store());
+    }
+    if (_binding) {
+        _binding->reload();
+    }
+}

@@ -1,0 +1,296 @@
+#include "app/PreferencesController.h"
+
+#include "app/AppDelegate.h"
+#include "app/Application.h"
+#include "app/ColorWell.h"
+#include "app/FontWell.h"
+#include "app/MainMenu.h"
+#include "document/Document.h"
+#include "platform/ColorArchive.h"
+#include "platform/FileManager.h"
+#include "platform/PropertyList.h"
+#include "platform/SpellChecker.h"
+#include "platform/UserDefaults.h"
+#include "syntax/SyntaxDefinitionEditor.h"
+#include "window/DocumentWindow.h"
+#include "window/WindowController.h"
+
+#include <QAction>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDir>
+#include <QFile>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMainWindow>
+#include <QMenu>
+#include <QSignalSpy>
+#include <QSpinBox>
+#include <QTabWidget>
+#include <QTest>
+#include <QToolBar>
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace {
+
+UserDefaults& store()
+{
+    return UserDefaults::standardUserDefaults();
+}
+
+// On the box itself: a check box wider than its title takes no click beyond it.
+void clickBox(QCheckBox* box)
+{
+    QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(6, box->height() / 2));
+}
+
+} // namespace
+
+TEST(PreferencesController, TabsKeepTheirHeightsAndTheTopEdge)
+{
+    PreferencesController controller;
+    QMainWindow* window = controller.window();
+    window->move(120, 200);
+    window->show();
+    EXPECT_EQ(window->height(), 440);
+    EXPECT_EQ(controller.tabView()->currentIndex(), 0);
+    const int top = window->geometry().top();
+
+    // Through the toolbar, as the user does.
+    QAction* syntax = controller.toolbar()->findChild<QAction*>("PrefSyntax");
+    ASSERT_NE(syntax, nullptr);
+    syntax->trigger();
+    EXPECT_EQ(controller.tabView()->currentIndex(), 2);
+    EXPECT_EQ(window->height(), 520);
+    EXPECT_EQ(window->geometry().top(), top);
+
+    controller.changedTabs(1);
+    EXPECT_EQ(controller.tabView()->currentIndex(), 1);
+    EXPECT_EQ(window->height(), 300);
+    EXPECT_EQ(window->geometry().top(), top);
+
+    controller.changedTabs(7);
+    EXPECT_EQ(controller.tabView()->currentIndex(), 1);
+    EXPECT_EQ(window->height(), 300);
+    window->hide();
+}
+
+TEST(PreferencesController, BraceCheckBoxesAndEncodingPopUps)
+{
+    store().setBool(false, "AutoBraceMatching");
+    store().setBool(true, "UsedChevronsMatching");
+    store().setUnsignedInteger(4, "OpenDefaultsTextEncoding");
+    PreferencesController controller;
+    controller.showWindow();
+    controller.changedTabs(3);
+    EXPECT_FALSE(controller.checkMatchingbraces()->isChecked());
+    EXPECT_FALSE(controller.usingChevronsMatching()->isEnabled());
+    clickBox(controller.checkMatchingbraces());
+    EXPECT_TRUE(controller.usingChevronsMatching()->isEnabled());
+    EXPECT_TRUE(store().boolForKey("AutoBraceMatching"));
+    EXPECT_TRUE(store().boolForKey("UsedChevronsMatching"));
+    clickBox(controller.checkMatchingbraces());
+    EXPECT_FALSE(controller.usingChevronsMatching()->isEnabled());
+    EXPECT_TRUE(store().boolForKey("UsedChevronsMatching"));
+
+    QComboBox* open = controller.openPanelTextEncodingPopUp();
+    EXPECT_EQ(open->itemText(0), "Automatic");
+    EXPECT_NE(open->currentIndex(), 0);
+    Q_EMIT open->activated(0);
+    EXPECT_EQ(store().unsignedIntegerForKey("OpenDefaultsTextEncoding"),
+              std::numeric_limits<quint64>::max());
+
+    QComboBox* fresh = controller.defaultTextEncodingPopUp();
+    EXPECT_EQ(fresh->findText("Automatic"), -1);
+    const int index = fresh->findText("Unicode (UTF-16)");
+    ASSERT_GE(index, 0);
+    Q_EMIT fresh->activated(index);
+    EXPECT_EQ(store().unsignedIntegerForKey("DefaultsTextEncoding"),
+              fresh->itemData(index).toULongLong());
+    store().removeObjectForKey("AutoBraceMatching");
+    store().removeObjectForKey("UsedChevronsMatching");
+    store().removeObjectForKey("OpenDefaultsTextEncoding");
+    store().removeObjectForKey("DefaultsTextEncoding");
+}
+
+TEST(PreferencesController, EverySettingHasABoundControl)
+{
+    PreferencesController controller;
+    QMainWindow* window = controller.window();
+    // Keys with a control of their own name; the others are the pop-ups and the font well.
+    const char* booleans[] = {"ShouldOpenUntitledFile",  "PriorityToJapaneseEncoding",
+                              "UTF8AppendByBOM",         "SavePanelExtensionHidden",
+                              "ShowInvisibleCharacters", "ShowGutterView",
+                              "DefaultWrapLines",        "AutoIndent",
+                              "AutoBraceMatching",       "AutoComplete",
+                              "AllowSpellChecking",      "UseVerticalforSplitView",
+                              "AutoIndentBraces",        "AutoIndentClosingBraces",
+                              "UsedChevronsMatching",    "SpaceTab",
+                              "CharacterEntity",         "SearchReplaceAndFindNext",
+                              "SearchReplaceAll",        "SearchCaseSensitive",
+                              "SearchRegularExpression", "SearchPrevious",
+                              "AllowMultiLineSearching"};
+    for (const char* key : booleans) {
+        auto* box = window->findChild<QCheckBox*>(key);
+        ASSERT_NE(box, nullptr) << key;
+        const bool before = store().boolForKey(key);
+        EXPECT_EQ(box->isChecked(), before) << key;
+        box->setEnabled(true);
+        box->click();
+        EXPECT_EQ(store().boolForKey(key), !before) << key;
+        store().removeObjectForKey(key);
+    }
+    for (const char* key : {"AutosavingDelay", "DefaultTabWidth"}) {
+        auto* spin = window->findChild<QSpinBox*>(key);
+        ASSERT_NE(spin, nullptr) << key;
+        spin->setValue(spin->value() + 1);
+        EXPECT_EQ(store().integerForKey(key), spin->value()) << key;
+        store().removeObjectForKey(key);
+    }
+    for (const char* key :
+         {"NewLineCharacter", "TabCharacter", "SpaceCharacter", "FullwidthSpaceCharacter"}) {
+        auto* edit = window->findChild<QLineEdit*>(key);
+        ASSERT_NE(edit, nullptr) << key;
+        edit->selectAll();
+        QTest::keyClicks(edit, "~");
+        EXPECT_EQ(store().stringForKey(key), "~") << key;
+        store().removeObjectForKey(key);
+    }
+    auto* lineBreaks = window->findChild<QComboBox*>("DefaultsLineBreaks");
+    ASSERT_NE(lineBreaks, nullptr);
+    Q_EMIT lineBreaks->activated(2);
+    EXPECT_EQ(store().integerForKey("DefaultsLineBreaks"), 2);
+    store().removeObjectForKey("DefaultsLineBreaks");
+
+    // The font well: the settings' font shown as "name - size"; 12.7 points stored as 12.
+    FontWell* well = controller.fontWell();
+    EXPECT_TRUE(well->text().endsWith(" - 12"));
+    QFont chosen("DejaVu Serif");
+    chosen.setPointSizeF(12.7);
+    well->closeFontPanel(chosen);
+    EXPECT_EQ(store().integerForKey("DefaultFontSize"), 12);
+    EXPECT_EQ(store().stringForKey("DefaultFont"), "DejaVu Serif");
+    EXPECT_EQ(well->text(), QFontInfo(well->font()).family() + " - 12");
+    EXPECT_EQ(well->font().family(), "DejaVu Serif");
+    store().removeObjectForKey("DefaultFont");
+    store().removeObjectForKey("DefaultFontSize");
+}
+
+TEST(PreferencesController, SpellingLanguagesComeFromTheDictionaries)
+{
+    const QStringList languages = SpellChecker::sharedSpellChecker().availableLanguages();
+    ASSERT_TRUE(languages.contains("en_US"));
+    PreferencesController controller;
+    controller.window();
+    QComboBox* popUp = controller.spellCheckerPopUp();
+    ASSERT_EQ(popUp->count(), languages.size());
+    EXPECT_EQ(popUp->currentData().toString(), "en_US");
+    EXPECT_EQ(popUp->currentText(), "American English (United States)");
+    const int other =
+        popUp->findData(languages.first() == "en_US" ? languages.last() : languages.first());
+    Q_EMIT popUp->activated(other);
+    EXPECT_EQ(store().stringForKey("SpellCheckLanguage"), popUp->itemData(other).toString());
+    store().removeObjectForKey("SpellCheckLanguage");
+}
+
+TEST(PreferencesController, ColourPresetsWriteAllSixteenColours)
+{
+    PreferencesController controller;
+    controller.window();
+    controller.changedSyntaxColouringType(2);
+    auto colorOf = [](const char* key) { return ColorArchive::unarchive(store().dataForKey(key)); };
+    EXPECT_EQ(colorOf("DefaultTextColor"), QColor(Qt::white));
+    EXPECT_EQ(colorOf("DefaultInsertionPointColor"), QColor(Qt::red));
+    EXPECT_EQ(colorOf("DefaultBackgroundColor"), QColor(Qt::black));
+    EXPECT_EQ(colorOf("NumbersColor"), QColor(Qt::blue));
+    EXPECT_TRUE(store().hasUserValue("GutterBackgroundColor"));
+    EXPECT_TRUE(store().hasUserValue("KeywordsColor"));
+    controller.changedSyntaxColouringType(0);
+    EXPECT_EQ(colorOf("DefaultTextColor"), QColor(Qt::black));
+    EXPECT_EQ(colorOf("DefaultBackgroundColor"), QColor(Qt::white));
+    controller.changedSyntaxColouringType(5);
+    EXPECT_EQ(colorOf("DefaultTextColor"), QColor(Qt::black));
+
+    // Every colour has its well, showing the stored colour and storing the chosen one.
+    controller.changedSyntaxColouringType(1);
+    for (const auto& [key, color] : AppDelegate::defaultColors()) {
+        auto* well = controller.window()->findChild<ColorWell*>(key);
+        ASSERT_NE(well, nullptr) << qPrintable(key);
+        EXPECT_EQ(well->color(), ColorArchive::unarchive(store().dataForKey(key)));
+    }
+    auto* background = controller.window()->findChild<ColorWell*>("DefaultBackgroundColor");
+    EXPECT_EQ(background->color(), QColor::fromRgbF(1.0f / 3, 1.0f / 3, 1.0f / 3));
+    Q_EMIT background->colorChosen(QColor(10, 20, 30));
+    EXPECT_EQ(colorOf("DefaultBackgroundColor"), QColor(10, 20, 30));
+    for (const auto& [key, color] : AppDelegate::defaultColors()) {
+        store().removeObjectForKey(key);
+    }
+}
+
+TEST(PreferencesController, OpenWindowsTakeUpChangesWhenTheWindowCloses)
+{
+    QSignalSpy spy(Application::instance(), &Application::NotifUpdatePreferences);
+    {
+        // Closing without changes still broadcasts, with the controller as the object.
+        PreferencesController controller;
+        controller.showWindow();
+        controller.window()->close();
+        ASSERT_EQ(spy.count(), 1);
+        EXPECT_EQ(spy.at(0).at(0).value<QObject*>(), &controller);
+    }
+
+    // An edited definition is written when the window closes.
+    const QString c = FileManager::syntaxDefinitionDirectoryPathInPath("C.plist");
+    QDir().mkpath(FileManager::syntaxDefinitionDirectoryPathInPath());
+    QFile::remove(c);
+    QFile::copy(":/SyntaxDefinition/C.plist", c);
+    QFile::setPermissions(c, QFile::permissions(c) | QFile::WriteOwner);
+
+    auto* document = new Document;
+    auto* window = new WindowController(document);
+    window->windowDidLoad();
+    const bool shown = window->showGutterView();
+    PreferencesController controller;
+    controller.showWindow();
+    auto* box = controller.window()->findChild<QCheckBox*>("ShowGutterView");
+    ASSERT_NE(box, nullptr);
+    box->click();
+    EXPECT_EQ(store().boolForKey("ShowGutterView"), !shown);
+    EXPECT_EQ(window->showGutterView(), shown);
+    SyntaxDefinitionEditor* editor = controller.syntaxEditor();
+    editor->syntaxTableView()->setCurrentRow(int(editor->definitions().indexOf("C")));
+    editor->definitionPopUp()->setCurrentText("Keywords");
+    editor->segmentKeyWordObject(0);
+    EXPECT_NE(PropertyList::readDictionary(c)->value("Keywords").toList().last(), "new");
+    controller.window()->close();
+    EXPECT_EQ(PropertyList::readDictionary(c)->value("Keywords").toList().last(), "new");
+    EXPECT_EQ(spy.count(), 2);
+    EXPECT_EQ(window->showGutterView(), !shown);
+    store().removeObjectForKey("ShowGutterView");
+    delete document;
+}
+
+TEST(PreferencesController, TheEditMenuOpensTheWindow)
+{
+    auto* document = new Document;
+    auto* window = new WindowController(document);
+    window->windowDidLoad();
+    auto* menu = new MainMenu(window); // owned by the window controller
+    QAction* item = nullptr;
+    for (QAction* action : menu->menuNamed("editMenu")->actions()) {
+        if (action->text() == u"Preferences…") {
+            item = action;
+        }
+    }
+    ASSERT_NE(item, nullptr);
+    EXPECT_EQ(item->shortcut(), QKeySequence("Ctrl+,"));
+    item->trigger();
+    QMainWindow* preferences = PreferencesController::sharedPreferencesController().window();
+    EXPECT_TRUE(preferences->isVisible());
+    EXPECT_EQ(preferences->height(), 440);
+    preferences->close();
+    delete document;
+}

@@ -1,0 +1,138 @@
+#include "document/Document.h"
+#include "editor/LayoutManager.h"
+#include "editor/SpellCheckingController.h"
+#include "editor/TextView.h"
+#include "platform/UserDefaults.h"
+#include "window/DocumentWindow.h"
+#include "window/WindowController.h"
+
+#include <QAction>
+#include <QMenu>
+#include <QScrollBar>
+#include <QTest>
+#include <QTextBlock>
+#include <QTextDocument>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+UserDefaults& store()
+{
+    return UserDefaults::standardUserDefaults();
+}
+
+// A shown window with spell checking on in American English.
+struct CheckedWindow {
+    Document* document = new Document;
+    WindowController* controller = nullptr;
+
+    explicit CheckedWindow(const QString& text)
+    {
+        store().setBool(true, "AllowSpellChecking");
+        store().setObject(QStringLiteral("en_US"), "SpellCheckLanguage");
+        document->textStorage()->setPlainText(text);
+        controller = new WindowController(document);
+        controller->windowDidLoad();
+        controller->window()->resize(640, 420);
+        controller->window()->show();
+        store().removeObjectForKey("AllowSpellChecking");
+        store().removeObjectForKey("SpellCheckLanguage");
+    }
+    ~CheckedWindow() { delete document; }
+    TextView* view() const { return controller->textView(); }
+    QList<Range> marks() const
+    {
+        return view()->layoutManager()->misspelledWords(
+            {0, document->textStorage()->characterCount()});
+    }
+};
+
+bool isUnderlined(const QList<QTextLayout::FormatRange>& formats, int start, int length)
+{
+    return std::any_of(formats.begin(), formats.end(), [&](const QTextLayout::FormatRange& r) {
+        return r.start == start && r.length == length &&
+               r.format.underlineStyle() == QTextCharFormat::WaveUnderline;
+    });
+}
+
+} // namespace
+
+TEST(SpellChecking, MisspeltWordsAreUnderlinedAndCanBeReplaced)
+{
+    CheckedWindow window(QStringLiteral("This sentance is wrong.\nEverything here is correct."));
+    ASSERT_TRUE(window.controller->allowSpellChecking());
+    TextView* view = window.view();
+    QTRY_COMPARE_WITH_TIMEOUT(window.marks(), QList<Range>({{5, 8}}), 2000);
+    const QTextBlock first = window.document->textStorage()->firstBlock();
+    const auto formats = view->layoutManager()->formatsForBlock(first);
+    EXPECT_TRUE(isUnderlined(formats, 5, 8));
+    EXPECT_FALSE(isUnderlined(formats, 0, 4));
+    const auto second = view->layoutManager()->formatsForBlock(first.next());
+    EXPECT_TRUE(std::none_of(second.begin(), second.end(), [](const auto& range) {
+        return range.format.underlineStyle() != QTextCharFormat::NoUnderline;
+    }));
+    // What is painted carries the underline too.
+    QTRY_VERIFY_WITH_TIMEOUT(isUnderlined(first.layout()->formats(), 5, 8), 2000);
+
+    // Typing a misspelling into the shown text marks it.
+    QTextCursor end(window.document->textStorage());
+    end.movePosition(QTextCursor::End);
+    view->setTextCursor(end);
+    QTest::keyClicks(view, " Nothnig");
+    QTRY_COMPARE_WITH_TIMEOUT(window.marks().size(), 2, 2000);
+
+    // The context menu offers the dictionary's guesses above its own items.
+    QMenu menu;
+    QAction* copy = menu.addAction(QStringLiteral("Copy"));
+    QTextCursor inWord(window.document->textStorage());
+    inWord.setPosition(7);
+    SpellCheckingController::addSpellingSuggestions(view, &menu, view->cursorRect(inWord).center());
+    QAction* guess = nullptr;
+    for (QAction* action : menu.actions()) {
+        if (action->text() == u"sentence") {
+            guess = action;
+        }
+    }
+    ASSERT_NE(guess, nullptr);
+    EXPECT_TRUE(menu.actions().indexOf(guess) < menu.actions().indexOf(copy));
+    guess->trigger();
+    EXPECT_TRUE(window.document->textStorage()->toPlainText().startsWith("This sentence is"));
+    QTRY_COMPARE_WITH_TIMEOUT(window.marks().size(), 1, 2000);
+    window.document->textStorage()->undo();
+    EXPECT_TRUE(window.document->textStorage()->toPlainText().startsWith("This sentance is"));
+
+    // No guesses for a word spelt right.
+    QMenu plain;
+    plain.addAction(QStringLiteral("Copy"));
+    inWord.setPosition(1);
+    SpellCheckingController::addSpellingSuggestions(view, &plain,
+                                                    view->cursorRect(inWord).center());
+    EXPECT_EQ(plain.actions().size(), 1);
+
+    // The window's toggle turns it off and removes every mark.
+    window.controller->toggleSpellChecking(window.controller);
+    EXPECT_FALSE(window.controller->allowSpellChecking());
+    EXPECT_TRUE(window.marks().isEmpty());
+}
+
+TEST(SpellChecking, OnlyTheShownLinesAreChecked)
+{
+    QString text;
+    for (int i = 0; i < 20000; ++i) {
+        text += QStringLiteral("Wrongg line\n");
+    }
+    CheckedWindow window(text);
+    QTRY_VERIFY_WITH_TIMEOUT(!window.marks().isEmpty(), 2000);
+    const qsizetype shown = window.marks().size();
+    EXPECT_LT(shown, 100);
+    EXPECT_EQ(window.marks().first(), Range(0, 6));
+
+    // Scrolling to the end checks the lines that come into view.
+    QScrollBar* bar = window.view()->verticalScrollBar();
+    bar->setValue(bar->maximum());
+    const qsizetype last = window.document->textStorage()->characterCount() - 14;
+    QTRY_VERIFY_WITH_TIMEOUT(!window.view()->layoutManager()->misspelledWords({last, 12}).isEmpty(),
+                             2000);
+    EXPECT_LT(window.marks().size(), 2 * shown + 2);
+}

@@ -315,24 +315,25 @@ void WindowController::selectedFunctionDefinitionItem(int index)
 
 // Toggles ------------------------------------------------------------------------------
 
-void WindowController::toggleGutterView(QObject* sender)
+void WindowController::applyToggle(QObject* sender, bool& flag, void (TextView::*setter)(bool))
 {
+    // A sender is the user's menu item; without one the window's state is only re-applied.
     if (sender) {
-        _showGutterView = !_showGutterView;
+        flag = !flag;
     }
     for (TextView* view : textViews()) {
-        view->setRulersVisible(_showGutterView);
+        (view->*setter)(flag);
     }
+}
+
+void WindowController::toggleGutterView(QObject* sender)
+{
+    applyToggle(sender, _showGutterView, &TextView::setRulersVisible);
 }
 
 void WindowController::toggleInvisibleCharacters(QObject* sender)
 {
-    if (sender) {
-        _showInvisibleCharacters = !_showInvisibleCharacters;
-    }
-    for (TextView* view : textViews()) {
-        view->setInvisibleCharacters(_showInvisibleCharacters);
-    }
+    applyToggle(sender, _showInvisibleCharacters, &TextView::setInvisibleCharacters);
 }
 
 void WindowController::toggleWrapLines(QObject* sender)
@@ -351,32 +352,17 @@ void WindowController::toggleWrapLines(QObject* sender)
 
 void WindowController::toggleAutoIndent(QObject* sender)
 {
-    if (sender) {
-        _autoIndent = !_autoIndent;
-    }
-    for (TextView* view : textViews()) {
-        view->setAutoIndent(_autoIndent);
-    }
+    applyToggle(sender, _autoIndent, &TextView::setAutoIndent);
 }
 
 void WindowController::toggleAutoBraceMatching(QObject* sender)
 {
-    if (sender) {
-        _autoBraceMatching = !_autoBraceMatching;
-    }
-    for (TextView* view : textViews()) {
-        view->setAutoBraceMatching(_autoBraceMatching);
-    }
+    applyToggle(sender, _autoBraceMatching, &TextView::setAutoBraceMatching);
 }
 
 void WindowController::toggleAutoComplete(QObject* sender)
 {
-    if (sender) {
-        _autoComplete = !_autoComplete;
-    }
-    for (TextView* view : textViews()) {
-        view->setAutoComplete(_autoComplete);
-    }
+    applyToggle(sender, _autoComplete, &TextView::setAutoComplete);
 }
 
 void WindowController::toggleSpellChecking(QObject* sender)

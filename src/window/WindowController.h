@@ -143,6 +143,7 @@ Q_SIGNALS:
 
 private:
     void addPane();
+    void applyToggle(QObject* sender, bool& flag, void (TextView::*setter)(bool));
     void applyStateToPane(TextView* view);
     void textDidChange();
     void textViewDidChangeSelection(TextView* view);

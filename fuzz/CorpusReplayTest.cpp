@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <ostream>
 #include <string>
 
 namespace {
@@ -27,6 +28,14 @@ std::vector<FuzzTarget::Target> sortedTargets()
 }
 
 } // namespace
+
+namespace FuzzTarget {
+// Names the target in test names and messages.
+void PrintTo(const Target& target, std::ostream* out)
+{
+    *out << target.name;
+}
+} // namespace FuzzTarget
 
 class FuzzCorpus : public ::testing::TestWithParam<FuzzTarget::Target>
 {

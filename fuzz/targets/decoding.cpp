@@ -8,6 +8,10 @@
 
 #include <cstdlib>
 
+namespace {
+constexpr quint64 kUTF8 = 4;
+}
+
 TESSARAN_FUZZ_TARGET(decoding)
 {
     static const QList<quint64> encodings = StringEncoding::availableStringEncodings();
@@ -24,8 +28,13 @@ TESSARAN_FUZZ_TARGET(decoding)
     if (!encoded) {
         return;
     }
+    // UTF-8 is written without a byte-order mark, and one at the start is dropped when read:
+    // a text that starts with U+FEFF (read from bytes holding two marks) loses it on the way
+    // back. Every other text comes back as it was.
     const std::optional<QString> again = TextCodec::decode(encoding, *encoded);
-    if (!again || *again != text) {
+    const bool markDropped = encoding == kUTF8 && text.startsWith(QChar(0xFEFF)) && again &&
+                             *again == QStringView(text).sliced(1);
+    if (!again || (*again != text && !markDropped)) {
         std::abort();
     }
 }

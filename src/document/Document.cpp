@@ -127,7 +127,17 @@ Document::Document(QObject* parent)
     });
 }
 
-Document::~Document() = default;
+Document::~Document()
+{
+    // Whatever shows or follows the text (its window's controller, timers) goes before the
+    // text itself, so that nothing reacts to the text as it is torn down.
+    const QObjectList children = this->children();
+    for (QObject* child : children) {
+        if (child != _textStorage) {
+            delete child;
+        }
+    }
+}
 
 void Document::scheduleAutosave()
 {

@@ -70,7 +70,7 @@ QAction* MainMenu::addToggle(QMenu* menu, const QString& title, int tag, bool ch
     action->setProperty("tag", tag);
     action->setCheckable(checkable);
     connect(action, &QAction::triggered, _controller,
-            [this, action, toggle] { (_controller->*toggle)(action); });
+            [controller = _controller, action, toggle] { (controller->*toggle)(action); });
     _controller->validateMenuItem(action);
     return action;
 }

@@ -10,6 +10,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QLocale>
 #include <QPainter>
 #include <QPlainTextDocumentLayout>
 #include <QPrinter>
@@ -22,7 +23,9 @@
 #include <QUrl>
 
 #include <cstdio>
+#include <fcntl.h>
 #include <limits>
+#include <unistd.h>
 
 namespace {
 
@@ -45,6 +48,35 @@ QString encodingName(quint64 encoding)
 {
     const QString name = StringEncoding::localizedNameOfStringEncoding(encoding);
     return name.isEmpty() ? QString::number(encoding) : name;
+}
+
+// The first line longer than `limit` characters: its number (from 1) and its length; none
+// when every line fits. Runs at the speed of a search for line feeds.
+std::optional<std::pair<qsizetype, qsizetype>> lineLongerThan(QStringView text, qsizetype limit)
+{
+    if (text.size() <= limit) {
+        return std::nullopt;
+    }
+    qsizetype line = 1;
+    qsizetype start = 0;
+    while (start <= text.size()) {
+        qsizetype end = text.indexOf(u'\n', start);
+        if (end < 0) {
+            end = text.size();
+        }
+        if (end - start > limit) {
+            return std::pair{line, end - start};
+        }
+        start = end + 1;
+        ++line;
+    }
+    return std::nullopt;
+}
+
+bool canWriteIn(const QString& path)
+{
+    // As the process is now: a privileged one gives up its privilege over permissions at times.
+    return ::faccessat(AT_FDCWD, QFile::encodeName(path).constData(), W_OK, AT_EACCESS) == 0;
 }
 
 } // namespace
@@ -95,7 +127,17 @@ Document::Document(QObject* parent)
     });
 }
 
-Document::~Document() = default;
+Document::~Document()
+{
+    // Whatever shows or follows the text (its window's controller, timers) goes before the
+    // text itself, so that nothing reacts to the text as it is torn down.
+    const QObjectList children = this->children();
+    for (QObject* child : children) {
+        if (child != _textStorage) {
+            delete child;
+        }
+    }
+}
 
 void Document::scheduleAutosave()
 {
@@ -189,19 +231,52 @@ bool Document::readFromURL(const QString& path, const QString& type, QString* er
 bool Document::loadContents(const QString& path, quint64 encoding, QString* error)
 {
     QFileInfo info(path);
-    if (!info.exists() || info.isDir() || !info.isReadable()) {
+    const auto refuse = [&](const QString& message) {
         if (error) {
-            *error = info.isDir()
-                         ? tr("“%1” is a folder, not a text file.").arg(info.fileName())
-                         : tr("The file “%1” could not be opened because it cannot be read.")
-                               .arg(info.fileName());
+            *error = message;
         }
         return false;
+    };
+    if (info.isDir()) {
+        return refuse(tr("“%1” is a folder, not a text file.").arg(info.fileName()));
     }
+    if (info.exists() && !info.isFile()) {
+        // A pipe, a device or a socket: reading it could block or never end.
+        return refuse(
+            tr("“%1” is not a regular file, so it cannot be opened as text.").arg(info.fileName()));
+    }
+    const QString unreadable =
+        tr("The file “%1” could not be opened because it cannot be read.").arg(info.fileName());
+    if (!info.exists() || !info.isReadable()) {
+        return refuse(unreadable);
+    }
+    // Taken before reading, so that a change made while the file is read is noticed too.
+    const std::optional<FileStamp> stamp = FileStamp::ofFile(path);
+    // No encoding takes more than 8 bytes a character (escape sequences included): a longer
+    // run of bytes without a line break is refused before the time to decode it is spent.
     DecodedContents contents = EncodingManager::sharedEncodingManager().contentsOfURL(
-        QUrl::fromLocalFile(path), encoding, _priorityToJapaneseEncoding);
+        QUrl::fromLocalFile(path), encoding, _priorityToJapaneseEncoding, maximumLineLength * 8);
+    if (contents.unreadable) {
+        return refuse(unreadable);
+    }
+    if (contents.longLine > 0) {
+        const QLocale locale;
+        return refuse(tr("The file “%1” could not be opened: line %2 is %3 bytes long, and "
+                         "lines longer than %4 characters cannot be edited.")
+                          .arg(info.fileName(), locale.toString(qlonglong(contents.longLine)),
+                               locale.toString(qlonglong(contents.longLineBytes)),
+                               locale.toString(qlonglong(maximumLineLength))));
+    }
+    if (const auto line = lineLongerThan(contents.text, maximumLineLength)) {
+        const QLocale locale;
+        return refuse(tr("The file “%1” could not be opened: line %2 is %3 characters long, and "
+                         "lines longer than %4 characters cannot be edited.")
+                          .arg(info.fileName(), locale.toString(qlonglong(line->first)),
+                               locale.toString(qlonglong(line->second)),
+                               locale.toString(qlonglong(maximumLineLength))));
+    }
     if (!contents.isValid()) {
-        if (info.size() > 0) {
+        if (contents.bytesRead > 0) {
             if (error) {
                 *error = encoding == kNoEncoding
                              ? tr("The file “%1” could not be opened: its text encoding was not "
@@ -240,6 +315,8 @@ bool Document::loadContents(const QString& path, quint64 encoding, QString* erro
         Q_EMIT loadingChanged(isLoading());
     }
 
+    _fileStamp = stamp;
+    _changeOnDiskReported = false;
     _documentEncoding = contents.encoding;
     if (contents.lineBreaks != NSNotFound) {
         _documentLineBreaks = contents.lineBreaks;
@@ -296,6 +373,22 @@ bool Document::writeSafelyToURL(const QString& path, const QString& type, SaveOp
         _documentEncodingForSaving = _documentEncoding;
         _documentLineBreaksForSaving = _documentLineBreaks;
     }
+    const bool ownFile = !_fileURL.isEmpty() && QFileInfo(path).absoluteFilePath() == _fileURL;
+    if (ownFile && (operation == Save || operation == Autosave) && _fileStamp) {
+        const std::optional<FileStamp> now = FileStamp::ofFile(_fileURL);
+        // A file deleted meanwhile is simply written again.
+        if (now && *now != *_fileStamp && !(operation == Save && _changeOnDiskReported)) {
+            if (operation == Save) {
+                _changeOnDiskReported = true;
+            }
+            if (error) {
+                *error = tr("The file “%1” has been changed by another application since you "
+                            "opened or saved it. Save again to replace it with this document.")
+                             .arg(displayName());
+            }
+            return false;
+        }
+    }
     if (!writeToURL(path, type, error)) {
         return false;
     }
@@ -303,6 +396,8 @@ bool Document::writeSafelyToURL(const QString& path, const QString& type, SaveOp
         if (!type.isEmpty()) {
             _fileType = type;
         }
+        _fileStamp = FileStamp::ofFile(path);
+        _changeOnDiskReported = false;
         setFileURL(path);
         _textStorage->setModified(false);
     }
@@ -315,33 +410,52 @@ bool Document::writeToURL(const QString& path, const QString& type, QString* err
     const QString text = EncodingManager::sharedEncodingManager().replaceLineBreaks(
         _documentLineBreaksForSaving, string());
 
-    const auto fail = [&](const QString& reason) {
+    const QFileInfo target(path);
+    const QString name = target.fileName();
+    const auto fail = [&](const QString& message) {
         if (error) {
-            *error = tr("The document “%1” could not be saved in the encoding “%2”. %3")
-                         .arg(QFileInfo(path).fileName(), encodingName(_documentEncodingForSaving),
-                              reason);
+            *error = message;
         }
         return false;
     };
 
     std::optional<QByteArray> bytes = TextCodec::encode(_documentEncodingForSaving, text);
     if (!bytes) {
-        return fail(tr("Some characters cannot be written in this encoding."));
+        return fail(tr("The document “%1” could not be saved in the encoding “%2”. Some "
+                       "characters cannot be written in this encoding.")
+                        .arg(name, encodingName(_documentEncodingForSaving)));
     }
     if (_documentEncodingForSaving == kUTF8 && _UTF8AppendByBOM) {
         bytes->prepend("\xEF\xBB\xBF");
     }
+    // The text goes into a new file beside the old one, which replaces it only once it is
+    // complete and on the disk: a failure or a crash at any moment leaves the old bytes.
     QSaveFile file(path);
-    // Writing into the folder directly would risk a half-written file; without the
-    // permission to make a temporary file there, the save fails instead.
+    // Writing into the file directly would risk a half-written file; without the
+    // permission to make a new file in its folder, the save fails instead.
     file.setDirectWriteFallback(false);
     if (!file.open(QIODevice::WriteOnly)) {
-        return fail(file.errorString());
+        const QString folder = target.absolutePath();
+        if (!QFileInfo(folder).isDir()) {
+            return fail(tr("The document “%1” could not be saved because the folder “%2” does "
+                           "not exist.")
+                            .arg(name, folder));
+        }
+        if (!canWriteIn(folder)) {
+            return fail(tr("The document “%1” could not be saved because you don’t have "
+                           "permission to write in the folder “%2”.")
+                            .arg(name, QFileInfo(folder).fileName()));
+        }
+        return fail(tr("The document “%1” could not be saved. %2.").arg(name, file.errorString()));
     }
     if (file.write(*bytes) != bytes->size() || !file.commit()) {
-        const QString reason = file.errorString();
+        const QString reason = file.error() == QFileDevice::ResourceError
+                                   ? tr("There is not enough space on the disk")
+                                   : file.errorString();
         file.cancelWriting();
-        return fail(reason);
+        return fail(tr("The document “%1” could not be saved. %2. The file on the disk was left "
+                       "as it was.")
+                        .arg(name, reason));
     }
     _documentEncoding = _documentEncodingForSaving;
     _documentLineBreaks = _documentLineBreaksForSaving;
@@ -376,6 +490,8 @@ std::unique_ptr<Document> Document::duplicateAndReturnError() const
 
 void Document::setTextStorage(const QString& text)
 {
+    // What is still waiting to go in belongs to the text being replaced.
+    finishLoading();
     QTextCursor cursor(_textStorage);
     cursor.beginEditBlock();
     cursor.select(QTextCursor::Document);
@@ -397,6 +513,17 @@ bool Document::rereadWithEncoding(quint64 encoding, QString* error)
         }
         return false;
     }
+    if (const auto line = lineLongerThan(contents.text, maximumLineLength)) {
+        if (error) {
+            *error = tr("The file “%1” could not be read using text encoding %2: line %3 is "
+                        "longer than %4 characters.")
+                         .arg(displayName(), encodingName(encoding),
+                              QLocale().toString(qlonglong(line->first)),
+                              QLocale().toString(qlonglong(maximumLineLength)));
+        }
+        return false;
+    }
+    _fileStamp = FileStamp::ofFile(_fileURL);
     // Undo history and the modified state stay as they were.
     const bool modified = _textStorage->isModified();
     _textStorage->setUndoRedoEnabled(false);

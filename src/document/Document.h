@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/FileStamp.h"
+
 #include <QObject>
 #include <QPageLayout>
 #include <QString>
@@ -19,6 +21,11 @@ class Document : public QObject
 public:
     /// How a save was started.
     enum SaveOperation { Save = 0, SaveAs = 1, SaveTo = 2, Autosave = 3 };
+
+    /// The longest line a file may have to be opened: laying out a line takes time in
+    /// proportion to its length at every change, and a longer one would hold the window
+    /// still for more than a second. Such files are refused with a message.
+    static constexpr qsizetype maximumLineLength = 1'000'000;
 
     /// A new, empty document with the default encoding and line-break style.
     explicit Document(QObject* parent = nullptr);
@@ -55,7 +62,9 @@ public:
     /// say; on failure the text and the document's settings stay as they were.
     bool readFromURL(const QString& path, const QString& type, QString* error = nullptr);
     /// Saves through writeToURL(); Save As takes the encoding and style chosen in the
-    /// save panel (setSavePanelChoice), every other save the document's own.
+    /// save panel (setSavePanelChoice), every other save the document's own. A Save or an
+    /// autosave into the document's own file fails when another program changed that file
+    /// since it was read or saved; a second Save after that message replaces it.
     bool writeSafelyToURL(const QString& path, const QString& type, SaveOperation operation,
                           QString* error = nullptr);
     /// Writes the text atomically in the encoding for saving, with the line breaks for
@@ -130,4 +139,8 @@ private:
     QString _pendingText;
     qsizetype _pendingOffset = 0;
     QTimer* _loadTimer = nullptr;
+    // The file as it was when last read or saved, and whether a Save was refused since
+    // because another program had changed it.
+    std::optional<FileStamp> _fileStamp;
+    bool _changeOnDiskReported = false;
 };

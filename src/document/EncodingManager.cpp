@@ -143,11 +143,17 @@ bool readWholeFile(const QUrl& url, QByteArray& data)
         }
         done += got;
     }
-    if (file.error() != QFileDevice::NoError) {
-        return false;
-    }
     data.truncate(done);
-    return true;
+    // The file may have grown since its size was taken, and some files (those of /proc)
+    // tell no size at all: what follows is read up to the end.
+    if (done == size && file.error() == QFileDevice::NoError) {
+        char more[1 << 16];
+        qint64 got = 0;
+        while ((got = file.read(more, sizeof more)) > 0) {
+            data.append(more, got);
+        }
+    }
+    return file.error() == QFileDevice::NoError;
 }
 
 } // namespace
@@ -235,9 +241,14 @@ DecodedContents EncodingManager::automaticDistinctionWithContentsOfURL(const QUr
 {
     QByteArray data;
     if (!readWholeFile(url, data)) {
-        return {};
+        DecodedContents failed;
+        failed.unreadable = true;
+        return failed;
     }
-    return automaticDistinctionWithData(std::move(data), priority);
+    const qint64 bytesRead = data.size();
+    DecodedContents result = automaticDistinctionWithData(std::move(data), priority);
+    result.bytesRead = bytesRead;
+    return result;
 }
 
 DecodedContents EncodingManager::automaticDistinctionWithData(QByteArray data, bool priority)
@@ -308,21 +319,73 @@ DecodedContents EncodingManager::automaticDistinctionWithData(QByteArray data, b
     return DecodedContents{};
 }
 
-DecodedContents EncodingManager::contentsOfURL(const QUrl& url, quint64 encoding, bool priority)
+std::optional<std::pair<qsizetype, qint64>> EncodingManager::lineLongerThan(QByteArrayView data,
+                                                                            qint64 limit)
 {
-    if (encoding == StringEncoding::NoEncoding) {
-        return automaticDistinctionWithContentsOfURL(url, priority);
+    if (data.size() <= limit) {
+        return std::nullopt;
     }
+    const char* const begin = data.data();
+    const char* const end = begin + data.size();
+    // The next LF and the next CR, each looked for at memory speed and only again once passed.
+    const auto find = [end](const char* from, char c) {
+        const void* at = std::memchr(from, c, size_t(end - from));
+        return at ? static_cast<const char*>(at) : end;
+    };
+    const char* lf = find(begin, '\n');
+    const char* cr = find(begin, '\r');
+    qsizetype line = 1;
+    for (const char* start = begin;;) {
+        const char* stop = std::min(lf, cr);
+        if (stop - start > limit) {
+            return std::pair{line, qint64(stop - start)};
+        }
+        if (stop == end) {
+            return std::nullopt;
+        }
+        start = stop + (stop == cr && stop + 1 < end && stop[1] == '\n' ? 2 : 1);
+        ++line;
+        if (lf < start) {
+            lf = find(start, '\n');
+        }
+        if (cr < start) {
+            cr = find(start, '\r');
+        }
+    }
+}
+
+DecodedContents EncodingManager::contentsOfURL(const QUrl& url, quint64 encoding, bool priority,
+                                               qint64 lineByteLimit)
+{
     DecodedContents result;
     QByteArray data;
-    if (readWholeFile(url, data) && TextCodec::decode(encoding, data, result.text)) {
+    if (!readWholeFile(url, data)) {
+        result.unreadable = true;
+        return result;
+    }
+    result.bytesRead = data.size();
+    if (lineByteLimit >= 0) {
+        if (const auto line = lineLongerThan(data, lineByteLimit)) {
+            result.longLine = line->first;
+            result.longLineBytes = line->second;
+            return result;
+        }
+    }
+    if (encoding == StringEncoding::NoEncoding) {
+        const qint64 bytesRead = result.bytesRead;
+        result = automaticDistinctionWithData(std::move(data), priority);
+        result.bytesRead = bytesRead;
+        return result;
+    }
+    if (TextCodec::decode(encoding, data, result.text)) {
         data = QByteArray();
         result.text.squeeze();
         result.encoding = encoding;
         result.lineBreaks = scanLineBreaks(result.text);
         return result;
     }
-    return DecodedContents{};
+    result.text = QString();
+    return result;
 }
 
 // Line breaks

@@ -10,6 +10,9 @@
 #include <QUrl>
 #include <Qt>
 
+#include <optional>
+#include <utility>
+
 class QComboBox;
 
 /// A file's text decoded once: the encoding it was read in and the text, with its line
@@ -22,6 +25,14 @@ struct DecodedContents {
     QString text;
     /// 0 LF, 1 CR, 2 CRLF, or NSNotFound when the text holds no line break.
     qsizetype lineBreaks = 0;
+    /// How many bytes the file held when it was read.
+    qint64 bytesRead = 0;
+    /// True when reading the file failed (as opposed to its bytes not decoding).
+    bool unreadable = false;
+    /// When the file was not decoded because of a line longer than the limit asked for:
+    /// that line's number (from 1) and its length in bytes.
+    qsizetype longLine = 0;
+    qint64 longLineBytes = 0;
 
     bool isValid() const { return encoding != StringEncoding::NoEncoding; }
 };
@@ -62,8 +73,14 @@ public:
     DecodedContents automaticDistinctionWithData(QByteArray data, bool priority);
 
     /// Reads a file in `encoding`, or detects it when `encoding` is all ones: what a
-    /// document's reading needs in one pass over the file.
-    DecodedContents contentsOfURL(const QUrl& url, quint64 encoding, bool priority);
+    /// document's reading needs in one pass over the file. A file with a line of more than
+    /// `lineByteLimit` bytes (when not negative) is not decoded at all (see `longLine`).
+    DecodedContents contentsOfURL(const QUrl& url, quint64 encoding, bool priority,
+                                  qint64 lineByteLimit = -1);
+    /// The first line of `data` longer than `limit` bytes, lines ending at LF, CR or CR LF:
+    /// its number from 1 and its length; none when there is no such line.
+    static std::optional<std::pair<qsizetype, qint64>> lineLongerThan(QByteArrayView data,
+                                                                      qint64 limit);
 
     // Line breaks
 

@@ -201,6 +201,20 @@ QVariant PropertyList::fromData(const QByteArray& data)
     plist_t root = nullptr;
     if (plist_is_binary(data.constData(), uint32_t(data.size()))) {
         plist_from_bin(data.constData(), uint32_t(data.size()), &root);
+        // The binary reader takes dictionary keys holding a zero character, which the
+        // library itself then aborts on when asked for them. Written out as XML and read
+        // back, such a key ends at its zero, as any key read from XML does.
+        PlistPtr binary(root);
+        root = nullptr;
+        char* xml = nullptr;
+        uint32_t length = 0;
+        if (binary) {
+            plist_to_xml(binary.get(), &xml, &length);
+        }
+        if (xml) {
+            plist_from_xml(xml, length, &root);
+            plist_to_xml_free(xml);
+        }
     } else {
         // The XML reader only accepts a document that has a <plist> element.
         if (!data.contains("<plist")) {

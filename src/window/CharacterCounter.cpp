@@ -3,6 +3,8 @@
 #include <QTextBlock>
 #include <QTextDocument>
 
+#include <utility>
+
 namespace {
 
 qint64 surrogatePairsIn(QStringView text)
@@ -15,12 +17,13 @@ qint64 surrogatePairsIn(QStringView text)
 }
 
 // Each block remembers how many pairs it held when last counted; a block that goes
-// away takes its share with it.
+// away takes its share with it. The blocks share the total with the counter, since the
+// document destroys its blocks only after the counter, its child, is gone.
 class BlockPairs : public QTextBlockUserData
 {
 public:
-    BlockPairs(qint64* total, qint64 pairs)
-        : _total(total)
+    BlockPairs(std::shared_ptr<qint64> total, qint64 pairs)
+        : _total(std::move(total))
         , _pairs(pairs)
     {
         *_total += pairs;
@@ -33,7 +36,7 @@ public:
     }
 
 private:
-    qint64* _total;
+    std::shared_ptr<qint64> _total;
     qint64 _pairs;
 };
 
@@ -57,7 +60,7 @@ void CharacterCounter::recount(int position, int removed, int added)
         if (auto* data = static_cast<BlockPairs*>(block.userData())) {
             data->set(pairs);
         } else if (pairs > 0) {
-            block.setUserData(new BlockPairs(&_surrogatePairs, pairs));
+            block.setUserData(new BlockPairs(_surrogatePairs, pairs));
         }
         if (block == last) {
             break;
@@ -69,7 +72,7 @@ void CharacterCounter::recount(int position, int removed, int added)
 qint64 CharacterCounter::count() const
 {
     // characterCount() includes one separator per block, the last block's included.
-    return qint64(_document->characterCount()) - _document->blockCount() - _surrogatePairs;
+    return qint64(_document->characterCount()) - _document->blockCount() - *_surrogatePairs;
 }
 
 qint64 CharacterCounter::countCharacters(QStringView text, bool allowWhitespace)

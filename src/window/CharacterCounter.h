@@ -3,6 +3,8 @@
 #include <QObject>
 #include <QString>
 
+#include <memory>
+
 class QTextDocument;
 
 /// Keeps the status line's character count of a whole document without walking the text
@@ -27,5 +29,5 @@ private:
     void recount(int position, int removed, int added);
 
     QTextDocument* _document;
-    qint64 _surrogatePairs = 0;
+    std::shared_ptr<qint64> _surrogatePairs = std::make_shared<qint64>(0);
 };

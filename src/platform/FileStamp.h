@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QString>
+
+#include <optional>
+
+/// What identifies one state of a file on disk: the file (device and inode), its size and
+/// its modification time to the nanosecond. Two stamps differ when another program wrote
+/// the file, or replaced it with another one, in between.
+class FileStamp
+{
+public:
+    /// The stamp of the file at `path` now; none when there is no such file.
+    static std::optional<FileStamp> ofFile(const QString& path);
+
+    bool operator==(const FileStamp&) const = default;
+
+private:
+    unsigned long long _device = 0;
+    unsigned long long _inode = 0;
+    long long _size = 0;
+    long long _seconds = 0;
+    long long _nanoseconds = 0;
+};

@@ -1,0 +1,196 @@
+// Files no one would call text: each opens or is refused with a message naming it, and
+// neither takes the window away for long.
+#include "TestSupport.h"
+#include "document/Document.h"
+#include "document/DocumentController.h"
+#include "document/EncodingManager.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QRandomGenerator>
+#include <QTest>
+#include <QTextDocument>
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+namespace {
+
+constexpr quint64 kUTF8 = 4;
+constexpr quint64 kNone = ~quint64(0);
+
+// Opens `path` in a new document, measuring how long the window is held.
+struct Opened {
+    bool ok = false;
+    QString error;
+    qint64 milliseconds = 0;
+};
+
+Opened open(Document& document, const QString& path)
+{
+    Opened result;
+    QElapsedTimer timer;
+    timer.start();
+    result.ok = document.readFromURL(path, QString(), &result.error);
+    result.milliseconds = timer.elapsed();
+    return result;
+}
+
+} // namespace
+
+TEST(HostileFiles, BinaryAndInvalidUtf8OpenWithEveryByteKept)
+{
+    const QString dir = TestSupport::makeTempDir();
+    QByteArray binary(256 * 1024, Qt::Uninitialized);
+    QRandomGenerator random(7);
+    for (char& byte : binary) {
+        byte = char(random.bounded(256));
+    }
+    binary.replace(0, 4,
+                   QByteArray("\x7f"
+                              "ELF",
+                              4));
+    binary[100] = '\0';
+    const QString binaryPath = TestSupport::writeFile(dir + "/program.bin", binary);
+    Document document;
+    const Opened opened = open(document, binaryPath);
+    EXPECT_LT(opened.milliseconds, 1000);
+    if (opened.ok) {
+        // Whatever encoding decodes it, the NUL bytes are characters like any other.
+        document.finishLoading();
+        EXPECT_GT(document.string().size(), 0);
+    } else {
+        EXPECT_TRUE(opened.error.contains("program.bin")) << opened.error.toStdString();
+    }
+
+    // Invalid UTF-8 opens in an encoding that keeps every byte...
+    const QByteArray invalid = "caf\xc3 \xff\xfe ok \xed\xa0\x80 \xc0\xaf\nend\n";
+    const QString invalidPath = TestSupport::writeFile(dir + "/invalid.txt", invalid);
+    Document detected;
+    ASSERT_TRUE(open(detected, invalidPath).ok);
+    EXPECT_NE(detected.documentEncoding(), kUTF8);
+    const QString copy = dir + "/copy.txt";
+    ASSERT_TRUE(detected.writeSafelyToURL(copy, QString(), Document::SaveTo));
+    EXPECT_EQ(TestSupport::readFile(copy), invalid);
+
+    // ...and is refused, with a message, when UTF-8 is asked for.
+    DocumentController& controller = DocumentController::sharedDocumentController();
+    controller.setIsOpenPanel(true);
+    controller.setOpenPanelEncoding(kUTF8);
+    Document strict;
+    const Opened refused = open(strict, invalidPath);
+    controller.setIsOpenPanel(false);
+    controller.setOpenPanelEncoding(kNone);
+    EXPECT_FALSE(refused.ok);
+    EXPECT_EQ(refused.error.toStdString(),
+              "The file “invalid.txt” could not be opened using text encoding Unicode (UTF-8).");
+    EXPECT_TRUE(strict.string().isEmpty());
+}
+
+TEST(HostileFiles, LinesLongerThanTheLimitAreRefusedNamingTheLine)
+{
+    const QString dir = TestSupport::makeTempDir();
+    const qsizetype limit = Document::maximumLineLength;
+
+    // A line of exactly the limit opens; one character more does not.
+    QByteArray bytes = "short\n" + QByteArray(limit, 'x') + "\nend\n";
+    const QString fits = TestSupport::writeFile(dir + "/fits.txt", bytes);
+    Document document;
+    ASSERT_TRUE(open(document, fits).ok);
+    bytes.insert(6, 'x');
+    const QString over = TestSupport::writeFile(dir + "/over.txt", bytes);
+    Document refused;
+    const Opened opened = open(refused, over);
+    EXPECT_FALSE(opened.ok);
+    EXPECT_EQ(opened.error.toStdString(),
+              "The file “over.txt” could not be opened: line 2 is 1,000,001 "
+              "characters long, and lines longer than 1,000,000 characters "
+              "cannot be edited.");
+    EXPECT_TRUE(refused.string().isEmpty());
+
+    // A single line of 200 MB is read, measured and refused within seconds, in one piece of
+    // work; the memory goes back at once.
+    constexpr qsizetype hugeSize = 200 * 1000 * 1000;
+    const QString huge = dir + "/huge.txt";
+    {
+        QFile file(huge);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("first\r\nsecond\r");
+        const QByteArray block(1 << 20, 'y');
+        for (qsizetype written = 0; written < hugeSize; written += block.size()) {
+            ASSERT_EQ(file.write(block.constData(), qMin(block.size(), hugeSize - written)),
+                      qMin(block.size(), hugeSize - written));
+        }
+    }
+    const Opened hugeOpened = open(refused, huge);
+    QFile::remove(huge);
+    EXPECT_FALSE(hugeOpened.ok);
+    EXPECT_EQ(hugeOpened.error.toStdString(),
+              "The file “huge.txt” could not be opened: line 3 is 200,000,000 "
+              "bytes long, and lines longer than 1,000,000 characters "
+              "cannot be edited.");
+    std::printf("200 MB single-line file refused in %lld ms\n", qlonglong(hugeOpened.milliseconds));
+#ifndef __SANITIZE_ADDRESS__
+    EXPECT_LT(hugeOpened.milliseconds, 1000);
+#endif
+
+    // Lines end at LF, CR and CR LF alike when their bytes are counted.
+    EXPECT_EQ(EncodingManager::lineLongerThan("a\r\nbb\rccc\ndd", 2),
+              std::make_optional(std::pair<qsizetype, qint64>(3, 3)));
+    EXPECT_EQ(EncodingManager::lineLongerThan("a\r\nbb\rccc\ndd", 3), std::nullopt);
+    EXPECT_EQ(EncodingManager::lineLongerThan("\n\n\r\rxyz", 2),
+              std::make_optional(std::pair<qsizetype, qint64>(5, 3)));
+}
+
+TEST(HostileFiles, PipesAndFilesThatFailWhileReadAreRefusedWithoutBlocking)
+{
+    const QString dir = TestSupport::makeTempDir();
+    // A pipe no one writes into would block a reader forever.
+    const QString fifo = dir + "/pipe";
+    ASSERT_EQ(mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+    Document document;
+    Opened opened = open(document, fifo);
+    EXPECT_FALSE(opened.ok);
+    EXPECT_LT(opened.milliseconds, 1000);
+    EXPECT_EQ(opened.error.toStdString(),
+              "“pipe” is not a regular file, so it cannot be opened as text.");
+
+    // This process's memory is a file that opens and then fails at the first read (nothing
+    // is mapped at address 0).
+    opened = open(document, "/proc/self/mem");
+    EXPECT_FALSE(opened.ok);
+    EXPECT_EQ(opened.error.toStdString(),
+              "The file “mem” could not be opened because it cannot be read.");
+    EXPECT_TRUE(document.string().isEmpty());
+    EXPECT_TRUE(document.fileURL().isEmpty());
+
+    // A file that claims no size is read up to its end all the same.
+    opened = open(document, "/proc/self/status");
+    ASSERT_TRUE(opened.ok) << opened.error.toStdString();
+    EXPECT_TRUE(document.string().startsWith("Name:"));
+}
+
+TEST(HostileFiles, FileTakenAwayWhileItsTextGoesInStillLoadsWhole)
+{
+    const QString dir = TestSupport::makeTempDir();
+    QByteArray bytes;
+    for (int line = 0; bytes.size() < 3'000'000; ++line) {
+        bytes += "line " + QByteArray::number(line) + "\n";
+    }
+    const QString path = TestSupport::writeFile(dir + "/going.txt", bytes);
+    Document document;
+    ASSERT_TRUE(open(document, path).ok);
+    ASSERT_TRUE(document.isLoading());
+    // Another program makes the file unreadable, then deletes it: the text was read whole
+    // before the first piece went in, so the rest still arrives.
+    ASSERT_TRUE(QFile::setPermissions(path, QFileDevice::Permissions()));
+    ASSERT_TRUE(QFile::remove(path));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !document.isLoading(); }, 10'000));
+    EXPECT_EQ(document.textStorage()->toPlainText().toUtf8(), bytes);
+    EXPECT_FALSE(document.isDocumentEdited());
+    // And saving puts it back.
+    document.setTextStorage(document.string() + "more\n");
+    ASSERT_TRUE(document.writeSafelyToURL(path, QString(), Document::Save));
+    EXPECT_EQ(TestSupport::readFile(path), bytes + "more\n");
+}

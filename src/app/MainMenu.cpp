@@ -150,7 +150,7 @@ void MainMenu::buildEditMenu(QMenuBar* bar)
     connect(text, &QTextDocument::redoAvailable, redo, &QAction::setEnabled);
     // The items name the step they take back or make again ("Undo Shift Right").
     UndoActionNames* names = UndoActionNames::of(text);
-    const auto nameItems = [this, undo, redo, names] {
+    const auto nameItems = [undo, redo, names] {
         const QString undoName = names->undoActionName();
         const QString redoName = names->redoActionName();
         const QString undoTitle = undoName.isEmpty() ? tr("&Undo") : tr("Undo %1").arg(undoName);

@@ -37,7 +37,7 @@ ScriptMenu::ScriptMenu(QMenu* menu, WindowController* controller)
 void ScriptMenu::addFixedItems()
 {
     QWidget* window = _controller->window();
-    const auto fixed = [this](QAction* item) {
+    const auto fixed = [](QAction* item) {
         item->setProperty("tag", FixedTag);
         return item;
     };

@@ -2,6 +2,7 @@
 // its match searched among the shown lines, Shift Right on one line, and the completion
 // candidates for a partial word.
 #include "BenchSupport.h"
+#include "PrivateHome.h"
 #include "app/Application.h"
 #include "editor/EditorController.h"
 #include "editor/TextView.h"
@@ -106,32 +107,14 @@ void BM_CompletionCandidates(benchmark::State& state)
 }
 BENCHMARK(BM_CompletionCandidates)->Unit(benchmark::kMillisecond);
 
-std::string makePrivateHome()
-{
-    char pattern[] = "/tmp/tessaran-bench-XXXXXX";
-    const char* dir = mkdtemp(pattern);
-    if (!dir) {
-        std::abort();
-    }
-    const std::string home(dir);
-    for (const char* name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"}) {
-        const std::string path = home + "/" + name;
-        QDir().mkpath(QString::fromStdString(path));
-        setenv(name, path.c_str(), 1);
-    }
-    return home;
-}
-
 } // namespace
 
 int main(int argc, char** argv)
 {
-    const std::string home = makePrivateHome();
-    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    const PrivateHome home("bench");
     Application app(argc, argv);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
-    QDir(QString::fromStdString(home)).removeRecursively();
     return 0;
 }

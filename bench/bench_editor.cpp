@@ -1,6 +1,7 @@
 // The editor pane on a 20 MB C text (about half a million lines) with line numbers and
 // invisible characters shown, offscreen: opening (fill, attach, first paint), typing in the
 // middle until the pane has repainted, and jumping to far lines.
+#include "PrivateHome.h"
 #include "app/Application.h"
 #include "document/Document.h"
 #include "document/DocumentController.h"
@@ -576,33 +577,14 @@ BENCHMARK(BM_WindowTypeInTheMiddleColoured)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);
 
-std::string makePrivateHome()
-{
-    char pattern[] = "/tmp/tessaran-bench-XXXXXX";
-    const char* dir = mkdtemp(pattern);
-    if (!dir) {
-        std::abort();
-    }
-    const std::string home(dir);
-    for (const char* name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"}) {
-        const std::string path = home + "/" + name;
-        QDir().mkpath(QString::fromStdString(path));
-        setenv(name, path.c_str(), 1);
-    }
-    return home;
-}
-
 } // namespace
 
 int main(int argc, char** argv)
 {
-    // Settings and support folders of a benchmark run never touch the user's.
-    const std::string home = makePrivateHome();
-    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    const PrivateHome home("bench");
     Application app(argc, argv);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
-    QDir(QString::fromStdString(home)).removeRecursively();
     return 0;
 }

@@ -2,6 +2,7 @@
 // shows it): the time until the window's first paint, until the whole text is in, and the
 // process's peak memory.
 #include "BenchSupport.h"
+#include "PrivateHome.h"
 #include "app/Application.h"
 #include "document/Document.h"
 #include "document/DocumentController.h"
@@ -115,15 +116,7 @@ BENCHMARK(BM_OpenLargeCFile)
 
 int main(int argc, char** argv)
 {
-    // Settings and support folders of a benchmark run never touch the user's.
-    QTemporaryDir home;
-    for (const char* name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"}) {
-        const QString path = home.path() + u'/' + QLatin1String(name);
-        QDir().mkpath(path);
-        setenv(name, qPrintable(path), 1);
-    }
-    setenv("HOME", qPrintable(home.path()), 1);
-    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    const PrivateHome home("bench");
     Application app(argc, argv);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();

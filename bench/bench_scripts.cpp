@@ -2,6 +2,7 @@
 // script over the object model, and rebuilding the Scripts menu and the script pane for
 // a large library. With "--screens DIR" it also saves pictures of the Scripts menu and
 // the script pane there.
+#include "PrivateHome.h"
 #include "app/Application.h"
 #include "document/Document.h"
 #include "document/DocumentController.h"
@@ -136,19 +137,6 @@ void BM_LibraryChangeRebuildsMenuAndPane(benchmark::State& state)
 }
 BENCHMARK(BM_LibraryChangeRebuildsMenuAndPane)->Unit(benchmark::kMillisecond);
 
-std::string makePrivateHome()
-{
-    char pattern[] = "/tmp/tessaran-bench-XXXXXX";
-    const std::string home = mkdtemp(pattern);
-    setenv("HOME", home.c_str(), 1);
-    for (const char* name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"}) {
-        const std::string path = home + "/" + name;
-        QDir().mkpath(QString::fromStdString(path));
-        setenv(name, path.c_str(), 1);
-    }
-    return home;
-}
-
 /// Pictures of the Scripts menu with the example library and of the script pane.
 void saveScreens(const QString& folder)
 {
@@ -181,19 +169,16 @@ void saveScreens(const QString& folder)
 
 int main(int argc, char** argv)
 {
-    const std::string home = makePrivateHome();
-    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    const PrivateHome home("bench");
     Application app(argc, argv);
     for (int i = 1; i + 1 < argc; ++i) {
         if (std::string(argv[i]) == "--screens") {
             saveScreens(QString::fromLocal8Bit(argv[i + 1]));
-            QDir(QString::fromStdString(home)).removeRecursively();
             return 0;
         }
     }
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
-    QDir(QString::fromStdString(home)).removeRecursively();
     return 0;
 }

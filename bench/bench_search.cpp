@@ -1,6 +1,7 @@
 // Finding and replacing in a 20 MB text shown in an editor pane, offscreen: find all with
 // a plain string and with a regular expression, highlight and selection included, and
 // replace all of 100,000 occurrences as one undoable step, then its undo.
+#include "PrivateHome.h"
 #include "app/Application.h"
 #include "editor/EditorController.h"
 #include "editor/LayoutManager.h"
@@ -225,22 +226,6 @@ void BM_ReplaceAll(benchmark::State& state)
     }
 }
 
-std::string makePrivateHome()
-{
-    char pattern[] = "/tmp/tessaran-bench-XXXXXX";
-    const char* dir = mkdtemp(pattern);
-    if (!dir) {
-        std::abort();
-    }
-    const std::string home(dir);
-    for (const char* name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"}) {
-        const std::string path = home + "/" + name;
-        QDir().mkpath(QString::fromStdString(path));
-        setenv(name, path.c_str(), 1);
-    }
-    return home;
-}
-
 } // namespace
 
 BENCHMARK(BM_FindAllPlain)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(5);
@@ -253,13 +238,10 @@ BENCHMARK(BM_ReplaceAll)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterat
 
 int main(int argc, char** argv)
 {
-    // Settings and support folders of a benchmark run never touch the user's.
-    const std::string home = makePrivateHome();
-    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    const PrivateHome home("bench");
     Application app(argc, argv);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
-    QDir(QString::fromStdString(home)).removeRecursively();
     return 0;
 }

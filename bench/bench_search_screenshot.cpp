@@ -1,6 +1,7 @@
 // Not a benchmark: draws a document window offscreen with the search pane open and the
 // matches of a search highlighted, and saves it as a PNG (first argument, or
 // /work/screens/search-pane.png).
+#include "PrivateHome.h"
 #include "app/Application.h"
 #include "app/MainMenu.h"
 #include "document/Document.h"
@@ -62,17 +63,7 @@ int main(int argc, char **argv)
 
 int main(int argc, char** argv)
 {
-    char pattern[] = "/tmp/tessaran-screens-XXXXXX";
-    const char* home = mkdtemp(pattern);
-    if (!home) {
-        return 1;
-    }
-    for (const char* name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"}) {
-        const QString path = QString::fromLatin1(home) + u'/' + QLatin1String(name);
-        QDir().mkpath(path);
-        setenv(name, path.toLocal8Bit().constData(), 1);
-    }
-    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    const PrivateHome home("screens");
     Application app(argc, argv);
     const QString output = argc > 1 ? QString::fromLocal8Bit(argv[1])
                                     : QStringLiteral("/work/screens/search-pane.png");
@@ -106,6 +97,5 @@ int main(int argc, char** argv)
 
     const bool saved = window->grab().save(output);
     delete document;
-    QDir(QString::fromLatin1(home)).removeRecursively();
     return saved ? 0 : 1;
 }

@@ -3,6 +3,7 @@
 // dictionary), later checks, a keystroke in the middle of the text with its check, and a
 // jump to a far line with its check. The work must not grow with the text.
 #include "BenchSupport.h"
+#include "PrivateHome.h"
 #include "app/Application.h"
 #include "document/Document.h"
 #include "editor/LayoutManager.h"
@@ -180,33 +181,14 @@ void BM_JumpToFarLineChecked(benchmark::State& state)
 }
 BENCHMARK(BM_JumpToFarLineChecked)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
 
-std::string makePrivateHome()
-{
-    char pattern[] = "/tmp/tessaran-bench-XXXXXX";
-    const char* dir = mkdtemp(pattern);
-    if (!dir) {
-        std::abort();
-    }
-    const std::string home(dir);
-    for (const char* name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"}) {
-        const std::string path = home + "/" + name;
-        QDir().mkpath(QString::fromStdString(path));
-        setenv(name, path.c_str(), 1);
-    }
-    return home;
-}
-
 } // namespace
 
 int main(int argc, char** argv)
 {
-    // Settings and support folders of a benchmark run never touch the user's.
-    const std::string home = makePrivateHome();
-    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    const PrivateHome home("bench");
     Application app(argc, argv);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
-    QDir(QString::fromStdString(home)).removeRecursively();
     return 0;
 }

@@ -2,6 +2,7 @@
 // completion after a partial word and saves a picture of the window with the completion
 // list where it stands on the screen. Usage: completion_screenshot <output.png>
 
+#include "PrivateHome.h"
 #include "app/Application.h"
 #include "document/Document.h"
 #include "document/DocumentController.h"
@@ -69,18 +70,7 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "usage: %s output.png\n", argv[0]);
         return 2;
     }
-    char pattern[] = "/tmp/tessaran-completion-XXXXXX";
-    const char* home = mkdtemp(pattern);
-    if (!home) {
-        return 1;
-    }
-    for (const char* name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"}) {
-        const QString path = QString::fromLocal8Bit(home) + QLatin1Char('/') + name;
-        QDir().mkpath(path);
-        setenv(name, path.toLocal8Bit().constData(), 1);
-    }
-    setenv("HOME", home, 1);
-    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    const PrivateHome home("screens");
     Application app(argc, argv);
     DocumentController& documents = DocumentController::sharedDocumentController();
     documents.awakeFromNib();
@@ -137,6 +127,5 @@ int main(int argc, char** argv)
     window->setCloseHandler(nullptr);
     window->close();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    QDir(QString::fromLocal8Bit(home)).removeRecursively();
     return saved ? 0 : 1;
 }

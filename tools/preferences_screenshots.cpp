@@ -2,6 +2,7 @@
 // of its tabs, then a document window with spell checking on and the context menu of a
 // misspelt word.
 // Usage: preferences_screenshots [output folder]   (default: the current folder)
+#include "PrivateHome.h"
 #include "app/Application.h"
 #include "app/PreferencesController.h"
 #include "document/Document.h"
@@ -27,22 +28,6 @@
 
 namespace {
 
-void makePrivateHome()
-{
-    char pattern[] = "/tmp/tessaran-screens-XXXXXX";
-    const char* dir = mkdtemp(pattern);
-    if (!dir) {
-        std::abort();
-    }
-    const std::string home(dir);
-    for (const char* name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"}) {
-        const std::string path = home + "/" + name;
-        QDir().mkpath(QString::fromStdString(path));
-        setenv(name, path.c_str(), 1);
-    }
-    setenv("HOME", home.c_str(), 1);
-}
-
 void settle(QWidget* window)
 {
     QElapsedTimer timer;
@@ -67,8 +52,7 @@ bool save(QWidget* widget, const QString& path)
 
 int main(int argc, char** argv)
 {
-    makePrivateHome();
-    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    const PrivateHome home("screens");
     Application app(argc, argv);
     const QString out = argc > 1 ? QString::fromLocal8Bit(argv[1]) : QDir::currentPath();
     QDir().mkpath(out);

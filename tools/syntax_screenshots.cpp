@@ -1,6 +1,7 @@
 // Opens a C, a Python and an HTML file in real document windows (offscreen, with a
 // private home), waits until they are coloured and saves a picture of each window.
 // Usage: syntax_screenshots [output folder]   (default: the current folder)
+#include "PrivateHome.h"
 #include "app/Application.h"
 #include "document/Document.h"
 #include "document/DocumentController.h"
@@ -125,23 +126,6 @@ const char* const kHtml = R"(<!DOCTYPE html>
 </html>
 )";
 
-std::string makePrivateHome()
-{
-    char pattern[] = "/tmp/tessaran-screens-XXXXXX";
-    const char* dir = mkdtemp(pattern);
-    if (!dir) {
-        std::abort();
-    }
-    const std::string home(dir);
-    for (const char* name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"}) {
-        const std::string path = home + "/" + name;
-        QDir().mkpath(QString::fromStdString(path));
-        setenv(name, path.c_str(), 1);
-    }
-    setenv("HOME", home.c_str(), 1);
-    return home;
-}
-
 bool shoot(const QString& folder, const QString& name, const char* contents, const QString& out)
 {
     const QString path = folder + u'/' + name;
@@ -184,8 +168,7 @@ bool shoot(const QString& folder, const QString& name, const char* contents, con
 
 int main(int argc, char** argv)
 {
-    const std::string home = makePrivateHome();
-    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    const PrivateHome home("screens");
     Application app(argc, argv);
     const QString out = argc > 1 ? QString::fromLocal8Bit(argv[1]) : QDir::currentPath();
     QDir().mkpath(out);
@@ -208,6 +191,5 @@ int main(int argc, char** argv)
     }
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QCoreApplication::processEvents();
-    QDir(QString::fromStdString(home)).removeRecursively();
     return ok ? 0 : 1;
 }

@@ -6,6 +6,7 @@
 #include "app/SingleInstance.h"
 #include "document/DocumentController.h"
 #include "document/RecoveryStore.h"
+#include "platform/UserDefaults.h"
 #include "scripts/ScriptCommands.h"
 
 #include <QIcon>
@@ -30,6 +31,9 @@ Application::~Application()
 {
     // Windows and their panes must go while the application object can still take them down.
     DocumentController::sharedDocumentController().discardAllDocuments();
+    // The settings reach the disk now, while the program's folders are certain to be there,
+    // not from a static destructor after main() has returned.
+    UserDefaults::standardUserDefaults().synchronize();
 }
 
 Application* Application::instance()

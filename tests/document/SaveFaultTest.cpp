@@ -258,6 +258,7 @@ TEST(SaveFaults, KilledWhileSavingLeavesTheOldOrTheNewBytes)
     const QString path = TestSupport::writeFile(dir + "/precious.txt", old);
     const QByteArray first = largeText('a', 1 << 20).toUtf8();
     const QByteArray second = largeText('b', 1 << 20).toUtf8();
+    const QString childTemp = TestSupport::makeTempDir();
     QRandomGenerator random(12);
     int killedInAnyState = 0;
     QSet<QByteArray> seen;
@@ -265,6 +266,8 @@ TEST(SaveFaults, KilledWhileSavingLeavesTheOldOrTheNewBytes)
         QProcess child;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(kSaveLoopVariable, path);
+        // The child's own temporary folders, left behind by the kill, go with this test's.
+        environment.insert(QStringLiteral("TMPDIR"), childTemp);
         child.setProcessEnvironment(environment);
         child.start(QCoreApplication::applicationFilePath(),
                     {"--gtest_also_run_disabled_tests",

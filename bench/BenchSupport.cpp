@@ -1,8 +1,13 @@
 #include "BenchSupport.h"
 
+#include "PrivateHome.h"
+#include "app/Application.h"
+
 #include <QFile>
 #include <QHash>
 #include <QTemporaryDir>
+
+#include <benchmark/benchmark.h>
 
 #include <memory>
 
@@ -101,6 +106,16 @@ void resetPeakResident()
 qint64 peakResidentBytes()
 {
     return statusField("VmHWM");
+}
+
+int runWithApplication(int argc, char** argv)
+{
+    const PrivateHome home("bench");
+    Application app(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
 }
 
 } // namespace BenchSupport

@@ -16,6 +16,10 @@ QString mixedSourceText();
 /// About a megabyte of Japanese prose with some ASCII, in lines.
 QString japaneseProse();
 
+/// The whole of a benchmark program that needs the application: a private home, the
+/// application object, then the benchmarks the command line asks for. Returns main()'s status.
+int runWithApplication(int argc, char** argv);
+
 /// Resident memory of the process now, in bytes.
 qint64 residentBytes();
 /// Forgets the process's high-water mark of resident memory, so that peakResidentBytes()

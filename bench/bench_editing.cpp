@@ -2,7 +2,6 @@
 // its match searched among the shown lines, Shift Right on one line, and the completion
 // candidates for a partial word.
 #include "BenchSupport.h"
-#include "PrivateHome.h"
 #include "app/Application.h"
 #include "editor/EditorController.h"
 #include "editor/TextView.h"
@@ -111,10 +110,5 @@ BENCHMARK(BM_CompletionCandidates)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char** argv)
 {
-    const PrivateHome home("bench");
-    Application app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return BenchSupport::runWithApplication(argc, argv);
 }

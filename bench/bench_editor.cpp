@@ -1,7 +1,7 @@
 // The editor pane on a 20 MB C text (about half a million lines) with line numbers and
 // invisible characters shown, offscreen: opening (fill, attach, first paint), typing in the
 // middle until the pane has repainted, and jumping to far lines.
-#include "PrivateHome.h"
+#include "BenchSupport.h"
 #include "app/Application.h"
 #include "document/Document.h"
 #include "document/DocumentController.h"
@@ -581,10 +581,5 @@ BENCHMARK(BM_WindowTypeInTheMiddleColoured)
 
 int main(int argc, char** argv)
 {
-    const PrivateHome home("bench");
-    Application app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return BenchSupport::runWithApplication(argc, argv);
 }

@@ -2,7 +2,6 @@
 // shows it): the time until the window's first paint, until the whole text is in, and the
 // process's peak memory.
 #include "BenchSupport.h"
-#include "PrivateHome.h"
 #include "app/Application.h"
 #include "document/Document.h"
 #include "document/DocumentController.h"
@@ -116,10 +115,5 @@ BENCHMARK(BM_OpenLargeCFile)
 
 int main(int argc, char** argv)
 {
-    const PrivateHome home("bench");
-    Application app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return BenchSupport::runWithApplication(argc, argv);
 }

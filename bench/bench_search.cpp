@@ -1,7 +1,7 @@
 // Finding and replacing in a 20 MB text shown in an editor pane, offscreen: find all with
 // a plain string and with a regular expression, highlight and selection included, and
 // replace all of 100,000 occurrences as one undoable step, then its undo.
-#include "PrivateHome.h"
+#include "BenchSupport.h"
 #include "app/Application.h"
 #include "editor/EditorController.h"
 #include "editor/LayoutManager.h"
@@ -238,10 +238,5 @@ BENCHMARK(BM_ReplaceAll)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterat
 
 int main(int argc, char** argv)
 {
-    const PrivateHome home("bench");
-    Application app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return BenchSupport::runWithApplication(argc, argv);
 }

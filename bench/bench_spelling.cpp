@@ -3,7 +3,6 @@
 // dictionary), later checks, a keystroke in the middle of the text with its check, and a
 // jump to a far line with its check. The work must not grow with the text.
 #include "BenchSupport.h"
-#include "PrivateHome.h"
 #include "app/Application.h"
 #include "document/Document.h"
 #include "editor/LayoutManager.h"
@@ -185,10 +184,5 @@ BENCHMARK(BM_JumpToFarLineChecked)->Iterations(1)->UseManualTime()->Unit(benchma
 
 int main(int argc, char** argv)
 {
-    const PrivateHome home("bench");
-    Application app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return BenchSupport::runWithApplication(argc, argv);
 }

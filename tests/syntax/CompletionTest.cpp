@@ -1,6 +1,7 @@
 #include "editor/EditorController.h"
 #include "editor/TextView.h"
 #include "platform/PropertyList.h"
+#include "platform/Regex.h"
 #include "platform/UserDefaults.h"
 #include "syntax/CompletionCandidates.h"
 #include "syntax/CompletionManager.h"
@@ -10,6 +11,7 @@
 #include <QElapsedTimer>
 #include <QInputMethodEvent>
 #include <QListWidget>
+#include <QRandomGenerator>
 #include <QScreen>
 #include <QTest>
 #include <QTextDocument>
@@ -103,6 +105,58 @@ TEST(Completion, CandidatesFromTheTextAndTheDefinition)
     EXPECT_EQ(
         CompletionCandidates::completionsForPartialWord(u"été étage", QStringLiteral("ét"), {}, {}),
         QStringList({"étage", "été"}));
+}
+
+// The candidates as the word pattern finds them through the regular-expression engine:
+// the reference the scanner in use must agree with.
+static QStringList referenceCandidates(QStringView text, const QString& partialWord)
+{
+    static const Regex pattern(QStringLiteral("([a-z|A-Z|_].*?)[\\W|\\s|\\)]"),
+                               Regex::CaseInsensitive | Regex::AnchorsMatchLines);
+    QStringList words;
+    pattern.forEachMatch(text, [&](const Regex::Match& match) {
+        const QString word = text.mid(match.groups[1].location, match.groups[1].length).toString();
+        if (word.size() > partialWord.size() &&
+            word.first(partialWord.size()).compare(partialWord, Qt::CaseInsensitive) == 0 &&
+            !words.contains(word)) {
+            words.append(word);
+        }
+        return true;
+    });
+    std::stable_sort(words.begin(), words.end(), [](const QString& a, const QString& b) {
+        return a.compare(b, Qt::CaseInsensitive) < 0;
+    });
+    return words;
+}
+
+TEST(Completion, TextWordsAgreeWithTheWordPatternOnAnyText)
+{
+    // Letters that start words and those that only continue them, "|" (both a start and an
+    // end), the letters that match "a-z" only ignoring case (long s, Kelvin sign), marks,
+    // digits of other scripts, letters outside the BMP, symbols, line breaks of every kind, a
+    // lone surrogate.
+    const QList<QString> pieces = {
+        "a",      "B",      "s",      "k",      "_",          "|",          ")",
+        "(",      " ",      "\t",     "\n",     "\r",         "0",          "9",
+        "-",      ".",      "\u00e9", "\u017f", "\u212a",     "\u0301",     "\u0345",
+        "\u00b2", "\u00aa", "\u0660", "\u203f", "\u200c",     "\u00a0",     "\u2028",
+        "\u2029", "\u0085", "\u24b6", "\u216b", "\U0001d400", "\U0001f600", QString(QChar(0xd800)),
+        "ab",     "Sk",     "x_1"};
+    const QVariantMap definition = {{QStringLiteral("Name"), QStringLiteral("C")}};
+    const QStringList prefixes = {"a", "S", "k", "_", "|", "b", "\u017f", "\u212a", "ab"};
+    QRandomGenerator random(7);
+    for (int round = 0; round < 400; ++round) {
+        QString text;
+        const int count = random.bounded(1, 60);
+        for (int i = 0; i < count; ++i) {
+            text += pieces[random.bounded(pieces.size())];
+        }
+        for (const QString& prefix : prefixes) {
+            ASSERT_EQ(CompletionCandidates::completionsForPartialWord(text, prefix, definition, {}),
+                      referenceCandidates(text, prefix))
+                << "text \"" << text.toStdString() << "\", prefix " << prefix.toStdString();
+        }
+    }
 }
 
 TEST(Completion, DefinitionWordsAreBuiltOnAWorkerThread)

@@ -68,7 +68,7 @@ void FindMenu::addViewItems(QMenu* view)
         item->setCheckable(true);
         item->setShortcut(QKeySequence(QStringLiteral("Ctrl+Alt+%1").arg(type + 1)));
         connect(item, &QAction::triggered, _controller,
-                [this, item] { _controller->swicthSidebar(item); });
+                [controller = _controller, item] { controller->swicthSidebar(item); });
     }
     connect(_sidebarMenu, &QMenu::aboutToShow, this, [this] {
         for (QAction* item : _sidebarMenu->actions()) {
@@ -84,7 +84,7 @@ void FindMenu::addViewItems(QMenu* view)
         item->setProperty("tag", tag);
         item->setCheckable(checkable);
         connect(item, &QAction::triggered, _controller,
-                [this, item, toggle] { (_controller->*toggle)(item); });
+                [controller = _controller, item, toggle] { (controller->*toggle)(item); });
         _controller->validateMenuItem(item);
         return item;
     };
@@ -95,5 +95,5 @@ void FindMenu::addViewItems(QMenu* view)
     QAction* focus = view->addAction(tr("Focus on Next Split Pane"));
     focus->setShortcut(QKeySequence(tr("Ctrl+Alt+O")));
     connect(focus, &QAction::triggered, _controller,
-            [this] { _controller->toggleFocusOnNextSplitPane(_controller); });
+            [controller = _controller] { controller->toggleFocusOnNextSplitPane(controller); });
 }

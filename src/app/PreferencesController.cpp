@@ -57,7 +57,11 @@ PreferencesController::PreferencesController() = default;
 
 PreferencesController::~PreferencesController()
 {
-    delete _window;
+    if (_window) {
+        // The window's own teardown must not come back here.
+        _window->removeEventFilter(this);
+        delete _window;
+    }
 }
 
 QMainWindow* PreferencesController::window()
@@ -370,7 +374,7 @@ void PreferencesController::windowDidLoad()
 
 bool PreferencesController::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == _window && event->type() == QEvent::Close) {
+    if (event->type() == QEvent::Close && watched == _window) {
         windowWillClose();
     }
     return QObject::eventFilter(watched, event);

@@ -41,6 +41,18 @@ bool copyResource(const QString& resource, const QString& destination)
     return true;
 }
 
+// Puts the shipped definition `name` back in place of the user's copy; nothing for a
+// definition the user made.
+void restoreShipped(const QString& name)
+{
+    const QString resource =
+        QStringLiteral(":/SyntaxDefinition/") + name + QStringLiteral(".plist");
+    if (QFile::exists(resource)) {
+        QFile::remove(pathOfDefinition(name));
+        copyResource(resource, pathOfDefinition(name));
+    }
+}
+
 // Two buttons standing for a segmented control: "+" is segment 0, "−" segment 1.
 QWidget* makeSegments(QWidget* parent, const std::function<void(int)>& action)
 {
@@ -343,13 +355,7 @@ void SyntaxDefinitionEditor::syntaxRestore()
 {
     const int row = _syntaxTableView->currentRow();
     if (row >= 0 && row < _definitions.size()) {
-        const QString name = _definitions[row];
-        const QString resource =
-            QStringLiteral(":/SyntaxDefinition/") + name + QStringLiteral(".plist");
-        if (QFile::exists(resource)) {
-            QFile::remove(pathOfDefinition(name));
-            copyResource(resource, pathOfDefinition(name));
-        }
+        restoreShipped(_definitions[row]);
     }
     makeSyntaxPopUpMenu();
     makeSyntaxDefinitions();
@@ -358,12 +364,7 @@ void SyntaxDefinitionEditor::syntaxRestore()
 void SyntaxDefinitionEditor::syntaxRestoreAll()
 {
     for (const QString& name : DocumentController::shippedSyntaxNames()) {
-        const QString resource =
-            QStringLiteral(":/SyntaxDefinition/") + name + QStringLiteral(".plist");
-        if (QFile::exists(resource)) {
-            QFile::remove(pathOfDefinition(name));
-            copyResource(resource, pathOfDefinition(name));
-        }
+        restoreShipped(name);
     }
     makeSyntaxPopUpMenu();
     makeSyntaxDefinitions();

@@ -13,6 +13,7 @@
 #include <QDBusReply>
 #include <QFileInfo>
 #include <QMessageBox>
+#include <QTimer>
 
 namespace {
 
@@ -93,17 +94,21 @@ QString SingleInstance::Open(const QStringList& arguments)
         alert->show();
         return text;
     }
-    DocumentController& controller = DocumentController::sharedDocumentController();
-    QList<Document*> opened = CommandLineOpener::open(commandLine);
-    if (commandLine.files().empty()) {
-        opened << controller.newDocument();
-    }
-    if (!opened.isEmpty()) {
-        if (WindowController* window = controller.windowControllerOf(opened.last())) {
-            window->window()->show();
-            window->window()->raise();
-            window->window()->activateWindow();
+    // Opened once the answer has gone: a file that turns out not to open is reported here
+    // in an alert, which must not keep the other process waiting until it is dismissed.
+    QTimer::singleShot(0, QCoreApplication::instance(), [commandLine] {
+        DocumentController& controller = DocumentController::sharedDocumentController();
+        QList<Document*> opened = CommandLineOpener::open(commandLine);
+        if (commandLine.files().empty()) {
+            opened << controller.newDocument();
         }
-    }
+        if (!opened.isEmpty()) {
+            if (WindowController* window = controller.windowControllerOf(opened.last())) {
+                window->window()->show();
+                window->window()->raise();
+                window->window()->activateWindow();
+            }
+        }
+    });
     return QString();
 }

@@ -67,6 +67,9 @@ public:
     /// since it was read or saved; a second Save after that message replaces it.
     bool writeSafelyToURL(const QString& path, const QString& type, SaveOperation operation,
                           QString* error = nullptr);
+    /// Whether the last Save was refused because another program had changed the file (the
+    /// next Save replaces it).
+    bool isChangeOnDiskReported() const { return _changeOnDiskReported; }
     /// Writes the text atomically in the encoding for saving, with the line breaks for
     /// saving: the file is either the old bytes or the new ones, never a mix.
     bool writeToURL(const QString& path, const QString& type, QString* error = nullptr);

@@ -321,8 +321,11 @@ bool DocumentController::saveDocument(Document* document)
     QWidget* window = controller ? controller->window() : nullptr;
     if (!document->writeSafelyToURL(document->fileURL(), document->fileType(), Document::Save,
                                     &error)) {
-        presentError(window, error + QLatin1Char('\n') +
-                                 tr("Use Save As… to choose another encoding or place."));
+        // The message about another program's change says itself what to do.
+        presentError(window, document->isChangeOnDiskReported()
+                                 ? error
+                                 : error + QLatin1Char('\n') +
+                                       tr("Use Save As… to choose another encoding or place."));
         return false;
     }
     return true;

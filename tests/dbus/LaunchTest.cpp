@@ -94,6 +94,16 @@ TEST(Launch, ASecondInvocationOpensItsFileInTheFirstEditor)
     EXPECT_TRUE(refused.readAllStandardError().contains("is a folder"));
     EXPECT_EQ(applicationProperty(QStringLiteral("count")).toInt(), 2);
 
+    // A file that turns out not to open there (a line too long to edit) is reported in the
+    // editor; the invocation does not wait for that alert to be dismissed.
+    const QString tooLong =
+        TestSupport::writeFile(dir + "/long.txt", QByteArray(1'000'001, 'x') + "\n");
+    QProcess handedOver;
+    handedOver.start(QStringLiteral(TESSARAN_EXECUTABLE), {tooLong});
+    ASSERT_TRUE(handedOver.waitForFinished(20000));
+    EXPECT_EQ(handedOver.exitCode(), 0);
+    EXPECT_EQ(applicationProperty(QStringLiteral("count")).toInt(), 2);
+
     editor.kill();
     editor.waitForFinished();
     EXPECT_TRUE(editorGone());

@@ -4,6 +4,7 @@
 #include <unicode/unistr.h>
 #include <unicode/utext.h>
 
+#include <atomic>
 #include <memory>
 
 struct Regex::Compiled {
@@ -57,6 +58,20 @@ Regex::Regex(const QString& pattern, unsigned options)
         return;
     }
     _pattern = new Compiled{std::move(compiled)};
+}
+
+namespace {
+std::atomic<int> initialLimit{Regex::DefaultTimeLimit};
+}
+
+void Regex::setInitialTimeLimit(int steps)
+{
+    initialLimit = steps;
+}
+
+int Regex::initialTimeLimit()
+{
+    return initialLimit;
 }
 
 Regex::~Regex()

@@ -30,6 +30,10 @@ public:
     /// The match engine's time limit, in ICU's steps (a few milliseconds each at most):
     /// a pathological pattern stops with Status::TimeLimit instead of freezing the editor.
     static constexpr int DefaultTimeLimit = 2000;
+    /// The limit expressions made from now on start with: DefaultTimeLimit, unless a test or
+    /// a fuzz target lowers it to reach the paths of runaway patterns quickly.
+    static void setInitialTimeLimit(int steps);
+    static int initialTimeLimit();
 
     Regex() = default;
     Regex(const QString& pattern, unsigned options);
@@ -66,5 +70,5 @@ private:
     Compiled* _pattern = nullptr;
     QString _patternText;
     QString _errorString;
-    int _timeLimit = DefaultTimeLimit;
+    int _timeLimit = initialTimeLimit();
 };

@@ -646,8 +646,8 @@ void WindowController::shareUsing(int tag)
     const qsizetype limit = tag <= 1 ? 64 * 1024 : 4 * 1024;
     if (text.size() > limit) {
         QMessageBox alert(QMessageBox::Warning, tr("The text is too long to share this way."),
-                          tr("This service takes at most %L1 characters. Select less text or "
-                             "attach the file instead.")
+                          tr("The whole text is shared, and this service takes at most %L1 "
+                             "characters. Send the file as an attachment instead.")
                               .arg(limit),
                           QMessageBox::Ok, _window);
         alert.setWindowModality(Qt::WindowModal);

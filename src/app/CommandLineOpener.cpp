@@ -8,6 +8,7 @@
 #include "window/WindowController.h"
 
 #include <QFileInfo>
+#include <QMessageBox>
 #include <QSocketNotifier>
 #include <QStringDecoder>
 #include <QTextBlock>
@@ -42,26 +43,74 @@ private:
         const ssize_t length = ::read(STDIN_FILENO, buffer, sizeof buffer);
         if (length > 0) {
             if (_encoding == kNoEncoding) {
-                append(_decoder.decode(QByteArrayView(buffer, length)));
+                if (!append(_decoder.decode(QByteArrayView(buffer, length)), false)) {
+                    stop();
+                }
             } else {
                 _bytes.append(buffer, length);
             }
             return;
         }
-        _notifier->setEnabled(false);
         if (_encoding != kNoEncoding) {
             QString text;
             if (!TextCodec::decode(_encoding, _bytes, text)) {
                 text = QString::fromUtf8(_bytes);
             }
-            append(text);
+            _bytes.clear();
+            append(text, true);
+        } else {
+            append(QString(), true);
         }
+        stop();
+    }
+
+    void stop()
+    {
+        _notifier->setEnabled(false);
         // The text exists nowhere else: closing the window asks whether to save it.
         _document->textStorage()->setModified(true);
         deleteLater();
     }
 
-    void append(const QString& text)
+    // Adds a piece of the input at the end of the text; false, with a message, when it
+    // holds a line too long to edit, of which nothing more is taken.
+    bool append(QString text, bool last)
+    {
+        // A CR that ends a piece may begin a CR LF that the next piece completes.
+        if (_pendingReturn) {
+            text.prepend(u'\r');
+            _pendingReturn = false;
+        }
+        if (!last && text.endsWith(u'\r')) {
+            text.chop(1);
+            _pendingReturn = true;
+        }
+        text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+        qsizetype lineStart = 0;
+        for (qsizetype i = 0; i <= text.size(); ++i) {
+            const bool end = i == text.size();
+            if (!end && text[i] != u'\n' && text[i] != u'\r') {
+                continue;
+            }
+            const qsizetype length = _lineLength + (i - lineStart);
+            if (length > Document::maximumLineLength) {
+                insert(text.left(lineStart + Document::maximumLineLength - _lineLength));
+                refuseLongLine();
+                return false;
+            }
+            if (end) {
+                _lineLength = length;
+            } else {
+                _lineLength = 0;
+                ++_line;
+                lineStart = i + 1;
+            }
+        }
+        insert(text);
+        return true;
+    }
+
+    void insert(const QString& text)
     {
         if (text.isEmpty()) {
             return;
@@ -71,10 +120,25 @@ private:
         storage->setUndoRedoEnabled(false);
         QTextCursor cursor(storage);
         cursor.movePosition(QTextCursor::End);
-        cursor.insertText(QString(text).replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
+        cursor.insertText(text);
         storage->setUndoRedoEnabled(undo);
-        // Edited only once the whole input is in (see read).
+        // Edited only once the whole input is in (see stop).
         storage->setModified(false);
+    }
+
+    void refuseLongLine()
+    {
+        WindowController* controller =
+            DocumentController::sharedDocumentController().windowControllerOf(_document);
+        auto* alert = new QMessageBox(
+            QMessageBox::Warning, tr("The standard input could not be read to its end."),
+            tr("Line %L1 is longer than %L2 characters, and lines that long cannot be edited. "
+               "The text up to there is in the window.")
+                .arg(_line)
+                .arg(Document::maximumLineLength),
+            QMessageBox::Ok, controller ? controller->window() : nullptr);
+        alert->setAttribute(Qt::WA_DeleteOnClose);
+        alert->show();
     }
 
     Document* _document;
@@ -82,6 +146,10 @@ private:
     QSocketNotifier* _notifier;
     QStringDecoder _decoder{QStringDecoder::Utf8};
     QByteArray _bytes;
+    bool _pendingReturn = false;
+    // The line being read: its number from 1 and how many characters it has so far.
+    qsizetype _line = 1;
+    qsizetype _lineLength = 0;
 };
 
 } // namespace

@@ -1,6 +1,7 @@
 // The real editor as a user starts it: a second invocation hands its files to the first,
 // and a killed editor's unsaved text comes back at the next start.
 #include "TestSupport.h"
+#include "document/Document.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
@@ -139,4 +140,42 @@ TEST(Launch, AKilledEditorsUnsavedTextIsOfferedBack)
     EXPECT_EQ(frontDocumentProperty(QStringLiteral("filePath")).toString(), "");
     again.kill();
     again.waitForFinished();
+}
+
+TEST(Launch, StandardInputKeepsItsLineBreaksAndStopsAtALineTooLongToEdit)
+{
+    ASSERT_TRUE(bus().isConnected()) << "no session bus";
+    // Its own data folder, so that what this editor leaves for recovery stays out of the
+    // other tests' way.
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("XDG_DATA_HOME"), TestSupport::makeTempDir());
+    QProcess editor;
+    editor.setProcessEnvironment(environment);
+    editor.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    editor.start(QStringLiteral(TESSARAN_EXECUTABLE), {QStringLiteral("-")});
+    ASSERT_TRUE(editorListening());
+    const auto contentsBecome = [](const QString& expected) {
+        return QTest::qWaitFor(
+            [&] {
+                return frontDocumentProperty(QStringLiteral("contents")).toString() == expected;
+            },
+            5000);
+    };
+
+    // A CR LF cut in two between two reads is still one line break.
+    editor.write("one\r");
+    EXPECT_TRUE(contentsBecome("one"));
+    editor.write("\ntwo\r\n");
+    EXPECT_TRUE(contentsBecome("one\ntwo\n"));
+
+    // A line longer than the limit is taken up to the limit; nothing after it is read, and
+    // the editor stays responsive.
+    editor.write(QByteArray(Document::maximumLineLength + 10, 'x') + "\nlost\n");
+    editor.closeWriteChannel();
+    EXPECT_TRUE(contentsBecome("one\ntwo\n" + QString(Document::maximumLineLength, u'x')));
+    EXPECT_EQ(applicationProperty(QStringLiteral("count")).toInt(), 1);
+
+    editor.kill();
+    editor.waitForFinished();
+    EXPECT_TRUE(editorGone());
 }

@@ -154,12 +154,13 @@ TEST(Launch, StandardInputKeepsItsLineBreaksAndStopsAtALineTooLongToEdit)
     editor.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     editor.start(QStringLiteral(TESSARAN_EXECUTABLE), {QStringLiteral("-")});
     ASSERT_TRUE(editorListening());
+    // Generous: a million characters take their time on a slow or instrumented build.
     const auto contentsBecome = [](const QString& expected) {
         return QTest::qWaitFor(
             [&] {
                 return frontDocumentProperty(QStringLiteral("contents")).toString() == expected;
             },
-            5000);
+            20000);
     };
 
     // A CR LF cut in two between two reads is still one line break.

@@ -22,8 +22,11 @@
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QMenu>
+#include <QPainter>
+#include <QPixmap>
 #include <QPushButton>
 #include <QSpinBox>
+#include <QStyle>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QToolBar>
@@ -104,15 +107,35 @@ void PreferencesController::loadWindow()
         const char* identifier;
         QString title;
         const char* icon;
+        QStyle::StandardPixmap fallback;
     } items[] = {
-        {"PrefDocuments", tr("Documents"), "document-properties"},
-        {"PrefWindow", tr("Window"), "preferences-desktop"},
-        {"PrefSyntax", tr("Syntax"), "preferences-desktop-color"},
-        {"PrefEditor", tr("Editor"), "accessories-text-editor"},
+        {"PrefDocuments", tr("Documents"), "document-properties", QStyle::SP_FileIcon},
+        {"PrefWindow", tr("Window"), "preferences-desktop", QStyle::SP_ComputerIcon},
+        {"PrefSyntax", tr("Syntax"), "preferences-desktop-color",
+         QStyle::SP_FileDialogDetailedView},
+        {"PrefEditor", tr("Editor"), "accessories-text-editor", QStyle::SP_FileDialogContentsView},
     };
     int tag = 0;
     for (const auto& item : items) {
-        QAction* action = _toolbar->addAction(QIcon::fromTheme(key(item.icon)), item.title);
+        // Desktops without an icon theme get the style's own pictures.
+        // Pictures of different sizes are centred on one canvas, so that the titles line up.
+        const QIcon found =
+            QIcon::fromTheme(key(item.icon), _window->style()->standardIcon(item.fallback));
+        const QSize size = _toolbar->iconSize();
+        const qreal ratio = _window->devicePixelRatioF();
+        QPixmap canvas(size * ratio);
+        canvas.setDevicePixelRatio(ratio);
+        canvas.fill(Qt::transparent);
+        {
+            const QPixmap picture = found.pixmap(size, ratio);
+            const QSizeF shown = picture.deviceIndependentSize();
+            QPainter painter(&canvas);
+            painter.drawPixmap(
+                QPointF((size.width() - shown.width()) / 2, (size.height() - shown.height()) / 2),
+                picture);
+        }
+        const QIcon icon(canvas);
+        QAction* action = _toolbar->addAction(icon, item.title);
         action->setObjectName(key(item.identifier));
         action->setProperty("tag", tag);
         action->setCheckable(true);

@@ -144,7 +144,8 @@ int SyntaxEntryTableModel::columnCount(const QModelIndex& parent) const
 
 QVariant SyntaxEntryTableModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
-    if (orientation != Qt::Horizontal || role != Qt::DisplayRole) {
+    // The tip repeats the title, which a narrow column cuts short.
+    if (orientation != Qt::Horizontal || (role != Qt::DisplayRole && role != Qt::ToolTipRole)) {
         return QAbstractTableModel::headerData(section, orientation, role);
     }
     QStringList titles;
@@ -165,7 +166,7 @@ QVariant SyntaxEntryTableModel::headerData(int section, Qt::Orientation orientat
                   QStringLiteral(" Level"), QStringLiteral(" Bold")};
         break;
     }
-    return titles.value(section);
+    return role == Qt::ToolTipRole ? titles.value(section).trimmed() : titles.value(section);
 }
 
 QVariant SyntaxEntryTableModel::value(int row, int column) const

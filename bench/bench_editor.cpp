@@ -21,6 +21,7 @@
 #include <QRandomGenerator>
 #include <QScrollBar>
 #include <QTemporaryDir>
+#include <QTest>
 #include <QTextBlock>
 #include <QTextDocument>
 #include <QWindow>
@@ -28,6 +29,7 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <memory>
@@ -155,11 +157,8 @@ Pane& pane()
     benchmark::DoNotOptimize(first);
 
     p.view()->show();
-    QElapsedTimer wait;
-    wait.start();
-    while ((!p.view()->windowHandle() || !p.view()->windowHandle()->isExposed()) &&
-           wait.elapsed() < 5000) {
-        QCoreApplication::processEvents();
+    if (!QTest::qWaitForWindowExposed(p.view())) {
+        std::fputs("the window was not shown in time\n", stderr);
     }
     QCoreApplication::processEvents();
     return p;

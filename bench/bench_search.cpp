@@ -11,11 +11,13 @@
 
 #include <QDir>
 #include <QElapsedTimer>
+#include <QTest>
 #include <QTextDocument>
 #include <QWindow>
 
 #include <benchmark/benchmark.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <memory>
@@ -91,11 +93,8 @@ Pane& pane()
     UndoActionNames::of(p.document.get());
     p.view()->resize(1000, 800);
     p.view()->show();
-    QElapsedTimer wait;
-    wait.start();
-    while ((!p.view()->windowHandle() || !p.view()->windowHandle()->isExposed()) &&
-           wait.elapsed() < 5000) {
-        QCoreApplication::processEvents();
+    if (!QTest::qWaitForWindowExposed(p.view())) {
+        std::fputs("the window was not shown in time\n", stderr);
     }
     QCoreApplication::processEvents();
     return p;

@@ -16,6 +16,7 @@
 #include <QElapsedTimer>
 #include <QKeyEvent>
 #include <QScrollBar>
+#include <QTest>
 #include <QTextBlock>
 #include <QTextDocument>
 #include <QWindow>
@@ -23,6 +24,7 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <vector>
@@ -73,12 +75,8 @@ Window& window()
     w.controller->windowDidLoad();
     w.controller->window()->resize(1000, 800);
     w.controller->window()->show();
-    QElapsedTimer timer;
-    timer.start();
-    while ((!w.controller->window()->windowHandle() ||
-            !w.controller->window()->windowHandle()->isExposed()) &&
-           timer.elapsed() < 10000) {
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    if (!QTest::qWaitForWindowExposed(w.controller->window(), 10000)) {
+        std::fputs("the window was not shown in time\n", stderr);
     }
     return w;
 }

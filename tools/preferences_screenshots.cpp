@@ -16,10 +16,10 @@
 
 #include <QComboBox>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QListWidget>
 #include <QMainWindow>
 #include <QMenu>
+#include <QTest>
 #include <QTextDocument>
 #include <QWindow>
 
@@ -30,11 +30,8 @@ namespace {
 
 void settle(QWidget* window)
 {
-    QElapsedTimer timer;
-    timer.start();
-    while ((!window->windowHandle() || !window->windowHandle()->isExposed()) &&
-           timer.elapsed() < 5000) {
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    if (!QTest::qWaitForWindowExposed(window)) {
+        std::fputs("the window was not shown in time\n", stderr);
     }
     for (int i = 0; i < 5; ++i) {
         QCoreApplication::processEvents(QEventLoop::AllEvents, 20);

@@ -13,9 +13,9 @@
 #include <QAbstractItemView>
 #include <QComboBox>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QTest>
 #include <QWindow>
 
 #include <cstdio>
@@ -142,12 +142,15 @@ bool shoot(const QString& folder, const QString& name, const char* contents, con
     WindowController* controller = documents.windowControllerOf(document);
     DocumentWindow* window = controller->window();
     window->resize(760, 640);
-    QElapsedTimer timer;
-    timer.start();
-    while ((!window->windowHandle() || !window->windowHandle()->isExposed() ||
-            controller->textView()->syntaxColoringController()->isColoringAll()) &&
-           timer.elapsed() < 10000) {
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    if (!QTest::qWaitForWindowExposed(window, 10000)) {
+        std::fputs("the window was not shown in time\n", stderr);
+    }
+    if (!QTest::qWaitFor(
+            [controller] {
+                return !controller->textView()->syntaxColoringController()->isColoringAll();
+            },
+            10000)) {
+        std::fputs("the colouring did not end in time\n", stderr);
     }
     QCoreApplication::processEvents();
     bool saved = window->grab().save(out);

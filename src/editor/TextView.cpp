@@ -469,6 +469,14 @@ void TextView::replaceCharactersInRange(Range range, const QString& string)
     setTextCursor(cursor);
 }
 
+void TextView::insertTextAtSelection(const QString& text)
+{
+    QTextCursor cursor = textCursor();
+    cursor.insertText(text);
+    setTextCursor(cursor);
+    ensureCursorVisible();
+}
+
 void TextView::keyPressEvent(QKeyEvent* event)
 {
     const int key = event->key();
@@ -572,10 +580,7 @@ void TextView::insertText(const QString& string)
             }
         }
     }
-    QTextCursor cursor = textCursor();
-    cursor.insertText(string);
-    setTextCursor(cursor);
-    ensureCursorVisible();
+    insertTextAtSelection(string);
 
     if (!_autoBraceMatching || !isClosingBracket(string) || _usedIndentClosingBraces) {
         return;

@@ -186,6 +186,10 @@ public:
     void setSelectedRange(Range range);
     /// Replaces characters without any of the typing behaviour.
     void replaceCharactersInRange(Range range, const QString& string);
+    /// Puts `text` in place of the selection with the insertion point's attributes, leaves
+    /// the insertion point after it in sight; none of the typing rules (indentation,
+    /// brackets, completion) apply. What scripts and their output write goes in this way.
+    void insertTextAtSelection(const QString& text);
 
 Q_SIGNALS:
     /// More than 900 characters were pasted into a view with a syntax definition: the

@@ -22,7 +22,6 @@
 #include <QProcess>
 #include <QStandardPaths>
 #include <QStringDecoder>
-#include <QTextCursor>
 #include <QTextDocument>
 #include <QTimer>
 #include <QUrl>
@@ -295,10 +294,7 @@ void ScriptManager::insertOutput(const QString& text)
     if (!view) {
         return;
     }
-    QTextCursor cursor = view->textCursor();
-    cursor.insertText(text);
-    view->setTextCursor(cursor);
-    view->ensureCursorVisible();
+    view->insertTextAtSelection(text);
 }
 
 void ScriptManager::stopProcess()

@@ -46,10 +46,7 @@ void ScriptingDocument::setContents(const QString& text)
     if (!view) {
         return;
     }
-    QTextCursor cursor = view->textCursor();
-    cursor.insertText(text);
-    view->setTextCursor(cursor);
-    view->ensureCursorVisible();
+    view->insertTextAtSelection(text);
 }
 
 QString ScriptingDocument::selection() const

@@ -50,29 +50,6 @@ QString encodingName(quint64 encoding)
     return name.isEmpty() ? QString::number(encoding) : name;
 }
 
-// The first line longer than `limit` characters: its number (from 1) and its length; none
-// when every line fits. Runs at the speed of a search for line feeds.
-std::optional<std::pair<qsizetype, qsizetype>> lineLongerThan(QStringView text, qsizetype limit)
-{
-    if (text.size() <= limit) {
-        return std::nullopt;
-    }
-    qsizetype line = 1;
-    qsizetype start = 0;
-    while (start <= text.size()) {
-        qsizetype end = text.indexOf(u'\n', start);
-        if (end < 0) {
-            end = text.size();
-        }
-        if (end - start > limit) {
-            return std::pair{line, end - start};
-        }
-        start = end + 1;
-        ++line;
-    }
-    return std::nullopt;
-}
-
 bool canWriteIn(const QString& path)
 {
     // As the process is now: a privileged one gives up its privilege over permissions at times.
@@ -267,7 +244,7 @@ bool Document::loadContents(const QString& path, quint64 encoding, QString* erro
                                locale.toString(qlonglong(contents.longLineBytes)),
                                locale.toString(qlonglong(maximumLineLength))));
     }
-    if (const auto line = lineLongerThan(contents.text, maximumLineLength)) {
+    if (const auto line = EncodingManager::lineLongerThan(contents.text, maximumLineLength)) {
         const QLocale locale;
         return refuse(tr("The file “%1” could not be opened: line %2 is %3 characters long, and "
                          "lines longer than %4 characters cannot be edited.")
@@ -513,7 +490,7 @@ bool Document::rereadWithEncoding(quint64 encoding, QString* error)
         }
         return false;
     }
-    if (const auto line = lineLongerThan(contents.text, maximumLineLength)) {
+    if (const auto line = EncodingManager::lineLongerThan(contents.text, maximumLineLength)) {
         if (error) {
             *error = tr("The file “%1” could not be read using text encoding %2: line %3 is "
                         "longer than %4 characters.")

@@ -319,24 +319,23 @@ DecodedContents EncodingManager::automaticDistinctionWithData(QByteArray data, b
     return DecodedContents{};
 }
 
-std::optional<std::pair<qsizetype, qint64>> EncodingManager::lineLongerThan(QByteArrayView data,
-                                                                            qint64 limit)
+namespace {
+
+// The first line of [begin, end) longer than `limit` units, lines ending at LF, CR or CR LF;
+// `find(from, c)` gives the next `c` at or after `from`, or `end`.
+template <typename Char, typename Find>
+std::optional<std::pair<qsizetype, qint64>> firstLineLongerThan(const Char* begin, const Char* end,
+                                                                qint64 limit, Find find)
 {
-    if (data.size() <= limit) {
+    if (end - begin <= limit) {
         return std::nullopt;
     }
-    const char* const begin = data.data();
-    const char* const end = begin + data.size();
     // The next LF and the next CR, each looked for at memory speed and only again once passed.
-    const auto find = [end](const char* from, char c) {
-        const void* at = std::memchr(from, c, size_t(end - from));
-        return at ? static_cast<const char*>(at) : end;
-    };
-    const char* lf = find(begin, '\n');
-    const char* cr = find(begin, '\r');
+    const Char* lf = find(begin, '\n');
+    const Char* cr = find(begin, '\r');
     qsizetype line = 1;
-    for (const char* start = begin;;) {
-        const char* stop = std::min(lf, cr);
+    for (const Char* start = begin;;) {
+        const Char* stop = std::min(lf, cr);
         if (stop - start > limit) {
             return std::pair{line, qint64(stop - start)};
         }
@@ -352,6 +351,28 @@ std::optional<std::pair<qsizetype, qint64>> EncodingManager::lineLongerThan(QByt
             cr = find(start, '\r');
         }
     }
+}
+
+} // namespace
+
+std::optional<std::pair<qsizetype, qint64>> EncodingManager::lineLongerThan(QByteArrayView data,
+                                                                            qint64 limit)
+{
+    const char* const end = data.data() + data.size();
+    return firstLineLongerThan(data.data(), end, limit, [end](const char* from, char c) {
+        const void* at = std::memchr(from, c, size_t(end - from));
+        return at ? static_cast<const char*>(at) : end;
+    });
+}
+
+std::optional<std::pair<qsizetype, qint64>> EncodingManager::lineLongerThan(QStringView text,
+                                                                            qint64 limit)
+{
+    const QChar* const end = text.data() + text.size();
+    return firstLineLongerThan(text.data(), end, limit, [end](const QChar* from, char c) {
+        const qsizetype at = QStringView(from, end).indexOf(QLatin1Char(c));
+        return at < 0 ? end : from + at;
+    });
 }
 
 DecodedContents EncodingManager::contentsOfURL(const QUrl& url, quint64 encoding, bool priority,

@@ -81,6 +81,9 @@ public:
     /// its number from 1 and its length; none when there is no such line.
     static std::optional<std::pair<qsizetype, qint64>> lineLongerThan(QByteArrayView data,
                                                                       qint64 limit);
+    /// The same for a text, in characters.
+    static std::optional<std::pair<qsizetype, qint64>> lineLongerThan(QStringView text,
+                                                                      qint64 limit);
 
     // Line breaks
 

@@ -139,7 +139,15 @@ TEST(HostileFiles, LinesLongerThanTheLimitAreRefusedNamingTheLine)
     EXPECT_LT(hugeOpened.milliseconds, 1000);
 #endif
 
-    // Lines end at LF, CR and CR LF alike when their bytes are counted.
+    // A file of many short lines that end at CR alone is no single long line.
+    const QString classic = TestSupport::writeFile(
+        dir + "/classic.txt", QByteArray("abcdefghi\r").repeated(limit / 10 + 10));
+    Document crLines;
+    ASSERT_TRUE(open(crLines, classic).ok);
+
+    // Lines end at LF, CR and CR LF alike, whether bytes or characters are counted.
+    EXPECT_EQ(EncodingManager::lineLongerThan(QStringView(u"a\r\nbb\r\u00e9\u00e9\u00e9\ndd"), 2),
+              std::make_optional(std::pair<qsizetype, qint64>(3, 3)));
     EXPECT_EQ(EncodingManager::lineLongerThan("a\r\nbb\rccc\ndd", 2),
               std::make_optional(std::pair<qsizetype, qint64>(3, 3)));
     EXPECT_EQ(EncodingManager::lineLongerThan("a\r\nbb\rccc\ndd", 3), std::nullopt);

@@ -68,7 +68,6 @@ void CompletionManager::startCompletion(TextView* textView)
     adjustCompletionPanelPosition();
     panel()->show();
     panel()->raise();
-    setSelectionLook(true);
     insertSelectedCandidate();
 }
 
@@ -96,13 +95,7 @@ bool CompletionManager::setupCompletionWords()
         associatedNotifications(_textView->window());
         return true;
     }
-    // Nothing to offer: the text keeps the word as it was typed.
-    const Range selection = _textView->selectedRange();
-    const qsizetype length = _currentPartialWord.size();
-    if (selection.location >= length && length > 0) {
-        _textView->replaceCharactersInRange({selection.location - length, length},
-                                            _currentPartialWord);
-    }
+    // Nothing to offer: the text keeps the word as it was typed (a proposal is never in it).
     terminateCompletion();
     _currentPartialWord.clear();
     return false;
@@ -231,14 +224,8 @@ void CompletionManager::terminateCompletionWithCancel(bool cancel)
             candidate, _currentPartialWordRange,
             cancel ? TextView::CancelTextMovement : TextView::ReturnTextMovement, true);
     }
+    // Cancelling leaves the text as typed: the proposed rest of the word was never in it.
     if (cancel) {
-        _textView->replaceCharactersInRange(_textView->selectedRange(), QString());
-        const Range selection = _textView->selectedRange();
-        const qsizetype length = _currentPartialWord.size();
-        if (length > 0 && selection.location >= length) {
-            _textView->replaceCharactersInRange({selection.location - length, length},
-                                                _currentPartialWord);
-        }
         _currentPartialWord.clear();
     }
     terminateCompletion();
@@ -250,7 +237,10 @@ void CompletionManager::terminateCompletion()
     if (_panel) {
         _panel->hide();
     }
-    setSelectionLook(false);
+    if (_textView && !_textView->proposedCompletion().isEmpty()) {
+        _textView->insertCompletion(QString(), _currentPartialWordRange,
+                                    TextView::CancelTextMovement, true);
+    }
     _textView = nullptr;
     _completeWords.clear();
     if (_panel) {
@@ -258,22 +248,4 @@ void CompletionManager::terminateCompletion()
         _panel->tableView()->clear();
         _reloading = false;
     }
-}
-
-void CompletionManager::setSelectionLook(bool completing)
-{
-    if (!_textView) {
-        return;
-    }
-    QPalette colors = _textView->palette();
-    if (completing) {
-        // The provisional rest of the word reads as grey text after the typed letters.
-        colors.setColor(QPalette::Highlight, Qt::transparent);
-        colors.setColor(QPalette::HighlightedText, Qt::lightGray);
-    } else {
-        const QPalette normal = QGuiApplication::palette();
-        colors.setColor(QPalette::Highlight, normal.color(QPalette::Highlight));
-        colors.setColor(QPalette::HighlightedText, normal.color(QPalette::HighlightedText));
-    }
-    _textView->setPalette(colors);
 }

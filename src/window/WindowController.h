@@ -148,7 +148,7 @@ private:
     void textDidChange();
     void textViewDidChangeSelection(TextView* view);
     void textViewMouseDown(TextView* view);
-    void startCount(const QString& text);
+    void showWholeCount();
     void setWindowIdentifier(const QString& identifier);
     void updateTitle();
     void writeWindowIdentifier(const QString& syntaxName);

@@ -193,6 +193,8 @@ void FunctionPopUp::selectedFunctionDefinitionItem(TextView* textView, int index
     if (!textView || index < 0 || index >= count()) {
         return;
     }
+    // Typing goes on in the text, not in the pop-up.
+    textView->setFocus(Qt::OtherFocusReason);
     QTextCursor cursor = textView->textCursor();
     if (itemText(index) == FunctionMenu::noSymbolTitle()) {
         cursor.setPosition(cursor.selectionStart());

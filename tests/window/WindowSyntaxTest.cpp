@@ -11,12 +11,16 @@
 #include "platform/FileManager.h"
 #include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
+#include "syntax/CompletionManager.h"
+#include "syntax/CompletionPanel.h"
 #include "syntax/SyntaxManager.h"
 #include "window/DocumentWindow.h"
 #include "window/FunctionPopUp.h"
 #include "window/WindowController.h"
 
+#include <QAbstractItemView>
 #include <QAction>
+#include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -319,6 +323,66 @@ TEST(WindowSyntax, FunctionPopUpListsAndSelectsDefinitions)
     Q_EMIT popUp->activated(0);
     EXPECT_FALSE(file.view()->textCursor().hasSelection());
     EXPECT_EQ(file.view()->textCursor().position(), kCSource.indexOf(line));
+}
+
+TEST(WindowSyntax, FunctionPopUpGivesTheKeysBackToTheText)
+{
+    installDefinitions();
+    OpenFile file(QStringLiteral("keys.c"), kCSource);
+    auto* popUp = qobject_cast<FunctionPopUp*>(file.controller->window()->functionPopUp());
+    ASSERT_NE(popUp, nullptr);
+    file.controller->window()->activateWindow();
+    popUp->setFocus(Qt::TabFocusReason);
+    ASSERT_TRUE(waitFor([&] { return popUp->hasFocus(); }));
+    // Opened and chosen from with the keyboard, as a user would.
+    QTest::keyClick(popUp, Qt::Key_Space);
+    ASSERT_TRUE(waitFor([&] { return popUp->view()->isVisible(); }));
+    QTest::keyClick(popUp->view(), Qt::Key_End);
+    QTest::keyClick(popUp->view(), Qt::Key_Return);
+    ASSERT_TRUE(waitFor([&] { return !popUp->view()->isVisible(); }));
+    EXPECT_EQ(popUp->currentText(), "main");
+    EXPECT_TRUE(waitFor([&] { return file.view()->hasFocus(); }));
+    // The keys go to the text: the line chosen is selected, Left goes to its start.
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Left);
+    QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("//"));
+    EXPECT_TRUE(file.document->string().contains(QStringLiteral("//int main(void)")));
+}
+
+TEST(WindowSyntax, ACompletionNotAcceptedIsNeverSaved)
+{
+    installDefinitions();
+    UserDefaults::standardUserDefaults().setObject(true, QStringLiteral("AutoComplete"));
+    const QString text = QStringLiteral("int print, printf, Print;\n");
+    OpenFile file(QStringLiteral("save.c"), text);
+    UserDefaults::standardUserDefaults().removeObjectForKey(QStringLiteral("AutoComplete"));
+    TextView* view = file.view();
+    view->moveCursor(QTextCursor::End);
+    QTest::keyClicks(view, QStringLiteral("pr"));
+    CompletionManager& completion = CompletionManager::sharedCompletionManager();
+    ASSERT_TRUE(waitFor([&] { return completion.panel()->isVisible(); }));
+    ASSERT_FALSE(view->proposedCompletion().isEmpty());
+
+    // Saved while the rest of a word is shown: the file holds what was typed, and stays
+    // saved while the list follows.
+    ASSERT_TRUE(DocumentController::sharedDocumentController().saveDocument(file.document));
+    EXPECT_EQ(TestSupport::readFile(file.path), (text + QStringLiteral("pr")).toUtf8());
+    QTest::qWait(1000);
+    EXPECT_FALSE(file.document->isDocumentEdited());
+    // What a recovery copy is made of is the typed text too; Escape changes nothing.
+    EXPECT_EQ(file.document->string(), text + QStringLiteral("pr"));
+    QTest::keyClick(view, Qt::Key_Escape);
+    EXPECT_FALSE(file.document->isDocumentEdited());
+    EXPECT_EQ(file.document->string(), text + QStringLiteral("pr"));
+    // The status line counts the text, never the word proposed or a selection of it.
+    EXPECT_EQ(file.controller->infoCharacters(), text.size() + 1);
+
+    // An accepted word is an edit.
+    QTest::keyClick(view, Qt::Key_Escape);
+    ASSERT_TRUE(completion.panel()->isVisible());
+    QTest::keyClick(view, Qt::Key_Tab);
+    EXPECT_TRUE(file.document->isDocumentEdited());
+    EXPECT_TRUE(file.document->string().startsWith(text + QStringLiteral("pr")));
+    EXPECT_GT(file.document->string().size(), text.size() + 2);
 }
 
 TEST(WindowSyntax, TypingInsideABlockCommentOpenedAboveTheVisibleLines)

@@ -3,13 +3,21 @@
 #include "editor/FindIndicator.h"
 #include "editor/TextMirror.h"
 #include "editor/TextView.h"
+#include "window/FunctionPopUpModel.h"
 
+#include <QApplication>
 #include <QFontDatabase>
 #include <QHash>
+#include <QListView>
 #include <QPainter>
 #include <QPainterPath>
+#include <QProxyStyle>
 #include <QStandardItemModel>
+#include <QStyleOptionViewItem>
 #include <QStyledItemDelegate>
+
+#include <algorithm>
+#include <functional>
 
 namespace {
 
@@ -93,14 +101,41 @@ KindStyle styleOfKind(FunctionMenu::Kind kind)
     return {QChar(), QColor()};
 }
 
+// The list drops down under the pop-up with a few rows and a scroll bar. A style that
+// pops the list up over the pop-up sizes it to all of its rows first, measuring every title:
+// seconds for the tens of thousands of definitions of a large file.
+class DropDownStyle : public QProxyStyle
+{
+public:
+    using QProxyStyle::QProxyStyle;
+    int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                  QStyleHintReturn* returnData) const override
+    {
+        if (hint == QStyle::SH_ComboBox_Popup) {
+            return 0;
+        }
+        return QProxyStyle::styleHint(hint, option, widget, returnData);
+    }
+};
+
 } // namespace
 
 FunctionPopUp::FunctionPopUp(QWidget* parent)
     : QComboBox(parent)
+    , _model(new FunctionPopUpModel(this))
 {
+    auto* style = new DropDownStyle;
+    style->setParent(this);
+    setStyle(style);
+    setModel(_model);
     setItemDelegate(new FunctionItemDelegate(this));
+    // Rows of one height: the list lays out a long list without asking each row.
+    if (auto* list = qobject_cast<QListView*>(view())) {
+        list->setUniformItemSizes(true);
+    }
+    setMaxVisibleItems(20);
     setIconSize(QSize(14, 14));
-    addItem(FunctionMenu::noSymbolTitle());
+    setFunctionMenu(FunctionMenu(std::nullopt, QString()));
 }
 
 QIcon FunctionPopUp::imageForKind(FunctionMenu::Kind kind)
@@ -140,26 +175,29 @@ QIcon FunctionPopUp::imageForKind(FunctionMenu::Kind kind)
 
 void FunctionPopUp::setFunctionMenu(const FunctionMenu& menu)
 {
-    clear();
-    QFont bold = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
-    bold.setBold(true);
-    bold.setPixelSize(11);
-    for (const FunctionMenu::Item& item : menu.items()) {
-        if (item.isSeparator) {
-            insertSeparator(count());
-            continue;
-        }
-        addItem(item.hasKind ? imageForKind(item.kind) : QIcon(), item.title);
-        const int index = count() - 1;
-        if (item.bold) {
-            setItemData(index, bold, Qt::FontRole);
-        }
-        if (!item.rangeString.isEmpty()) {
-            setItemData(index, item.rangeString, RangeStringRole);
-        }
-        setItemData(index, item.indentationLevel, IndentationRole);
-    }
+    _model->setItems(menu.items());
     setCurrentIndex(menu.selectedIndex());
+    // Wide enough for the longest titles; measuring them all would take as long as the
+    // rest of the opening.
+    std::vector<std::pair<qsizetype, int>> lengths;
+    lengths.reserve(menu.items().size());
+    for (size_t i = 0; i < menu.items().size(); ++i) {
+        lengths.push_back({menu.items()[i].title.size(), int(i)});
+    }
+    const size_t measured = std::min<size_t>(lengths.size(), 64);
+    std::partial_sort(lengths.begin(), lengths.begin() + qsizetype(measured), lengths.end(),
+                      std::greater<>());
+    int width = 0;
+    for (size_t k = 0; k < measured; ++k) {
+        const QModelIndex index = _model->index(lengths[k].second);
+        QStyleOptionViewItem option;
+        option.initFrom(view());
+        option.font = view()->font();
+        option.decorationSize = iconSize();
+        option.features |= QStyleOptionViewItem::HasDecoration;
+        width = std::max(width, itemDelegate()->sizeHint(option, index).width());
+    }
+    view()->setMinimumWidth(std::min(width + 24, 900));
 }
 
 void FunctionPopUp::reduceToItem(int index)
@@ -167,12 +205,13 @@ void FunctionPopUp::reduceToItem(int index)
     if (index < 0 || index >= count()) {
         return;
     }
-    const QString title = itemText(index);
-    const QIcon image = itemIcon(index);
-    const QVariant range = itemData(index, RangeStringRole);
-    clear();
-    addItem(image, title);
-    setItemData(0, range, RangeStringRole);
+    const FunctionMenu::Item& chosen = _model->items()[size_t(index)];
+    FunctionMenu::Item item;
+    item.title = chosen.title;
+    item.hasKind = chosen.hasKind;
+    item.kind = chosen.kind;
+    item.rangeString = chosen.rangeString;
+    _model->setItems({item});
     setCurrentIndex(0);
 }
 

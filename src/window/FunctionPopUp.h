@@ -5,6 +5,7 @@
 #include <QComboBox>
 #include <QIcon>
 
+class FunctionPopUpModel;
 class TextView;
 
 /// The window's function pop-up: shows the items of a FunctionMenu (bold titles,
@@ -42,4 +43,7 @@ public:
 Q_SIGNALS:
     /// Sent just before the list opens.
     void willPopUp();
+
+private:
+    FunctionPopUpModel* _model;
 };

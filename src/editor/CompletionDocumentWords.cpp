@@ -117,7 +117,8 @@ void CompletionDocumentWords::buildDidEnd(std::shared_ptr<CompletionWordIndex> b
         _index.textDidChange(edit.location, edit.removed, edit.added);
     }
     if (_index.pendingCharacters() > _largeChange) {
-        startBuild();
+        // Still going in (a large file arrives piece by piece): read it once it has settled.
+        _buildTimer->start();
         return;
     }
     Q_EMIT ready();

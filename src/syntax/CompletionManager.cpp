@@ -11,6 +11,9 @@
 #include <QScreen>
 #include <QTextBlock>
 
+#include <algorithm>
+#include <vector>
+
 namespace {
 
 const QString kNoCompletions = QStringLiteral("No Completions");
@@ -150,10 +153,20 @@ void CompletionManager::adjustCompletionPanelPosition()
     QPoint point = _textView->viewport()->mapToGlobal(QPoint(caret.left() - 2, baseline));
     point.ry() += 6;
 
+    // The widest candidate is among the longest: measuring a few of them costs the same
+    // for a list of ten words as for one of thousands.
     const QFontMetrics metrics(list->tableView()->font());
-    int width = 0;
+    std::vector<const QString*> longest;
+    longest.reserve(size_t(_completeWords.size()));
     for (const QString& word : _completeWords) {
-        width = qMax(width, metrics.horizontalAdvance(word));
+        longest.push_back(&word);
+    }
+    const size_t measured = std::min<size_t>(longest.size(), 32);
+    std::partial_sort(longest.begin(), longest.begin() + qsizetype(measured), longest.end(),
+                      [](const QString* a, const QString* b) { return a->size() > b->size(); });
+    int width = 0;
+    for (size_t i = 0; i < measured; ++i) {
+        width = qMax(width, metrics.horizontalAdvance(*longest[i]));
     }
     width = qMax(width + 40, 200);
     const int rows = int(qMin<qsizetype>(_completeWords.size(), MaximumRows));

@@ -17,8 +17,19 @@ CompletionWordIndex::CompletionWordIndex(CompletionWordIndex&&) noexcept = defau
 CompletionWordIndex& CompletionWordIndex::operator=(CompletionWordIndex&&) noexcept = default;
 CompletionWordIndex::~CompletionWordIndex() = default;
 
+void CompletionWordIndex::noteChangeFrom(size_t chunk)
+{
+    // A bounded record: past it, everything remembered is forgotten.
+    if (_changes.size() >= 1024) {
+        _changesForgotten += qint64(_changes.size());
+        _changes.clear();
+    }
+    _changes.push_back(chunk);
+}
+
 void CompletionWordIndex::build(QStringView text)
 {
+    noteChangeFrom(0);
     _chunks.clear();
     _words.clear();
     _freeWords.clear();
@@ -43,6 +54,9 @@ quint32 CompletionWordIndex::wordNumber(QStringView text)
     } else {
         number = quint32(_words.size());
         _words.emplace_back();
+    }
+    if (number < _firstSeen.size()) {
+        _firstSeen[number] = FirstSeen();
     }
     Word& word = _words[number];
     word.text = text.toString();
@@ -167,6 +181,7 @@ void CompletionWordIndex::textDidChange(qsizetype location, qsizetype removed, q
         }
     }
     merged.length += added - removed;
+    noteChangeFrom(first);
     _chunks.erase(_chunks.begin() + qsizetype(first) + 1, _chunks.begin() + qsizetype(last) + 1);
     _chunks[first] = std::move(merged);
 }
@@ -266,27 +281,11 @@ QStringList CompletionWordIndex::wordsForPartialWord(const QString& partialWord)
             found.append(_words[members.front()].text);
             continue;
         }
-        // Equal but for case: in the order of their first appearance, found by walking
-        // the chunks from the start of the text until each has been met.
+        // Equal but for case: in the order of their first appearance.
         tied = members;
-        std::vector<std::pair<size_t, quint32>> firstSeen(tied.size(),
-                                                          {std::numeric_limits<size_t>::max(), 0});
-        size_t unseen = tied.size();
-        for (size_t c = 0; c < _chunks.size() && unseen > 0; ++c) {
-            const std::vector<Occurrence>& words = _chunks[c].words;
-            for (size_t k = 0; k < tied.size(); ++k) {
-                if (firstSeen[k].first != std::numeric_limits<size_t>::max()) {
-                    continue;
-                }
-                const auto at = std::lower_bound(words.begin(), words.end(), tied[k],
-                                                 [](const Occurrence& occurrence, quint32 word) {
-                                                     return occurrence.word < word;
-                                                 });
-                if (at != words.end() && at->word == tied[k]) {
-                    firstSeen[k] = {c, at->first};
-                    --unseen;
-                }
-            }
+        std::vector<std::pair<size_t, quint32>> firstSeen(tied.size());
+        for (size_t k = 0; k < tied.size(); ++k) {
+            firstSeen[k] = firstAppearance(tied[k]);
         }
         std::vector<size_t> order(tied.size());
         for (size_t k = 0; k < order.size(); ++k) {
@@ -299,4 +298,37 @@ QStringList CompletionWordIndex::wordsForPartialWord(const QString& partialWord)
         }
     }
     return found;
+}
+
+std::pair<size_t, quint32> CompletionWordIndex::firstAppearance(quint32 word) const
+{
+    // Remembered from an earlier request while no chunk at or before it has changed since;
+    // else found by walking the chunks from the first that may hold it.
+    if (_firstSeen.size() < _words.size()) {
+        _firstSeen.resize(_words.size());
+    }
+    FirstSeen& seen = _firstSeen[word];
+    size_t from = 0;
+    if (seen.change >= 0 && seen.change >= _changesForgotten) {
+        size_t changedFrom = std::numeric_limits<size_t>::max();
+        for (size_t i = size_t(seen.change - _changesForgotten); i < _changes.size(); ++i) {
+            changedFrom = std::min(changedFrom, _changes[i]);
+        }
+        if (seen.chunk < changedFrom) {
+            return {seen.chunk, seen.ordinal};
+        }
+        // Not in the chunks before the first change: they are as they were.
+        from = changedFrom;
+    }
+    for (size_t c = from; c < _chunks.size(); ++c) {
+        const std::vector<Occurrence>& words = _chunks[c].words;
+        const auto at = std::lower_bound(
+            words.begin(), words.end(), word,
+            [](const Occurrence& occurrence, quint32 number) { return occurrence.word < number; });
+        if (at != words.end() && at->word == word) {
+            seen = {c, at->first, _changesForgotten + qint64(_changes.size())};
+            return {c, at->first};
+        }
+    }
+    return {std::numeric_limits<size_t>::max(), 0};
 }

@@ -101,6 +101,10 @@ private:
     void dropUnusedWords(const std::vector<Occurrence>& occurrences);
     /// The chunk holding `position`: the last one for the end of the text.
     size_t chunkAt(qsizetype position, qsizetype* start) const;
+    /// Where `word` first appears: its chunk and its place among the chunk's words.
+    std::pair<size_t, quint32> firstAppearance(quint32 word) const;
+    /// Chunks from `chunk` on may have changed (or moved).
+    void noteChangeFrom(size_t chunk);
 
     Kind _kind;
     qsizetype _chunkSize = 16 * 1024;
@@ -111,4 +115,16 @@ private:
     /// Words equal but for case share one entry; the key is the text of one of them.
     std::map<QString, std::vector<quint32>, LessIgnoringCase> _groups;
     qint64 _scannedCharacters = 0;
+
+    /// The first appearance of words equal but for case to another, remembered across
+    /// requests, with the number of the change it was found after.
+    struct FirstSeen {
+        size_t chunk = 0;
+        quint32 ordinal = 0;
+        qint64 change = -1;
+    };
+    mutable std::vector<FirstSeen> _firstSeen;
+    /// The first chunk each change since `_changesForgotten` changes touched.
+    std::vector<size_t> _changes;
+    qint64 _changesForgotten = 0;
 };

@@ -19,12 +19,14 @@ CompletionWordIndex::~CompletionWordIndex() = default;
 
 void CompletionWordIndex::noteChangeFrom(size_t chunk)
 {
-    // A bounded record: past it, everything remembered is forgotten.
-    if (_changes.size() >= 1024) {
-        _changesForgotten += qint64(_changes.size());
-        _changes.clear();
+    const qint64 number = _changeCount;
+    ++_changeCount;
+    // Only the changes whose chunk is less than every later one's are kept (no more than
+    // there are chunks): the least chunk changed since any change is then a search away.
+    while (!_changes.empty() && _changes.back().chunk >= chunk) {
+        _changes.pop_back();
     }
-    _changes.push_back(chunk);
+    _changes.push_back({number, chunk});
 }
 
 void CompletionWordIndex::build(QStringView text)
@@ -309,11 +311,13 @@ std::pair<size_t, quint32> CompletionWordIndex::firstAppearance(quint32 word) co
     }
     FirstSeen& seen = _firstSeen[word];
     size_t from = 0;
-    if (seen.change >= 0 && seen.change >= _changesForgotten) {
-        size_t changedFrom = std::numeric_limits<size_t>::max();
-        for (size_t i = size_t(seen.change - _changesForgotten); i < _changes.size(); ++i) {
-            changedFrom = std::min(changedFrom, _changes[i]);
-        }
+    if (seen.change >= 0) {
+        // The least chunk changed by the changes made after it was found.
+        const auto since = std::lower_bound(
+            _changes.begin(), _changes.end(), seen.change,
+            [](const Change& change, qint64 number) { return change.number < number; });
+        const size_t changedFrom =
+            since == _changes.end() ? std::numeric_limits<size_t>::max() : since->chunk;
         if (seen.chunk < changedFrom) {
             return {seen.chunk, seen.ordinal};
         }
@@ -326,7 +330,7 @@ std::pair<size_t, quint32> CompletionWordIndex::firstAppearance(quint32 word) co
             words.begin(), words.end(), word,
             [](const Occurrence& occurrence, quint32 number) { return occurrence.word < number; });
         if (at != words.end() && at->word == word) {
-            seen = {c, at->first, _changesForgotten + qint64(_changes.size())};
+            seen = {c, at->first, _changeCount};
             return {c, at->first};
         }
     }

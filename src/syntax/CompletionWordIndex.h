@@ -124,7 +124,12 @@ private:
         qint64 change = -1;
     };
     mutable std::vector<FirstSeen> _firstSeen;
-    /// The first chunk each change since `_changesForgotten` changes touched.
-    std::vector<size_t> _changes;
-    qint64 _changesForgotten = 0;
+    /// Changes by number with the first chunk they touched, only those whose chunk is less
+    /// than every later one's: the least chunk changed since any change.
+    struct Change {
+        qint64 number;
+        size_t chunk;
+    };
+    std::vector<Change> _changes;
+    qint64 _changeCount = 0;
 };

@@ -3,6 +3,7 @@
 #include "editor/FindIndicator.h"
 #include "editor/TextMirror.h"
 #include "editor/TextView.h"
+#include "window/FunctionPopUpDefinitions.h"
 #include "window/FunctionPopUpModel.h"
 
 #include <QApplication>
@@ -13,6 +14,7 @@
 #include <QPainterPath>
 #include <QProxyStyle>
 #include <QStandardItemModel>
+#include <QStyleOptionComboBox>
 #include <QStyleOptionViewItem>
 #include <QStyledItemDelegate>
 
@@ -136,6 +138,7 @@ FunctionPopUp::FunctionPopUp(QWidget* parent)
     setMaxVisibleItems(20);
     setIconSize(QSize(14, 14));
     setFunctionMenu(FunctionMenu(std::nullopt, QString()));
+    connect(this, &QComboBox::currentIndexChanged, this, &QWidget::updateGeometry);
 }
 
 QIcon FunctionPopUp::imageForKind(FunctionMenu::Kind kind)
@@ -221,10 +224,36 @@ void FunctionPopUp::updateFunctionDefinitionList(TextView* textView)
         return;
     }
     const QString previous = currentText();
-    const std::optional<QVariantList> definitions = textView->makeFunctionDefinition();
-    const QString text =
-        definitions ? TextMirror::mirrorOfDocument(textView->document())->string() : QString();
-    setFunctionMenu(FunctionMenu(definitions, text, previous));
+    FunctionPopUpDefinitions* definitions = definitionsOf(textView);
+    if (!definitions) {
+        setFunctionMenu(FunctionMenu(std::nullopt, QString()));
+        return;
+    }
+    setFunctionMenu(FunctionMenu::fromDefinitions(
+        definitions->definitions(), TextMirror::mirrorOfDocument(textView->document())->string(),
+        previous));
+}
+
+void FunctionPopUp::prepareFunctionDefinitions(TextView* textView)
+{
+    if (textView) {
+        definitionsOf(textView);
+    }
+}
+
+FunctionPopUpDefinitions* FunctionPopUp::definitionsOf(TextView* textView)
+{
+    const QVariantMap& dictionary = textView->syntaxDictionary();
+    if (dictionary.isEmpty()) {
+        delete _definitions;
+        _definitions = nullptr;
+        return nullptr;
+    }
+    if (!_definitions || !_definitions->serves(textView->document(), dictionary)) {
+        delete _definitions;
+        _definitions = new FunctionPopUpDefinitions(textView->document(), dictionary, this);
+    }
+    return _definitions;
 }
 
 void FunctionPopUp::selectedFunctionDefinitionItem(TextView* textView, int index)
@@ -250,6 +279,24 @@ void FunctionPopUp::selectedFunctionDefinitionItem(TextView* textView, int index
     textView->ensureCursorVisible();
     FindIndicator::showFindIndicatorForRange(textView, range);
     reduceToItem(index);
+}
+
+QSize FunctionPopUp::sizeHint() const
+{
+    const QFontMetrics metrics = fontMetrics();
+    const int characterWidth = metrics.horizontalAdvance(QLatin1Char('x'));
+    const int textWidth = std::max(metrics.horizontalAdvance(currentText()),
+                                   minimumContentsLength() * characterWidth);
+    const QSize contents(textWidth + iconSize().width() + 4,
+                         std::max({metrics.height(), iconSize().height(), 14}) + 2);
+    QStyleOptionComboBox option;
+    initStyleOption(&option);
+    return style()->sizeFromContents(QStyle::CT_ComboBox, &option, contents, this);
+}
+
+QSize FunctionPopUp::minimumSizeHint() const
+{
+    return sizeHint();
 }
 
 void FunctionPopUp::showPopup()

@@ -233,6 +233,11 @@ void WindowController::setFunctionPopUpShown(bool shown)
 {
     if (_window) {
         _window->functionPopUp()->setVisible(shown);
+        // The definitions are read now, on a worker, so that the pop-up opens at once.
+        auto* popUp = qobject_cast<FunctionPopUp*>(_window->functionPopUp());
+        if (shown && popUp) {
+            popUp->prepareFunctionDefinitions(textView());
+        }
     }
 }
 

@@ -13,9 +13,11 @@
 #include "platform/UserDefaults.h"
 #include "syntax/CompletionManager.h"
 #include "syntax/CompletionPanel.h"
+#include "syntax/FunctionMenu.h"
 #include "syntax/SyntaxManager.h"
 #include "window/DocumentWindow.h"
 #include "window/FunctionPopUp.h"
+#include "window/FunctionPopUpDefinitions.h"
 #include "window/WindowController.h"
 
 #include <QAbstractItemView>
@@ -323,6 +325,72 @@ TEST(WindowSyntax, FunctionPopUpListsAndSelectsDefinitions)
     Q_EMIT popUp->activated(0);
     EXPECT_FALSE(file.view()->textCursor().hasSelection());
     EXPECT_EQ(file.view()->textCursor().position(), kCSource.indexOf(line));
+}
+
+TEST(WindowSyntax, FunctionPopUpOfALargeFileReadsOnlyWhatChanged)
+{
+    installDefinitions();
+    QString text;
+    for (int i = 0; i < 6000; ++i) {
+        text += QStringLiteral("static int f%1(int v)\n{\n    return v;\n}\n").arg(i);
+    }
+    const QString longName(300, u'g');
+    text += QStringLiteral("void %1(void)\n{\n}\n").arg(longName);
+    OpenFile file(QStringLiteral("large.c"), text);
+    auto* popUp = qobject_cast<FunctionPopUp*>(file.controller->window()->functionPopUp());
+    ASSERT_NE(popUp, nullptr);
+    auto* definitions = popUp->findChild<FunctionPopUpDefinitions*>();
+    ASSERT_NE(definitions, nullptr);
+    // The whole text is read once, on a worker.
+    ASSERT_TRUE(waitFor([&] { return definitions->isReady(); }, 20000));
+    EXPECT_EQ(definitions->builds(), 1);
+    EXPECT_EQ(definitions->scannedCharacters(), 0);
+
+    const auto listed = [&] {
+        QStringList titles;
+        for (int i = 0; i < popUp->count(); ++i) {
+            titles.append(popUp->itemText(i));
+        }
+        return titles;
+    };
+    const auto reference = [&] {
+        const QString now = file.document->string();
+        const FunctionMenu menu(
+            SyntaxManager::sharedSyntaxManager().makeFunctionDefinitionWithString(
+                now, file.view()->syntaxDictionary()),
+            now);
+        QStringList titles;
+        for (const FunctionMenu::Item& item : menu.items()) {
+            titles.append(item.isSeparator ? QString() : item.title);
+        }
+        return titles;
+    };
+    popUp->showPopup();
+    popUp->hidePopup();
+    EXPECT_EQ(popUp->count(), 6000 + 3);
+    EXPECT_EQ(listed(), reference());
+
+    // Keys in the middle, a line joined and one split: the list is the whole text's, read
+    // from a few lines around the changes.
+    file.view()->setSelectedRange({text.indexOf(QStringLiteral("f3000(")) + 5, 0});
+    QTest::keyClicks(file.view(), QStringLiteral("xy"));
+    file.view()->setSelectedRange({text.indexOf(QStringLiteral("f10(")) - 1, 0});
+    QTest::keyClick(file.view(), Qt::Key_Delete);
+    QTest::keyClick(file.view(), Qt::Key_Return);
+    popUp->showPopup();
+    popUp->hidePopup();
+    EXPECT_NE(popUp->findText(QStringLiteral("f3000xy")), -1);
+    EXPECT_EQ(listed(), reference());
+    EXPECT_EQ(definitions->builds(), 1);
+    EXPECT_LT(definitions->scannedCharacters(), text.size() / 4);
+
+    // The pop-up is as wide as the title it shows, not as the longest one in the list.
+    const int longWidth = popUp->fontMetrics().horizontalAdvance(longName);
+    EXPECT_LT(popUp->sizeHint().width(), longWidth);
+    const int longIndex = popUp->findText(longName);
+    popUp->setCurrentIndex(longIndex);
+    Q_EMIT popUp->activated(longIndex);
+    EXPECT_GE(popUp->sizeHint().width(), longWidth);
 }
 
 TEST(WindowSyntax, FunctionPopUpGivesTheKeysBackToTheText)

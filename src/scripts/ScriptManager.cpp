@@ -11,6 +11,7 @@
 #include "platform/UserDefaults.h"
 #include "scripts/JavaScriptRunner.h"
 #include "scripts/ScriptAlert.h"
+#include "scripts/ScriptFolderWatcher.h"
 #include "scripts/ScriptingService.h"
 #include "window/DocumentWindow.h"
 #include "window/WindowController.h"
@@ -63,7 +64,12 @@ void signalProcessGroup(qint64 pid, int signal)
 
 ScriptManager::ScriptManager(QObject* parent)
     : QObject(parent)
-{}
+{
+    // Every change of the library reaches the settings file at once: a run that ends
+    // without the termination step must not take the library with it.
+    connect(Application::instance(), &Application::scriptDataSourceChanged, this,
+            &ScriptManager::writeScriptDataSource);
+}
 
 ScriptManager::~ScriptManager() = default;
 
@@ -118,8 +124,10 @@ void ScriptManager::readScriptDataSource()
 void ScriptManager::writeScriptDataSource()
 {
     const auto& nodes = Application::instance()->scriptDataSource();
-    UserDefaults::standardUserDefaults().setObject(
-        archivedScriptDataSource(nodes.value_or(ScriptObjectList())), kScriptAllItems);
+    UserDefaults& defaults = UserDefaults::standardUserDefaults();
+    defaults.setObject(archivedScriptDataSource(nodes.value_or(ScriptObjectList())),
+                       kScriptAllItems);
+    defaults.synchronize();
 }
 
 // Reading the "#!" line ---------------------------------------------------------------
@@ -499,6 +507,9 @@ void ScriptManager::runRegisterAppleScriptWithPath(const QString& path)
 void ScriptManager::bootUp()
 {
     ScriptingService::sharedScriptingService().registerOnSessionBus();
+    if (!_folderWatcher) {
+        _folderWatcher = new ScriptFolderWatcher(this);
+    }
 }
 
 void ScriptManager::openScriptDictionary()

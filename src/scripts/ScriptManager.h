@@ -14,11 +14,12 @@
 
 class Document;
 class QTemporaryFile;
+class ScriptFolderWatcher;
 class TextView;
 class UserDefaults;
 
 /// The application's one script manager: it keeps the script library in the settings
-/// between runs and runs scripts, one child process at a time for the
+/// (written whenever it changes) and runs scripts, one child process at a time for the
 /// whole application. A child gets its source as its last argument (itself after "-c" or
 /// "-e", else the path of a temporary file holding it) and the front document's selection
 /// on its standard input; what it writes (output and errors together) is inserted piece
@@ -87,7 +88,8 @@ public:
     /// The process started last (kept after it ends); null before the first.
     QProcess* task() const { return _task; }
 
-    /// Registers the scripting interface on the session bus (once, at launch).
+    /// Registers the scripting interface on the session bus and starts watching the Script
+    /// folder for scripts put there by hand (once, at launch).
     void bootUp();
     /// Opens the scripting interface's description as a new document.
     void openScriptDictionary();
@@ -98,7 +100,8 @@ public:
     /// Loads the library from "ScriptAllItems" into the application's scriptDataSource;
     /// an empty library when the setting is missing or cannot be read.
     void readScriptDataSource();
-    /// Stores the application's scriptDataSource into "ScriptAllItems".
+    /// Stores the application's scriptDataSource into "ScriptAllItems" and writes the
+    /// settings out, so that the library outlives a crash.
     void writeScriptDataSource();
 
     /// The library's stored form: an XML property list whose root dictionary holds the
@@ -133,4 +136,5 @@ private:
     bool _hasOutputWindow = false;
     /// The source handed to an interpreter as a file, removed when the child ends.
     std::unique_ptr<QTemporaryFile> _sourceFile;
+    ScriptFolderWatcher* _folderWatcher = nullptr;
 };

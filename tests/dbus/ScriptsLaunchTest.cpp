@@ -1,6 +1,7 @@
 // The scripting side of the real editor: what other programs may not do to its documents over
-// D-Bus.
+// D-Bus, and the script library of a first run that is killed.
 #include "TestSupport.h"
+#include "scripts/ScriptManager.h"
 
 #include <QDBusArgument>
 #include <QDBusConnection>
@@ -10,7 +11,9 @@
 #include <QDBusMetaType>
 #include <QDBusObjectPath>
 #include <QDBusVariant>
+#include <QFileInfo>
 #include <QProcess>
+#include <QSettings>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -191,4 +194,28 @@ TEST(ScriptingInterface, RefusesWhatADocumentCannotTake)
               QDBusMessage::ReplyMessage);
     EXPECT_TRUE(get(loading, "contents").toString().startsWith("typed line 0 of"));
     EXPECT_TRUE(editor.kill());
+}
+
+TEST(ScriptLibrary, AFirstRunKilledLeavesItsLibraryBehind)
+{
+    ASSERT_TRUE(bus().isConnected()) << "no session bus";
+    Editor editor;
+    editor.start({});
+    ASSERT_TRUE(Editor::listening());
+    ASSERT_TRUE(editor.kill());
+
+    QSettings settings(editor.config + "/Tessaran/Tessaran.conf", QSettings::IniFormat);
+    const std::optional<ScriptObjectList> library =
+        ScriptManager::unarchivedScriptDataSource(settings.value("ScriptAllItems").toByteArray());
+    ASSERT_TRUE(library) << "no library in the settings";
+    QStringList folders;
+    for (const ScriptObjectPtr& folder : *library) {
+        folders << folder->title();
+        EXPECT_GT(folder->numberOfChildren(), 0) << folder->title().toStdString();
+        for (const ScriptObjectPtr& script : folder->children().value_or(ScriptObjectList())) {
+            EXPECT_TRUE(QFileInfo::exists(editor.data + "/Tessaran/Script/" + script->path()))
+                << script->path().toStdString();
+        }
+    }
+    EXPECT_EQ(folders, QStringList({"Exsample for AppleScript", "Exsample for ShellScript"}));
 }

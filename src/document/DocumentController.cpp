@@ -148,6 +148,9 @@ void DocumentController::installShippedResources()
         installScriptGroup(QStringLiteral("Exsample for ShellScript"), shippedShellScripts()));
     Application::instance()->setScriptDataSource(library);
     UserDefaults::standardUserDefaults().setBool(false, kFirstStartupApplication);
+    // Written now, with the flag above: a first run that never quits cleanly must not leave
+    // the next one an empty library.
+    ScriptManager::sharedScriptManager().writeScriptDataSource();
 }
 
 // Documents ------------------------------------------------------------------------------

@@ -227,12 +227,12 @@ TEST(TextStoreTest, RandomEditsReadLikeAPlainString)
 
 TEST(TextStoreTest, ChunkEdgesNeverSplitASurrogatePair)
 {
-    // A chunk's edge sits right after the 4,095 a's (the builder keeps the high surrogate for
-    // the next chunk): edits there make or break pairs across it.
+    // Edits that join text across chunks, or overfill one, bring surrogate halves together
+    // at a chunk's edge.
     const QString high(QChar(0xD83D));
     const QString low(QChar(0xDE00));
-    const QString start = QString(4095, u'a') + high + low + QString(5000, u'b');
-    const qsizetype edge = 4095;
+    const auto run = [](qsizetype count, char16_t c) { return QString(count, QChar(c)); };
+    const QString full = run(4095, u'a') + high + low + run(5000, u'b'); // a chunk is "a…a"
     struct Edit {
         const char* name;
         QString text;
@@ -241,18 +241,24 @@ TEST(TextStoreTest, ChunkEdgesNeverSplitASurrogatePair)
         QString added;
     };
     const Edit edits[] = {
-        {"insertion between the halves of a pair", start, edge + 1, 0, u"x"_qs},
-        {"removal of a pair's high half", start, edge, 1, {}},
-        {"low half typed after a lone high at the edge",
-         QString(4095, u'a') + high + QString(5000, u'b'), edge + 1, 0, low},
-        {"removal that brings a high and a low together",
-         QString(4095, u'a') + high + u"xyz"_qs + low + QString(5000, u'b'),
-         edge + 1,
-         3,
+        {"removal that brings a high and a low together from chunks apart",
+         run(3000, u'a') + high + run(6000, u'm') + low + run(3000, u'b'),
+         3001,
+         6000,
          {}},
-        {"high half typed before a low at a chunk's start",
-         QString(4096, u'a') + low + QString(5000, u'b'), 4096, 0, high},
-        {"pair replaced by its halves swapped", start, edge, 2, low + high},
+        {"text starting with a low half pasted after a lone high",
+         run(3000, u'a') + high + run(3000, u'b'), 3001, 0, low + run(5000, u'm')},
+        {"text ending with a high half pasted before a low",
+         run(3000, u'a') + low + run(3000, u'b'), 3000, 0, run(5000, u'm') + high},
+        {"removal of what follows a high at a chunk's end",
+         run(4094, u'a') + high + u"x"_qs + low + run(5000, u'b'),
+         4095,
+         1,
+         {}},
+        {"insertion between the halves of a pair in a full chunk", full, 4096, 0, u"x"_qs},
+        {"a high half typed before a low at a chunk's start",
+         run(4096, u'a') + low + run(5000, u'b'), 4096, 0, high},
+        {"a pair replaced by its halves swapped", full, 4095, 2, low + high},
     };
     for (const Edit& edit : edits) {
         SCOPED_TRACE(edit.name);

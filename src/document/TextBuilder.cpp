@@ -4,8 +4,8 @@ void TextBuilder::append(QStringView text)
 {
     _length += text.size();
     while (!text.isEmpty()) {
-        if (_pending.capacity() < TextTree::maxLeaf) {
-            _pending.reserve(TextTree::maxLeaf);
+        if (_pending.isEmpty() && _pending.capacity() < TextTree::maxLeaf) {
+            _pending = TextTree::chunkBuffer(TextTree::maxLeaf);
         }
         const qsizetype take = qMin(TextTree::maxLeaf - _pending.size(), text.size());
         _pending.append(text.first(take));
@@ -24,8 +24,8 @@ void TextBuilder::append(QString&& text)
         append(QStringView(text));
         return;
     }
-    if (text.capacity() > size + 64) {
-        text.squeeze();
+    if (text.capacity() != TextTree::chunkCapacity(size)) {
+        text = TextTree::chunkOf(text);
     }
     _length += size;
     _leaves.push_back(TextTree::makeLeaf(std::move(text)));
@@ -37,7 +37,7 @@ void TextBuilder::emitPending()
     // end waits for what follows.
     QString next;
     if (_pending.back().isHighSurrogate()) {
-        next.reserve(TextTree::maxLeaf);
+        next = TextTree::chunkBuffer(TextTree::maxLeaf);
         next.append(_pending.back());
         _pending.chop(1);
     }
@@ -49,7 +49,7 @@ TextSnapshot TextBuilder::snapshot() const
 {
     std::vector<TextTree::NodePtr> leaves = _leaves;
     if (!_pending.isEmpty()) {
-        leaves.push_back(TextTree::makeLeaf(QString(_pending)));
+        leaves.push_back(TextTree::makeLeaf(TextTree::chunkOf(_pending)));
     }
     return TextSnapshot(TextTree::fromLeaves(std::move(leaves)));
 }
@@ -57,8 +57,7 @@ TextSnapshot TextBuilder::snapshot() const
 TextSnapshot TextBuilder::finish()
 {
     if (!_pending.isEmpty()) {
-        _pending.squeeze();
-        _leaves.push_back(TextTree::makeLeaf(std::move(_pending)));
+        _leaves.push_back(TextTree::makeLeaf(TextTree::chunkOf(_pending)));
     }
     const TextSnapshot text(TextTree::fromLeaves(std::move(_leaves)));
     _leaves = {};

@@ -69,7 +69,8 @@ struct Utf8Stream {
             while (!atStart && slice.sliced(3 * marks).startsWith("\xEF\xBB\xBF")) {
                 ++marks;
             }
-            QString text;
+            // Decoded straight into a chunk's buffer: no slice gives more units than bytes.
+            QString text = TextTree::chunkBuffer(slice.size());
             if (!UnicodeText::decodeUtf8(slice.sliced(3 * marks), text)) {
                 return -1;
             }

@@ -1,6 +1,7 @@
 #include "document/TextSnapshot.h"
 
 #include "document/TextChunkIterator.h"
+#include "platform/LargeBuffer.h"
 
 TextSnapshot::TextSnapshot()
     : _root(TextTree::empty())
@@ -24,8 +25,14 @@ qsizetype TextSnapshot::lineAt(qsizetype position) const
 {
     position = qBound(qsizetype(0), position, length());
     const TextTree::Hit hit = TextTree::leafAt(*_root, position, true);
-    return hit.lineFeedsBefore +
-           TextTree::countLineFeeds(hit.leaf->text.constData(), position - hit.start);
+    // The line feeds before the position in its chunk, counted from the nearer end.
+    const TextTree::Leaf& leaf = *hit.leaf;
+    const qsizetype offset = position - hit.start;
+    if (offset <= leaf.length / 2) {
+        return hit.lineFeedsBefore + TextTree::countLineFeeds(leaf.text.constData(), offset);
+    }
+    return hit.lineFeedsBefore + leaf.lineFeeds -
+           TextTree::countLineFeeds(leaf.text.constData() + offset, leaf.length - offset);
 }
 
 qsizetype TextSnapshot::columnAt(qsizetype position) const
@@ -69,6 +76,7 @@ QString TextSnapshot::text(Range range) const
                               : qMax(start, range.location + range.length);
     QString result;
     result.reserve(end - start);
+    LargeBuffer::adviseHugePages(result.data(), (end - start) * 2);
     for (TextChunkIterator chunks(*this, start); !chunks.atEnd() && chunks.start() < end;
          chunks.next()) {
         const QStringView piece = chunks.chunk();

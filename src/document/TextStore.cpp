@@ -38,7 +38,8 @@ bool TextStore::replace(qsizetype position, qsizetype length, const QString& tex
     if (length == 0 && text.isEmpty()) {
         return true;
     }
-    TextEditCommand::Edit edit{position, _text.text(Range(position, length)), text};
+    TextEditCommand::Edit edit{position,
+                               length > 0 ? _text.text(Range(position, length)) : QString(), text};
     apply(position, length, text);
     if (_block) {
         if (_blockName.isEmpty()) {
@@ -150,7 +151,9 @@ void TextStore::apply(qsizetype position, qsizetype removedLength, const QString
     change.charsRemoved = removedLength;
     change.charsAdded = added.size();
     change.firstLine = _text.lineAt(position);
-    change.linesRemoved = _text.lineAt(position + removedLength) - change.firstLine;
+    if (removedLength > 0) {
+        change.linesRemoved = _text.lineAt(position + removedLength) - change.firstLine;
+    }
     change.linesAdded = TextTree::countLineFeeds(added.constData(), added.size());
     change.revision = ++_revision;
     _text =

@@ -29,6 +29,36 @@ NodePtr makeBranch(const NodePtr* children, int count)
     return node;
 }
 
+// A child with the counts its parent keeps of it, so that a copy of the parent is made
+// without reading the children it shares.
+struct Entry {
+    NodePtr node;
+    qsizetype length = 0;
+    qsizetype feeds = 0;
+};
+
+Entry entryOf(NodePtr node)
+{
+    const qsizetype length = node->length;
+    const qsizetype feeds = node->lineFeeds;
+    return {std::move(node), length, feeds};
+}
+
+NodePtr branchOf(Entry* children, int count, int height)
+{
+    auto node = std::make_shared<Branch>();
+    node->height = height;
+    node->count = count;
+    for (int i = 0; i < count; ++i) {
+        node->lengths[i] = children[i].length;
+        node->feeds[i] = children[i].feeds;
+        node->length += children[i].length;
+        node->lineFeeds += children[i].feeds;
+        node->children[i] = std::move(children[i].node);
+    }
+    return node;
+}
+
 // Siblings (at most twice what a branch holds) as one branch, or as two under a new parent.
 NodePtr group(const NodePtr* children, int count)
 {
@@ -66,14 +96,20 @@ bool isUnderfull(const Node& node)
                             : TextTree::branch(node).count < TextTree::minChildren;
 }
 
-// Text of at most two leaves' worth as one leaf, or two balanced ones.
-std::vector<NodePtr> leavesOf(QString text)
+// Two leaves' text as one leaf, or two balanced ones.
+std::vector<NodePtr> leavesOf(QStringView first, QStringView second)
 {
-    if (text.size() <= TextTree::maxLeaf) {
+    const qsizetype length = first.size() + second.size();
+    QString text = length <= TextTree::maxLeaf ? TextTree::chunkBuffer(length) : QString();
+    text.reserve(length);
+    text.append(first);
+    text.append(second);
+    if (length <= TextTree::maxLeaf) {
         return {TextTree::makeLeaf(std::move(text))};
     }
-    const qsizetype cut = TextTree::pairSafeCut(text, text.size() / 2);
-    return {TextTree::makeLeaf(text.left(cut)), TextTree::makeLeaf(text.mid(cut))};
+    const qsizetype cut = TextTree::pairSafeCut(text, length / 2);
+    return {TextTree::makeLeaf(TextTree::chunkOf(QStringView(text).first(cut))),
+            TextTree::makeLeaf(TextTree::chunkOf(QStringView(text).sliced(cut)))};
 }
 
 NodePtr joinSameHeight(const NodePtr& a, const NodePtr& b)
@@ -84,7 +120,7 @@ NodePtr joinSameHeight(const NodePtr& a, const NodePtr& b)
     }
     if (a->height == 0) {
         const std::vector<NodePtr> leaves =
-            leavesOf(TextTree::leaf(*a).text + TextTree::leaf(*b).text);
+            leavesOf(TextTree::leaf(*a).text, TextTree::leaf(*b).text);
         return leaves.size() == 1 ? leaves[0] : makeBranch(leaves.data(), 2);
     }
     const Branch& left = TextTree::branch(*a);
@@ -111,6 +147,25 @@ void appendJoined(NodePtr* children, int& count, const NodePtr& joined, int chil
 
 } // namespace
 
+qsizetype TextTree::chunkCapacity(qsizetype length)
+{
+    return qMax(qsizetype(1), (length + capacityStep - 1) / capacityStep) * capacityStep;
+}
+
+QString TextTree::chunkBuffer(qsizetype length)
+{
+    QString buffer;
+    buffer.reserve(chunkCapacity(length));
+    return buffer;
+}
+
+QString TextTree::chunkOf(QStringView text)
+{
+    QString chunk = chunkBuffer(text.size());
+    chunk.append(text);
+    return chunk;
+}
+
 const NodePtr& TextTree::empty()
 {
     static const NodePtr node = std::make_shared<Leaf>();
@@ -136,9 +191,10 @@ NodePtr TextTree::fromLeaves(std::vector<NodePtr> nodes)
     }
     // Only the last leaf may be short: it shares its text with the one before it.
     if (nodes.size() > 1 && nodes.back()->length < minLeaf) {
-        const QString text = leaf(*nodes[nodes.size() - 2]).text + leaf(*nodes.back()).text;
+        const NodePtr last = nodes.back();
+        const NodePtr beforeLast = nodes[nodes.size() - 2];
         nodes.resize(nodes.size() - 2);
-        for (NodePtr& node : leavesOf(text)) {
+        for (NodePtr& node : leavesOf(leaf(*beforeLast).text, leaf(*last).text)) {
             nodes.push_back(std::move(node));
         }
     }
@@ -163,7 +219,7 @@ NodePtr TextTree::fromLeaves(std::vector<NodePtr> nodes)
 NodePtr TextTree::fromText(QStringView text)
 {
     if (text.size() <= maxLeaf) {
-        return makeLeaf(text.toString());
+        return makeLeaf(chunkOf(text));
     }
     const qsizetype pieces = (text.size() + maxLeaf - 1) / maxLeaf;
     std::vector<NodePtr> leaves;
@@ -172,7 +228,7 @@ NodePtr TextTree::fromText(QStringView text)
     for (qsizetype i = 1; i <= pieces; ++i) {
         const qsizetype end =
             i == pieces ? text.size() : pairSafeCut(text, text.size() * i / pieces);
-        leaves.push_back(makeLeaf(text.sliced(start, end - start).toString()));
+        leaves.push_back(makeLeaf(chunkOf(text.sliced(start, end - start))));
         start = end;
     }
     return fromLeaves(std::move(leaves));
@@ -218,8 +274,8 @@ std::pair<NodePtr, NodePtr> TextTree::split(const NodePtr& node, qsizetype posit
         return {node, empty()};
     }
     if (node->height == 0) {
-        const QString& text = leaf(*node).text;
-        return {makeLeaf(text.left(position)), makeLeaf(text.mid(position))};
+        const QStringView text = leaf(*node).text;
+        return {makeLeaf(chunkOf(text.first(position))), makeLeaf(chunkOf(text.sliced(position)))};
     }
     const Branch& b = branch(*node);
     int i = 0;
@@ -258,11 +314,12 @@ NodePtr TextTree::replaceInLeaf(const NodePtr& root, qsizetype position, qsizety
     const Leaf& old = leaf(*node);
     const qsizetype offset = position - start;
     const qsizetype newLength = old.length - length + text.size();
-    if (offset + length > old.length || newLength > maxLeaf || (depth > 0 && newLength < minLeaf)) {
+    // What fits in this chunk, or in two: more, or an underfull chunk, takes the general path.
+    if (offset + length > old.length || newLength > 2 * maxLeaf ||
+        (depth > 0 && newLength < minLeaf)) {
         return nullptr;
     }
-    QString updated;
-    updated.reserve(newLength);
+    QString updated = chunkBuffer(qMin(newLength, maxLeaf));
     updated.append(QStringView(old.text).first(offset));
     updated.append(text);
     updated.append(QStringView(old.text).sliced(offset + length));
@@ -274,18 +331,47 @@ NodePtr TextTree::replaceInLeaf(const NodePtr& root, qsizetype position, qsizety
         updated.back().isHighSurrogate()) {
         return nullptr;
     }
-    NodePtr replacement = makeLeaf(std::move(updated));
-    while (depth-- > 0) {
-        auto copy = std::make_shared<Branch>(*path[depth]);
-        const int i = index[depth];
-        copy->length += replacement->length - copy->lengths[i];
-        copy->lineFeeds += replacement->lineFeeds - copy->feeds[i];
-        copy->lengths[i] = replacement->length;
-        copy->feeds[i] = replacement->lineFeeds;
-        copy->children[i] = std::move(replacement);
-        replacement = std::move(copy);
+
+    // The new chunk, or two halves of it, replaces the old one in a copy of each branch on
+    // the path; a branch that then has one child too many is split in two, as in any B-tree.
+    Entry nodes[2];
+    int count = 1;
+    if (newLength <= maxLeaf) {
+        nodes[0] = entryOf(makeLeaf(std::move(updated)));
+    } else {
+        const qsizetype cut = pairSafeCut(updated, newLength / 2);
+        nodes[0] = entryOf(makeLeaf(chunkOf(QStringView(updated).first(cut))));
+        nodes[1] = entryOf(makeLeaf(chunkOf(QStringView(updated).sliced(cut))));
+        count = 2;
     }
-    return replacement;
+    while (depth-- > 0) {
+        const Branch& b = *path[depth];
+        const int i = index[depth];
+        Entry children[maxChildren + 1];
+        int n = 0;
+        for (int j = 0; j < b.count; ++j) {
+            if (j != i) {
+                children[n++] = {b.children[j], b.lengths[j], b.feeds[j]};
+                continue;
+            }
+            for (int k = 0; k < count; ++k) {
+                children[n++] = std::move(nodes[k]);
+            }
+        }
+        if (n <= maxChildren) {
+            nodes[0] = entryOf(branchOf(children, n, b.height));
+            count = 1;
+        } else {
+            nodes[0] = entryOf(branchOf(children, n / 2, b.height));
+            nodes[1] = entryOf(branchOf(children + n / 2, n - n / 2, b.height));
+            count = 2;
+        }
+    }
+    if (count == 1) {
+        return nodes[0].node;
+    }
+    const NodePtr pair[2] = {nodes[0].node, nodes[1].node};
+    return makeBranch(pair, 2);
 }
 
 NodePtr TextTree::replace(const NodePtr& root, qsizetype position, qsizetype length,
@@ -380,11 +466,21 @@ qsizetype TextTree::countLineFeeds(const QChar* text, qsizetype length)
     const char16_t* const end = p + length;
     qsizetype count = 0;
 #ifdef __SSE2__
+    // Each 16-bit lane counts the line feeds it met (a match compares as −1), in runs short
+    // enough that no lane overflows.
     const __m128i lineFeed = _mm_set1_epi16('\n');
-    for (; end - p >= 8; p += 8) {
-        const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-        count +=
-            __builtin_popcount(unsigned(_mm_movemask_epi8(_mm_cmpeq_epi16(units, lineFeed)))) / 2;
+    while (end - p >= 8) {
+        __m128i lanes = _mm_setzero_si128();
+        const char16_t* const runEnd = p + qMin<qsizetype>((end - p) & ~qsizetype(7), 8 * 4096);
+        for (; p < runEnd; p += 8) {
+            const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+            lanes = _mm_sub_epi16(lanes, _mm_cmpeq_epi16(units, lineFeed));
+        }
+        // Pairs of lanes summed into 32 bits, then the four sums.
+        const __m128i sums = _mm_madd_epi16(lanes, _mm_set1_epi16(1));
+        alignas(16) qint32 parts[4];
+        _mm_store_si128(reinterpret_cast<__m128i*>(parts), sums);
+        count += qsizetype(parts[0]) + parts[1] + parts[2] + parts[3];
     }
 #endif
     for (; p < end; ++p) {
@@ -399,13 +495,23 @@ qsizetype TextTree::findLineFeed(const QChar* text, qsizetype length, qsizetype 
     const char16_t* p = begin;
     const char16_t* const end = p + length;
 #ifdef __SSE2__
+    // Sixteen units at a time: one bit for each line feed, counted without a call (the
+    // baseline instruction set has no population count).
     const __m128i lineFeed = _mm_set1_epi16('\n');
-    for (; end - p >= 8; p += 8) {
-        const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-        const qsizetype found =
-            __builtin_popcount(unsigned(_mm_movemask_epi8(_mm_cmpeq_epi16(units, lineFeed)))) / 2;
+    for (; end - p >= 16; p += 16) {
+        const __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+        const __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 8));
+        unsigned mask = unsigned(_mm_movemask_epi8(
+            _mm_packs_epi16(_mm_cmpeq_epi16(low, lineFeed), _mm_cmpeq_epi16(high, lineFeed))));
+        unsigned bits = mask - ((mask >> 1) & 0x5555u);
+        bits = (bits & 0x3333u) + ((bits >> 2) & 0x3333u);
+        bits = (bits + (bits >> 4)) & 0x0F0Fu;
+        const qsizetype found = (bits + (bits >> 8)) & 0x1Fu;
         if (found >= k) {
-            break;
+            while (--k > 0) {
+                mask &= mask - 1;
+            }
+            return p - begin + __builtin_ctz(mask);
         }
         k -= found;
     }

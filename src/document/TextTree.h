@@ -53,8 +53,19 @@ public:
     static const Leaf& leaf(const Node& node) { return static_cast<const Leaf&>(node); }
     static const Branch& branch(const Node& node) { return static_cast<const Branch&>(node); }
 
+    /// Chunks keep their text in buffers of a few sizes only (whole multiples of
+    /// capacityStep), so that the buffer an edit frees has the size the next edit of a
+    /// chunk asks for: the allocator hands it out again instead of growing the heap.
+    static constexpr qsizetype capacityStep = 512;
+    static qsizetype chunkCapacity(qsizetype length);
+    /// An empty string with a chunk's buffer for `length` units.
+    static QString chunkBuffer(qsizetype length);
+    /// A copy of `text` in a chunk's buffer.
+    static QString chunkOf(QStringView text);
+
     /// The one empty leaf every empty text shares.
     static const NodePtr& empty();
+    /// A leaf over `text`, which should be in a chunk's buffer.
     static NodePtr makeLeaf(QString text);
     /// A balanced tree over leaves given in order, each of a valid size but the last; built
     /// bottom-up in time linear in their number.

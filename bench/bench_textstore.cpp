@@ -7,6 +7,7 @@
 #include "document/TextChunkIterator.h"
 #include "document/TextLoader.h"
 #include "document/TextStore.h"
+#include "platform/TextCodec.h"
 #include "platform/UnicodeText.h"
 
 #include <QDir>
@@ -14,6 +15,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QTextDocument>
 #include <QUndoStack>
 
 #include <benchmark/benchmark.h>
@@ -158,6 +160,38 @@ BENCHMARK(BM_Load)
     ->Args({20, 0})
     ->Args({100, 0})
     ->Args({100, 1})
+    ->Iterations(1)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+
+/// For comparison on the same machine: the same file decoded whole and given to a
+/// QTextDocument, as the editor's text is held today.
+void BM_QTextDocumentForComparison(benchmark::State& state)
+{
+    const QString path = cSourceFile(state.range(0) * 1000 * 1000);
+    for (auto _ : state) {
+        malloc_trim(0);
+        const qint64 before = BenchSupport::residentBytes();
+        BenchSupport::resetPeakResident();
+        const double cpu = threadCpuMs();
+        QFile file(path);
+        if (!file.open(QIODevice::ReadOnly)) {
+            state.SkipWithError("the file did not open");
+            return;
+        }
+        QTextDocument document;
+        document.setPlainText(*TextCodec::decode(UTF8, file.readAll()));
+        const double ms = threadCpuMs() - cpu;
+        state.SetIterationTime(ms / 1000);
+        state.counters["load_cpu_ms"] = ms;
+        state.counters["document_mb"] = double(BenchSupport::residentBytes() - before) / 1e6;
+        state.counters["peak_above_start_mb"] =
+            double(BenchSupport::peakResidentBytes() - before) / 1e6;
+    }
+}
+BENCHMARK(BM_QTextDocumentForComparison)
+    ->ArgName("MB")
+    ->Arg(20)
     ->Iterations(1)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);

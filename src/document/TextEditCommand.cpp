@@ -55,8 +55,9 @@ int TextEditCommand::id() const
 
 bool TextEditCommand::mergeWith(const QUndoCommand* other)
 {
-    const auto* next = static_cast<const TextEditCommand*>(other);
-    if (next->_startsStep || next->_edits.size() != 1 || _edits.empty() ||
+    // The stack is open to other commands (a menu may push its own); only ours merge.
+    const auto* next = dynamic_cast<const TextEditCommand*>(other);
+    if (!next || next->_startsStep || next->_edits.size() != 1 || _edits.empty() ||
         next->_time - _time > _store.typingPause()) {
         return false;
     }

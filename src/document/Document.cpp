@@ -3,18 +3,20 @@
 #include "document/DocumentController.h"
 #include "document/EncodingManager.h"
 #include "platform/ExtendedAttributes.h"
+#include "platform/FileManager.h"
 #include "platform/Range.h"
+#include "platform/SafeFileWriter.h"
 #include "platform/StringEncoding.h"
 #include "platform/TextCodec.h"
 #include "platform/UserDefaults.h"
 
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 #include <QLocale>
 #include <QPainter>
 #include <QPlainTextDocumentLayout>
 #include <QPrinter>
-#include <QSaveFile>
 #include <QTemporaryFile>
 #include <QTextBlock>
 #include <QTextCursor>
@@ -22,10 +24,9 @@
 #include <QTimer>
 #include <QUrl>
 
+#include <cerrno>
 #include <cstdio>
-#include <fcntl.h>
 #include <limits>
-#include <unistd.h>
 
 namespace {
 
@@ -50,10 +51,74 @@ QString encodingName(quint64 encoding)
     return name.isEmpty() ? QString::number(encoding) : name;
 }
 
-bool canWriteIn(const QString& path)
+// Why a save failed, in the user's words: the cause first (a full disk, a permission, a
+// read-only disk, a missing folder), with the system's own reason, then what became of the file.
+QString saveFailureMessage(const QString& name, const SafeFileWriter& writer)
 {
-    // As the process is now: a privileged one gives up its privilege over permissions at times.
-    return ::faccessat(AT_FDCWD, QFile::encodeName(path).constData(), W_OK, AT_EACCESS) == 0;
+    using Step = SafeFileWriter::Step;
+    const int code = writer.errorNumber();
+    const QString reason = qt_error_string(code);
+    const QString where = QFileInfo(writer.failedPath()).fileName();
+    const Step step = writer.failedStep();
+    if (step == Step::Inspect && code == ENOENT) {
+        return Document::tr("The document “%1” could not be saved because the folder “%2” does "
+                            "not exist.")
+            .arg(name, writer.failedPath());
+    }
+    if (step == Step::NotRegularFile) {
+        return code == EISDIR ? Document::tr("The document “%1” could not be saved because “%2” "
+                                             "is a folder.")
+                                    .arg(name, writer.failedPath())
+                              : Document::tr("The document “%1” could not be saved because “%2” "
+                                             "is not a regular file.")
+                                    .arg(name, writer.failedPath());
+    }
+    QString message;
+    if (step == Step::Backup) {
+        message = Document::tr("The document “%1” could not be saved: a copy of the file’s "
+                               "contents could not be kept in “%2” first (%3).")
+                      .arg(name, writer.failedPath(), reason);
+    } else if (code == ENOSPC) {
+        message = Document::tr("The document “%1” could not be saved because the disk is full "
+                               "(%2).")
+                      .arg(name, reason);
+    } else if (code == EDQUOT) {
+        message = Document::tr("The document “%1” could not be saved because your disk quota is "
+                               "used up (%2).")
+                      .arg(name, reason);
+    } else if (code == EROFS) {
+        message = Document::tr("The document “%1” could not be saved because the disk holding it "
+                               "is read-only (%2).")
+                      .arg(name, reason);
+    } else if ((code == EACCES || code == EPERM) && step == Step::Create) {
+        return Document::tr("The document “%1” could not be saved because you don’t have "
+                            "permission to write in the folder “%2”.")
+            .arg(name, where);
+    } else if ((code == EACCES || code == EPERM) && step == Step::Open) {
+        return Document::tr("The document “%1” could not be saved because you don’t have "
+                            "permission to write to the file “%2”.")
+            .arg(name, where);
+    } else {
+        static const QHash<Step, const char*> doing = {
+            {Step::Inspect, QT_TRANSLATE_NOOP("Document", "Examining the file failed")},
+            {Step::Create, QT_TRANSLATE_NOOP("Document", "Creating the new file failed")},
+            {Step::Open, QT_TRANSLATE_NOOP("Document", "Opening the file failed")},
+            {Step::Reserve, QT_TRANSLATE_NOOP("Document", "Reserving space on the disk failed")},
+            {Step::Write, QT_TRANSLATE_NOOP("Document", "Writing to the disk failed")},
+            {Step::Sync, QT_TRANSLATE_NOOP("Document", "Flushing the file to the disk failed")},
+            {Step::Close, QT_TRANSLATE_NOOP("Document", "Closing the file failed")},
+            {Step::Rename, QT_TRANSLATE_NOOP("Document", "Replacing the old file failed")},
+        };
+        message = Document::tr("The document “%1” could not be saved. %2: %3.")
+                      .arg(name, Document::tr(doing.value(step, "")), reason);
+    }
+    if (writer.oldBytesKept()) {
+        return message + u' ' + Document::tr("The file on the disk was left as it was.");
+    }
+    return message + u' ' +
+           Document::tr("The file on the disk may be incomplete: its previous contents are kept "
+                        "in “%1”.")
+               .arg(writer.backupPath());
 }
 
 } // namespace
@@ -343,6 +408,7 @@ void Document::setSavePanelChoice(quint64 encoding, qsizetype lineBreaks)
 bool Document::writeSafelyToURL(const QString& path, const QString& type, SaveOperation operation,
                                 QString* error)
 {
+    _encodingFailureReported = false;
     if (operation == SaveAs) {
         _documentEncodingForSaving = _savePanelEncoding;
         _documentLineBreaksForSaving = _savePanelLineBreaks;
@@ -397,6 +463,7 @@ bool Document::writeToURL(const QString& path, const QString& type, QString* err
     };
 
     std::optional<QByteArray> bytes = TextCodec::encode(_documentEncodingForSaving, text);
+    _encodingFailureReported = !bytes;
     if (!bytes) {
         return fail(tr("The document “%1” could not be saved in the encoding “%2”. Some "
                        "characters cannot be written in this encoding.")
@@ -405,34 +472,16 @@ bool Document::writeToURL(const QString& path, const QString& type, QString* err
     if (_documentEncodingForSaving == kUTF8 && _UTF8AppendByBOM) {
         bytes->prepend("\xEF\xBB\xBF");
     }
-    // The text goes into a new file beside the old one, which replaces it only once it is
-    // complete and on the disk: a failure or a crash at any moment leaves the old bytes.
-    QSaveFile file(path);
-    // Writing into the file directly would risk a half-written file; without the
-    // permission to make a new file in its folder, the save fails instead.
-    file.setDirectWriteFallback(false);
-    if (!file.open(QIODevice::WriteOnly)) {
-        const QString folder = target.absolutePath();
-        if (!QFileInfo(folder).isDir()) {
-            return fail(tr("The document “%1” could not be saved because the folder “%2” does "
-                           "not exist.")
-                            .arg(name, folder));
-        }
-        if (!canWriteIn(folder)) {
-            return fail(tr("The document “%1” could not be saved because you don’t have "
-                           "permission to write in the folder “%2”.")
-                            .arg(name, QFileInfo(folder).fileName()));
-        }
-        return fail(tr("The document “%1” could not be saved. %2.").arg(name, file.errorString()));
+    SafeFileWriter writer(FileManager::applicationSupportDirectoryPath() +
+                          QStringLiteral("/Backups"));
+    if (!writer.write(path, *bytes)) {
+        return fail(saveFailureMessage(name, writer));
     }
-    if (file.write(*bytes) != bytes->size() || !file.commit()) {
-        const QString reason = file.error() == QFileDevice::ResourceError
-                                   ? tr("There is not enough space on the disk")
-                                   : file.errorString();
-        file.cancelWriting();
-        return fail(tr("The document “%1” could not be saved. %2. The file on the disk was left "
-                       "as it was.")
-                        .arg(name, reason));
+    // The file's other attributes are kept as they were; an encoding attribute among them
+    // must now name the encoding the text was written in.
+    if (ExtendedAttributes::read(writer.targetPath(), kAttributeName) &&
+        !setTextEncodingAttribute(_documentEncodingForSaving, writer.targetPath())) {
+        ExtendedAttributes::remove(writer.targetPath(), kAttributeName);
     }
     _documentEncoding = _documentEncodingForSaving;
     _documentLineBreaks = _documentLineBreaksForSaving;

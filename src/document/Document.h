@@ -70,8 +70,12 @@ public:
     /// Whether the last Save was refused because another program had changed the file (the
     /// next Save replaces it).
     bool isChangeOnDiskReported() const { return _changeOnDiskReported; }
-    /// Writes the text atomically in the encoding for saving, with the line breaks for
-    /// saving: the file is either the old bytes or the new ones, never a mix.
+    /// Whether the last save failed because the text holds a character that the encoding for
+    /// saving cannot represent.
+    bool isEncodingFailureReported() const { return _encodingFailureReported; }
+    /// Writes the text in the encoding for saving, with the line breaks for saving, keeping
+    /// the file's owner, mode and attributes (see SafeFileWriter): whatever fails, the file
+    /// keeps its old bytes, and the message says why.
     bool writeToURL(const QString& path, const QString& type, QString* error = nullptr);
     /// What the save panel's pop-ups show, read by the next Save As.
     void setSavePanelChoice(quint64 encoding, qsizetype lineBreaks);
@@ -146,4 +150,5 @@ private:
     // because another program had changed it.
     std::optional<FileStamp> _fileStamp;
     bool _changeOnDiskReported = false;
+    bool _encodingFailureReported = false;
 };

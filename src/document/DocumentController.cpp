@@ -162,6 +162,7 @@ const QString kRecentDocuments = QStringLiteral("RecentDocumentPaths");
 const QString kRestorableDocuments = QStringLiteral("RestorableDocuments");
 constexpr int kMaximumRecentDocuments = 15;
 constexpr quint64 kAutomatic = ~quint64(0);
+constexpr quint64 kUTF8 = 4;
 
 QWidget* activeWindowOr(QWidget* fallback)
 {
@@ -325,13 +326,54 @@ bool DocumentController::saveDocument(Document* document)
     if (!document->writeSafelyToURL(document->fileURL(), document->fileType(), Document::Save,
                                     &error)) {
         // The message about another program's change says itself what to do.
-        presentError(window, document->isChangeOnDiskReported()
-                                 ? error
-                                 : error + QLatin1Char('\n') +
-                                       tr("Use Save As… to choose another encoding or place."));
-        return false;
+        if (document->isChangeOnDiskReported()) {
+            return presentError(window, error);
+        }
+        return presentSaveError(window, document, document->fileURL(), Document::Save, error);
     }
     return true;
+}
+
+bool DocumentController::presentSaveError(QWidget* parent, Document* document, const QString& path,
+                                          int operation, const QString& message)
+{
+    const QString advice = tr("Use Save As… to choose another encoding or place.");
+    if (!document->isEncodingFailureReported()) {
+        return presentError(
+            parent, operation == Document::Save ? message + QLatin1Char('\n') + advice : message);
+    }
+    // UTF-8 holds every character, so the text can always be saved without losing any of it.
+    QMessageBox alert(QMessageBox::Warning, tr("Error"), message, QMessageBox::Cancel, parent);
+    if (operation == Document::Save) {
+        alert.setInformativeText(advice);
+    }
+    QPushButton* inUTF8 = alert.addButton(tr("Save as UTF-8"), QMessageBox::AcceptRole);
+    alert.setDefaultButton(inUTF8);
+    alert.setEscapeButton(QMessageBox::Cancel);
+    alert.setWindowModality(parent ? Qt::WindowModal : Qt::ApplicationModal);
+    alert.exec();
+    if (alert.clickedButton() != inUTF8) {
+        return false;
+    }
+    QString error;
+    bool saved = false;
+    if (operation == Document::SaveAs) {
+        document->setSavePanelChoice(kUTF8, document->documentLineBreaksForSaving());
+        saved = document->writeSafelyToURL(path, document->fileType(), Document::SaveAs, &error);
+    } else {
+        // A Save keeps its own checks (another program's change); only the encoding differs.
+        const quint64 encoding = document->documentEncoding();
+        document->setDocumentEncoding(kUTF8);
+        saved = document->writeSafelyToURL(path, document->fileType(),
+                                           Document::SaveOperation(operation), &error);
+        if (!saved) {
+            document->setDocumentEncoding(encoding);
+        }
+    }
+    if (!saved) {
+        presentError(parent, error);
+    }
+    return saved;
 }
 
 bool DocumentController::saveDocumentAs(Document* document)
@@ -375,11 +417,11 @@ bool DocumentController::saveDocumentAs(Document* document)
         document->setSavePanelChoice(accessory.textEncodingPopUp->currentData().value<quint64>(),
                                      accessory.lineBreakPopUp->currentData().toLongLong());
         QString error;
-        if (document->writeSafelyToURL(path, document->fileType(), Document::SaveAs, &error)) {
+        if (document->writeSafelyToURL(path, document->fileType(), Document::SaveAs, &error) ||
+            presentSaveError(window, document, path, Document::SaveAs, error)) {
             noteNewRecentDocumentURL(path);
             return true;
         }
-        presentError(window, error);
     }
     return false;
 }

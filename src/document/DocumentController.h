@@ -114,6 +114,11 @@ private:
     void installShippedResources();
     Document* addDocument(Document* document, bool display);
     bool presentError(QWidget* parent, const QString& message) const;
+    /// Shows why a save (`operation`, a Document::SaveOperation) failed; when a character
+    /// could not be encoded, offers to save in UTF-8 instead and does so when asked. True when
+    /// that second save succeeded.
+    bool presentSaveError(QWidget* parent, Document* document, const QString& path, int operation,
+                          const QString& message);
 
     std::vector<Document*> _documents;
 

@@ -48,7 +48,7 @@ int Application::run(const CommandLine& commandLine)
     SingleInstance::listen();
     DocumentController& documents = DocumentController::sharedDocumentController();
     // Unsaved text left behind by an editor that crashed or was killed comes back first.
-    const int recovered = RecoveryStore::sharedRecoveryStore().recoverOrphans();
+    const int recovered = RecoveryStore::sharedRecoveryStore().recoverOrphans().count;
     if (commandLine.files().empty()) {
         // The windows open when the last run ended come back; a new one only when none does.
         if (documents.reopenDocumentsOfLastRun() + recovered == 0 &&

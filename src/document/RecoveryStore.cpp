@@ -257,11 +257,13 @@ RecoveryStore::~RecoveryStore()
 RecoveryStore& RecoveryStore::sharedRecoveryStore()
 {
     // Not created on the way: a missing data folder is reported when the first copy is due.
-    const QString data = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
-    static RecoveryStore* store = new RecoveryStore(
-        data.isEmpty() ? QString()
-                       : data + u'/' + FileManager::applicationName() + QStringLiteral("/Recovery"),
-        QCoreApplication::instance());
+    static RecoveryStore* store = [] {
+        const QString data = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+        return new RecoveryStore(data.isEmpty() ? QString()
+                                                : data + u'/' + FileManager::applicationName() +
+                                                      QStringLiteral("/Recovery"),
+                                 QCoreApplication::instance());
+    }();
     return *store;
 }
 
@@ -318,9 +320,9 @@ QString RecoveryStore::folder()
         }
         // For people looking into the folder: the process that owns it.
         const QByteArray owner = QByteArray::number(QCoreApplication::applicationPid()) + '\n';
-        if (::write(fd, owner.constData(), size_t(owner.size())) < 0) {
-            // The lock does not depend on what the file says.
-        }
+        // The lock itself does not depend on what the file says.
+        [[maybe_unused]] const ssize_t written =
+            ::write(fd, owner.constData(), size_t(owner.size()));
         _lock = fd;
         _folder = folder;
         return _folder;

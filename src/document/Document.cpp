@@ -24,6 +24,7 @@
 #include <QTimer>
 #include <QUrl>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <limits>
@@ -151,19 +152,22 @@ Document::Document(QObject* parent)
         _textStorage->setModified(false);
     });
 
+    // Autosave keeps a recovery copy; the file changes only when the user saves.
     _autosaveTimer->setSingleShot(true);
     connect(_autosaveTimer, &QTimer::timeout, this, [this] {
-        if (isDocumentEdited() && !_fileURL.isEmpty()) {
-            writeSafelyToURL(_fileURL, _fileType, Autosave);
+        if (isDocumentEdited()) {
+            Q_EMIT recoveryCopyDue();
         }
     });
     connect(_textStorage, &QTextDocument::modificationChanged, this, [this](bool modified) {
         if (modified) {
             scheduleAutosave();
+        } else {
+            _autosaveTimer->stop();
         }
     });
     connect(_textStorage, &QTextDocument::contentsChanged, this, [this] {
-        if (!_autosaveTimer->isActive() && isDocumentEdited()) {
+        if (isDocumentEdited()) {
             scheduleAutosave();
         }
     });
@@ -183,10 +187,19 @@ Document::~Document()
 
 void Document::scheduleAutosave()
 {
-    const qint64 delay = DocumentController::sharedDocumentController().autosavingDelay();
-    if (delay > 0 && !_fileURL.isEmpty()) {
-        _autosaveTimer->start(int(std::min<qint64>(delay, 24 * 3600)) * 1000);
+    if (_autosaveTimer->isActive()) {
+        return;
     }
+    const qint64 delay =
+        std::clamp<qint64>(DocumentController::sharedDocumentController().autosavingDelay(),
+                           minimumAutosavingDelay, 24 * 3600);
+    _autosaveTimer->start(int(delay) * 1000);
+}
+
+void Document::setFileStamp(const std::optional<FileStamp>& stamp)
+{
+    _fileStamp = stamp;
+    _changeOnDiskReported = false;
 }
 
 QString Document::string() const

@@ -73,6 +73,13 @@ public:
     /// Whether the last save failed because the text holds a character that the encoding for
     /// saving cannot represent.
     bool isEncodingFailureReported() const { return _encodingFailureReported; }
+    /// The state of the file that the text was read from or last saved as; a Save into the
+    /// file is refused once when the file no longer has it. None for a document never read
+    /// or saved.
+    std::optional<FileStamp> fileStamp() const { return _fileStamp; }
+    /// Gives the text a file state to be based on: recovered text keeps the one its edits
+    /// started from, so that a file another program changed since is not overwritten unasked.
+    void setFileStamp(const std::optional<FileStamp>& stamp);
     /// Writes the text in the encoding for saving, with the line breaks for saving, keeping
     /// the file's owner, mode and attributes (see SafeFileWriter): whatever fails, the file
     /// keeps its old bytes, and the message says why.
@@ -108,6 +115,14 @@ public:
     /// Writes the printed pages as a PDF file.
     bool exportAsPDFTo(const QString& path, QString* error = nullptr);
 
+    /// Shortest time, in seconds, between recovery copies, whatever "AutosavingDelay" says:
+    /// a copy is not written at every key.
+    static constexpr qint64 minimumAutosavingDelay = 1;
+    /// Starts the autosave clock unless it runs already: "AutosavingDelay" seconds after the
+    /// first unsaved change since the last copy, recoveryCopyDue() asks for a copy. Later
+    /// changes do not restart the clock, so continuous typing never puts the copy off.
+    void scheduleAutosave();
+
     /// True while the end of a large file is still going into the text (see `loadContents`).
     bool isLoading() const { return _pendingOffset < _pendingText.size(); }
     /// Puts whatever is still waiting into the text at once.
@@ -118,11 +133,13 @@ Q_SIGNALS:
     void documentInformationChanged();
     /// A large file started or finished going into the text; panes stay read-only meanwhile.
     void loadingChanged(bool loading);
+    /// The text has unsaved changes that no recovery copy holds yet, and the autosave delay
+    /// has passed: the recovery store writes a copy. Autosave never writes the file itself.
+    void recoveryCopyDue();
 
 private:
     bool loadContents(const QString& path, quint64 encoding, QString* error);
     void appendPendingText(qsizetype length);
-    void scheduleAutosave();
 
     QTextDocument* _textStorage = nullptr;
     quint64 _documentEncoding = 0;

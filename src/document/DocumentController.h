@@ -26,7 +26,7 @@ public:
     /// either the first-start installation or the restoration of the script library.
     void awakeFromNib();
 
-    /// Seconds between autosaves of a modified document that has a file.
+    /// Seconds from the first unsaved change of a document to its recovery copy.
     qint64 autosavingDelay() const { return _autosavingDelay; }
     quint64 openDefaultsTextEncoding() const { return _openDefaultsTextEncoding; }
 

@@ -93,10 +93,11 @@ void InvisibleCharacterPainter::draw(QPainter& painter, const TextLayoutCache::E
             }
             const qsizetype column = entry.fromLayout(at);
             QChar c = text[at];
-            const auto replaced =
-                std::find_if(entry.replaced.begin(), entry.replaced.end(),
-                             [column](const auto& r) { return r.first == column; });
-            if (replaced != entry.replaced.end()) {
+            // In column order: a binary file may have a blank for every other character.
+            const auto replaced = std::lower_bound(
+                entry.replaced.begin(), entry.replaced.end(), column,
+                [](const std::pair<qsizetype, QChar>& r, qsizetype at) { return r.first < at; });
+            if (replaced != entry.replaced.end() && replaced->first == column) {
                 c = replaced->second;
             }
             const std::optional<Kind> kind = kindOf(c);

@@ -1,13 +1,15 @@
 #include "editor/TextArea.h"
 
 #include "document/TextStore.h"
+#include "editor/TextAreaInputMethod.h"
+#include "editor/TextAreaKeys.h"
+#include "editor/TextAreaMouse.h"
 #include "editor/TextBoundaries.h"
 #include "editor/TextFormatProvider.h"
 #include "editor/TextMimeData.h"
 
 #include <QApplication>
 #include <QClipboard>
-#include <QDrag>
 #include <QFontDatabase>
 #include <QFontMetricsF>
 #include <QInputMethodEvent>
@@ -26,22 +28,12 @@ namespace {
 
 // Units of text the height map measures per turn of the event loop while the view is idle.
 constexpr qsizetype kMeasureSlice = qsizetype(2) << 20;
-// How much of the caret's line an input method sees on either side of it.
-constexpr qsizetype kSurrounding = 1000;
-constexpr int kAutoScrollInterval = 50;
-
-// The text in memory has line feeds only.
-QString withLineFeeds(QString text)
-{
-    text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
-    text.replace(QLatin1Char('\r'), QLatin1Char('\n'));
-    return text;
-}
 
 } // namespace
 
 TextArea::TextArea(QWidget* parent)
     : QAbstractScrollArea(parent)
+    , _mouse(std::make_unique<TextAreaMouse>(*this))
 {
     setFocusPolicy(Qt::StrongFocus);
     setAttribute(Qt::WA_InputMethodEnabled);
@@ -78,6 +70,14 @@ TextArea::TextArea(QWidget* parent)
 }
 
 TextArea::~TextArea() = default;
+
+QString TextArea::withLineFeeds(QString text)
+{
+    // The text in memory has line feeds only.
+    text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
+    text.replace(QLatin1Char('\r'), QLatin1Char('\n'));
+    return text;
+}
 
 void TextArea::setTextStore(TextStore* store)
 {
@@ -394,7 +394,7 @@ void TextArea::paintEvent(QPaintEvent* event)
         frame.preeditCursor = _preedit.isActive() ? _preeditCursor : -1;
     }
     frame.caretWidth = 1.5;
-    frame.dropCaret = _dropCaret;
+    frame.dropCaret = _mouse->dropCaret();
     frame.showInvisibles = _style.showInvisibles;
     TextAreaPainter::paint(painter, event->rect(), _layout, _provider, _colors, _marks, frame);
 }
@@ -438,10 +438,6 @@ void TextArea::timerEvent(QTimerEvent* event)
     if (event->timerId() == _blink.timerId()) {
         _caretShown = !_caretShown;
         updateCaret();
-    } else if (event->timerId() == _autoScroll.timerId()) {
-        autoScroll();
-    } else if (event->timerId() == _tripleClick.timerId()) {
-        _tripleClick.stop();
     } else {
         QAbstractScrollArea::timerEvent(event);
     }
@@ -677,306 +673,79 @@ void TextArea::insertFromMimeData(const QMimeData* source, Range range)
     replaceSelection(withLineFeeds(source->text()), false);
 }
 
-// Keys ---------------------------------------------------------------------------------------
-
-qsizetype TextArea::verticalTarget(qsizetype position, qsizetype rows)
-{
-    TextAreaLayout::RowRef row = _layout.rowOf(position);
-    if (_preferredX < 0) {
-        _preferredX = _layout.contentX(position);
-    }
-    qsizetype moved = 0;
-    for (; moved < std::abs(rows); ++moved) {
-        if (!(rows > 0 ? _layout.nextRow(row) : _layout.previousRow(row))) {
-            break;
-        }
-    }
-    if (moved == 0) {
-        // Up in the first row and down in the last go to the text's ends.
-        return rows > 0 ? _layout.text().length() : 0;
-    }
-    return _layout.positionInRow(row, _preferredX);
-}
-
-bool TextArea::navigate(QKeyEvent* event)
-{
-    const Qt::KeyboardModifiers modifiers = event->modifiers() & ~Qt::KeypadModifier;
-    if (modifiers & (Qt::AltModifier | Qt::MetaModifier)) {
-        return false;
-    }
-    const bool control = modifiers & Qt::ControlModifier;
-    const bool shift = modifiers & Qt::ShiftModifier;
-    const TextSnapshot& text = _layout.text();
-    const qsizetype caret = cursorPosition();
-    const Range selection = selectedRange();
-    const bool collapse = !shift && selection.length > 0;
-    qsizetype target = caret;
-    bool keepX = false;
-    switch (event->key()) {
-    case Qt::Key_Left:
-        target = control ? TextBoundaries::previousWord(text, caret)
-                         : (collapse ? selection.location
-                                     : TextBoundaries::previousCharacter(text, caret));
-        break;
-    case Qt::Key_Right:
-        target = control
-                     ? TextBoundaries::nextWord(text, caret)
-                     : (collapse ? selection.max() : TextBoundaries::nextCharacter(text, caret));
-        break;
-    case Qt::Key_Up:
-    case Qt::Key_Down:
-        if (control) {
-            // The view moves by a row; the caret stays.
-            _layout.scrollRows(event->key() == Qt::Key_Up ? -1 : 1);
-            afterScroll();
-            return true;
-        }
-        target = verticalTarget(caret, event->key() == Qt::Key_Up ? -1 : 1);
-        keepX = true;
-        break;
-    case Qt::Key_PageUp:
-    case Qt::Key_PageDown: {
-        const qsizetype rows =
-            event->key() == Qt::Key_PageUp ? -_layout.pageRows() : _layout.pageRows();
-        target = verticalTarget(caret, rows);
-        _layout.scrollRows(rows);
-        keepX = true;
-        break;
-    }
-    case Qt::Key_Home:
-    case Qt::Key_End: {
-        if (control) {
-            target = event->key() == Qt::Key_Home ? 0 : text.length();
-            break;
-        }
-        // First the visual row's edge, then the line's.
-        const qsizetype line = text.lineAt(caret);
-        const qsizetype lineStart = text.lineStart(line);
-        const qsizetype lineEnd = lineStart + text.lineLength(line);
-        const Range row = _layout.rowRange(_layout.rowOf(caret));
-        if (event->key() == Qt::Key_Home) {
-            target = caret != row.location ? row.location : lineStart;
-        } else {
-            const qsizetype rowEnd = row.max() == lineEnd ? lineEnd : row.max() - 1;
-            target = caret != rowEnd ? rowEnd : lineEnd;
-        }
-        break;
-    }
-    default:
-        return false;
-    }
-    moveCaret(target, shift, keepX);
-    ensureCursorVisible();
-    return true;
-}
+// Events ------------------------------------------------------------------------------------
 
 bool TextArea::event(QEvent* event)
 {
-    if (event->type() == QEvent::ShortcutOverride) {
-        // Keys the text takes are not the window's shortcuts.
-        auto* key = static_cast<QKeyEvent*>(event);
-        const Qt::KeyboardModifiers modifiers = key->modifiers() & ~Qt::KeypadModifier;
-        const bool plain =
-            !(modifiers & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier));
-        const bool typed = plain && !key->text().isEmpty() && key->text().at(0).isPrint();
-        const bool standard = key == QKeySequence::Copy || key == QKeySequence::Cut ||
-                              key == QKeySequence::Paste || key == QKeySequence::Undo ||
-                              key == QKeySequence::Redo || key == QKeySequence::SelectAll;
-        switch (key->key()) {
-        case Qt::Key_Left:
-        case Qt::Key_Right:
-        case Qt::Key_Up:
-        case Qt::Key_Down:
-        case Qt::Key_Home:
-        case Qt::Key_End:
-        case Qt::Key_PageUp:
-        case Qt::Key_PageDown:
-        case Qt::Key_Backspace:
-        case Qt::Key_Delete:
-            if (!(modifiers & (Qt::AltModifier | Qt::MetaModifier))) {
-                event->accept();
-                return true;
-            }
-            break;
-        default:
-            if (typed || standard) {
-                event->accept();
-                return true;
-            }
-        }
+    // Keys the text takes are not the window's shortcuts.
+    if (event->type() == QEvent::ShortcutOverride &&
+        TextAreaKeys::takes(static_cast<QKeyEvent*>(event))) {
+        event->accept();
+        return true;
     }
     return QAbstractScrollArea::event(event);
 }
 
 void TextArea::keyPressEvent(QKeyEvent* event)
 {
-    if (navigate(event)) {
-        return;
-    }
-    if (event == QKeySequence::Copy) {
-        copy();
-    } else if (event == QKeySequence::Cut) {
-        cut();
-    } else if (event == QKeySequence::Paste) {
-        paste();
-    } else if (event == QKeySequence::Undo) {
-        undo();
-    } else if (event == QKeySequence::Redo) {
-        redo();
-    } else if (event == QKeySequence::SelectAll) {
-        selectAll();
-    } else if (event == QKeySequence::DeleteStartOfWord || event == QKeySequence::DeleteEndOfWord) {
-        if (canEdit() && selectedRange().length == 0) {
-            const TextSnapshot& text = _layout.text();
-            const qsizetype caret = cursorPosition();
-            _selections = {{caret, event == QKeySequence::DeleteStartOfWord
-                                       ? TextBoundaries::previousWord(text, caret)
-                                       : TextBoundaries::nextWord(text, caret)}};
-            replaceSelection(QString(), false);
-        }
+    if (TextAreaKeys::press(*this, event)) {
+        event->accept();
     } else {
-        const Qt::KeyboardModifiers modifiers = event->modifiers() & ~Qt::KeypadModifier;
-        const bool plain =
-            !(modifiers & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier));
-        const QString text = event->text();
-        switch (event->key()) {
-        case Qt::Key_Backspace:
-            deleteBackward();
-            break;
-        case Qt::Key_Delete:
-            deleteForward();
-            break;
-        case Qt::Key_Return:
-        case Qt::Key_Enter:
-            if (!plain) {
-                event->ignore();
-                return;
-            }
-            insertNewline();
-            break;
-        case Qt::Key_Tab:
-            if (modifiers != Qt::NoModifier) {
-                event->ignore();
-                return;
-            }
-            insertTab();
-            break;
-        default:
-            if (text.isEmpty() || !text.at(0).isPrint() ||
-                (modifiers & (Qt::ControlModifier | Qt::MetaModifier))) {
-                event->ignore();
-                return;
-            }
-            insertTypedText(text);
-        }
+        event->ignore();
     }
-    event->accept();
 }
-
-// Input methods ---------------------------------------------------------------------------------
 
 void TextArea::inputMethodEvent(QInputMethodEvent* event)
 {
-    if (!canEdit()) {
-        event->ignore();
-        return;
-    }
-    const qsizetype caret = cursorPosition();
-    if (event->replacementLength() > 0) {
-        const qsizetype from = std::max<qsizetype>(0, caret + event->replacementStart());
-        _selections = {
-            {from, std::min(_layout.text().length(), from + event->replacementLength())}};
-    }
-    const QString preedit = event->preeditString();
-    if (!event->commitString().isEmpty() || event->replacementLength() > 0 ||
-        (!preedit.isEmpty() && selectedRange().length > 0)) {
-        replaceSelection(event->commitString(), true);
-    }
-    TextLayoutCache::Preedit composing;
-    _preeditCursor = preedit.size();
-    if (!preedit.isEmpty()) {
-        const TextSnapshot& text = _layout.text();
-        const qsizetype at = cursorPosition();
-        composing.line = text.lineAt(at);
-        composing.column = at - text.lineStart(composing.line);
-        composing.text = preedit;
-    }
-    for (const QInputMethodEvent::Attribute& attribute : event->attributes()) {
-        if (attribute.type == QInputMethodEvent::TextFormat && !preedit.isEmpty()) {
-            const QTextCharFormat format = attribute.value.value<QTextFormat>().toCharFormat();
-            if (format.isValid()) {
-                composing.formats.append({attribute.start, attribute.length, format});
-            }
-        } else if (attribute.type == QInputMethodEvent::Cursor) {
-            _preeditCursor = std::clamp<qsizetype>(attribute.start, 0, preedit.size());
-        } else if (attribute.type == QInputMethodEvent::Selection && preedit.isEmpty()) {
-            // Relative to the surrounding text: the caret's line.
-            const TextSnapshot& text = _layout.text();
-            const qsizetype base = std::max(text.lineStart(text.lineAt(cursorPosition())),
-                                            cursorPosition() - kSurrounding);
-            setSelections({{base + attribute.start, base + attribute.start + attribute.length}});
-        }
-    }
-    _preedit = composing;
-    _layout.cache().setPreedit(_preedit);
-    if (_preedit.isActive()) {
-        _layout.scrollToShow(cursorPosition());
-    }
-    afterScroll();
-    event->accept();
+    TextAreaInputMethod::event(*this, event);
 }
 
 QVariant TextArea::inputMethodQuery(Qt::InputMethodQuery query) const
 {
-    return inputMethodQuery(query, QVariant());
+    const QVariant answer = TextAreaInputMethod::query(*this, query);
+    return answer.isValid() ? answer : QAbstractScrollArea::inputMethodQuery(query);
 }
 
-QVariant TextArea::inputMethodQuery(Qt::InputMethodQuery query, QVariant argument) const
+void TextArea::mousePressEvent(QMouseEvent* event)
 {
-    auto* self = const_cast<TextArea*>(this);
-    const TextSnapshot& text = _layout.text();
-    const qsizetype caret = cursorPosition();
-    const qsizetype line = text.lineAt(caret);
-    const qsizetype lineStart = text.lineStart(line);
-    const qsizetype from = std::max(lineStart, caret - kSurrounding);
-    const qsizetype to = std::min(lineStart + text.lineLength(line), caret + kSurrounding);
-    switch (query) {
-    case Qt::ImEnabled:
-        return canEdit();
-    case Qt::ImReadOnly:
-        return !canEdit();
-    case Qt::ImHints:
-        return int(Qt::ImhMultiLine);
-    case Qt::ImFont:
-        return textFont();
-    case Qt::ImCursorRectangle: {
-        const QRectF at =
-            self->_layout.caretRect(caret, _preedit.isActive() ? int(_preeditCursor) : 0);
-        return QRect(int(std::floor(at.x())), int(std::floor(at.y())), 1, int(at.height()))
-            .translated(viewport()->pos());
-    }
-    case Qt::ImAbsolutePosition:
-        return caret;
-    case Qt::ImCursorPosition:
-        return caret - from;
-    case Qt::ImAnchorPosition:
-        return std::clamp(_selections.first().anchor, from, to) - from;
-    case Qt::ImSurroundingText:
-        return text.text(Range(from, to - from));
-    case Qt::ImTextBeforeCursor:
-        return text.text(Range(from, caret - from));
-    case Qt::ImTextAfterCursor:
-        return text.text(Range(caret, to - caret));
-    case Qt::ImCurrentSelection: {
-        const Range selection = selectedRange();
-        return text.text(Range(selection.location, std::min(selection.length, kSurrounding)));
-    }
-    case Qt::ImMaximumTextLength:
-        return QVariant();
-    default:
-        Q_UNUSED(argument);
-        return QAbstractScrollArea::inputMethodQuery(query);
-    }
+    setFocus(Qt::MouseFocusReason);
+    commitPreedit();
+    _mouse->press(event);
+}
+
+void TextArea::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    _mouse->doubleClick(event);
+}
+
+void TextArea::mouseMoveEvent(QMouseEvent* event)
+{
+    _mouse->move(event);
+}
+
+void TextArea::mouseReleaseEvent(QMouseEvent* event)
+{
+    _mouse->release(event);
+}
+
+void TextArea::dragEnterEvent(QDragEnterEvent* event)
+{
+    _mouse->dragEnter(event);
+}
+
+void TextArea::dragMoveEvent(QDragMoveEvent* event)
+{
+    _mouse->dragMove(event);
+}
+
+void TextArea::dragLeaveEvent(QDragLeaveEvent*)
+{
+    _mouse->dragLeave();
+}
+
+void TextArea::dropEvent(QDropEvent* event)
+{
+    _mouse->drop(event);
 }
 
 void TextArea::commitPreedit()
@@ -987,150 +756,6 @@ void TextArea::commitPreedit()
         _layout.cache().setPreedit(_preedit);
         viewport()->update();
     }
-}
-
-// Mouse
-// --------------------------------------------------------------------------------------------
-
-void TextArea::mousePressEvent(QMouseEvent* event)
-{
-    setFocus(Qt::MouseFocusReason);
-    commitPreedit();
-    const QPoint point = event->position().toPoint();
-    const qsizetype position = positionAt(point);
-    _pressPoint = point;
-    _mousePoint = point;
-    if (event->button() == Qt::MiddleButton) {
-        QClipboard* clipboard = QGuiApplication::clipboard();
-        if (clipboard->supportsSelection() && canEdit()) {
-            insertFromMimeData(clipboard->mimeData(QClipboard::Selection), {position, 0});
-        }
-        return;
-    }
-    if (event->button() != Qt::LeftButton) {
-        return;
-    }
-    const TextSnapshot& text = _layout.text();
-    const bool shift = event->modifiers() & Qt::ShiftModifier;
-    if (_tripleClick.isActive() &&
-        (point - _doubleClickPoint).manhattanLength() < QApplication::startDragDistance()) {
-        _tripleClick.stop();
-        _unit = Unit::Line;
-        _unitOrigin = TextBoundaries::lineRange(text, position);
-        setSelections({{_unitOrigin.location, _unitOrigin.max()}});
-        _selecting = true;
-        return;
-    }
-    const Range selection = selectedRange();
-    if (!shift && selection.length > 0 && position >= selection.location &&
-        position < selection.max()) {
-        _dragPending = true;
-        return;
-    }
-    if (!shift) {
-        _unit = Unit::Character;
-        _unitOrigin = {position, 0};
-    }
-    moveCaret(position, shift);
-    _selecting = true;
-}
-
-void TextArea::mouseDoubleClickEvent(QMouseEvent* event)
-{
-    if (event->button() != Qt::LeftButton) {
-        return;
-    }
-    const QPoint point = event->position().toPoint();
-    _dragPending = false;
-    _unit = Unit::Word;
-    _unitOrigin = TextBoundaries::wordRange(_layout.text(), positionAt(point));
-    setSelections({{_unitOrigin.location, _unitOrigin.max()}});
-    _selecting = true;
-    _doubleClickPoint = point;
-    _tripleClick.start(QApplication::doubleClickInterval(), this);
-}
-
-void TextArea::mouseMoveEvent(QMouseEvent* event)
-{
-    if (!(event->buttons() & Qt::LeftButton)) {
-        return;
-    }
-    _mousePoint = event->position().toPoint();
-    if (_dragPending) {
-        if ((_mousePoint - _pressPoint).manhattanLength() >= QApplication::startDragDistance()) {
-            _dragPending = false;
-            startDrag();
-        }
-        return;
-    }
-    if (!_selecting) {
-        return;
-    }
-    extendMouseSelection(_mousePoint);
-    const QRect area = viewport()->rect();
-    const bool outside =
-        _mousePoint.y() < area.top() || _mousePoint.y() > area.bottom() ||
-        (!_style.wrap && (_mousePoint.x() < area.left() || _mousePoint.x() > area.right()));
-    if (outside && !_autoScroll.isActive()) {
-        _autoScroll.start(kAutoScrollInterval, this);
-    } else if (!outside) {
-        _autoScroll.stop();
-    }
-}
-
-void TextArea::mouseReleaseEvent(QMouseEvent* event)
-{
-    _autoScroll.stop();
-    if (_dragPending) {
-        _dragPending = false;
-        moveCaret(positionAt(event->position().toPoint()), false);
-    }
-    _selecting = false;
-}
-
-void TextArea::extendMouseSelection(const QPoint& point)
-{
-    const QRect area = viewport()->rect();
-    const QPoint inside(point.x(), std::clamp(point.y(), area.top(), area.bottom()));
-    const qsizetype position = positionAt(inside);
-    if (_unit == Unit::Character) {
-        moveCaret(position, true);
-        return;
-    }
-    const TextSnapshot& text = _layout.text();
-    const Range unit = _unit == Unit::Word ? TextBoundaries::wordRange(text, position)
-                                           : TextBoundaries::lineRange(text, position);
-    // Whole words or lines from where the selection began, on the side the pointer went.
-    if (unit.location < _unitOrigin.location) {
-        setSelections({{_unitOrigin.max(), unit.location}});
-    } else {
-        setSelections({{_unitOrigin.location, std::max(unit.max(), _unitOrigin.max())}});
-    }
-}
-
-void TextArea::autoScroll()
-{
-    const QRect area = viewport()->rect();
-    const qreal rowHeight = _layout.rowHeight();
-    qsizetype rows = 0;
-    if (_mousePoint.y() < area.top()) {
-        rows = -(1 + qsizetype((area.top() - _mousePoint.y()) / rowHeight));
-    } else if (_mousePoint.y() > area.bottom()) {
-        rows = 1 + qsizetype((_mousePoint.y() - area.bottom()) / rowHeight);
-    }
-    if (rows != 0) {
-        _layout.scrollRows(rows);
-    }
-    if (!_style.wrap) {
-        const qreal step = _layout.cache().averageCharWidth() * 4;
-        if (_mousePoint.x() < area.left()) {
-            _layout.setHorizontalOffset(_layout.horizontalOffset() - step);
-        } else if (_mousePoint.x() > area.right()) {
-            _layout.setHorizontalOffset(_layout.horizontalOffset() + step);
-        }
-    }
-    afterScroll();
-    extendMouseSelection(_mousePoint);
 }
 
 void TextArea::contextMenuEvent(QContextMenuEvent* event)
@@ -1159,88 +784,4 @@ QMenu* TextArea::createContextMenu(const QPoint&)
     menu->addSeparator();
     menu->addAction(tr("Select All"), this, &TextArea::selectAll);
     return menu;
-}
-
-// Drag and drop
-// ------------------------------------------------------------------------------------
-
-void TextArea::startDrag()
-{
-    const Range range = selectedRange();
-    const quint64 revision = _store ? _store->revision() : 0;
-    auto* drag = new QDrag(this);
-    drag->setMimeData(new TextMimeData(_layout.text(), range));
-    _droppedHere = false;
-    const Qt::DropActions actions =
-        canEdit() ? Qt::CopyAction | Qt::MoveAction : Qt::DropActions(Qt::CopyAction);
-    const Qt::DropAction done = drag->exec(actions, canEdit() ? Qt::MoveAction : Qt::CopyAction);
-    // Moved to another program or view: the text leaves this one, unless it changed meanwhile.
-    if (done == Qt::MoveAction && !_droppedHere && canEdit() && _store->revision() == revision) {
-        _store->remove(range.location, range.length, tr("Move"));
-    }
-}
-
-void TextArea::dragEnterEvent(QDragEnterEvent* event)
-{
-    if (canEdit() && event->mimeData()->hasText()) {
-        event->acceptProposedAction();
-    } else {
-        event->ignore();
-    }
-}
-
-void TextArea::dragMoveEvent(QDragMoveEvent* event)
-{
-    if (!canEdit() || !event->mimeData()->hasText()) {
-        event->ignore();
-        return;
-    }
-    _dropCaret = positionAt(event->position().toPoint());
-    viewport()->update();
-    event->acceptProposedAction();
-}
-
-void TextArea::dragLeaveEvent(QDragLeaveEvent*)
-{
-    _dropCaret = -1;
-    viewport()->update();
-}
-
-void TextArea::dropEvent(QDropEvent* event)
-{
-    _dropCaret = -1;
-    viewport()->update();
-    if (!canEdit() || !event->mimeData()->hasText()) {
-        event->ignore();
-        return;
-    }
-    const qsizetype at = positionAt(event->position().toPoint());
-    const QString text = withLineFeeds(event->mimeData()->text());
-    // Our own selection, dragged: moved unless Ctrl asks for a copy.
-    const auto* own = qobject_cast<const TextMimeData*>(event->mimeData());
-    const Range selection = selectedRange();
-    const bool fromHere =
-        event->source() == this ||
-        (own && own->range() == selection && own->snapshot().isSameVersion(_layout.text()));
-    const bool move = fromHere && !(event->modifiers() & Qt::ControlModifier);
-    if (move && at >= selection.location && at <= selection.max()) {
-        event->ignore();
-        return;
-    }
-    qsizetype target = at;
-    _ownEdit = true;
-    _store->beginEditBlock(move ? tr("Move") : tr("Drop"));
-    if (move) {
-        _store->remove(selection.location, selection.length);
-        target = at > selection.location ? at - selection.length : at;
-    }
-    _store->insert(target, text);
-    _store->endEditBlock();
-    _ownEdit = false;
-    _droppedHere = true;
-    setSelections({{target, target + text.size()}});
-    ensureCursorVisible();
-    event->setDropAction(move ? Qt::MoveAction : Qt::CopyAction);
-    event->accept();
-    setFocus(Qt::OtherFocusReason);
 }

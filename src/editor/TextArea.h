@@ -15,8 +15,10 @@
 #include <algorithm>
 #include <cstdlib>
 #include <functional>
+#include <memory>
 
 class QMenu;
+class TextAreaMouse;
 class QMimeData;
 class TextFormatProvider;
 class TextStore;
@@ -145,7 +147,6 @@ public:
     TextAreaLayout& textLayout() { return _layout; }
 
     QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
-    Q_INVOKABLE QVariant inputMethodQuery(Qt::InputMethodQuery query, QVariant argument) const;
 
 public Q_SLOTS:
     void undo();
@@ -186,8 +187,11 @@ protected:
     void timerEvent(QTimerEvent* event) override;
 
 private:
-    enum class Unit { Character, Word, Line };
+    friend class TextAreaInputMethod;
+    friend class TextAreaKeys;
+    friend class TextAreaMouse;
 
+    static QString withLineFeeds(QString text);
     void textStoreChanged(const TextChange& change);
     void applyStyle();
     void updateGeometries();
@@ -199,11 +203,6 @@ private:
     void selectionDidChange();
     void replaceSelection(const QString& text, bool typing, const QString& stepName = {});
     void moveCaret(qsizetype position, bool extend, bool keepPreferredX = false);
-    bool navigate(QKeyEvent* event);
-    qsizetype verticalTarget(qsizetype position, qsizetype rows);
-    void extendMouseSelection(const QPoint& point);
-    void autoScroll();
-    void startDrag();
     void paintGutter(QPaintEvent* event);
     void commitPreedit();
 
@@ -230,18 +229,7 @@ private:
     TextLayoutCache::Preedit _preedit;
     qsizetype _preeditCursor = 0;
 
-    // Mouse.
-    Unit _unit = Unit::Character;
-    Range _unitOrigin;
-    QPoint _pressPoint;
-    QPoint _mousePoint;
-    bool _selecting = false;
-    bool _dragPending = false;
-    QBasicTimer _autoScroll;
-    QBasicTimer _tripleClick;
-    QPoint _doubleClickPoint;
-    qsizetype _dropCaret = -1;
-    bool _droppedHere = false;
+    std::unique_ptr<TextAreaMouse> _mouse;
 
     // Layers.
     QWidget* _gutter = nullptr;

@@ -181,10 +181,7 @@ qsizetype TextAreaLayout::positionInRow(RowRef row, qreal x)
         qreal left = 0;
         piece = 0;
         for (; piece + 1 < count; ++piece) {
-            const TextLayoutCache::Entry* entry = _cache.find(row.line, piece);
-            const qreal width =
-                entry ? entry->width
-                      : _cache.estimatedWidth(_cache.pieceColumns(row.line, piece).length);
+            const qreal width = _cache.pieceWidth(row.line, piece);
             if (x < left + width) {
                 break;
             }
@@ -408,10 +405,7 @@ QList<TextAreaLayout::ShownPiece> TextAreaLayout::shownPieces(qreal top, qreal b
         const int count = _cache.pieceCount(line);
         qreal x = 0;
         for (int piece = 0; piece < count && x < right; ++piece) {
-            const TextLayoutCache::Entry* known = _cache.find(line, piece);
-            const qreal estimate =
-                known ? known->width
-                      : _cache.estimatedWidth(_cache.pieceColumns(line, piece).length);
+            const qreal estimate = _cache.pieceWidth(line, piece);
             if (count > 1 && x + estimate < left) {
                 x += estimate;
                 continue;

@@ -328,6 +328,13 @@ qsizetype TextLayoutCache::estimatedRows(qsizetype length) const
     return full * rowsFor(pieceLength) + (rest > 0 ? rowsFor(rest) : 0);
 }
 
+qsizetype TextLayoutCache::nominalLength(qsizetype lineLength, int piece) const
+{
+    // Estimates need no exact edges: a piece is pieceLength long give or take pieceSlack.
+    const qsizetype start = qsizetype(piece) * pieceLength;
+    return std::clamp<qsizetype>(lineLength - start, 0, pieceLength);
+}
+
 int TextLayoutCache::rows(qsizetype line, int piece) const
 {
     if (!_style.wrap) {
@@ -336,7 +343,10 @@ int TextLayoutCache::rows(qsizetype line, int piece) const
     if (const Entry* entry = find(line, piece)) {
         return entry->rows;
     }
-    return int(std::min<qsizetype>(estimatedRows(pieceColumns(line, piece).length), 1 << 24));
+    const qsizetype length = _text.lineLength(line);
+    const qsizetype units =
+        piece == pieceCount(line) - 1 ? length - qsizetype(piece) * pieceLength : pieceLength;
+    return int(std::min<qsizetype>(estimatedRows(std::max<qsizetype>(units, 0)), 1 << 24));
 }
 
 qsizetype TextLayoutCache::rowsOfLine(qsizetype line) const
@@ -344,24 +354,35 @@ qsizetype TextLayoutCache::rowsOfLine(qsizetype line) const
     if (!_style.wrap) {
         return 1;
     }
-    const int count = pieceCount(line);
+    const qsizetype length = _text.lineLength(line);
+    const int count = length <= pieceLength ? 1 : int(1 + (length - 1) / pieceLength);
     if (count == 1) {
         const Entry* entry = find(line, 0);
-        return entry ? entry->rows : estimatedRows(_text.lineLength(line));
+        return entry ? entry->rows : estimatedRows(length);
     }
     qsizetype total = 0;
     for (int k = 0; k < count; ++k) {
-        total += rows(line, k);
+        const Entry* entry = find(line, k);
+        total += entry ? entry->rows
+                       : estimatedRows(k == count - 1 ? length - qsizetype(k) * pieceLength
+                                                      : pieceLength);
     }
     return total;
 }
 
+qreal TextLayoutCache::pieceWidth(qsizetype line, int piece) const
+{
+    const Entry* entry = find(line, piece);
+    return entry ? entry->width : estimatedWidth(nominalLength(_text.lineLength(line), piece));
+}
+
 qreal TextLayoutCache::pieceX(qsizetype line, int piece) const
 {
+    const qsizetype length = piece > 0 ? _text.lineLength(line) : 0;
     qreal x = 0;
     for (int k = 0; k < piece; ++k) {
         const Entry* entry = find(line, k);
-        x += entry ? entry->width : estimatedWidth(pieceColumns(line, k).length);
+        x += entry ? entry->width : estimatedWidth(nominalLength(length, k));
     }
     return x;
 }

@@ -149,6 +149,8 @@ public:
     qsizetype estimatedRows(qsizetype length) const;
     qreal estimatedWidth(qsizetype length) const { return qreal(length) * _charWidth; }
     qreal averageCharWidth() const { return _charWidth; }
+    /// Unwrapped: a piece's width, laid out or estimated.
+    qreal pieceWidth(qsizetype line, int piece) const;
     /// Unwrapped: where a piece starts, from the widths of the pieces before it (laid out or
     /// estimated).
     qreal pieceX(qsizetype line, int piece) const;
@@ -180,6 +182,7 @@ public:
 private:
     static quint64 key(qsizetype line, int piece) { return (quint64(line) << 20) | quint64(piece); }
     qsizetype boundary(qsizetype lineStart, qsizetype lineLength, int k) const;
+    qsizetype nominalLength(qsizetype lineLength, int piece) const;
     void build(Entry& entry);
     QString layoutText(Entry& entry) const;
 

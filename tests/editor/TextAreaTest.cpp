@@ -3,6 +3,7 @@
 #include "EditorTestSupport.h"
 #include "document/TextBuilder.h"
 #include "document/TextStore.h"
+#include "editor/TextBoundaries.h"
 #include "editor/TextFormatProvider.h"
 #include "editor/TextHeightMap.h"
 #include "editor/TextLayoutCache.h"
@@ -710,4 +711,94 @@ TEST(TextAreaTest, ALoadingTextGrowsUnderTheViewWithoutMovingIt)
     area.setLoading(false);
     QTest::keyClicks(&area, QStringLiteral("q"));
     EXPECT_EQ(pane->store.text().length(), all.size() + 1);
+}
+
+TEST(TextAreaTest, CharacterAndWordStopsKeepClustersWhole)
+{
+    enum Stop { Next, Previous, NextWord, PreviousWord, Word, Line };
+    struct Case {
+        const char* name;
+        QString text;
+        Stop stop;
+        qsizetype position;
+        Range expected; // a position is (position, 0)
+    };
+    const QString words = u"foo.bar  baz"_qs;
+    const Case cases[] = {
+        {"a letter with a combining accent", u"e\u0301x"_qs, Next, 0, {2, 0}},
+        {"back over it", u"e\u0301x"_qs, Previous, 2, {0, 0}},
+        {"a surrogate pair", u"a😀b"_qs, Next, 1, {3, 0}},
+        {"an emoji with its skin tone", u"👍🏽!"_qs, Next, 0, {4, 0}},
+        {"a line feed is a character", u"ab\ncd"_qs, Next, 2, {3, 0}},
+        {"next word: past letters", words, NextWord, 0, {3, 0}},
+        {"next word: past a dot", words, NextWord, 3, {4, 0}},
+        {"next word: past the blanks after a word", words, NextWord, 4, {9, 0}},
+        {"previous word: this word's start", words, PreviousWord, 12, {9, 0}},
+        {"previous word: over blanks", words, PreviousWord, 9, {4, 0}},
+        {"previous word at a line start", u"ab\ncd"_qs, PreviousWord, 3, {2, 0}},
+        {"a word", words, Word, 5, {4, 3}},
+        {"just past a word", words, Word, 7, {4, 3}},
+        {"between blanks", words, Word, 8, {7, 2}},
+        {"a line and its line feed", u"ab\ncd"_qs, Line, 1, {0, 3}},
+        {"the last line", u"ab\ncd"_qs, Line, 4, {3, 2}},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE(test.name);
+        const TextSnapshot text = built(test.text);
+        Range found;
+        switch (test.stop) {
+        case Next:
+            found = {TextBoundaries::nextCharacter(text, test.position), 0};
+            break;
+        case Previous:
+            found = {TextBoundaries::previousCharacter(text, test.position), 0};
+            break;
+        case NextWord:
+            found = {TextBoundaries::nextWord(text, test.position), 0};
+            break;
+        case PreviousWord:
+            found = {TextBoundaries::previousWord(text, test.position), 0};
+            break;
+        case Word:
+            found = TextBoundaries::wordRange(text, test.position);
+            break;
+        case Line:
+            found = TextBoundaries::lineRange(text, test.position);
+            break;
+        }
+        EXPECT_EQ(found, test.expected);
+    }
+}
+
+TEST(TextAreaTest, PositionsAndPointsAgreeAcrossThePiecesOfALongLine)
+{
+    // A line of 30,000 units is laid out in pieces; where they meet, the text runs on as if
+    // it were one layout: unwrapped, one character width further; wrapped, on the next row.
+    QString line;
+    for (int i = 0; line.size() < 30000; ++i) {
+        line += QStringLiteral("w%1 ").arg(i % 1000);
+    }
+    for (bool wrap : {false, true}) {
+        SCOPED_TRACE(wrap ? "wrapped" : "unwrapped");
+        auto pane = makePane(u"before\n"_qs + line + u"\nafter"_qs, wrap, QSize(400, 300));
+        TextArea& area = pane->area;
+        TextLayoutCache& cache = area.textLayout().cache();
+        ASSERT_GT(cache.pieceCount(1), 6);
+        const qreal width = cache.averageCharWidth();
+        for (int piece = 1; piece < cache.pieceCount(1); ++piece) {
+            const qsizetype edge = 7 + cache.pieceColumns(1, piece).start;
+            area.scrollRangeToVisible({edge, 0});
+            const QRect last = area.rectForPosition(edge - 1);
+            const QRect first = area.rectForPosition(edge);
+            if (wrap) {
+                EXPECT_EQ(first.top(), last.top() + int(area.textLayout().rowHeight()));
+            } else {
+                EXPECT_EQ(first.top(), last.top());
+                EXPECT_NEAR(first.left() - last.left(), width, 1.5) << "piece " << piece;
+            }
+            for (qsizetype position : {edge - 2, edge, edge + 1}) {
+                EXPECT_EQ(area.positionAt(pointOf(area, position)), position) << position;
+            }
+        }
+    }
 }

@@ -392,6 +392,52 @@ QString EncodingManager::replaceLineBreaks(qsizetype lineBreaks, const QString& 
     return text;
 }
 
+LineBreakCounts EncodingManager::countLineBreaks(QStringView text)
+{
+    LineBreakCounts counts;
+    qsizetype cr = text.indexOf(u'\r');
+    if (cr < 0) {
+        // Most texts: line feeds alone, counted at memory speed.
+        counts.lineFeeds = text.count(u'\n');
+        return counts;
+    }
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const char16_t c = text[i].unicode();
+        if (c == u'\n') {
+            ++counts.lineFeeds;
+        } else if (c == u'\r') {
+            if (i + 1 < text.size() && text[i + 1] == u'\n') {
+                ++counts.carriageReturnLineFeeds;
+                ++i;
+            } else {
+                ++counts.carriageReturns;
+            }
+        }
+    }
+    return counts;
+}
+
+NonTextReason EncodingManager::nonTextReason(QStringView text)
+{
+    if (text.contains(QChar(0))) {
+        return NonTextReason::NulCharacters;
+    }
+    // The start of the file tells: a text with some control characters here and there (a
+    // backspace of overstruck output, a bell) is still text.
+    const QStringView head = text.first(qMin<qsizetype>(text.size(), 1 << 16));
+    qsizetype controls = 0;
+    for (QChar c : head) {
+        const char16_t u = c.unicode();
+        if ((u < 0x20 && u != u'\t' && u != u'\n' && u != u'\r' && u != u'\f' && u != 0x0B &&
+             u != 0x1B) ||
+            (u >= 0x7F && u < 0xA0)) {
+            ++controls;
+        }
+    }
+    return !head.isEmpty() && controls * 4 > head.size() ? NonTextReason::ControlCharacters
+                                                         : NonTextReason::None;
+}
+
 QString EncodingManager::lineBreaksLongTitle(qsizetype lineBreaks)
 {
     switch (lineBreaks) {
@@ -418,4 +464,10 @@ QString EncodingManager::lineBreaksShortTitle(qsizetype lineBreaks)
     default:
         return {};
     }
+}
+
+QString EncodingManager::lineBreaksStatusTitle(qsizetype lineBreaks)
+{
+    return lineBreaks == KeepLineBreaks ? QStringLiteral("Line breaks as read")
+                                        : lineBreaksShortTitle(lineBreaks);
 }

@@ -471,6 +471,11 @@ void TextView::replaceCharactersInRange(Range range, const QString& string)
 
 void TextView::insertTextAtSelection(const QString& text)
 {
+    // Scripts put their output here too: a read-only text takes none.
+    if (isReadOnly()) {
+        SystemBeep::beep();
+        return;
+    }
     QTextCursor cursor = textCursor();
     cursor.insertText(text);
     setTextCursor(cursor);

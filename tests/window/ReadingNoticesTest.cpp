@@ -74,6 +74,7 @@ TEST(ReadingNotices, AFileThatIsNotTextIsReadOnlyUntilEditAnyway)
     QTest::keyClick(view, Qt::Key_Tab);
     QTest::keyClick(view, Qt::Key_Backspace);
     view->shiftRight(nullptr);
+    view->insertTextAtSelection(QStringLiteral("script output"));
     EXPECT_TRUE(view->isReadOnly());
     EXPECT_EQ(window.document->string(), before);
     EXPECT_FALSE(window.document->isDocumentEdited());

@@ -162,4 +162,18 @@ TEST(ReadingNotices, ReopeningInAnotherEncodingCanBeUndone)
                      "(UTF-8).|If possible, select a different text encoding.");
     EXPECT_EQ(window.document->string(), QStringLiteral("Gr\u00b8\ufb02e\n"));
     EXPECT_EQ(window.document->documentEncoding(), 30u);
+
+    // A file read in the wrong encoding is put right, although its text as shown ("ƒeƒXƒg")
+    // could not be written in the right one: without edits, the file's bytes decide.
+    DocumentController& documents = DocumentController::sharedDocumentController();
+    documents.setIsOpenPanel(true);
+    documents.setOpenPanelEncoding(12);
+    OpenWindow misread(
+        TestSupport::writeFile(dir + "/test-in-japanese.txt", "\x83\x65\x83\x58\x83\x67\n"));
+    documents.setOpenPanelEncoding(~quint64(0));
+    ASSERT_NE(misread.controller, nullptr);
+    ASSERT_EQ(misread.document->string(), QStringLiteral("\u0192e\u0192X\u0192g\n"));
+    misread.controller->reopenUsingEncoding(0x80000A01);
+    EXPECT_EQ(misread.document->string(), QStringLiteral("テスト\n"));
+    EXPECT_FALSE(misread.document->isDocumentEdited());
 }

@@ -322,7 +322,10 @@ bool Document::prepareReading(DecodedContents& contents, const QString& fileName
             state.lineBreaks = UserDefaults::standardUserDefaults().integerForKey(
                 QStringLiteral("DefaultsLineBreaks"));
         }
-        state.reading.lineBreakCounts = EncodingManager::countLineBreaks(contents.text);
+        // Without a CR, every line break is an LF: nothing to mix, nothing to count.
+        if (contents.lineBreaks == 1 || contents.lineBreaks == 2) {
+            state.reading.lineBreakCounts = EncodingManager::countLineBreaks(contents.text);
+        }
     }
     std::optional<CharacterStandIns> standIns =
         CharacterStandIns::forText(contents.text, keepLineBreaks);

@@ -104,9 +104,9 @@ public:
     /// as they were read (the style is EncodingManager::KeepLineBreaks) unless the user
     /// chooses a style.
     void editAnyway();
-    /// How many line breaks of each kind the file read last held (none counted for a file
-    /// whose line breaks are kept). When it mixed kinds, a save writes them all in the
-    /// document's style.
+    /// How many line breaks of each kind the file read last held, counted when it held a CR
+    /// (without one they are all LFs) and its line breaks are not kept. When it mixed kinds,
+    /// a save writes them all in the document's style.
     LineBreakCounts lineBreaksAsRead() const { return _reading.lineBreakCounts; }
 
     /// The encoding stored in a file's "com.apple.TextEncoding" attribute; all ones when

@@ -7,7 +7,9 @@
 #include <uchardet.h>
 
 #include <algorithm>
+#include <array>
 #include <iterator>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -56,6 +58,32 @@ qsizetype firstNonAscii(QByteArrayView data)
     return -1;
 }
 
+// The bytes beyond ASCII that `data` holds, and how many there are, counted up to `enough`;
+// the plain ASCII stretches of a large file are passed over at memory speed.
+struct HighBytes {
+    std::array<bool, 256> present{};
+    qsizetype count = 0;
+};
+
+HighBytes highBytesIn(QByteArrayView data, qsizetype enough)
+{
+    HighBytes high;
+    constexpr qsizetype block = 4096;
+    for (qsizetype start = 0; start < data.size() && high.count < enough; start += block) {
+        const QByteArrayView part = data.sliced(start, qMin(block, data.size() - start));
+        if (UnicodeText::isAscii(part)) {
+            continue;
+        }
+        for (const char c : part) {
+            if (uchar(c) >= 0x80) {
+                high.present[uchar(c)] = true;
+                ++high.count;
+            }
+        }
+    }
+    return high;
+}
+
 quint64 encodingFromUchardet(QByteArrayView data, qsizetype nonAscii)
 {
     const qsizetype from = qMax<qsizetype>(0, nonAscii - 4096);
@@ -84,6 +112,47 @@ quint64 encodingFromUchardet(QByteArrayView data, qsizetype nonAscii)
         return StringEncoding::NoEncoding;
     }
     return StringEncoding::convertEncodingToNSStringEncoding(encoding);
+}
+
+// What a judgement looks at: the lines that hold bytes beyond ASCII, from all over the data,
+// up to about 64 KB; null when the data are small enough to be judged whole. A line starts
+// after a line feed and ends with one, which no encoding judged here has inside a character;
+// a line too long is cut after a byte of ASCII.
+QByteArray judgedLines(QByteArrayView data)
+{
+    if (data.size() <= plausibilitySample) {
+        return QByteArray();
+    }
+    QByteArray sample;
+    constexpr qsizetype block = 4096;
+    qsizetype taken = 0; // the end of the last line taken
+    for (qsizetype start = 0; start < data.size() && sample.size() < plausibilitySample;
+         start += block) {
+        const QByteArrayView part = data.sliced(start, qMin(block, data.size() - start));
+        if (UnicodeText::isAscii(part)) {
+            continue;
+        }
+        for (qsizetype i = qMax(start, taken); i < start + part.size(); ++i) {
+            if (uchar(data[i]) < 0x80) {
+                continue;
+            }
+            const qsizetype lineStart = taken + data.sliced(taken, i - taken).lastIndexOf('\n') + 1;
+            qsizetype lineEnd = data.indexOf('\n', i);
+            lineEnd = lineEnd < 0 ? data.size() : lineEnd + 1;
+            lineEnd = qMin(lineEnd, lineStart + plausibilitySample - sample.size());
+            while (lineEnd > i + 1 && lineEnd < data.size() && data[lineEnd - 1] != '\n' &&
+                   uchar(data[lineEnd - 1]) >= 0x80) {
+                --lineEnd;
+            }
+            sample += data.sliced(lineStart, lineEnd - lineStart);
+            taken = lineEnd;
+            i = lineEnd - 1;
+            if (sample.size() >= plausibilitySample) {
+                break;
+            }
+        }
+    }
+    return sample.isEmpty() ? data.first(plausibilitySample).toByteArray() : sample;
 }
 
 // Whether every character of the encoding is one byte. (The list's others take several for
@@ -399,16 +468,36 @@ bool isRare(quint64 encoding)
     return cf < 0x100 || (cf >= 0x400 && cf < 0x500) || cf == 0xB01;
 }
 
+// Whether the single-byte encoding reads every byte of `data` as Windows Latin 1 does.
+bool readsAsWindowsLatin1(QByteArrayView data, quint64 encoding)
+{
+    if (!isSingleByte(encoding)) {
+        return false;
+    }
+    const HighBytes high = highBytesIn(data, std::numeric_limits<qsizetype>::max());
+    for (int byte = 0x80; byte < 0x100; ++byte) {
+        if (high.present[byte]) {
+            const QByteArray one(1, char(byte));
+            const std::optional<QString> mine = TextCodec::decode(encoding, one);
+            if (!mine || mine != TextCodec::decode(WindowsLatin1, one)) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
 // Below this, no reading is plausible: the bytes are better read one for one, in the Western
 // encoding, which keeps every byte.
 constexpr double plausibleEnough = 0.5;
 
-} // namespace
-
-double EncodingDetector::plausibility(QByteArrayView data, quint64 encoding)
+// How plausible `head` is as text in `encoding` (see EncodingDetector::plausibility).
+double judge(QByteArrayView head, quint64 encoding)
 {
-    const QByteArrayView head = data.first(qMin(data.size(), plausibilitySample));
-    std::optional<QString> text;
+    const std::optional<QString> text = TextCodec::decode(encoding, head);
+    if (!text) {
+        return -1;
+    }
     Tally tally;
     switch (encoding) {
     case ShiftJIS:
@@ -428,31 +517,20 @@ double EncodingDetector::plausibility(QByteArrayView data, quint64 encoding)
         tally = tallyEucKr(head);
         break;
     case ISO2022JP: {
-        text = TextCodec::decode(encoding, data);
-        if (!text) {
-            return -1;
-        }
         // What stands between the escapes is JIS X 0208: judged as EUC-JP.
         const std::optional<QByteArray> euc = TextCodec::encode(EUCJP, *text);
         if (!euc) {
             return 0;
         }
-        tally = tallyEucJp(euc->first(qMin(euc->size(), plausibilitySample)));
+        tally = tallyEucJp(*euc);
         break;
     }
     default:
         if (!isSingleByte(encoding)) {
             return -1;
         }
-        text = TextCodec::decode(encoding, data);
-        if (!text) {
-            return -1;
-        }
-        tally = tallySingleByte(QStringView(*text).first(qMin(text->size(), plausibilitySample)));
+        tally = tallySingleByte(*text);
         break;
-    }
-    if (!text && !TextCodec::decode(encoding, data).has_value()) {
-        return -1;
     }
     double score = tally.score();
     // Japanese is written with kana between the kanji: ideographs alone in EUC-JP, whose rows
@@ -461,6 +539,14 @@ double EncodingDetector::plausibility(QByteArrayView data, quint64 encoding)
         score *= 0.5;
     }
     return score;
+}
+
+} // namespace
+
+double EncodingDetector::plausibility(QByteArrayView data, quint64 encoding)
+{
+    const QByteArray sample = judgedLines(data);
+    return judge(sample.isNull() ? data : QByteArrayView(sample), encoding);
 }
 
 quint64 EncodingDetector::detect(QByteArrayView data, const QList<quint64>& offered, QString& text)
@@ -485,8 +571,9 @@ quint64 EncodingDetector::detect(QByteArrayView data, const QList<quint64>& offe
     // uchardet knows the double-byte encodings well, even from a line; its answer is taken
     // when the bytes decode in it.
     const quint64 answer = encodingFromUchardet(data, qMax<qsizetype>(nonAscii, 0));
-    const bool answered =
-        answer != StringEncoding::NoEncoding && answer != UTF16 && offered.contains(answer);
+    // UTF-8 is known not to decode by now.
+    const bool answered = answer != StringEncoding::NoEncoding && answer != UTF16 &&
+                          answer != UTF8 && offered.contains(answer);
     if (answered && !isSingleByte(answer) && TextCodec::decode(answer, data, text)) {
         return answer;
     }
@@ -498,51 +585,52 @@ quint64 EncodingDetector::detect(QByteArrayView data, const QList<quint64>& offe
     // texts it has no answer. Then the reading most plausible as text decides, among its
     // answer and the encodings people most often wrote text in; a tie goes to the first in
     // that order, except that the Mac OS and DOS encodings, rare in files met today, give way.
-    const qsizetype beyondAscii =
-        nonAscii < 0 ? 0 : std::count_if(data.begin() + nonAscii, data.end(), [](char c) {
-            return uchar(c) >= 0x80;
-        });
-    quint64 best = StringEncoding::NoEncoding;
-    double bestScore = -1;
-    if (answered && isSingleByte(answer) && beyondAscii >= trustedAnswerBytes) {
-        if (const double score = plausibility(data, answer); score >= 0) {
-            best = answer;
-            bestScore = score;
+    QList<std::pair<quint64, double>> readings; // most plausible first
+    const QByteArray sample = judgedLines(data);
+    const QByteArrayView judged = sample.isNull() ? data : QByteArrayView(sample);
+    if (answered && isSingleByte(answer) &&
+        highBytesIn(data.sliced(qMax<qsizetype>(nonAscii, 0)), trustedAnswerBytes).count >=
+            trustedAnswerBytes) {
+        if (const double score = judge(judged, answer); score >= 0) {
+            readings.append({answer, 1});
         }
     }
-    if (best == StringEncoding::NoEncoding) {
-        QList<quint64> readings;
+    if (readings.isEmpty()) {
+        QList<quint64> order;
         if (answered) {
-            readings.append(answer);
+            order.append(answer);
         }
         for (const quint64 candidate : candidates) {
             if (candidate != answer) {
-                readings.append(candidate);
+                order.append(candidate);
             }
         }
-        for (const quint64 encoding : readings) {
+        for (const quint64 encoding : order) {
             if (!offered.contains(encoding) || (encoding == ISO2022JP && !data.contains('\x1B'))) {
                 continue;
             }
-            const double score = plausibility(data, encoding) - (isRare(encoding) ? 0.01 : 0);
-            if (score > bestScore) {
-                best = encoding;
-                bestScore = score;
+            if (const double score = judge(judged, encoding); score >= 0) {
+                readings.append({encoding, score - (isRare(encoding) ? 0.01 : 0)});
             }
         }
+        std::stable_sort(readings.begin(), readings.end(),
+                         [](const auto& a, const auto& b) { return a.second > b.second; });
     }
     // Bytes that read as no text at all are read one for one, which keeps every byte; and
-    // where the answer reads the same as Windows Latin 1, the most common of all is taken.
-    if (offered.contains(WindowsLatin1) && best != WindowsLatin1 &&
-        (bestScore < plausibleEnough ||
-         (isSingleByte(best) &&
-          TextCodec::decode(best, data) == TextCodec::decode(WindowsLatin1, data)))) {
-        best = WindowsLatin1;
+    // where the best reading is the same as Windows Latin 1's, the most common of all is taken.
+    if (!readings.isEmpty() && offered.contains(WindowsLatin1) &&
+        readings.front().first != WindowsLatin1 &&
+        (readings.front().second < plausibleEnough ||
+         readsAsWindowsLatin1(data, readings.front().first))) {
+        readings.prepend({WindowsLatin1, 1});
     }
-    if (best != StringEncoding::NoEncoding && TextCodec::decode(best, data, text)) {
-        return best;
+    // The judgement saw the start of the data; the whole must decode.
+    for (const auto& reading : readings) {
+        if (TextCodec::decode(reading.first, data, text)) {
+            return reading.first;
+        }
     }
-    if (best != WindowsLatin1 && decodes(WindowsLatin1)) {
+    if (decodes(WindowsLatin1)) {
         return WindowsLatin1;
     }
     text.clear();

@@ -140,7 +140,7 @@ TEST(FileContents, MixedLineBreaksAreCountedAndSavedInTheDocumentsStyle)
          "first\r\nsecond\r\nthird\r\nfourth\r\n"},
         {"a\rb\nc", {1, 1, 0}, true, 1, "a\rb\rc"},
         {"a\r\nb\r\n", {0, 0, 2}, false, 2, "a\r\nb\r\n"},
-        {"a\nb", {1, 0, 0}, false, 0, "a\nb"},
+        {"a\nb", {0, 0, 0}, false, 0, "a\nb"}, // all LFs: not counted
         {"ab", {0, 0, 0}, false, 0, "ab"},
     };
     for (const auto& c : cases) {

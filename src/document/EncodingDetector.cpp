@@ -39,7 +39,7 @@ constexpr std::pair<const char*, quint32> detectorNames[] = {
 // of a large file would only cost time, since the whole file is decoded anyway before its
 // answer is taken.
 constexpr qsizetype detectorSample = 4 << 20;
-// Plausibility is judged on the start of the text: enough to be sure, and quick.
+// Plausibility is judged on this many bytes at most: enough to be sure, and quick.
 constexpr qsizetype plausibilitySample = 1 << 16;
 
 qsizetype firstNonAscii(QByteArrayView data)
@@ -624,7 +624,7 @@ quint64 EncodingDetector::detect(QByteArrayView data, const QList<quint64>& offe
          readsAsWindowsLatin1(data, readings.front().first))) {
         readings.prepend({WindowsLatin1, 1});
     }
-    // The judgement saw the start of the data; the whole must decode.
+    // The judgement saw part of the data; the whole must decode.
     for (const auto& reading : readings) {
         if (TextCodec::decode(reading.first, data, text)) {
             return reading.first;

@@ -10,6 +10,7 @@
 #include "platform/TextCodec.h"
 #include "platform/UserDefaults.h"
 
+#include <QAbstractUndoItem>
 #include <QFile>
 #include <QFileInfo>
 #include <QHash>
@@ -205,10 +206,12 @@ void Document::setFileStamp(const std::optional<FileStamp>& stamp)
 QString Document::string() const
 {
     QString text = _textStorage->toRawText();
+    // Every U+2029 in the storage ends a block: the characters themselves have stand-ins.
     text.replace(QChar::ParagraphSeparator, u'\n');
     if (isLoading()) {
         text += QStringView(_pendingText).sliced(_pendingOffset);
     }
+    _reading.standIns.restore(text);
     return text;
 }
 
@@ -347,16 +350,18 @@ bool Document::loadContents(const QString& path, quint64 encoding, QString* erro
         contents.lineBreaks = NSNotFound;
     }
 
+    ReadState state;
+    QString storageText;
+    if (!prepareReading(contents, info.fileName(), state, storageText, error)) {
+        return false;
+    }
+
     // A large text goes in piece by piece: the first piece now, so the window can show it at
     // once, the rest from the event loop (see appendPendingText).
     const bool wasLoading = isLoading();
     _loadTimer->stop();
-    _pendingText = std::move(contents.text);
+    _pendingText = std::move(storageText);
     _pendingOffset = 0;
-    if (_pendingText.contains(u'\r')) {
-        // The text keeps line feeds only; the file's own style is applied again on saving.
-        _pendingText = EncodingManager::sharedEncodingManager().replaceLineBreaks(0, _pendingText);
-    }
     _textStorage->setUndoRedoEnabled(false);
     _textStorage->clear();
     appendPendingText(kFirstLoadPiece);
@@ -372,12 +377,83 @@ bool Document::loadContents(const QString& path, quint64 encoding, QString* erro
 
     _fileStamp = stamp;
     _changeOnDiskReported = false;
-    _documentEncoding = contents.encoding;
-    if (contents.lineBreaks != NSNotFound) {
-        _documentLineBreaks = contents.lineBreaks;
-    }
-    Q_EMIT documentInformationChanged();
+    applyReadState(state, true);
     return true;
+}
+
+bool Document::prepareReading(DecodedContents& contents, const QString& fileName, ReadState& state,
+                              QString& storageText, QString* error) const
+{
+    state.encoding = contents.encoding;
+    state.reading.nonText = EncodingManager::nonTextReason(contents.text);
+    // A file that is not text keeps each line break as it is, CRs included: rewriting them
+    // would change bytes the user never touched.
+    const bool keepLineBreaks = state.reading.nonText != NonTextReason::None;
+    if (keepLineBreaks) {
+        state.lineBreaks = EncodingManager::KeepLineBreaks;
+    } else {
+        if (contents.lineBreaks != NSNotFound) {
+            state.lineBreaks = contents.lineBreaks;
+        } else if (_documentLineBreaks != EncodingManager::KeepLineBreaks) {
+            state.lineBreaks = _documentLineBreaks;
+        } else {
+            state.lineBreaks = UserDefaults::standardUserDefaults().integerForKey(
+                QStringLiteral("DefaultsLineBreaks"));
+        }
+        // Without a CR, every line break is an LF: nothing to mix, nothing to count.
+        if (contents.lineBreaks == 1 || contents.lineBreaks == 2) {
+            state.reading.lineBreakCounts = EncodingManager::countLineBreaks(contents.text);
+        }
+    }
+    std::optional<CharacterStandIns> standIns =
+        CharacterStandIns::forText(contents.text, keepLineBreaks);
+    if (!standIns) {
+        if (error) {
+            *error = tr("The file “%1” could not be opened: it uses nearly every character "
+                        "there is, and the editor needs one of them for its own use.")
+                         .arg(fileName);
+        }
+        return false;
+    }
+    state.reading.standIns = std::move(*standIns);
+    storageText = std::move(contents.text);
+    contents.text = QString();
+    if (!keepLineBreaks && storageText.contains(u'\r')) {
+        // The text keeps line feeds only; the file's own style is applied again on saving.
+        storageText = EncodingManager::sharedEncodingManager().replaceLineBreaks(0, storageText);
+    }
+    state.reading.standIns.substitute(storageText);
+    return true;
+}
+
+Document::ReadState Document::readState() const
+{
+    return {_documentEncoding, _documentLineBreaks, _reading, _editAnyway};
+}
+
+void Document::applyReadState(const ReadState& state, bool announce)
+{
+    const bool wasReadOnly = isReadOnly();
+    _documentEncoding = state.encoding;
+    _documentLineBreaks = state.lineBreaks;
+    _reading = state.reading;
+    _editAnyway = state.editAnyway;
+    Q_EMIT documentInformationChanged();
+    if (announce) {
+        Q_EMIT contentsRead();
+    }
+    if (wasReadOnly != isReadOnly()) {
+        Q_EMIT readOnlyChanged(isReadOnly());
+    }
+}
+
+void Document::editAnyway()
+{
+    if (!isReadOnly()) {
+        return;
+    }
+    _editAnyway = true;
+    Q_EMIT readOnlyChanged(false);
 }
 
 void Document::appendPendingText(qsizetype length)
@@ -519,23 +595,73 @@ bool Document::revertToContentsOfURL(const QString& path, const QString& type, Q
 std::unique_ptr<Document> Document::duplicateAndReturnError() const
 {
     auto duplicate = std::make_unique<Document>();
+    QString text = string();
+    // The copy holds the same characters, so the same stand-ins serve it.
+    _reading.standIns.substitute(text);
+    duplicate->_reading.standIns = _reading.standIns;
     duplicate->_textStorage->setUndoRedoEnabled(false);
-    duplicate->_textStorage->setPlainText(string());
+    duplicate->_textStorage->setPlainText(text);
     duplicate->_textStorage->setUndoRedoEnabled(true);
     duplicate->_documentEncoding = _documentEncoding;
     duplicate->_documentLineBreaks = _documentLineBreaks;
     return duplicate;
 }
 
-void Document::setTextStorage(const QString& text)
+// The undo command of a replacement of the whole text: it puts back the state that went with
+// each text (encoding, line-break style, stand-ins, what the window says about the file).
+// Within the edit block it is undone before the text and redone after it.
+class Document::ReadingUndo : public QAbstractUndoItem
+{
+public:
+    ReadingUndo(Document* document, ReadState before, ReadState after, bool announce)
+        : _document(document)
+        , _before(std::move(before))
+        , _after(std::move(after))
+        , _announce(announce)
+    {}
+    void undo() override { _document->applyReadState(_before, _announce); }
+    void redo() override { _document->applyReadState(_after, _announce); }
+
+private:
+    Document* _document;
+    ReadState _before;
+    ReadState _after;
+    bool _announce;
+};
+
+void Document::replaceUndoably(const QString& storageText, const ReadState& after, bool announce)
 {
     // What is still waiting to go in belongs to the text being replaced.
     finishLoading();
     QTextCursor cursor(_textStorage);
     cursor.beginEditBlock();
     cursor.select(QTextCursor::Document);
-    cursor.insertText(text);
+    cursor.insertText(storageText);
+    _textStorage->appendUndoItem(new ReadingUndo(this, readState(), after, announce));
     cursor.endEditBlock();
+    applyReadState(after, announce);
+}
+
+void Document::setTextStorage(const QString& text)
+{
+    ReadState after = readState();
+    // The new text may hold characters the old one did not, which need stand-ins of their own;
+    // when it uses nearly every character, those become line breaks as typed ones would.
+    const bool keepLineBreaks = _documentLineBreaks == EncodingManager::KeepLineBreaks;
+    after.reading.standIns =
+        CharacterStandIns::forText(text, keepLineBreaks).value_or(CharacterStandIns());
+    QString storageText = text;
+    after.reading.standIns.substitute(storageText);
+    if (after.reading.standIns == _reading.standIns) {
+        finishLoading();
+        QTextCursor cursor(_textStorage);
+        cursor.beginEditBlock();
+        cursor.select(QTextCursor::Document);
+        cursor.insertText(storageText);
+        cursor.endEditBlock();
+        return;
+    }
+    replaceUndoably(storageText, after, false);
 }
 
 bool Document::rereadWithEncoding(quint64 encoding, QString* error)
@@ -543,32 +669,53 @@ bool Document::rereadWithEncoding(quint64 encoding, QString* error)
     if (_fileURL.isEmpty()) {
         return false;
     }
-    DecodedContents contents = EncodingManager::sharedEncodingManager().contentsOfURL(
-        QUrl::fromLocalFile(_fileURL), encoding, _priorityToJapaneseEncoding);
-    if (!contents.isValid()) {
+    const auto fail = [&](const QString& message) {
         if (error) {
-            *error = tr("The file “%1” could not be read using text encoding %2.")
-                         .arg(displayName(), encodingName(encoding));
+            *error = message;
         }
         return false;
+    };
+    DecodedContents contents = EncodingManager::sharedEncodingManager().contentsOfURL(
+        QUrl::fromLocalFile(_fileURL), encoding, _priorityToJapaneseEncoding,
+        maximumLineLength * 8);
+    if (contents.unreadable) {
+        return fail(tr("The file “%1” could not be read.").arg(displayName()));
+    }
+    if (contents.longLine > 0) {
+        return fail(tr("The file “%1” could not be read using text encoding %2: line %3 is "
+                       "longer than %4 characters.")
+                        .arg(displayName(), encodingName(encoding),
+                             QLocale().toString(qlonglong(contents.longLine)),
+                             QLocale().toString(qlonglong(maximumLineLength))));
+    }
+    if (!contents.isValid()) {
+        return fail(tr("The file “%1” could not be read using text encoding %2.")
+                        .arg(displayName(), encodingName(encoding)));
     }
     if (const auto line = EncodingManager::lineLongerThan(contents.text, maximumLineLength)) {
-        if (error) {
-            *error = tr("The file “%1” could not be read using text encoding %2: line %3 is "
-                        "longer than %4 characters.")
-                         .arg(displayName(), encodingName(encoding),
-                              QLocale().toString(qlonglong(line->first)),
-                              QLocale().toString(qlonglong(maximumLineLength)));
-        }
+        return fail(tr("The file “%1” could not be read using text encoding %2: line %3 is "
+                       "longer than %4 characters.")
+                        .arg(displayName(), encodingName(encoding),
+                             QLocale().toString(qlonglong(line->first)),
+                             QLocale().toString(qlonglong(maximumLineLength))));
+    }
+    ReadState after;
+    QString storageText;
+    if (!prepareReading(contents, displayName(), after, storageText, error)) {
         return false;
     }
+    // The style stays the user's, unless the file turns out to be text or not text only now.
+    const bool keptBefore = _documentLineBreaks == EncodingManager::KeepLineBreaks;
+    const bool keptAfter = after.lineBreaks == EncodingManager::KeepLineBreaks;
+    if (keptBefore == keptAfter) {
+        after.lineBreaks = _documentLineBreaks;
+    }
+    after.editAnyway = _editAnyway && keptAfter;
+    replaceUndoably(storageText, after, true);
     _fileStamp = FileStamp::ofFile(_fileURL);
-    // Undo history and the modified state stay as they were.
-    const bool modified = _textStorage->isModified();
-    _textStorage->setUndoRedoEnabled(false);
-    _textStorage->setPlainText(contents.text);
-    _textStorage->setUndoRedoEnabled(true);
-    _textStorage->setModified(modified);
+    _changeOnDiskReported = false;
+    // The text is the file's once more; undo brings the edits back, and marks them unsaved.
+    _textStorage->setModified(false);
     return true;
 }
 

@@ -263,7 +263,7 @@ Document* DocumentController::openDocumentWithContentsOfURL(const QString& path,
                 controller->window()->raise();
                 controller->window()->activateWindow();
             }
-            _isOpenPanel = false;
+            // Nothing was read: the open panel's encoding is still for the next file read.
             return document;
         }
     }

@@ -1,6 +1,7 @@
 #include "window/DocumentWindow.h"
 
 #include "window/FunctionPopUp.h"
+#include "window/InformationBar.h"
 
 #include <QCloseEvent>
 #include <QComboBox>
@@ -30,6 +31,14 @@ DocumentWindow::DocumentWindow(QWidget* parent)
     top->addStretch(1);
     layout->addLayout(top);
 
+    _barArea = new QWidget(central);
+    _barArea->setObjectName(QStringLiteral("informationBars"));
+    auto* bars = new QVBoxLayout(_barArea);
+    bars->setContentsMargins(4, 0, 4, 2);
+    bars->setSpacing(2);
+    _barArea->hide();
+    layout->addWidget(_barArea);
+
     _splitView = new QSplitter(Qt::Vertical, central);
     _splitView->setObjectName(QStringLiteral("splitView"));
     _splitView->setChildrenCollapsible(false);
@@ -51,6 +60,29 @@ DocumentWindow::DocumentWindow(QWidget* parent)
 
     setCentralWidget(central);
     resize(900, 700);
+}
+
+void DocumentWindow::addInformationBar(InformationBar* bar)
+{
+    bar->setParent(_barArea);
+    _barArea->layout()->addWidget(bar);
+    bar->show();
+    _bars.removeIf([](const QPointer<InformationBar>& shown) { return shown.isNull(); });
+    _bars.append(bar);
+    _barArea->show();
+    connect(bar, &InformationBar::dismissed, this,
+            [this] { _barArea->setVisible(!informationBars().isEmpty()); });
+}
+
+QList<InformationBar*> DocumentWindow::informationBars() const
+{
+    QList<InformationBar*> bars;
+    for (const QPointer<InformationBar>& bar : _bars) {
+        if (bar && !bar->isHidden()) {
+            bars.append(bar);
+        }
+    }
+    return bars;
 }
 
 void DocumentWindow::closeEvent(QCloseEvent* event)

@@ -10,6 +10,7 @@
 #include "platform/UserDefaults.h"
 #include "scripts/ScriptCommands.h"
 #include "scripts/ScriptManager.h"
+#include "window/TabWindow.h"
 
 #include <QIcon>
 #include <QMessageBox>
@@ -36,6 +37,8 @@ Application::~Application()
 {
     // Windows and their panes must go while the application object can still take them down.
     DocumentController::sharedDocumentController().discardAllDocuments();
+    // Tab windows left without tabs are on their way out; no event loop is left to finish it.
+    qDeleteAll(TabWindow::tabWindows());
     // The settings reach the disk now, while the program's folders are certain to be there,
     // not from a static destructor after main() has returned.
     UserDefaults::standardUserDefaults().synchronize();

@@ -22,6 +22,7 @@
 #include <QFileIconProvider>
 #include <QFileInfo>
 #include <QGridLayout>
+#include <QHash>
 #include <QIcon>
 #include <QLabel>
 #include <QMenu>
@@ -30,6 +31,7 @@
 #include <QPrinter>
 #include <QPushButton>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -160,6 +162,10 @@ namespace {
 const QString kRecentDocuments = QStringLiteral("RecentDocumentPaths");
 // Triplets of window identifier, encoding and path of the documents open when the last run ended.
 const QString kRestorableDocuments = QStringLiteral("RestorableDocuments");
+// One entry per triplet: empty for a window of its own; for a tab, the number of its tab window,
+// followed by "*" for the current tab. The triplets of a tab window's tabs are in tab order.
+const QString kRestorableDocumentTabs = QStringLiteral("RestorableDocumentTabs");
+const QString kOpenDocumentsInTabs = QStringLiteral("OpenDocumentsInTabs");
 constexpr int kMaximumRecentDocuments = 15;
 constexpr quint64 kAutomatic = ~quint64(0);
 constexpr quint64 kUTF8 = 4;
@@ -203,10 +209,19 @@ Accessory addAccessory(QFileDialog& panel, bool withLineBreaks)
 
 Document* DocumentController::currentDocument() const
 {
-    for (Document* document : _documents) {
+    // A tab window is active for each of its tabs; only the current tab is in front.
+    const auto inFront = [this](Document* document) {
         WindowController* controller = windowControllerOf(document);
-        if (controller && controller->window() && controller->window()->isActiveWindow()) {
+        return controller && controller->window() && controller->window()->isFrontTab();
+    };
+    for (Document* document : _documents) {
+        if (inFront(document) && windowControllerOf(document)->window()->isActiveWindow()) {
             return document;
+        }
+    }
+    for (auto it = _documents.rbegin(); it != _documents.rend(); ++it) {
+        if (inFront(*it)) {
+            return *it;
         }
     }
     return _documents.empty() ? nullptr : _documents.back();
@@ -218,7 +233,7 @@ WindowController* DocumentController::windowControllerOf(Document* document) con
                     : nullptr;
 }
 
-Document* DocumentController::addDocument(Document* document, bool display)
+Document* DocumentController::addDocument(Document* document, bool display, Placement placement)
 {
     _documents.push_back(document);
     RecoveryStore::sharedRecoveryStore().watch(document);
@@ -231,10 +246,11 @@ Document* DocumentController::addDocument(Document* document, bool display)
         std::erase(_documents, document);
         document->deleteLater();
     });
-    if (display) {
-        window->show();
-        window->raise();
-        window->activateWindow();
+    if (display && placement.tabGroup) {
+        *placement.tabGroup = window->presentAsTab(*placement.tabGroup);
+    } else if (display) {
+        window->present(placement.bySetting &&
+                        UserDefaults::standardUserDefaults().boolForKey(kOpenDocumentsInTabs));
     }
     return document;
 }
@@ -259,9 +275,7 @@ Document* DocumentController::openDocumentWithContentsOfURL(const QString& path,
         if (document->fileURL() == absolute) {
             if (WindowController* controller = windowControllerOf(document);
                 controller && display) {
-                controller->window()->show();
-                controller->window()->raise();
-                controller->window()->activateWindow();
+                controller->window()->bringToFront();
             }
             // Nothing was read: the open panel's encoding is still for the next file read.
             return document;
@@ -499,6 +513,10 @@ bool DocumentController::closeDocument(Document* document)
     WindowController* controller = windowControllerOf(document);
     QWidget* window = controller ? controller->window() : nullptr;
     if (document->isDocumentEdited()) {
+        // The question is about the tab the user sees.
+        if (controller && controller->window()) {
+            controller->window()->selectTab();
+        }
         QMessageBox question(
             QMessageBox::Warning,
             tr("Do you want to save the changes you made in “%1”?").arg(document->displayName()),
@@ -542,28 +560,79 @@ void DocumentController::discardAllDocuments()
 
 void DocumentController::noteDocumentsForRestoration()
 {
-    QStringList entries;
+    // Windows in the order their first document was opened, the tabs of a window in their order.
+    struct Place {
+        int window;
+        int tab;
+        bool isTab;
+        bool front;
+        Document* document;
+    };
+    std::vector<Place> places;
+    QHash<const void*, int> windowNumbers;
     for (Document* document : _documents) {
-        if (!document->fileURL().isEmpty()) {
-            entries << document->windowIdentifier() << QString::number(document->documentEncoding())
-                    << document->fileURL();
+        WindowController* controller = windowControllerOf(document);
+        DocumentWindow* window = controller ? controller->window() : nullptr;
+        const void* tabs = window ? static_cast<const void*>(window->tabWindow()) : nullptr;
+        const void* key = tabs ? tabs : document;
+        if (!windowNumbers.contains(key)) {
+            windowNumbers.insert(key, int(windowNumbers.size()));
         }
+        places.push_back({windowNumbers.value(key), tabs ? window->tabIndex() : 0, tabs != nullptr,
+                          window && window->isFrontTab(), document});
     }
-    UserDefaults::standardUserDefaults().setObject(entries, kRestorableDocuments);
+    std::stable_sort(places.begin(), places.end(), [](const Place& a, const Place& b) {
+        return std::pair(a.window, a.tab) < std::pair(b.window, b.tab);
+    });
+    QStringList entries;
+    QStringList tabs;
+    for (const Place& place : places) {
+        Document* document = place.document;
+        if (document->fileURL().isEmpty()) {
+            continue;
+        }
+        entries << document->windowIdentifier() << QString::number(document->documentEncoding())
+                << document->fileURL();
+        tabs << (place.isTab ? QString::number(place.window) +
+                                   (place.front ? QStringLiteral("*") : QString())
+                             : QString());
+    }
+    UserDefaults& defaults = UserDefaults::standardUserDefaults();
+    defaults.setObject(entries, kRestorableDocuments);
+    defaults.setObject(tabs, kRestorableDocumentTabs);
 }
 
 int DocumentController::reopenDocumentsOfLastRun()
 {
     UserDefaults& defaults = UserDefaults::standardUserDefaults();
     const QStringList entries = defaults.objectForKey(kRestorableDocuments).toStringList();
+    const QStringList tabs = defaults.objectForKey(kRestorableDocumentTabs).toStringList();
     defaults.removeObjectForKey(kRestorableDocuments);
+    defaults.removeObjectForKey(kRestorableDocumentTabs);
     int reopened = 0;
+    QHash<QString, TabWindow*> tabWindows;
+    QList<DocumentWindow*> frontTabs;
     for (qsizetype i = 0; i + 2 < entries.size(); i += 3) {
         // A file that went away since is simply not brought back.
-        if (QFileInfo(entries[i + 2]).isFile() &&
-            reopenDocumentForURL(entries[i + 2], entries[i + 1].toULongLong(), entries[i])) {
-            ++reopened;
+        if (!QFileInfo(entries[i + 2]).isFile()) {
+            continue;
         }
+        QString place = tabs.value(i / 3);
+        const bool front = place.endsWith(u'*');
+        place.chop(front ? 1 : 0);
+        Document* document =
+            reopenDocument(entries[i + 2], entries[i + 1].toULongLong(), entries[i],
+                           {false, place.isEmpty() ? nullptr : &tabWindows[place]});
+        if (!document) {
+            continue;
+        }
+        ++reopened;
+        if (WindowController* controller = windowControllerOf(document); controller && front) {
+            frontTabs << controller->window();
+        }
+    }
+    for (DocumentWindow* window : frontTabs) {
+        window->selectTab();
     }
     return reopened;
 }
@@ -571,9 +640,20 @@ int DocumentController::reopenDocumentsOfLastRun()
 Document* DocumentController::reopenDocumentForURL(const QString& path, quint64 encoding,
                                                    const QString& identifier)
 {
+    return reopenDocument(path, encoding, identifier, {true, nullptr});
+}
+
+Document* DocumentController::reopenDocument(const QString& path, quint64 encoding,
+                                             const QString& identifier, Placement placement)
+{
     const QString absolute = QFileInfo(path).absoluteFilePath();
     for (Document* open : _documents) {
         if (open->fileURL() == absolute) {
+            // Already back (recovered with its unsaved changes, say): it joins its tab window.
+            if (WindowController* controller = windowControllerOf(open);
+                controller && placement.tabGroup) {
+                *placement.tabGroup = controller->window()->presentAsTab(*placement.tabGroup);
+            }
             return open;
         }
     }
@@ -588,7 +668,7 @@ Document* DocumentController::reopenDocumentForURL(const QString& path, quint64 
         presentError(activeWindowOr(nullptr), error);
         return nullptr;
     }
-    return addDocument(document, true);
+    return addDocument(document, true, placement);
 }
 
 QStringList DocumentController::recentDocumentURLs() const

@@ -2,6 +2,7 @@
 
 #include "window/FunctionPopUp.h"
 #include "window/InformationBar.h"
+#include "window/TabWindow.h"
 
 #include <QCloseEvent>
 #include <QComboBox>
@@ -92,6 +93,7 @@ void DocumentWindow::closeEvent(QCloseEvent* event)
         return;
     }
     event->accept();
+    Q_EMIT closed();
 }
 
 void DocumentWindow::changeEvent(QEvent* event)
@@ -99,5 +101,63 @@ void DocumentWindow::changeEvent(QEvent* event)
     if (event->type() == QEvent::ActivationChange && isActiveWindow()) {
         Q_EMIT becameActive();
     }
+    if (event->type() == QEvent::ParentChange && tabWindow()) {
+        Q_EMIT tabWindowChanged();
+    }
     QMainWindow::changeEvent(event);
+}
+
+TabWindow* DocumentWindow::tabWindow() const
+{
+    return isWindow() ? nullptr : qobject_cast<TabWindow*>(window());
+}
+
+int DocumentWindow::tabIndex() const
+{
+    const TabWindow* tabs = tabWindow();
+    return tabs ? tabs->indexOf(this) : -1;
+}
+
+bool DocumentWindow::isFrontTab() const
+{
+    const TabWindow* tabs = tabWindow();
+    return !tabs || tabs->currentDocumentWindow() == this;
+}
+
+void DocumentWindow::present(bool asTab)
+{
+    if (asTab) {
+        presentAsTab(TabWindow::frontTabWindow());
+        return;
+    }
+    show();
+    raise();
+    activateWindow();
+}
+
+TabWindow* DocumentWindow::presentAsTab(TabWindow* tabWindow)
+{
+    if (!tabWindow) {
+        tabWindow = new TabWindow;
+        tabWindow->resize(size());
+    }
+    tabWindow->insertDocumentWindow(-1, this);
+    bringToFront();
+    return tabWindow;
+}
+
+void DocumentWindow::selectTab()
+{
+    if (TabWindow* tabs = tabWindow()) {
+        tabs->setCurrentDocumentWindow(this);
+    }
+}
+
+void DocumentWindow::bringToFront()
+{
+    selectTab();
+    QWidget* shown = window();
+    shown->show();
+    shown->raise();
+    shown->activateWindow();
 }

@@ -11,6 +11,7 @@ class QComboBox;
 class QLabel;
 class QProgressBar;
 class QSplitter;
+class TabWindow;
 
 /// The top-level window of one document: the function pop-up and the information bars above
 /// the editor panes, the panes in a split view, and the status line with the progress
@@ -36,8 +37,29 @@ public:
     /// Asked before the window closes; returning false keeps it open.
     void setCloseHandler(std::function<bool()> handler) { _closeHandler = std::move(handler); }
 
+    /// The tab window this document window is a tab of; null when it is a window of its own.
+    TabWindow* tabWindow() const;
+    /// The tab's position in its tab window; -1 for a window of its own.
+    int tabIndex() const;
+    /// Whether this is what its window shows: a window of its own, or the current tab.
+    bool isFrontTab() const;
+    /// Shows the window as a window of its own, or, with `asTab`, as a new tab of the front
+    /// tab window (a new tab window when there is none).
+    void present(bool asTab);
+    /// Shows the window as the last tab of `tabWindow` (of a new tab window when null), moving
+    /// it there from wherever it is; returns the tab window.
+    TabWindow* presentAsTab(TabWindow* tabWindow);
+    /// Makes this the current tab of its tab window.
+    void selectTab();
+    /// Shows the window, raised and active, with its tab selected.
+    void bringToFront();
+
 Q_SIGNALS:
     void becameActive();
+    /// The window has closed (its close was not refused).
+    void closed();
+    /// The window became a tab, or moved to another tab window.
+    void tabWindowChanged();
 
 protected:
     void closeEvent(QCloseEvent* event) override;

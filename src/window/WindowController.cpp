@@ -711,19 +711,20 @@ void WindowController::swicthSidebarType(qint64 type)
     _isSidebarView = !_isSidebarView;
     _isFullScreen = _window->isFullScreen();
     // Outside full screen the window grows by the sidebar and the editor keeps its width; in
-    // full screen the editor gives up the room. One resize, not an animated series: each
-    // step would lay a wrapped text out again.
+    // full screen, and in a tab, whose window the other tabs share, the editor gives up the
+    // room. One resize, not an animated series: each step would lay a wrapped text out again.
+    const bool growsWindow = !_isFullScreen && _window->isWindow();
     if (_isSidebarView) {
         _sidebarView->showPane(type);
         _sidebarView->updateInformationOfDocument(_document, _selectedSyntaxName);
         _sidebarView->show();
-        if (!_isFullScreen) {
+        if (growsWindow) {
             _window->resize(_window->width() + SidebarView::Width, _window->height());
         }
         setWindowIdentifier(QString::number(type) + u':' + syntax);
     } else if (_lastSelectedType == type) {
         _sidebarView->hide();
-        if (!_isFullScreen) {
+        if (growsWindow) {
             _window->resize(_window->width() - SidebarView::Width, _window->height());
         }
         setWindowIdentifier(kNone + u':' + syntax);

@@ -103,21 +103,19 @@ TEST(DiskChangeNotices, AnUnmodifiedDocumentFollowsItsFileAndKeepsItsPlace)
     window.view()->setTextCursor(cursor);
     window.view()->verticalScrollBar()->setValue(120);
 
-    // Written in place, then replaced by renaming a new file over it, as editors and git do.
-    const struct {
-        const char* script;
-        const char* firstLine;
-    } changes[] = {
-        {R"(printf 'new first line\r\n' > "$1.new" && cat "$1" >> "$1.new" && cat "$1.new" > "$1")",
-         "new first line"},
-        {R"(sed 's/caf/Caf/' "$1" > "$1.new" && mv "$1.new" "$1")", "new first line"},
+    // Written in place (in one write, over the whole of it), then replaced by renaming a new
+    // file over it, as editors and git do.
+    const char* const changes[] = {
+        R"(printf 'new first line\r\n' > "$1.new" && cat "$1" >> "$1.new" &&
+           dd if="$1.new" of="$1" bs=1M conv=notrunc status=none)",
+        R"(sed 's/caf/Caf/' "$1" > "$1.new" && mv "$1.new" "$1")",
     };
     const std::pair<int, int> caret = window.caret();
-    for (const auto& change : changes) {
+    for (const char* change : changes) {
         const QString before = window.document->string();
-        anotherProgram(change.script, path);
+        anotherProgram(change, path);
         QTRY_VERIFY(window.document->string() != before);
-        EXPECT_TRUE(window.document->string().startsWith(change.firstLine));
+        EXPECT_TRUE(window.document->string().startsWith("new first line\nline 1 "));
         EXPECT_FALSE(window.document->isDocumentEdited());
         EXPECT_EQ(window.bar(), nullptr);
         EXPECT_EQ(window.caret(), caret);
@@ -221,9 +219,10 @@ TEST(DiskChangeNotices, ADeletedOrRenamedFileIsSaidAndWrittenAgainBySave)
     QTRY_VERIFY(window.bar() != nullptr);
     EXPECT_EQ(window.bar()->message(), "“todo.txt” is no longer on disk: another program deleted "
                                        "or moved it. Save writes it again.");
-    // Put back by the other program, with other contents: the untouched text follows it.
-    anotherProgram(R"(printf 'bread\n' > "$1")", path);
-    QTRY_VERIFY(window.document->string() == "bread\n");
+    // Put back by the other program, with other contents in another encoding: the untouched
+    // text follows it, detecting the encoding as an opening does.
+    anotherProgram(R"(printf 'Br\366tchen\n' > "$1")", path);
+    QTRY_VERIFY(window.document->string() == QStringLiteral("Br\u00f6tchen\n"));
     EXPECT_EQ(window.bar(), nullptr);
     EXPECT_FALSE(window.document->isDocumentEdited());
 
@@ -234,6 +233,6 @@ TEST(DiskChangeNotices, ADeletedOrRenamedFileIsSaidAndWrittenAgainBySave)
     QTest::keyClicks(window.view(), "butter");
     QTest::keyClick(window.view(), Qt::Key_Return);
     ASSERT_TRUE(DocumentController::sharedDocumentController().saveDocument(window.document));
-    EXPECT_EQ(TestSupport::readFile(path), "bread\nbutter\n");
+    EXPECT_EQ(TestSupport::readFile(path), "Br\xf6tchen\nbutter\n");
     QTRY_VERIFY(window.bar() == nullptr);
 }

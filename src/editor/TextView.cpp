@@ -17,6 +17,7 @@
 #include "platform/UserDefaults.h"
 #include "syntax/CompletionCandidates.h"
 #include "syntax/CompletionManager.h"
+#include "syntax/SyntaxDefinitionFolder.h"
 #include "syntax/SyntaxManager.h"
 
 #include <QAbstractTextDocumentLayout>
@@ -400,7 +401,7 @@ void TextView::setSyntaxDictionary(const QVariantMap& syntaxDictionary)
 
 void TextView::setSyntaxDictionay(const QString& path)
 {
-    setSyntaxDictionary(PropertyList::readDictionary(path).value_or(QVariantMap()));
+    setSyntaxDictionary(SyntaxDefinitionFolder::definition(path).value_or(QVariantMap()));
     syntaxAllColoring();
 }
 

@@ -1,10 +1,10 @@
 #include "search/SearchManager.h"
 
+#include "editor/FindIndicator.h"
 #include "editor/LayoutManager.h"
 #include "editor/TextView.h"
 #include "editor/UndoActionNames.h"
 #include "platform/UserDefaults.h"
-#include "search/FindIndicator.h"
 #include "search/SearchEngine.h"
 
 #include <QApplication>

@@ -4,6 +4,7 @@
 #include "app/FindMenu.h"
 #include "app/MainMenu.h"
 #include "document/Document.h"
+#include "editor/FindIndicator.h"
 #include "editor/LayoutManager.h"
 #include "editor/TextView.h"
 #include "editor/UndoActionNames.h"
@@ -369,4 +370,33 @@ TEST(SidebarView, GoToPane)
     empty.sidebar()->gotoController()->gotoField()->setText("1");
     empty.sidebar()->gotoController()->gotoLine(nullptr);
     EXPECT_FALSE(empty.controller->textView()->layoutManager()->hasBackgroundHighlights());
+}
+
+TEST(SidebarView, FoundAndGoneToRangesShowTheSameIndicatorAsABrace)
+{
+    resetEngine();
+    Window window(QStringLiteral("alpha\nbeta alpha\ngamma\n"));
+    TextView* view = window.controller->textView();
+    const auto indicated = [view] {
+        QList<Range> shown;
+        for (FindIndicator* indicator : view->viewport()->findChildren<FindIndicator*>()) {
+            if (indicator->isVisible()) {
+                shown << indicator->range();
+            }
+        }
+        return shown;
+    };
+    window.controller->swicthSidebarType(SidebarView::SearchType);
+    SearchController* search = window.sidebar()->searchController();
+    view->setSelectedRange({0, 0});
+    QTest::keyClicks(search->searchField(), "alpha");
+    QTest::keyClick(search->searchField(), Qt::Key_Return);
+    EXPECT_EQ(indicated(), QList<Range>({Range(11, 5)}));
+
+    window.action("findMenu", "Go to Line…")->trigger();
+    GotoController* gotoPane = window.sidebar()->gotoController();
+    QTest::keyClicks(gotoPane->gotoField(), "3");
+    QTest::keyClick(gotoPane->gotoField(), Qt::Key_Return);
+    EXPECT_EQ(indicated(), QList<Range>({Range(17, 6)}));
+    resetEngine();
 }

@@ -108,7 +108,13 @@ public:
     /// laid out again. Returns the number of blocks whose formats changed.
     int applyTemporaryAttributes(qreal top, qreal bottom);
 
+Q_SIGNALS:
+    /// The background highlights this pane had laid down went away, through whichever pane
+    /// on the document removed or replaced them.
+    void backgroundHighlightsRemoved();
+
 private:
+    void clearBackgroundHighlights();
     void textStorageDidChange(int position, int removed, int added);
     void colorsChanged(Range range);
 

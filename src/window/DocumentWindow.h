@@ -5,6 +5,7 @@
 #include <functional>
 
 class QComboBox;
+class QIcon;
 class QLabel;
 class QProgressBar;
 class QSplitter;
@@ -22,6 +23,9 @@ public:
     QLabel* infoField() const { return _infoField; }
     QProgressBar* indicator() const { return _indicator; }
     QComboBox* functionPopUp() const { return _functionPopUp; }
+
+    /// The style's mark of a partly checked box, for a menu item in the mixed state.
+    QIcon mixedStateIcon() const;
 
     /// Asked before the window closes; returning false keeps it open.
     void setCloseHandler(std::function<bool()> handler) { _closeHandler = std::move(handler); }

@@ -421,17 +421,21 @@ bool WindowController::validateMenuItem(QAction* item) const
     case SyntaxTag: {
         const QString title = item->text();
         const bool isDefault = title == u"Default For File Type";
-        item->setProperty("mixedState", false);
         if (_defaultForFileType && !_syntaxColouring) {
             item->setChecked(isDefault);
         } else if (!_defaultForFileType && _syntaxColouring) {
             item->setChecked(title == _selectedSyntaxName);
         } else if (_defaultForFileType && _syntaxColouring) {
-            // Qt menus have no mixed state: the item shows a partial mark in its title.
-            item->setProperty("mixedState", isDefault);
             item->setChecked(!isDefault && title == _selectedSyntaxName);
         } else {
             item->setChecked(title == u"None");
+        }
+        if (isDefault) {
+            // Qt menus have no mixed state: the item shows the style's own mark of a
+            // partly checked box where its check mark would be.
+            item->setIcon(_defaultForFileType && _syntaxColouring && _window
+                              ? _window->mixedStateIcon()
+                              : QIcon());
         }
         break;
     }

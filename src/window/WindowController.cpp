@@ -67,6 +67,18 @@ WindowController::WindowController(Document* document)
     connect(Application::instance(), &Application::NotifUpdatePreferences, this,
             &WindowController::updatePreferences);
     connect(document, &Document::documentInformationChanged, this, [this] {
+        // A new document named on the command line, or saved under a new name, takes the
+        // syntax of its extension at once when the window chooses by file type.
+        const QString file = _document->fileURL();
+        if (file != _syntaxFileURL) {
+            const bool newExtension =
+                _syntaxFileURL.isEmpty() ||
+                QFileInfo(file).suffix() != QFileInfo(_syntaxFileURL).suffix();
+            _syntaxFileURL = file;
+            if (_defaultForFileType && newExtension) {
+                syntaxSettingToTextView();
+            }
+        }
         updateToolbarInformation();
         updateTitle();
     });
@@ -240,6 +252,7 @@ void WindowController::syntaxSettingToTextView()
     if (!view) {
         return;
     }
+    _syntaxFileURL = _document->fileURL();
     if (_defaultForFileType && !_document->fileURL().isEmpty()) {
         const QString path = SyntaxDefinitionFolder::definitionPathForExtension(
             QFileInfo(_document->fileURL()).suffix());

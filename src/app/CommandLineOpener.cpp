@@ -130,13 +130,14 @@ private:
     {
         WindowController* controller =
             DocumentController::sharedDocumentController().windowControllerOf(_document);
-        auto* alert = new QMessageBox(
-            QMessageBox::Warning, tr("The standard input could not be read to its end."),
+        auto* alert = new QMessageBox(QMessageBox::Warning, QString(),
+                                      tr("The standard input could not be read to its end."),
+                                      QMessageBox::Ok, controller ? controller->window() : nullptr);
+        alert->setInformativeText(
             tr("Line %L1 is longer than %L2 characters, and lines that long cannot be edited. "
                "The text up to there is in the window.")
                 .arg(_line)
-                .arg(Document::maximumLineLength),
-            QMessageBox::Ok, controller ? controller->window() : nullptr);
+                .arg(Document::maximumLineLength));
         alert->setAttribute(Qt::WA_DeleteOnClose);
         alert->show();
     }

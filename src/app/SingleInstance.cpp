@@ -88,8 +88,9 @@ QString SingleInstance::Open(const QStringList& arguments)
     if (!problems.isEmpty()) {
         const QString text = problems.join(u'\n');
         // Shown without waiting, so the other process has its answer at once.
-        auto* alert = new QMessageBox(QMessageBox::Warning, tr("The files could not be opened."),
-                                      text, QMessageBox::Ok);
+        auto* alert = new QMessageBox(QMessageBox::Warning, QString(),
+                                      tr("The files could not be opened."), QMessageBox::Ok);
+        alert->setInformativeText(text);
         alert->setAttribute(Qt::WA_DeleteOnClose);
         alert->show();
         return text;

@@ -388,10 +388,11 @@ void DocumentController::revertDocumentToSaved(Document* document)
     }
     WindowController* controller = windowControllerOf(document);
     QWidget* window = controller ? controller->window() : nullptr;
-    QMessageBox question(QMessageBox::Question,
+    QMessageBox question(QMessageBox::Question, QString(),
                          tr("Do you want to revert to the most recently saved version of “%1”?")
                              .arg(document->displayName()),
-                         tr("Your current changes will be lost."), QMessageBox::Cancel, window);
+                         QMessageBox::Cancel, window);
+    question.setInformativeText(tr("Your current changes will be lost."));
     QPushButton* revert = question.addButton(tr("Revert"), QMessageBox::DestructiveRole);
     question.setWindowModality(Qt::WindowModal);
     question.exec();
@@ -455,10 +456,10 @@ bool DocumentController::closeDocument(Document* document)
     QWidget* window = controller ? controller->window() : nullptr;
     if (document->isDocumentEdited()) {
         QMessageBox question(
-            QMessageBox::Warning,
+            QMessageBox::Warning, QString(),
             tr("Do you want to save the changes you made in “%1”?").arg(document->displayName()),
-            tr("Your changes will be lost if you don’t save them."),
             QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, window);
+        question.setInformativeText(tr("Your changes will be lost if you don’t save them."));
         question.button(QMessageBox::Discard)->setText(tr("Don’t Save"));
         question.setDefaultButton(QMessageBox::Save);
         question.setWindowModality(Qt::WindowModal);

@@ -662,11 +662,11 @@ void WindowController::shareUsing(int tag)
     const QString text = _document->string();
     const qsizetype limit = tag <= 1 ? 64 * 1024 : 4 * 1024;
     if (text.size() > limit) {
-        QMessageBox alert(QMessageBox::Warning, tr("The text is too long to share this way."),
-                          tr("The whole text is shared, and this service takes at most %L1 "
-                             "characters. Send the file as an attachment instead.")
-                              .arg(limit),
-                          QMessageBox::Ok, _window);
+        QMessageBox alert(QMessageBox::Warning, QString(),
+                          tr("The text is too long to share this way."), QMessageBox::Ok, _window);
+        alert.setInformativeText(tr("The whole text is shared, and this service takes at most %L1 "
+                                    "characters. Send the file as an attachment instead.")
+                                     .arg(limit));
         alert.setWindowModality(Qt::WindowModal);
         alert.exec();
         return;

@@ -101,7 +101,10 @@ QString SingleInstance::Open(const QStringList& arguments)
         DocumentController& controller = DocumentController::sharedDocumentController();
         QList<Document*> opened = CommandLineOpener::open(commandLine);
         if (commandLine.files().empty()) {
-            opened << controller.newDocument();
+            // Started again from a launcher or a shell: the editor comes forward as it is,
+            // with a new window only when it has none.
+            Document* front = controller.currentDocument();
+            opened << (front ? front : controller.newDocument());
         }
         if (!opened.isEmpty()) {
             if (WindowController* window = controller.windowControllerOf(opened.last())) {

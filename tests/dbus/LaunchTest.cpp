@@ -2,6 +2,7 @@
 // and a killed editor's unsaved text comes back at the next start.
 #include "TestSupport.h"
 #include "document/Document.h"
+#include "platform/UserDefaults.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
@@ -108,6 +109,69 @@ TEST(Launch, ASecondInvocationOpensItsFileInTheFirstEditor)
     editor.kill();
     editor.waitForFinished();
     EXPECT_TRUE(editorGone());
+}
+
+TEST(Launch, APlainSecondInvocationBringsTheEditorForwardWithoutANewWindow)
+{
+    ASSERT_TRUE(bus().isConnected()) << "no session bus";
+    const QString dir = TestSupport::makeTempDir();
+    const auto invoke = [](const QStringList& arguments) {
+        QProcess invocation;
+        invocation.start(QStringLiteral(TESSARAN_EXECUTABLE), arguments);
+        return invocation.waitForFinished(20000) &&
+               invocation.exitStatus() == QProcess::NormalExit && invocation.exitCode() == 0;
+    };
+    // A file opened after the plain invocations has its window only once they are done, so
+    // the count then tells what they did.
+    const auto countAfterOpening = [&](const QString& name) {
+        const QString file = TestSupport::writeFile(dir + u'/' + name, "text\n");
+        EXPECT_TRUE(invoke({file}));
+        EXPECT_TRUE(QTest::qWaitFor(
+            [&] { return frontDocumentProperty(QStringLiteral("filePath")).toString() == file; },
+            5000));
+        return applicationProperty(QStringLiteral("count")).toInt();
+    };
+    const struct {
+        const char* name;
+        bool untitledAtStart;
+        QStringList arguments;
+        int documentsAtStart;
+        int documentsAfterTwoPlainInvocations; // before the file opened to count them
+    } cases[] = {
+        {"a window open", true, {TestSupport::writeFile(dir + "/open.txt", "open\n")}, 1, 1},
+        // No window at all: the first plain invocation opens one, the second only raises it.
+        {"no window", false, {}, 0, 1},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        // Its own settings and data folders: nothing recovered, untitled window as asked.
+        const QString home = TestSupport::makeTempDir();
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("XDG_DATA_HOME"), home + "/data");
+        environment.insert(QStringLiteral("XDG_CONFIG_HOME"), home + "/config");
+        {
+            UserDefaults settings(home + "/config/Tessaran/Tessaran.conf");
+            settings.setBool(c.untitledAtStart, QStringLiteral("ShouldOpenUntitledFile"));
+            settings.synchronize();
+        }
+        QProcess editor;
+        editor.setProcessEnvironment(environment);
+        editor.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        editor.start(QStringLiteral(TESSARAN_EXECUTABLE), c.arguments);
+        ASSERT_TRUE(editorListening());
+        EXPECT_TRUE(QTest::qWaitFor(
+            [&] {
+                return applicationProperty(QStringLiteral("count")).toInt() == c.documentsAtStart;
+            },
+            5000));
+        EXPECT_TRUE(invoke({}));
+        EXPECT_TRUE(invoke({}));
+        EXPECT_EQ(countAfterOpening(QStringLiteral("%1.txt").arg(c.documentsAtStart)),
+                  c.documentsAfterTwoPlainInvocations + 1);
+        editor.kill();
+        editor.waitForFinished();
+        EXPECT_TRUE(editorGone());
+    }
 }
 
 TEST(Launch, AKilledEditorsUnsavedTextIsOfferedBack)

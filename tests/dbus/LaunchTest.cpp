@@ -17,6 +17,9 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -172,6 +175,71 @@ TEST(Launch, APlainSecondInvocationBringsTheEditorForwardWithoutANewWindow)
         editor.waitForFinished();
         EXPECT_TRUE(editorGone());
     }
+}
+
+TEST(Launch, ASecondInvocationHandsOverStandardInputAndRefusesPipesAndDevices)
+{
+    ASSERT_TRUE(bus().isConnected()) << "no session bus";
+    const QString dir = TestSupport::makeTempDir();
+    const QString first = TestSupport::writeFile(dir + "/first.txt", "one\n");
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("XDG_DATA_HOME"), TestSupport::makeTempDir());
+    QProcess editor;
+    editor.setProcessEnvironment(environment);
+    editor.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    editor.start(QStringLiteral(TESSARAN_EXECUTABLE), {first});
+    ASSERT_TRUE(editorListening());
+    const auto contentsBecome = [](const QString& expected) {
+        return QTest::qWaitFor(
+            [&] {
+                return frontDocumentProperty(QStringLiteral("contents")).toString() == expected;
+            },
+            10000);
+    };
+
+    // echo hi | tessaran -
+    QProcess echo;
+    echo.start(QStringLiteral(TESSARAN_EXECUTABLE), {QStringLiteral("-")});
+    echo.write("hi\n");
+    echo.closeWriteChannel();
+    ASSERT_TRUE(echo.waitForFinished(20000));
+    EXPECT_EQ(echo.exitCode(), 0);
+    EXPECT_TRUE(contentsBecome(QStringLiteral("hi\n")));
+    EXPECT_EQ(applicationProperty(QStringLiteral("count")).toInt(), 2);
+    EXPECT_EQ(frontDocumentProperty(QStringLiteral("filePath")).toString(), "");
+
+    // The invocation returns at once; what comes later still arrives in the window.
+    const QString fifo = dir + "/input";
+    ASSERT_EQ(::mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+    // Opened for reading too, so that the invocation's opening of it does not wait.
+    const int writer = ::open(QFile::encodeName(fifo).constData(), O_RDWR);
+    ASSERT_GE(writer, 0);
+    QProcess streamed;
+    streamed.setStandardInputFile(fifo);
+    streamed.start(QStringLiteral(TESSARAN_EXECUTABLE), {QStringLiteral("-")});
+    ASSERT_EQ(::write(writer, "one\n", 4), 4);
+    EXPECT_TRUE(streamed.waitForFinished(20000));
+    EXPECT_EQ(streamed.exitCode(), 0);
+    EXPECT_TRUE(contentsBecome(QStringLiteral("one\n")));
+    ASSERT_EQ(::write(writer, "two\n", 4), 4);
+    ::close(writer);
+    EXPECT_TRUE(contentsBecome(QStringLiteral("one\ntwo\n")));
+    EXPECT_EQ(applicationProperty(QStringLiteral("count")).toInt(), 3);
+
+    // Named on the command line, a pipe or a device is refused by the invocation itself.
+    for (const QString& refused : {fifo, QStringLiteral("/dev/null")}) {
+        SCOPED_TRACE(refused.toStdString());
+        QProcess invocation;
+        invocation.start(QStringLiteral(TESSARAN_EXECUTABLE), {refused});
+        ASSERT_TRUE(invocation.waitForFinished(20000));
+        EXPECT_NE(invocation.exitCode(), 0);
+        EXPECT_TRUE(invocation.readAllStandardError().contains("not a regular file"));
+    }
+    EXPECT_EQ(applicationProperty(QStringLiteral("count")).toInt(), 3);
+
+    editor.kill();
+    editor.waitForFinished();
+    EXPECT_TRUE(editorGone());
 }
 
 TEST(Launch, AKilledEditorsUnsavedTextIsOfferedBack)

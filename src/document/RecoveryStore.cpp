@@ -39,9 +39,18 @@ RecoveryStore::RecoveryStore(const QString& root, QObject* parent)
 
 RecoveryStore::~RecoveryStore()
 {
-    // A clean end leaves nothing to recover.
+    // A clean end leaves nothing to recover. The copies go first, while the lock still keeps
+    // other editors from taking them for a killed editor's; then the lock, which removes its
+    // own file (taken away with the folder, it would warn that it is missing); then the folder.
     if (!_folder.isEmpty()) {
-        QDir(_folder).removeRecursively();
+        QDir folder(_folder);
+        for (const QString& name : folder.entryList(QDir::Files | QDir::Hidden)) {
+            if (name != kLockName) {
+                folder.remove(name);
+            }
+        }
+        _lock.reset();
+        folder.removeRecursively();
     }
 }
 

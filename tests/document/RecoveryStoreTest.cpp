@@ -6,9 +6,12 @@
 
 #include <QDir>
 #include <QFile>
+#include <QScopeGuard>
 #include <QTextDocument>
 
 #include <gtest/gtest.h>
+
+#include <optional>
 
 namespace {
 
@@ -76,4 +79,25 @@ TEST(RecoveryStore, CopiesOfUnsavedTextOutliveTheirEditorAndComeBack)
     EXPECT_EQ(TestSupport::readFile(file), "on disk\n");
     EXPECT_TRUE(store.orphanedEntries().isEmpty());
     controller.discardAllDocuments();
+}
+
+TEST(RecoveryStore, AnEditorThatEndsCleanlyLeavesNothingAndSaysNothing)
+{
+    // What the program would print on its standard error while the store ends.
+    static QStringList messages;
+    messages.clear();
+    const QString root = TestSupport::makeTempDir() + "/Recovery";
+    Document untitled;
+    untitled.textStorage()->setPlainText(QStringLiteral("never saved\n"));
+    std::optional<RecoveryStore> store(std::in_place, root);
+    store->writeCopy(&untitled);
+    ASSERT_EQ(QDir(store->folder()).entryList({"*.txt"}, QDir::Files).size(), 1);
+    {
+        const QtMessageHandler previous = qInstallMessageHandler(
+            [](QtMsgType, const QMessageLogContext&, const QString& text) { messages << text; });
+        const auto restore = qScopeGuard([previous] { qInstallMessageHandler(previous); });
+        store.reset();
+    }
+    EXPECT_TRUE(QDir(root).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).isEmpty());
+    EXPECT_TRUE(messages.isEmpty()) << messages.join(u'\n').toStdString();
 }

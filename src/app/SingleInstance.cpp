@@ -152,9 +152,8 @@ QString SingleInstance::open(const QStringList& arguments,
         }
         if (!opened.isEmpty()) {
             if (WindowController* window = controller.windowControllerOf(opened.last())) {
-                window->window()->show();
-                window->window()->raise();
-                window->window()->activateWindow();
+                // A tab is selected in its window, which comes forward.
+                window->window()->bringToFront();
             }
         }
     });

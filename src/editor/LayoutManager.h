@@ -1,6 +1,7 @@
 #pragma once
 
 #include "editor/ColorStore.h"
+#include "platform/CharacterStandIns.h"
 #include "platform/Range.h"
 
 #include <QColor>
@@ -64,8 +65,18 @@ public:
     /// The marks of the shown lines meeting `rect` (viewport coordinates), whether or not
     /// they are shown. Only the characters of those lines within the rectangle are looked at.
     QList<InvisibleMark> invisibleCharacterMarks(const QRectF& rect) const;
-    /// Draws the marks meeting `rect` when they are shown.
+    /// Draws the marks meeting `rect` when they are shown, and those of the characters that
+    /// stand in for others always.
     void drawGlyphs(QPainter& painter, const QRectF& rect);
+
+    /// The characters that stand in the text for those it cannot hold (the document's). Each
+    /// is drawn as a mark of the character it stands for, in the colour of invisible
+    /// characters: "¶" for U+2029, "␍" (or "↵" in a font without it) for a CR kept as read,
+    /// "�" for the others.
+    void setCharacterStandIns(const CharacterStandIns& standIns);
+    const CharacterStandIns& characterStandIns() const { return _standIns; }
+    /// The mark drawn in `font` for a stand-in of `original`.
+    static QString markOfStandIn(QChar original, const QFont& font);
 
     // Colour store: syntax colours (foreground).
     /// Colours `forCharacterRange` with `foreground`, replacing the colours that were there.
@@ -116,6 +127,7 @@ Q_SIGNALS:
 private:
     void clearBackgroundHighlights();
     void textStorageDidChange(int position, int removed, int added);
+    void drawStandIns(QPainter& painter, const QRectF& rect);
     void colorsChanged(Range range);
 
     QPointer<TextView> _textView;
@@ -134,4 +146,5 @@ private:
     ColorStore _syntaxColors;
     ColorStore _backgroundColors;
     ColorStore _misspellings;
+    CharacterStandIns _standIns;
 };

@@ -469,6 +469,11 @@ void TextView::replaceCharactersInRange(Range range, const QString& string)
 
 void TextView::insertTextAtSelection(const QString& text)
 {
+    // Scripts put their output here too: a read-only text takes none.
+    if (isReadOnly()) {
+        SystemBeep::beep();
+        return;
+    }
     QTextCursor cursor = textCursor();
     cursor.insertText(text);
     setTextCursor(cursor);
@@ -478,8 +483,10 @@ void TextView::insertTextAtSelection(const QString& text)
 void TextView::keyPressEvent(QKeyEvent* event)
 {
     const int key = event->key();
+    // A read-only text takes the keys that move and select, through QPlainTextEdit's own
+    // handling, which changes nothing; the editing keys below would insert regardless.
     if (key == Qt::Key_Shift || key == Qt::Key_Control || key == Qt::Key_Alt ||
-        key == Qt::Key_Meta || key == Qt::Key_AltGr) {
+        key == Qt::Key_Meta || key == Qt::Key_AltGr || isReadOnly()) {
         QPlainTextEdit::keyPressEvent(event);
         return;
     }
@@ -777,6 +784,10 @@ void TextView::mousePressEvent(QMouseEvent* event)
 void TextView::doReplaceString(const QString& string, Range range, Range selected,
                                const QString& actionName)
 {
+    if (isReadOnly()) {
+        SystemBeep::beep();
+        return;
+    }
     QTextDocument* text = document();
     const bool wasEmpty = text->isEmpty();
     UndoActionNames* names = UndoActionNames::of(text);
@@ -800,6 +811,10 @@ void TextView::doReplaceString(const QString& string, Range range, Range selecte
 void TextView::doInsertString(const QString& string, Range range, Range select,
                               const QString& actionName)
 {
+    if (isReadOnly()) {
+        SystemBeep::beep();
+        return;
+    }
     setSelectedRange(range);
     UndoActionNames* names = UndoActionNames::of(document());
     names->beginStep(actionName);

@@ -189,6 +189,7 @@ public:
     /// Puts `text` in place of the selection with the insertion point's attributes, leaves
     /// the insertion point after it in sight; none of the typing rules (indentation,
     /// brackets, completion) apply. What scripts and their output write goes in this way.
+    /// A read-only view takes nothing (and beeps).
     void insertTextAtSelection(const QString& text);
 
 Q_SIGNALS:

@@ -13,6 +13,11 @@ public:
     /// The stamp of the file at `path` now; none when there is no such file.
     static std::optional<FileStamp> ofFile(const QString& path);
 
+    /// The stamp as text, to be kept beside a copy of the file's contents.
+    QString toString() const;
+    /// A stamp read back from toString(); none when `text` is not one.
+    static std::optional<FileStamp> fromString(const QString& text);
+
     bool operator==(const FileStamp&) const = default;
 
 private:

@@ -8,6 +8,7 @@
 #include "editor/LayoutManager.h"
 #include "editor/SpellCheckingController.h"
 #include "editor/TextView.h"
+#include "editor/UndoActionNames.h"
 #include "platform/FileManager.h"
 #include "platform/SpellChecker.h"
 #include "platform/StringEncoding.h"
@@ -20,6 +21,7 @@
 #include "window/CharacterCounter.h"
 #include "window/DocumentWindow.h"
 #include "window/FunctionPopUp.h"
+#include "window/ReadingNotices.h"
 #include "window/SidebarView.h"
 
 #include <QAction>
@@ -79,15 +81,23 @@ WindowController::WindowController(Document* document)
                 syntaxSettingToTextView();
             }
         }
+        for (TextView* view : textViews()) {
+            view->layoutManager()->setCharacterStandIns(_document->characterStandIns());
+        }
         updateToolbarInformation();
         updateTitle();
+    });
+    connect(document, &Document::readOnlyChanged, this, [this] {
+        for (TextView* view : textViews()) {
+            view->setReadOnly(_document->isLoading() || _document->isReadOnly());
+        }
     });
     connect(document->textStorage(), &QTextDocument::modificationChanged, this,
             &WindowController::updateTitle);
     // While the end of a large file is still going in, the panes show it but take no typing.
     connect(document, &Document::loadingChanged, this, [this](bool loading) {
         for (TextView* view : textViews()) {
-            view->setReadOnly(loading);
+            view->setReadOnly(loading || _document->isReadOnly());
         }
         _window->indicator()->setVisible(loading);
     });
@@ -175,7 +185,8 @@ void WindowController::applyStateToPane(TextView* view)
     view->setAutoComplete(_autoComplete);
     SpellCheckingController::of(view)->setContinuousSpellCheckingEnabled(_allowSpellChecking,
                                                                          _spellCheckLanguage);
-    view->setReadOnly(_document->isLoading());
+    view->layoutManager()->setCharacterStandIns(_document->characterStandIns());
+    view->setReadOnly(_document->isLoading() || _document->isReadOnly());
     if (_document->isLoading()) {
         _window->indicator()->show();
     }
@@ -190,6 +201,7 @@ void WindowController::windowDidLoad()
     }
     applyStateToPane(view);
     toggleSpellChecking(nullptr);
+    _notices = new ReadingNotices(_document, _window, this);
 
     const QString identifier = _document->windowIdentifier();
     if (identifier.isEmpty() || identifier == u"0:59" || identifier == u"_NS:60") {
@@ -511,7 +523,7 @@ QString WindowController::toolbarInformation() const
     text += QStringLiteral("   ") +
             StringEncoding::localizedNameOfStringEncoding(_document->documentEncoding());
     text += QStringLiteral("   ") +
-            EncodingManager::lineBreaksShortTitle(_document->documentLineBreaks());
+            EncodingManager::lineBreaksStatusTitle(_document->documentLineBreaks());
     if (!_selectedSyntaxName.isEmpty() && _syntaxColouring) {
         text += QStringLiteral("   ") + _selectedSyntaxName;
     }
@@ -604,19 +616,32 @@ void WindowController::updatePreferences(QObject* sender)
 
 void WindowController::reopenUsingEncoding(quint64 encoding)
 {
-    if (TextCodec::canBeConvertedToEncoding(_document->string(), encoding)) {
+    const auto alert = [this](const QString& message, const QString& informative) {
+        QMessageBox box(QMessageBox::Warning, QString(), message, QMessageBox::Ok, _window);
+        box.setInformativeText(informative);
+        box.setWindowModality(Qt::ApplicationModal);
+        box.exec();
+    };
+    const QString advice = QStringLiteral("If possible, select a different text encoding.");
+    const bool hasFile = !_document->fileURL().isEmpty();
+    // Unsaved edits come back with undo, so they must be writable in the new encoding; a text
+    // that is the file's own is checked against the file's bytes by the reading itself.
+    if ((!hasFile || _document->isDocumentEdited()) &&
+        !TextCodec::canBeConvertedToEncoding(_document->string(), encoding)) {
+        alert(QStringLiteral("The document could not be convert."), advice);
+    } else if (!hasFile) {
         _document->setDocumentEncoding(encoding);
-        if (!_document->fileURL().isEmpty()) {
-            _document->rereadWithEncoding(encoding);
-            resetupInitialTextViewSharedState();
-        }
     } else {
-        QMessageBox alert(QMessageBox::Warning, QString(),
-                          QStringLiteral("The document could not be convert."), QMessageBox::Ok,
-                          _window);
-        alert.setInformativeText(QStringLiteral("If possible, select a different text encoding."));
-        alert.setWindowModality(Qt::ApplicationModal);
-        alert.exec();
+        UndoActionNames* names = UndoActionNames::of(_document->textStorage());
+        names->beginStep(tr("Reopen with Encoding"));
+        QString error;
+        const bool reread = _document->rereadWithEncoding(encoding, &error);
+        names->endStep();
+        if (reread) {
+            resetupInitialTextViewSharedState();
+        } else {
+            alert(error, advice);
+        }
     }
     updateToolbarInformation();
 }
@@ -703,19 +728,20 @@ void WindowController::swicthSidebarType(qint64 type)
     _isSidebarView = !_isSidebarView;
     _isFullScreen = _window->isFullScreen();
     // Outside full screen the window grows by the sidebar and the editor keeps its width; in
-    // full screen the editor gives up the room. One resize, not an animated series: each
-    // step would lay a wrapped text out again.
+    // full screen, and in a tab, whose window the other tabs share, the editor gives up the
+    // room. One resize, not an animated series: each step would lay a wrapped text out again.
+    const bool growsWindow = !_isFullScreen && _window->isWindow();
     if (_isSidebarView) {
         _sidebarView->showPane(type);
         _sidebarView->updateInformationOfDocument(_document, _selectedSyntaxName);
         _sidebarView->show();
-        if (!_isFullScreen) {
+        if (growsWindow) {
             _window->resize(_window->width() + SidebarView::Width, _window->height());
         }
         setWindowIdentifier(QString::number(type) + u':' + syntax);
     } else if (_lastSelectedType == type) {
         _sidebarView->hide();
-        if (!_isFullScreen) {
+        if (growsWindow) {
             _window->resize(_window->width() - SidebarView::Width, _window->height());
         }
         setWindowIdentifier(kNone + u':' + syntax);

@@ -1,5 +1,5 @@
 // The real editor as a user starts it: a second invocation hands its files to the first,
-// and a killed editor's unsaved text comes back at the next start.
+// and the unsaved text of an editor that was killed or terminated comes back at the next start.
 #include "TestSupport.h"
 #include "document/Document.h"
 #include "platform/UserDefaults.h"
@@ -11,6 +11,7 @@
 #include <QDBusReply>
 #include <QDBusVariant>
 #include <QDeadlineTimer>
+#include <QDirIterator>
 #include <QProcess>
 #include <QTest>
 
@@ -56,6 +57,51 @@ QVariant frontDocumentProperty(const QString& name)
     const QString path =
         applicationProperty(QStringLiteral("frontDocument")).value<QDBusObjectPath>().path();
     return property(path, QStringLiteral("org.tessaran.Tessaran.Document"), name);
+}
+
+QString documentPath(int index)
+{
+    QDBusMessage message = QDBusMessage::createMethodCall(
+        kService, kApplicationPath, QStringLiteral("org.tessaran.Tessaran.Application"),
+        QStringLiteral("document"));
+    message.setArguments({index});
+    const QDBusMessage reply = bus().call(message, QDBus::Block, 5000);
+    return reply.arguments().value(0).value<QDBusObjectPath>().path();
+}
+
+/// The document whose file is `file` (an empty name for an untitled one), once it is open.
+QString documentWithFile(const QString& file)
+{
+    QString found;
+    [[maybe_unused]] const bool open = QTest::qWaitFor(
+        [&] {
+            const int count = applicationProperty(QStringLiteral("count")).toInt();
+            for (int index = 0; index < count && found.isEmpty(); ++index) {
+                const QString path = documentPath(index);
+                if (property(path, QStringLiteral("org.tessaran.Tessaran.Document"),
+                             QStringLiteral("filePath"))
+                        .toString() == file) {
+                    found = path;
+                }
+            }
+            return !found.isEmpty();
+        },
+        10000);
+    return found;
+}
+
+QVariant documentProperty(const QString& file, const QString& name)
+{
+    return property(documentWithFile(file), QStringLiteral("org.tessaran.Tessaran.Document"), name);
+}
+
+void setDocumentProperty(const QString& path, const QString& name, const QVariant& value)
+{
+    QDBusMessage message = QDBusMessage::createMethodCall(
+        kService, path, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Set"));
+    message.setArguments({QStringLiteral("org.tessaran.Tessaran.Document"), name,
+                          QVariant::fromValue(QDBusVariant(value))});
+    bus().call(message, QDBus::Block, 5000);
 }
 
 /// Waits until no editor holds the name any more.
@@ -242,36 +288,93 @@ TEST(Launch, ASecondInvocationHandsOverStandardInputAndRefusesPipesAndDevices)
     EXPECT_TRUE(editorGone());
 }
 
-TEST(Launch, AKilledEditorsUnsavedTextIsOfferedBack)
+TEST(Launch, UnsavedTextOutlivesAKillAndATerminationAndNeverTouchesTheFile)
 {
     ASSERT_TRUE(bus().isConnected()) << "no session bus";
+    // The editor's own settings and data, kept from one start to the next; copies are due a
+    // second after the first unsaved change.
+    const QString data = TestSupport::makeTempDir();
+    const QString config = TestSupport::makeTempDir();
+    TestSupport::writeFile(config + "/Tessaran/Tessaran.conf", "[General]\nAutosavingDelay=1\n");
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("XDG_DATA_HOME"), data);
+    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), config);
+    const auto start = [&](QProcess& editor, const QStringList& arguments) {
+        editor.setProcessEnvironment(environment);
+        editor.start(QStringLiteral(TESSARAN_EXECUTABLE), arguments);
+        return editorListening();
+    };
+    // Every recovery copy the editors left, in one piece.
+    const auto copies = [&] {
+        QByteArray all;
+        QDirIterator it(data + "/Tessaran/Recovery", {"*.copy"}, QDir::Files,
+                        QDirIterator::Subdirectories);
+        while (it.hasNext()) {
+            all += TestSupport::readFile(it.next());
+        }
+        return all;
+    };
+    const QByteArray onDisk = "on disk\n";
+    const QString file = TestSupport::writeFile(TestSupport::makeTempDir() + "/notes.txt", onDisk);
+    const auto expectBothBack = [&] {
+        EXPECT_EQ(applicationProperty(QStringLiteral("count")).toInt(), 2);
+        EXPECT_EQ(documentProperty(file, QStringLiteral("contents")).toString(), "edited\n");
+        EXPECT_EQ(documentProperty(QString(), QStringLiteral("contents")).toString(),
+                  "from a pipe\n");
+    };
+
     QProcess editor;
     editor.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    editor.start(QStringLiteral(TESSARAN_EXECUTABLE), {QStringLiteral("-")});
-    ASSERT_TRUE(editorListening());
-    editor.write("not saved anywhere\n");
+    ASSERT_TRUE(start(editor, {file, QStringLiteral("-")}));
+    editor.write("from a pipe\n");
     editor.closeWriteChannel();
+    const QString notes = documentWithFile(file);
+    ASSERT_FALSE(notes.isEmpty());
+    setDocumentProperty(notes, QStringLiteral("textRange"),
+                        QVariant::fromValue(QList<qlonglong>{0, onDisk.size()}));
+    setDocumentProperty(notes, QStringLiteral("contents"), QStringLiteral("edited\n"));
+    // Autosave makes the copies and leaves the file alone.
     EXPECT_TRUE(QTest::qWaitFor(
-        [] {
-            return frontDocumentProperty(QStringLiteral("contents")).toString() ==
-                   "not saved anywhere\n";
-        },
-        5000));
-    // The copy is made a moment after the last change; then the editor dies without a word.
-    QTest::qWait(3500);
+        [&] { return copies().contains("\nedited\n") && copies().contains("\nfrom a pipe\n"); },
+        15000));
+    EXPECT_EQ(TestSupport::readFile(file), onDisk);
     ::kill(pid_t(editor.processId()), SIGKILL);
     editor.waitForFinished();
     ASSERT_TRUE(editorGone());
 
+    // The next start offers both back; the file is still as it was.
     QProcess again;
-    again.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    again.start(QStringLiteral(TESSARAN_EXECUTABLE), QStringList());
-    ASSERT_TRUE(editorListening());
-    EXPECT_EQ(applicationProperty(QStringLiteral("count")).toInt(), 1);
-    EXPECT_EQ(frontDocumentProperty(QStringLiteral("contents")).toString(), "not saved anywhere\n");
-    EXPECT_EQ(frontDocumentProperty(QStringLiteral("filePath")).toString(), "");
-    again.kill();
-    again.waitForFinished();
+    ASSERT_TRUE(start(again, {}));
+    expectBothBack();
+    EXPECT_EQ(TestSupport::readFile(file), onDisk);
+
+    // The session ends: the editor quits without a word or a question, and keeps copies of
+    // what is still unsaved.
+    again.readAllStandardError();
+    ::kill(pid_t(again.processId()), SIGTERM);
+    ASSERT_TRUE(again.waitForFinished(20000));
+    EXPECT_EQ(again.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(again.exitCode(), 0);
+    // The headless display of the tests has its own complaints about window hints; apart
+    // from them, quitting prints nothing.
+    QStringList printed = QString::fromUtf8(again.readAllStandardError()).split(u'\n');
+    printed.removeIf([](const QString& line) {
+        return line.isEmpty() || line.startsWith("This plugin does not support");
+    });
+    EXPECT_TRUE(printed.isEmpty()) << printed.join(u'\n').toStdString();
+    ASSERT_TRUE(editorGone());
+    EXPECT_TRUE(copies().contains("\nedited\n") && copies().contains("\nfrom a pipe\n"));
+
+    // Another program writes the file meanwhile: the text still comes back, over nothing.
+    ASSERT_EQ(QProcess::execute("sh", {"-c", "printf 'other program\\n' > \"$1\"", "sh", file}), 0);
+    QProcess third;
+    third.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    ASSERT_TRUE(start(third, {}));
+    expectBothBack();
+    EXPECT_EQ(TestSupport::readFile(file), "other program\n");
+    third.kill();
+    third.waitForFinished();
+    EXPECT_TRUE(editorGone());
 }
 
 TEST(Launch, StandardInputKeepsItsLineBreaksAndStopsAtALineTooLongToEdit)

@@ -13,6 +13,7 @@
 #include <QAbstractUndoItem>
 #include <QFile>
 #include <QFileInfo>
+#include <QFont>
 #include <QHash>
 #include <QLocale>
 #include <QPainter>
@@ -845,8 +846,16 @@ QPageLayout Document::printInfo()
 void Document::printOperationWithSettings(QPrinter* printer)
 {
     printer->setPageLayout(printInfo());
-    // Printing lays a copy out at the page's width, so long lines wrap to fit it.
-    _textStorage->print(printer);
+    // Printing lays a copy out at the page's width, so long lines wrap to fit it. On screen a
+    // point is a pixel, and the text's font is sized in pixels; on paper that would be a
+    // pixel of the printer. The copy's font is the same number of real points.
+    std::unique_ptr<QTextDocument> copy(_textStorage->clone());
+    QFont font = _textStorage->defaultFont();
+    if (font.pixelSize() > 0) {
+        font.setPointSizeF(font.pixelSize());
+    }
+    copy->setDefaultFont(font);
+    copy->print(printer);
 }
 
 bool Document::exportAsPDFTo(const QString& path, QString* error)

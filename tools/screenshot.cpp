@@ -3,7 +3,8 @@
 //
 //   tessaran-screenshot OUTPUT.png [--set KEY=VALUE]… [--size WIDTHxHEIGHT] [--wait MS] FILE…
 //
-// With several files the pictures are OUTPUT-1.png, OUTPUT-2.png, …, in the order of the files.
+// With several windows the pictures are OUTPUT-1.png, OUTPUT-2.png, …, in the order of the
+// files (with --set OpenDocumentsInTabs=true the files open as tabs of one window).
 
 #include "app/Application.h"
 #include "app/CommandLine.h"
@@ -89,12 +90,14 @@ int main(int argc, char** argv)
         }
     });
     QTimer::singleShot(wait, &app, [&] {
-        // One window per document, in the order the files were opened.
+        // One picture per window, in the order the files were opened; a window holding
+        // documents as tabs once.
         QList<QWidget*> windows;
         DocumentController& controller = DocumentController::sharedDocumentController();
         for (Document* document : controller.documents()) {
-            if (WindowController* windowController = controller.windowControllerOf(document)) {
-                windows << windowController->window();
+            if (WindowController* windowController = controller.windowControllerOf(document);
+                windowController && !windows.contains(windowController->window()->window())) {
+                windows << windowController->window()->window();
             }
         }
         for (qsizetype i = 0; i < windows.size(); ++i) {

@@ -4,12 +4,18 @@
 #include "app/CommandLine.h"
 #include "app/CommandLineOpener.h"
 #include "app/SingleInstance.h"
+#include "app/TerminationSignals.h"
 #include "document/DocumentController.h"
 #include "document/RecoveryStore.h"
 #include "platform/UserDefaults.h"
 #include "scripts/ScriptCommands.h"
+#include "scripts/ScriptManager.h"
+#include "window/TabWindow.h"
 
 #include <QIcon>
+#include <QMessageBox>
+#include <QPointer>
+#include <QProcess>
 #include <QWidget>
 
 Application::Application(int& argc, char** argv)
@@ -31,6 +37,8 @@ Application::~Application()
 {
     // Windows and their panes must go while the application object can still take them down.
     DocumentController::sharedDocumentController().discardAllDocuments();
+    // Tab windows left without tabs are on their way out; no event loop is left to finish it.
+    qDeleteAll(TabWindow::tabWindows());
     // The settings reach the disk now, while the program's folders are certain to be there,
     // not from a static destructor after main() has returned.
     UserDefaults::standardUserDefaults().synchronize();
@@ -47,11 +55,23 @@ int Application::run(const CommandLine& commandLine)
     _delegate->applicationDidFinishLaunching();
     SingleInstance::listen();
     DocumentController& documents = DocumentController::sharedDocumentController();
+    // The session ending or a shutdown ends the editor without questions, as a crash would,
+    // but with every unsaved change in a copy that the next start offers back.
+    auto* termination = new TerminationSignals(this);
+    connect(termination, &TerminationSignals::received, this,
+            &Application::terminateKeepingUnsavedDocuments);
+    RecoveryStore& recovery = RecoveryStore::sharedRecoveryStore();
+    connect(&recovery, &RecoveryStore::recoveryFailed, this,
+            [this](const QString& message) { showAlert(tr("Error"), message, QString()); });
     // Unsaved text left behind by an editor that crashed or was killed comes back first.
-    const int recovered = RecoveryStore::sharedRecoveryStore().recoverOrphans();
+    const RecoveryStore::Recovery recovered = recovery.recoverOrphans();
+    if (!recovered.notices.isEmpty()) {
+        showAlert(tr("Notice"), tr("Unsaved changes of the last run were recovered."),
+                  recovered.notices.join(QStringLiteral("\n\n")));
+    }
     if (commandLine.files().empty()) {
         // The windows open when the last run ended come back; a new one only when none does.
-        if (documents.reopenDocumentsOfLastRun() + recovered == 0 &&
+        if (documents.reopenDocumentsOfLastRun() + recovered.count == 0 &&
             _delegate->applicationShouldOpenUntitledFile()) {
             _delegate->openUntitledDocument();
         }
@@ -68,6 +88,40 @@ int Application::run(const CommandLine& commandLine)
     }
     _delegate->applicationWillTerminate();
     return status;
+}
+
+void Application::terminateKeepingUnsavedDocuments()
+{
+    if (_terminating) {
+        return;
+    }
+    _terminating = true;
+    DocumentController& documents = DocumentController::sharedDocumentController();
+    RecoveryStore::sharedRecoveryStore().keepCopiesForNextStart(documents.documents());
+    documents.noteDocumentsForRestoration();
+    // A script's process ends with the editor rather than run on unattended.
+    ScriptManager& scripts = ScriptManager::sharedScriptManager();
+    const QPointer<QProcess> task = scripts.task();
+    if (task && task->state() != QProcess::NotRunning) {
+        scripts.stopProcess();
+        if (task && !task->waitForFinished(1000)) {
+            task->kill();
+            task->waitForFinished(1000);
+        }
+    }
+    // Not quit(): that closes the windows, and closing a window asks about unsaved changes.
+    // exit() also ends an alert's or a dialog's loop that is running now.
+    QCoreApplication::exit(0);
+}
+
+void Application::showAlert(const QString& title, const QString& text,
+                            const QString& informativeText)
+{
+    auto* alert =
+        new QMessageBox(QMessageBox::Warning, title, text, QMessageBox::Ok, activeWindow());
+    alert->setInformativeText(informativeText);
+    alert->setAttribute(Qt::WA_DeleteOnClose);
+    alert->open();
 }
 
 void Application::postUpdatePreferences(QObject* object)

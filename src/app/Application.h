@@ -47,12 +47,21 @@ public:
     /// Opens the shipped ReadMe as a document.
     void readMe(QObject* sender);
 
+    /// Ends the run without asking anything, as when the session ends: keeps recovery copies
+    /// of the documents with unsaved changes for the next start, notes the windows for
+    /// restoration and ends a running script's process. Called for SIGTERM and SIGHUP.
+    void terminateKeepingUnsavedDocuments();
+
 Q_SIGNALS:
     void NotifUpdatePreferences(QObject* object);
     /// The script library changed: menus are rebuilt, panes reloaded.
     void scriptDataSourceChanged();
 
 private:
+    /// Shows a warning without waiting for it to be dismissed.
+    void showAlert(const QString& title, const QString& text, const QString& informativeText);
+
     AppDelegate* _delegate = nullptr;
+    bool _terminating = false;
     std::optional<ScriptObjectList> _scriptDataSource;
 };

@@ -9,6 +9,7 @@
 #include "editor/UndoActionNames.h"
 #include "scripts/ScriptMenu.h"
 #include "window/DocumentWindow.h"
+#include "window/TabWindow.h"
 #include "window/WindowController.h"
 
 #include <QApplication>
@@ -98,11 +99,22 @@ void MainMenu::buildFileMenu(QMenuBar* bar)
                           [&documents] { documents.clearRecentDocuments(); });
     });
     file->addSeparator();
-    file->addAction(tr("&Close"), QKeySequence::Close, window, &QWidget::close);
+    QAction* close = file->addAction(tr("&Close"), window, &QWidget::close);
+    // Ctrl+W closes a tab or a window in every editor, whatever keys the desktop's own
+    // scheme gives to closing.
+    QList<QKeySequence> closeKeys = {QKeySequence(tr("Ctrl+W"))};
+    for (const QKeySequence& keys : QKeySequence::keyBindings(QKeySequence::Close)) {
+        if (!closeKeys.contains(keys)) {
+            closeKeys.append(keys);
+        }
+    }
+    close->setShortcuts(closeKeys);
     file->addAction(tr("&Save"), QKeySequence::Save, this,
                     [&documents, document] { documents.saveDocument(document); });
     file->addAction(tr("Save &As…"), QKeySequence::SaveAs, this,
                     [&documents, document] { documents.saveDocumentAs(document); });
+    file->addAction(tr("&Duplicate"), this,
+                    [&documents, document] { documents.duplicateDocument(document); });
     file->addAction(tr("Re&vert to Saved"), this,
                     [&documents, document] { documents.revertDocumentToSaved(document); });
     file->addSeparator();
@@ -250,13 +262,56 @@ void MainMenu::buildFormatMenu(QMenuBar* bar)
 void MainMenu::buildWindowMenu(QMenuBar* bar)
 {
     QMenu* window = addMenu(bar, tr("&Window"), QStringLiteral("windowMenu"));
-    QWidget* own = _controller->window();
-    window->addAction(tr("Mi&nimize"), QKeySequence(tr("Ctrl+M")), own, &QWidget::showMinimized);
+    DocumentWindow* own = _controller->window();
+    // A tab minimizes the window it is in.
+    window->addAction(tr("Mi&nimize"), QKeySequence(tr("Ctrl+M")), own,
+                      [own] { own->window()->showMinimized(); });
+    // The tab commands, shown while the window is a tab. Several keys each: those of the
+    // usual editors and browsers.
+    const auto addTabItem = [window, own](const QString& title, const QString& name,
+                                          const QList<QKeySequence>& keys,
+                                          void (TabWindow::*command)()) {
+        QAction* item = window->addAction(title, own, [own, command] {
+            if (TabWindow* tabs = own->tabWindow()) {
+                (tabs->*command)();
+            }
+        });
+        item->setObjectName(name);
+        item->setShortcuts(keys);
+        return item;
+    };
+    QAction* separator = window->addSeparator();
+    QAction* next = addTabItem(tr("Show Next Tab"), QStringLiteral("showNextTab"),
+                               {QKeySequence(tr("Ctrl+Tab")), QKeySequence(tr("Ctrl+PgDown"))},
+                               &TabWindow::selectNextTab);
+    // Shift+Tab arrives as Backtab, which the shortcut map also tries as Shift+Tab.
+    QAction* previous =
+        addTabItem(tr("Show Previous Tab"), QStringLiteral("showPreviousTab"),
+                   {QKeySequence(tr("Ctrl+Shift+Tab")), QKeySequence(tr("Ctrl+PgUp"))},
+                   &TabWindow::selectPreviousTab);
+    QAction* moveTab = window->addAction(tr("Move Tab to New Window"), own, [own] {
+        if (TabWindow* tabs = own->tabWindow()) {
+            tabs->moveTabToNewWindow(own);
+        }
+    });
+    moveTab->setObjectName(QStringLiteral("moveTabToNewWindow"));
+    const QList<QAction*> tabItems = {separator, next, previous, moveTab};
+    const auto showTabItems = [tabItems, own] {
+        for (QAction* item : tabItems) {
+            item->setVisible(own->tabWindow() != nullptr);
+        }
+    };
+    showTabItems();
+    connect(own, &DocumentWindow::tabWindowChanged, this, showTabItems);
     window->addSeparator();
-    connect(window, &QMenu::aboutToShow, this, [window, own] {
+    const qsizetype fixedItems = window->actions().size();
+    connect(window, &QMenu::aboutToShow, this, [window, own, moveTab, fixedItems] {
+        if (TabWindow* tabs = own->tabWindow()) {
+            moveTab->setEnabled(tabs->count() > 1);
+        }
         // The open documents, below the fixed items.
         const QList<QAction*> actions = window->actions();
-        for (qsizetype i = 2; i < actions.size(); ++i) {
+        for (qsizetype i = fixedItems; i < actions.size(); ++i) {
             window->removeAction(actions[i]);
             actions[i]->deleteLater();
         }
@@ -267,11 +322,8 @@ void MainMenu::buildWindowMenu(QMenuBar* bar)
                 continue;
             }
             DocumentWindow* target = controller->window();
-            QAction* item = window->addAction(document->displayName(), target, [target] {
-                target->show();
-                target->raise();
-                target->activateWindow();
-            });
+            QAction* item = window->addAction(document->displayName(), target,
+                                              [target] { target->bringToFront(); });
             item->setCheckable(true);
             item->setChecked(target == own);
         }

@@ -217,6 +217,15 @@ QWidget* PreferencesController::makeWindowTab()
     auto* layout = new QHBoxLayout(page);
     auto* view = new QVBoxLayout;
     layout->addLayout(view);
+    view->addWidget(_binding->checkBox(tr("Open documents in tabs"), key("OpenDocumentsInTabs")));
+    // Windows open now are not gathered or split up: the choice is where the next ones go.
+    auto* tabsNote =
+        new QLabel(tr("Applies to documents opened from now on; open windows stay as they are."));
+    tabsNote->setWordWrap(true);
+    tabsNote->setObjectName(QStringLiteral("tabsNote"));
+    tabsNote->setContentsMargins(20, 0, 0, 4);
+    tabsNote->setEnabled(false);
+    view->addWidget(tabsNote);
     view->addWidget(_binding->checkBox(tr("Show line numbers"), key("ShowGutterView")));
     view->addWidget(
         _binding->checkBox(tr("Show invisible characters"), key("ShowInvisibleCharacters")));

@@ -3,18 +3,22 @@
 #include "document/DocumentController.h"
 #include "document/EncodingManager.h"
 #include "platform/ExtendedAttributes.h"
+#include "platform/FileManager.h"
 #include "platform/Range.h"
+#include "platform/SafeFileWriter.h"
 #include "platform/StringEncoding.h"
 #include "platform/TextCodec.h"
 #include "platform/UserDefaults.h"
 
+#include <QAbstractUndoItem>
 #include <QFile>
 #include <QFileInfo>
+#include <QFont>
+#include <QHash>
 #include <QLocale>
 #include <QPainter>
 #include <QPlainTextDocumentLayout>
 #include <QPrinter>
-#include <QSaveFile>
 #include <QTemporaryFile>
 #include <QTextBlock>
 #include <QTextCursor>
@@ -22,10 +26,10 @@
 #include <QTimer>
 #include <QUrl>
 
+#include <algorithm>
+#include <cerrno>
 #include <cstdio>
-#include <fcntl.h>
 #include <limits>
-#include <unistd.h>
 
 namespace {
 
@@ -50,10 +54,74 @@ QString encodingName(quint64 encoding)
     return name.isEmpty() ? QString::number(encoding) : name;
 }
 
-bool canWriteIn(const QString& path)
+// Why a save failed, in the user's words: the cause first (a full disk, a permission, a
+// read-only disk, a missing folder), with the system's own reason, then what became of the file.
+QString saveFailureMessage(const QString& name, const SafeFileWriter& writer)
 {
-    // As the process is now: a privileged one gives up its privilege over permissions at times.
-    return ::faccessat(AT_FDCWD, QFile::encodeName(path).constData(), W_OK, AT_EACCESS) == 0;
+    using Step = SafeFileWriter::Step;
+    const int code = writer.errorNumber();
+    const QString reason = qt_error_string(code);
+    const QString where = QFileInfo(writer.failedPath()).fileName();
+    const Step step = writer.failedStep();
+    if (step == Step::Inspect && code == ENOENT) {
+        return Document::tr("The document “%1” could not be saved because the folder “%2” does "
+                            "not exist.")
+            .arg(name, writer.failedPath());
+    }
+    if (step == Step::NotRegularFile) {
+        return code == EISDIR ? Document::tr("The document “%1” could not be saved because “%2” "
+                                             "is a folder.")
+                                    .arg(name, writer.failedPath())
+                              : Document::tr("The document “%1” could not be saved because “%2” "
+                                             "is not a regular file.")
+                                    .arg(name, writer.failedPath());
+    }
+    QString message;
+    if (step == Step::Backup) {
+        message = Document::tr("The document “%1” could not be saved: a copy of the file’s "
+                               "contents could not be kept in “%2” first (%3).")
+                      .arg(name, writer.failedPath(), reason);
+    } else if (code == ENOSPC) {
+        message = Document::tr("The document “%1” could not be saved because the disk is full "
+                               "(%2).")
+                      .arg(name, reason);
+    } else if (code == EDQUOT) {
+        message = Document::tr("The document “%1” could not be saved because your disk quota is "
+                               "used up (%2).")
+                      .arg(name, reason);
+    } else if (code == EROFS) {
+        message = Document::tr("The document “%1” could not be saved because the disk holding it "
+                               "is read-only (%2).")
+                      .arg(name, reason);
+    } else if ((code == EACCES || code == EPERM) && step == Step::Create) {
+        return Document::tr("The document “%1” could not be saved because you don’t have "
+                            "permission to write in the folder “%2”.")
+            .arg(name, where);
+    } else if ((code == EACCES || code == EPERM) && step == Step::Open) {
+        return Document::tr("The document “%1” could not be saved because you don’t have "
+                            "permission to write to the file “%2”.")
+            .arg(name, where);
+    } else {
+        static const QHash<Step, const char*> doing = {
+            {Step::Inspect, QT_TRANSLATE_NOOP("Document", "Examining the file failed")},
+            {Step::Create, QT_TRANSLATE_NOOP("Document", "Creating the new file failed")},
+            {Step::Open, QT_TRANSLATE_NOOP("Document", "Opening the file failed")},
+            {Step::Reserve, QT_TRANSLATE_NOOP("Document", "Reserving space on the disk failed")},
+            {Step::Write, QT_TRANSLATE_NOOP("Document", "Writing to the disk failed")},
+            {Step::Sync, QT_TRANSLATE_NOOP("Document", "Flushing the file to the disk failed")},
+            {Step::Close, QT_TRANSLATE_NOOP("Document", "Closing the file failed")},
+            {Step::Rename, QT_TRANSLATE_NOOP("Document", "Replacing the old file failed")},
+        };
+        message = Document::tr("The document “%1” could not be saved. %2: %3.")
+                      .arg(name, Document::tr(doing.value(step, "")), reason);
+    }
+    if (writer.oldBytesKept()) {
+        return message + u' ' + Document::tr("The file on the disk was left as it was.");
+    }
+    return message + u' ' +
+           Document::tr("The file on the disk may be incomplete: its previous contents are kept "
+                        "in “%1”.")
+               .arg(writer.backupPath());
 }
 
 } // namespace
@@ -86,19 +154,22 @@ Document::Document(QObject* parent)
         _textStorage->setModified(false);
     });
 
+    // Autosave keeps a recovery copy; the file changes only when the user saves.
     _autosaveTimer->setSingleShot(true);
     connect(_autosaveTimer, &QTimer::timeout, this, [this] {
-        if (isDocumentEdited() && !_fileURL.isEmpty()) {
-            writeSafelyToURL(_fileURL, _fileType, Autosave);
+        if (isDocumentEdited()) {
+            Q_EMIT recoveryCopyDue();
         }
     });
     connect(_textStorage, &QTextDocument::modificationChanged, this, [this](bool modified) {
         if (modified) {
             scheduleAutosave();
+        } else {
+            _autosaveTimer->stop();
         }
     });
     connect(_textStorage, &QTextDocument::contentsChanged, this, [this] {
-        if (!_autosaveTimer->isActive() && isDocumentEdited()) {
+        if (isDocumentEdited()) {
             scheduleAutosave();
         }
     });
@@ -118,19 +189,30 @@ Document::~Document()
 
 void Document::scheduleAutosave()
 {
-    const qint64 delay = DocumentController::sharedDocumentController().autosavingDelay();
-    if (delay > 0 && !_fileURL.isEmpty()) {
-        _autosaveTimer->start(int(std::min<qint64>(delay, 24 * 3600)) * 1000);
+    if (_autosaveTimer->isActive()) {
+        return;
     }
+    const qint64 delay =
+        std::clamp<qint64>(DocumentController::sharedDocumentController().autosavingDelay(),
+                           minimumAutosavingDelay, 24 * 3600);
+    _autosaveTimer->start(int(delay) * 1000);
+}
+
+void Document::setFileStamp(const std::optional<FileStamp>& stamp)
+{
+    _fileStamp = stamp;
+    _changeOnDiskReported = false;
 }
 
 QString Document::string() const
 {
     QString text = _textStorage->toRawText();
+    // Every U+2029 in the storage ends a block: the characters themselves have stand-ins.
     text.replace(QChar::ParagraphSeparator, u'\n');
     if (isLoading()) {
         text += QStringView(_pendingText).sliced(_pendingOffset);
     }
+    _reading.standIns.restore(text);
     return text;
 }
 
@@ -269,16 +351,18 @@ bool Document::loadContents(const QString& path, quint64 encoding, QString* erro
         contents.lineBreaks = NSNotFound;
     }
 
+    ReadState state;
+    QString storageText;
+    if (!prepareReading(contents, info.fileName(), state, storageText, error)) {
+        return false;
+    }
+
     // A large text goes in piece by piece: the first piece now, so the window can show it at
     // once, the rest from the event loop (see appendPendingText).
     const bool wasLoading = isLoading();
     _loadTimer->stop();
-    _pendingText = std::move(contents.text);
+    _pendingText = std::move(storageText);
     _pendingOffset = 0;
-    if (_pendingText.contains(u'\r')) {
-        // The text keeps line feeds only; the file's own style is applied again on saving.
-        _pendingText = EncodingManager::sharedEncodingManager().replaceLineBreaks(0, _pendingText);
-    }
     _textStorage->setUndoRedoEnabled(false);
     _textStorage->clear();
     appendPendingText(kFirstLoadPiece);
@@ -294,12 +378,83 @@ bool Document::loadContents(const QString& path, quint64 encoding, QString* erro
 
     _fileStamp = stamp;
     _changeOnDiskReported = false;
-    _documentEncoding = contents.encoding;
-    if (contents.lineBreaks != NSNotFound) {
-        _documentLineBreaks = contents.lineBreaks;
-    }
-    Q_EMIT documentInformationChanged();
+    applyReadState(state, true);
     return true;
+}
+
+bool Document::prepareReading(DecodedContents& contents, const QString& fileName, ReadState& state,
+                              QString& storageText, QString* error) const
+{
+    state.encoding = contents.encoding;
+    state.reading.nonText = EncodingManager::nonTextReason(contents.text);
+    // A file that is not text keeps each line break as it is, CRs included: rewriting them
+    // would change bytes the user never touched.
+    const bool keepLineBreaks = state.reading.nonText != NonTextReason::None;
+    if (keepLineBreaks) {
+        state.lineBreaks = EncodingManager::KeepLineBreaks;
+    } else {
+        if (contents.lineBreaks != NSNotFound) {
+            state.lineBreaks = contents.lineBreaks;
+        } else if (_documentLineBreaks != EncodingManager::KeepLineBreaks) {
+            state.lineBreaks = _documentLineBreaks;
+        } else {
+            state.lineBreaks = UserDefaults::standardUserDefaults().integerForKey(
+                QStringLiteral("DefaultsLineBreaks"));
+        }
+        // Without a CR, every line break is an LF: nothing to mix, nothing to count.
+        if (contents.lineBreaks == 1 || contents.lineBreaks == 2) {
+            state.reading.lineBreakCounts = EncodingManager::countLineBreaks(contents.text);
+        }
+    }
+    std::optional<CharacterStandIns> standIns =
+        CharacterStandIns::forText(contents.text, keepLineBreaks);
+    if (!standIns) {
+        if (error) {
+            *error = tr("The file “%1” could not be opened: it uses nearly every character "
+                        "there is, and the editor needs one of them for its own use.")
+                         .arg(fileName);
+        }
+        return false;
+    }
+    state.reading.standIns = std::move(*standIns);
+    storageText = std::move(contents.text);
+    contents.text = QString();
+    if (!keepLineBreaks && storageText.contains(u'\r')) {
+        // The text keeps line feeds only; the file's own style is applied again on saving.
+        storageText = EncodingManager::sharedEncodingManager().replaceLineBreaks(0, storageText);
+    }
+    state.reading.standIns.substitute(storageText);
+    return true;
+}
+
+Document::ReadState Document::readState() const
+{
+    return {_documentEncoding, _documentLineBreaks, _reading, _editAnyway};
+}
+
+void Document::applyReadState(const ReadState& state, bool announce)
+{
+    const bool wasReadOnly = isReadOnly();
+    _documentEncoding = state.encoding;
+    _documentLineBreaks = state.lineBreaks;
+    _reading = state.reading;
+    _editAnyway = state.editAnyway;
+    Q_EMIT documentInformationChanged();
+    if (announce) {
+        Q_EMIT contentsRead();
+    }
+    if (wasReadOnly != isReadOnly()) {
+        Q_EMIT readOnlyChanged(isReadOnly());
+    }
+}
+
+void Document::editAnyway()
+{
+    if (!isReadOnly()) {
+        return;
+    }
+    _editAnyway = true;
+    Q_EMIT readOnlyChanged(false);
 }
 
 void Document::appendPendingText(qsizetype length)
@@ -343,6 +498,7 @@ void Document::setSavePanelChoice(quint64 encoding, qsizetype lineBreaks)
 bool Document::writeSafelyToURL(const QString& path, const QString& type, SaveOperation operation,
                                 QString* error)
 {
+    _encodingFailureReported = false;
     if (operation == SaveAs) {
         _documentEncodingForSaving = _savePanelEncoding;
         _documentLineBreaksForSaving = _savePanelLineBreaks;
@@ -397,6 +553,7 @@ bool Document::writeToURL(const QString& path, const QString& type, QString* err
     };
 
     std::optional<QByteArray> bytes = TextCodec::encode(_documentEncodingForSaving, text);
+    _encodingFailureReported = !bytes;
     if (!bytes) {
         return fail(tr("The document “%1” could not be saved in the encoding “%2”. Some "
                        "characters cannot be written in this encoding.")
@@ -405,34 +562,16 @@ bool Document::writeToURL(const QString& path, const QString& type, QString* err
     if (_documentEncodingForSaving == kUTF8 && _UTF8AppendByBOM) {
         bytes->prepend("\xEF\xBB\xBF");
     }
-    // The text goes into a new file beside the old one, which replaces it only once it is
-    // complete and on the disk: a failure or a crash at any moment leaves the old bytes.
-    QSaveFile file(path);
-    // Writing into the file directly would risk a half-written file; without the
-    // permission to make a new file in its folder, the save fails instead.
-    file.setDirectWriteFallback(false);
-    if (!file.open(QIODevice::WriteOnly)) {
-        const QString folder = target.absolutePath();
-        if (!QFileInfo(folder).isDir()) {
-            return fail(tr("The document “%1” could not be saved because the folder “%2” does "
-                           "not exist.")
-                            .arg(name, folder));
-        }
-        if (!canWriteIn(folder)) {
-            return fail(tr("The document “%1” could not be saved because you don’t have "
-                           "permission to write in the folder “%2”.")
-                            .arg(name, QFileInfo(folder).fileName()));
-        }
-        return fail(tr("The document “%1” could not be saved. %2.").arg(name, file.errorString()));
+    SafeFileWriter writer(FileManager::applicationSupportDirectoryPath() +
+                          QStringLiteral("/Backups"));
+    if (!writer.write(path, *bytes)) {
+        return fail(saveFailureMessage(name, writer));
     }
-    if (file.write(*bytes) != bytes->size() || !file.commit()) {
-        const QString reason = file.error() == QFileDevice::ResourceError
-                                   ? tr("There is not enough space on the disk")
-                                   : file.errorString();
-        file.cancelWriting();
-        return fail(tr("The document “%1” could not be saved. %2. The file on the disk was left "
-                       "as it was.")
-                        .arg(name, reason));
+    // The file's other attributes are kept as they were; an encoding attribute among them
+    // must now name the encoding the text was written in.
+    if (ExtendedAttributes::read(writer.targetPath(), kAttributeName) &&
+        !setTextEncodingAttribute(_documentEncodingForSaving, writer.targetPath())) {
+        ExtendedAttributes::remove(writer.targetPath(), kAttributeName);
     }
     _documentEncoding = _documentEncodingForSaving;
     _documentLineBreaks = _documentLineBreaksForSaving;
@@ -457,23 +596,73 @@ bool Document::revertToContentsOfURL(const QString& path, const QString& type, Q
 std::unique_ptr<Document> Document::duplicateAndReturnError() const
 {
     auto duplicate = std::make_unique<Document>();
+    QString text = string();
+    // The copy holds the same characters, so the same stand-ins serve it.
+    _reading.standIns.substitute(text);
+    duplicate->_reading.standIns = _reading.standIns;
     duplicate->_textStorage->setUndoRedoEnabled(false);
-    duplicate->_textStorage->setPlainText(string());
+    duplicate->_textStorage->setPlainText(text);
     duplicate->_textStorage->setUndoRedoEnabled(true);
     duplicate->_documentEncoding = _documentEncoding;
     duplicate->_documentLineBreaks = _documentLineBreaks;
     return duplicate;
 }
 
-void Document::setTextStorage(const QString& text)
+// The undo command of a replacement of the whole text: it puts back the state that went with
+// each text (encoding, line-break style, stand-ins, what the window says about the file).
+// Within the edit block it is undone before the text and redone after it.
+class Document::ReadingUndo : public QAbstractUndoItem
+{
+public:
+    ReadingUndo(Document* document, ReadState before, ReadState after, bool announce)
+        : _document(document)
+        , _before(std::move(before))
+        , _after(std::move(after))
+        , _announce(announce)
+    {}
+    void undo() override { _document->applyReadState(_before, _announce); }
+    void redo() override { _document->applyReadState(_after, _announce); }
+
+private:
+    Document* _document;
+    ReadState _before;
+    ReadState _after;
+    bool _announce;
+};
+
+void Document::replaceUndoably(const QString& storageText, const ReadState& after, bool announce)
 {
     // What is still waiting to go in belongs to the text being replaced.
     finishLoading();
     QTextCursor cursor(_textStorage);
     cursor.beginEditBlock();
     cursor.select(QTextCursor::Document);
-    cursor.insertText(text);
+    cursor.insertText(storageText);
+    _textStorage->appendUndoItem(new ReadingUndo(this, readState(), after, announce));
     cursor.endEditBlock();
+    applyReadState(after, announce);
+}
+
+void Document::setTextStorage(const QString& text)
+{
+    ReadState after = readState();
+    // The new text may hold characters the old one did not, which need stand-ins of their own;
+    // when it uses nearly every character, those become line breaks as typed ones would.
+    const bool keepLineBreaks = _documentLineBreaks == EncodingManager::KeepLineBreaks;
+    after.reading.standIns =
+        CharacterStandIns::forText(text, keepLineBreaks).value_or(CharacterStandIns());
+    QString storageText = text;
+    after.reading.standIns.substitute(storageText);
+    if (after.reading.standIns == _reading.standIns) {
+        finishLoading();
+        QTextCursor cursor(_textStorage);
+        cursor.beginEditBlock();
+        cursor.select(QTextCursor::Document);
+        cursor.insertText(storageText);
+        cursor.endEditBlock();
+        return;
+    }
+    replaceUndoably(storageText, after, false);
 }
 
 bool Document::rereadWithEncoding(quint64 encoding, QString* error)
@@ -481,32 +670,94 @@ bool Document::rereadWithEncoding(quint64 encoding, QString* error)
     if (_fileURL.isEmpty()) {
         return false;
     }
-    DecodedContents contents = EncodingManager::sharedEncodingManager().contentsOfURL(
-        QUrl::fromLocalFile(_fileURL), encoding, _priorityToJapaneseEncoding);
-    if (!contents.isValid()) {
+    const std::optional<FileStamp> stamp = FileStamp::ofFile(_fileURL);
+    return reread(readFile(encoding), encoding, false, stamp, error);
+}
+
+bool Document::reloadFromFile(QString* error)
+{
+    if (_fileURL.isEmpty()) {
+        return false;
+    }
+    // Taken before reading, so that a change made while the file is read is noticed too.
+    const std::optional<FileStamp> stamp = FileStamp::ofFile(_fileURL);
+    quint64 encoding = textEncodingAttributeOfURL(_fileURL);
+    if (encoding == kNoEncoding) {
+        encoding = _documentEncoding;
+    }
+    DecodedContents contents = readFile(encoding);
+    if (!contents.isValid() && contents.bytesRead > 0 && !contents.unreadable &&
+        contents.longLine == 0) {
+        // The other program wrote bytes the document's encoding cannot read: detect, as an
+        // opening does.
+        encoding = kNoEncoding;
+        contents = readFile(encoding);
+    }
+    if (!contents.isValid() && contents.bytesRead == 0 && !contents.unreadable) {
+        contents.encoding = _documentEncoding;
+        contents.lineBreaks = NSNotFound;
+    }
+    return reread(std::move(contents), encoding, true, stamp, error);
+}
+
+DecodedContents Document::readFile(quint64 encoding) const
+{
+    return EncodingManager::sharedEncodingManager().contentsOfURL(
+        QUrl::fromLocalFile(_fileURL), encoding, _priorityToJapaneseEncoding,
+        maximumLineLength * 8);
+}
+
+bool Document::reread(DecodedContents contents, quint64 encoding, bool fileLineBreaks,
+                      const std::optional<FileStamp>& stamp, QString* error)
+{
+    const auto fail = [&](const QString& message) {
         if (error) {
-            *error = tr("The file “%1” could not be read using text encoding %2.")
-                         .arg(displayName(), encodingName(encoding));
+            *error = message;
         }
         return false;
+    };
+    const QString how = encoding == kNoEncoding
+                            ? QString()
+                            : u' ' + tr("using text encoding %1").arg(encodingName(encoding));
+    const auto tooLong = [&](qsizetype line) {
+        return fail(tr("The file “%1” could not be read%2: line %3 is longer than %4 characters.")
+                        .arg(displayName(), how, QLocale().toString(qlonglong(line)),
+                             QLocale().toString(qlonglong(maximumLineLength))));
+    };
+    if (contents.unreadable) {
+        return fail(tr("The file “%1” could not be read.").arg(displayName()));
+    }
+    if (contents.longLine > 0) {
+        return tooLong(contents.longLine);
+    }
+    if (!contents.isValid()) {
+        return fail(encoding == kNoEncoding
+                        ? tr("The file “%1” could not be read: its text encoding was not "
+                             "recognised.")
+                              .arg(displayName())
+                        : tr("The file “%1” could not be read%2.").arg(displayName(), how));
     }
     if (const auto line = EncodingManager::lineLongerThan(contents.text, maximumLineLength)) {
-        if (error) {
-            *error = tr("The file “%1” could not be read using text encoding %2: line %3 is "
-                        "longer than %4 characters.")
-                         .arg(displayName(), encodingName(encoding),
-                              QLocale().toString(qlonglong(line->first)),
-                              QLocale().toString(qlonglong(maximumLineLength)));
-        }
+        return tooLong(line->first);
+    }
+    ReadState after;
+    QString storageText;
+    if (!prepareReading(contents, displayName(), after, storageText, error)) {
         return false;
     }
-    _fileStamp = FileStamp::ofFile(_fileURL);
-    // Undo history and the modified state stay as they were.
-    const bool modified = _textStorage->isModified();
-    _textStorage->setUndoRedoEnabled(false);
-    _textStorage->setPlainText(contents.text);
-    _textStorage->setUndoRedoEnabled(true);
-    _textStorage->setModified(modified);
+    // Reopening in another encoding leaves the style the user's, unless the file turns out to
+    // be text or not text only now; reloading takes the file's, as an opening does.
+    const bool keptBefore = _documentLineBreaks == EncodingManager::KeepLineBreaks;
+    const bool keptAfter = after.lineBreaks == EncodingManager::KeepLineBreaks;
+    if (!fileLineBreaks && keptBefore == keptAfter) {
+        after.lineBreaks = _documentLineBreaks;
+    }
+    after.editAnyway = _editAnyway && keptAfter;
+    replaceUndoably(storageText, after, true);
+    _fileStamp = stamp;
+    _changeOnDiskReported = false;
+    // The text is the file's once more; undo brings the edits back, and marks them unsaved.
+    _textStorage->setModified(false);
     return true;
 }
 
@@ -595,8 +846,16 @@ QPageLayout Document::printInfo()
 void Document::printOperationWithSettings(QPrinter* printer)
 {
     printer->setPageLayout(printInfo());
-    // Printing lays a copy out at the page's width, so long lines wrap to fit it.
-    _textStorage->print(printer);
+    // Printing lays a copy out at the page's width, so long lines wrap to fit it. On screen a
+    // point is a pixel, and the text's font is sized in pixels; on paper that would be a
+    // pixel of the printer. The copy's font is the same number of real points.
+    std::unique_ptr<QTextDocument> copy(_textStorage->clone());
+    QFont font = _textStorage->defaultFont();
+    if (font.pixelSize() > 0) {
+        font.setPointSizeF(font.pixelSize());
+    }
+    copy->setDefaultFont(font);
+    copy->print(printer);
 }
 
 bool Document::exportAsPDFTo(const QString& path, QString* error)

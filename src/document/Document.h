@@ -1,5 +1,7 @@
 #pragma once
 
+#include "document/EncodingManager.h"
+#include "platform/CharacterStandIns.h"
 #include "platform/FileStamp.h"
 
 #include <QObject>
@@ -31,10 +33,16 @@ public:
     explicit Document(QObject* parent = nullptr);
     ~Document() override;
 
-    /// The text. Every line break in it is one LF, whatever the file holds.
+    /// The text. Every line break in it is one LF, whatever the file holds, except in a file
+    /// that does not look like text, whose CRs stay CRs; characters the text storage cannot
+    /// hold as they are appear there as their stand-ins (characterStandIns()).
     QTextDocument* textStorage() const { return _textStorage; }
-    /// The text as a string with LF line breaks.
+    /// The text as a string: LF line breaks (CRs kept as read where line breaks are kept),
+    /// and every character as the file has it.
     QString string() const;
+    /// The characters that stand in the text storage for those it cannot hold (U+2029 and
+    /// QTextDocument's own marks; CR where line breaks are kept).
+    const CharacterStandIns& characterStandIns() const { return _reading.standIns; }
 
     quint64 documentEncoding() const { return _documentEncoding; }
     void setDocumentEncoding(quint64 encoding);
@@ -70,8 +78,19 @@ public:
     /// Whether the last Save was refused because another program had changed the file (the
     /// next Save replaces it).
     bool isChangeOnDiskReported() const { return _changeOnDiskReported; }
-    /// Writes the text atomically in the encoding for saving, with the line breaks for
-    /// saving: the file is either the old bytes or the new ones, never a mix.
+    /// Whether the last save failed because the text holds a character that the encoding for
+    /// saving cannot represent.
+    bool isEncodingFailureReported() const { return _encodingFailureReported; }
+    /// The state of the file that the text was read from or last saved as; a Save into the
+    /// file is refused once when the file no longer has it. None for a document never read
+    /// or saved.
+    std::optional<FileStamp> fileStamp() const { return _fileStamp; }
+    /// Gives the text a file state to be based on: recovered text keeps the one its edits
+    /// started from, so that a file another program changed since is not overwritten unasked.
+    void setFileStamp(const std::optional<FileStamp>& stamp);
+    /// Writes the text in the encoding for saving, with the line breaks for saving, keeping
+    /// the file's owner, mode and attributes (see SafeFileWriter): whatever fails, the file
+    /// keeps its old bytes, and the message says why.
     bool writeToURL(const QString& path, const QString& type, QString* error = nullptr);
     /// What the save panel's pop-ups show, read by the next Save As.
     void setSavePanelChoice(quint64 encoding, qsizetype lineBreaks);
@@ -84,8 +103,29 @@ public:
     void setTextStorage(const QString& text);
 
     /// Replaces the text with what the file holds in `encoding` (reopening it in another
-    /// encoding); false when the bytes do not decode in it.
+    /// encoding), as one undoable step that undo takes back with the encoding; the document is
+    /// then unmodified. False, with nothing changed, when the bytes do not decode in it.
     bool rereadWithEncoding(quint64 encoding, QString* error = nullptr);
+    /// Replaces the text with what the file holds now (another program changed it), as one
+    /// undoable step that undo takes back; the document is then unmodified and based on the
+    /// file as it is. The encoding stays the document's (or the one the file's attribute
+    /// names) while the bytes decode in it, and is detected as on opening otherwise; the
+    /// line-break style becomes the file's. False, with nothing changed, when the file cannot
+    /// be read.
+    bool reloadFromFile(QString* error = nullptr);
+
+    /// Why the file read last does not look like text; such a file opens read-only.
+    NonTextReason nonTextReason() const { return _reading.nonText; }
+    /// A file that does not look like text stays read-only until editAnyway().
+    bool isReadOnly() const { return _reading.nonText != NonTextReason::None && !_editAnyway; }
+    /// Lets the user edit a file that does not look like text. Its line breaks are written back
+    /// as they were read (the style is EncodingManager::KeepLineBreaks) unless the user
+    /// chooses a style.
+    void editAnyway();
+    /// How many line breaks of each kind the file read last held, counted when it held a CR
+    /// (without one they are all LFs) and its line breaks are not kept. When it mixed kinds,
+    /// a save writes them all in the document's style.
+    LineBreakCounts lineBreaksAsRead() const { return _reading.lineBreakCounts; }
 
     /// The encoding stored in a file's "com.apple.TextEncoding" attribute; all ones when
     /// the file has no usable attribute.
@@ -104,6 +144,14 @@ public:
     /// Writes the printed pages as a PDF file.
     bool exportAsPDFTo(const QString& path, QString* error = nullptr);
 
+    /// Shortest time, in seconds, between recovery copies, whatever "AutosavingDelay" says:
+    /// a copy is not written at every key.
+    static constexpr qint64 minimumAutosavingDelay = 1;
+    /// Starts the autosave clock unless it runs already: "AutosavingDelay" seconds after the
+    /// first unsaved change since the last copy, recoveryCopyDue() asks for a copy. Later
+    /// changes do not restart the clock, so continuous typing never puts the copy off.
+    void scheduleAutosave();
+
     /// True while the end of a large file is still going into the text (see `loadContents`).
     bool isLoading() const { return _pendingOffset < _pendingText.size(); }
     /// Puts whatever is still waiting into the text at once.
@@ -114,11 +162,49 @@ Q_SIGNALS:
     void documentInformationChanged();
     /// A large file started or finished going into the text; panes stay read-only meanwhile.
     void loadingChanged(bool loading);
+    /// The text has unsaved changes that no recovery copy holds yet, and the autosave delay
+    /// has passed: the recovery store writes a copy. Autosave never writes the file itself.
+    void recoveryCopyDue();
+    /// The text was read from the file anew (opened, reverted, reopened in another encoding,
+    /// or such a reopening undone or redone): what the window says about it is out of date.
+    void contentsRead();
+    /// The document became read-only or editable (see isReadOnly()).
+    void readOnlyChanged(bool readOnly);
 
 private:
+    class ReadingUndo;
+    /// What reading a file decides about it besides its encoding and line-break style.
+    struct Reading {
+        NonTextReason nonText = NonTextReason::None;
+        LineBreakCounts lineBreakCounts;
+        CharacterStandIns standIns;
+    };
+    /// Everything a read sets, as one value: what undoing a reopening puts back.
+    struct ReadState {
+        quint64 encoding = 0;
+        qsizetype lineBreaks = 0;
+        Reading reading;
+        bool editAnyway = false;
+    };
+
     bool loadContents(const QString& path, quint64 encoding, QString* error);
+    /// Turns decoded contents into the text the storage holds (`storageText`) and the state
+    /// that goes with it; false, with `error` set, when the text cannot be held.
+    bool prepareReading(DecodedContents& contents, const QString& fileName, ReadState& state,
+                        QString& storageText, QString* error) const;
+    DecodedContents readFile(quint64 encoding) const;
+    /// Replaces the text by the file's `contents`, read in `encoding` (all ones: detected),
+    /// as one undoable step, and bases the document on the file's `stamp`. The style becomes
+    /// the file's with `fileLineBreaks`, and otherwise stays the document's.
+    bool reread(DecodedContents contents, quint64 encoding, bool fileLineBreaks,
+                const std::optional<FileStamp>& stamp, QString* error);
+    ReadState readState() const;
+    /// Sets the state; `announce` says it comes with a new reading of the file (contentsRead).
+    void applyReadState(const ReadState& state, bool announce);
+    /// Replaces the whole text by `storageText` and the state by `after` as one undoable step,
+    /// which undo takes back together with the state.
+    void replaceUndoably(const QString& storageText, const ReadState& after, bool announce);
     void appendPendingText(qsizetype length);
-    void scheduleAutosave();
 
     QTextDocument* _textStorage = nullptr;
     quint64 _documentEncoding = 0;
@@ -128,6 +214,10 @@ private:
     qsizetype _documentLineBreaks = 0;
     qsizetype _documentLineBreaksForSaving = 0;
     QString _revertFileTypeToSet;
+    // The encoding and the line-break style are kept in _documentEncoding and
+    // _documentLineBreaks; _reading holds the rest of what the last read decided.
+    Reading _reading;
+    bool _editAnyway = false;
     bool _savePanelExtensionHidden = false;
     bool _setUpDefaultPrintInfo = false;
     QString _windowIdentifier;
@@ -146,4 +236,5 @@ private:
     // because another program had changed it.
     std::optional<FileStamp> _fileStamp;
     bool _changeOnDiskReported = false;
+    bool _encodingFailureReported = false;
 };

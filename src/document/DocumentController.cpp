@@ -15,6 +15,7 @@
 #include "window/WindowController.h"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
@@ -22,14 +23,17 @@
 #include <QFileIconProvider>
 #include <QFileInfo>
 #include <QGridLayout>
+#include <QHash>
 #include <QIcon>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
 #include <QPrintDialog>
 #include <QPrinter>
 #include <QPushButton>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -148,6 +152,9 @@ void DocumentController::installShippedResources()
         installScriptGroup(QStringLiteral("Exsample for ShellScript"), shippedShellScripts()));
     Application::instance()->setScriptDataSource(library);
     UserDefaults::standardUserDefaults().setBool(false, kFirstStartupApplication);
+    // Written now, with the flag above: a first run that never quits cleanly must not leave
+    // the next one an empty library.
+    ScriptManager::sharedScriptManager().writeScriptDataSource();
 }
 
 // Documents ------------------------------------------------------------------------------
@@ -157,8 +164,13 @@ namespace {
 const QString kRecentDocuments = QStringLiteral("RecentDocumentPaths");
 // Triplets of window identifier, encoding and path of the documents open when the last run ended.
 const QString kRestorableDocuments = QStringLiteral("RestorableDocuments");
+// One entry per triplet: empty for a window of its own; for a tab, the number of its tab window,
+// followed by "*" for the current tab. The triplets of a tab window's tabs are in tab order.
+const QString kRestorableDocumentTabs = QStringLiteral("RestorableDocumentTabs");
+const QString kOpenDocumentsInTabs = QStringLiteral("OpenDocumentsInTabs");
 constexpr int kMaximumRecentDocuments = 15;
 constexpr quint64 kAutomatic = ~quint64(0);
+constexpr quint64 kUTF8 = 4;
 
 QWidget* activeWindowOr(QWidget* fallback)
 {
@@ -195,14 +207,54 @@ Accessory addAccessory(QFileDialog& panel, bool withLineBreaks)
     return accessory;
 }
 
+// "Hide extension": the name field shows the file's name without its extension, which the
+// panel adds back when the name is confirmed without one.
+void addHideExtensionBox(QFileDialog& panel, bool hidden)
+{
+    auto* layout = qobject_cast<QGridLayout*>(panel.layout());
+    auto* name = panel.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+    if (!layout || !name) {
+        return;
+    }
+    auto* box = new QCheckBox(QObject::tr("Hide extension"), &panel);
+    box->setObjectName(QStringLiteral("hideExtensionButton"));
+    layout->addWidget(box, layout->rowCount(), 1);
+    const auto apply = [&panel, name](bool hide) {
+        const QString text = name->text();
+        if (hide) {
+            const QString extension = QFileInfo(text).suffix();
+            if (!extension.isEmpty() && QFileInfo(text).completeBaseName().size() > 0) {
+                panel.setDefaultSuffix(extension);
+                name->setText(text.left(text.size() - extension.size() - 1));
+            }
+        } else if (!panel.defaultSuffix().isEmpty()) {
+            if (!text.isEmpty() && QFileInfo(text).suffix().isEmpty()) {
+                name->setText(text + u'.' + panel.defaultSuffix());
+            }
+            panel.setDefaultSuffix(QString());
+        }
+    };
+    QObject::connect(box, &QCheckBox::toggled, &panel, apply);
+    box->setChecked(hidden);
+}
+
 } // namespace
 
 Document* DocumentController::currentDocument() const
 {
-    for (Document* document : _documents) {
+    // A tab window is active for each of its tabs; only the current tab is in front.
+    const auto inFront = [this](Document* document) {
         WindowController* controller = windowControllerOf(document);
-        if (controller && controller->window() && controller->window()->isActiveWindow()) {
+        return controller && controller->window() && controller->window()->isFrontTab();
+    };
+    for (Document* document : _documents) {
+        if (inFront(document) && windowControllerOf(document)->window()->isActiveWindow()) {
             return document;
+        }
+    }
+    for (auto it = _documents.rbegin(); it != _documents.rend(); ++it) {
+        if (inFront(*it)) {
+            return *it;
         }
     }
     return _documents.empty() ? nullptr : _documents.back();
@@ -214,7 +266,7 @@ WindowController* DocumentController::windowControllerOf(Document* document) con
                     : nullptr;
 }
 
-Document* DocumentController::addDocument(Document* document, bool display)
+Document* DocumentController::addDocument(Document* document, bool display, Placement placement)
 {
     _documents.push_back(document);
     RecoveryStore::sharedRecoveryStore().watch(document);
@@ -227,10 +279,11 @@ Document* DocumentController::addDocument(Document* document, bool display)
         std::erase(_documents, document);
         document->deleteLater();
     });
-    if (display) {
-        window->show();
-        window->raise();
-        window->activateWindow();
+    if (display && placement.tabGroup) {
+        *placement.tabGroup = window->presentAsTab(*placement.tabGroup);
+    } else if (display) {
+        window->present(placement.bySetting &&
+                        UserDefaults::standardUserDefaults().boolForKey(kOpenDocumentsInTabs));
     }
     return document;
 }
@@ -238,6 +291,22 @@ Document* DocumentController::addDocument(Document* document, bool display)
 Document* DocumentController::newDocument()
 {
     return addDocument(new Document(this), true);
+}
+
+Document* DocumentController::duplicateDocument(Document* document)
+{
+    if (!document) {
+        return nullptr;
+    }
+    // The whole text, also of a large file still going in.
+    document->finishLoading();
+    Document* duplicate = document->duplicateAndReturnError().release();
+    duplicate->setParent(this);
+    // Its window comes back as the original's stands, as a restored window would.
+    duplicate->setWindowIdentifier(document->windowIdentifier());
+    // The copy is kept nowhere yet: closing it asks whether to save it.
+    duplicate->textStorage()->setModified(true);
+    return addDocument(duplicate, true);
 }
 
 bool DocumentController::presentError(QWidget* parent, const QString& message) const
@@ -255,11 +324,9 @@ Document* DocumentController::openDocumentWithContentsOfURL(const QString& path,
         if (document->fileURL() == absolute) {
             if (WindowController* controller = windowControllerOf(document);
                 controller && display) {
-                controller->window()->show();
-                controller->window()->raise();
-                controller->window()->activateWindow();
+                controller->window()->bringToFront();
             }
-            _isOpenPanel = false;
+            // Nothing was read: the open panel's encoding is still for the next file read.
             return document;
         }
     }
@@ -322,13 +389,54 @@ bool DocumentController::saveDocument(Document* document)
     if (!document->writeSafelyToURL(document->fileURL(), document->fileType(), Document::Save,
                                     &error)) {
         // The message about another program's change says itself what to do.
-        presentError(window, document->isChangeOnDiskReported()
-                                 ? error
-                                 : error + QLatin1Char('\n') +
-                                       tr("Use Save As… to choose another encoding or place."));
-        return false;
+        if (document->isChangeOnDiskReported()) {
+            return presentError(window, error);
+        }
+        return presentSaveError(window, document, document->fileURL(), Document::Save, error);
     }
     return true;
+}
+
+bool DocumentController::presentSaveError(QWidget* parent, Document* document, const QString& path,
+                                          int operation, const QString& message)
+{
+    const QString advice = tr("Use Save As… to choose another encoding or place.");
+    if (!document->isEncodingFailureReported()) {
+        return presentError(
+            parent, operation == Document::Save ? message + QLatin1Char('\n') + advice : message);
+    }
+    // UTF-8 holds every character, so the text can always be saved without losing any of it.
+    QMessageBox alert(QMessageBox::Warning, tr("Error"), message, QMessageBox::Cancel, parent);
+    if (operation == Document::Save) {
+        alert.setInformativeText(advice);
+    }
+    QPushButton* inUTF8 = alert.addButton(tr("Save as UTF-8"), QMessageBox::AcceptRole);
+    alert.setDefaultButton(inUTF8);
+    alert.setEscapeButton(QMessageBox::Cancel);
+    alert.setWindowModality(parent ? Qt::WindowModal : Qt::ApplicationModal);
+    alert.exec();
+    if (alert.clickedButton() != inUTF8) {
+        return false;
+    }
+    QString error;
+    bool saved = false;
+    if (operation == Document::SaveAs) {
+        document->setSavePanelChoice(kUTF8, document->documentLineBreaksForSaving());
+        saved = document->writeSafelyToURL(path, document->fileType(), Document::SaveAs, &error);
+    } else {
+        // A Save keeps its own checks (another program's change); only the encoding differs.
+        const quint64 encoding = document->documentEncoding();
+        document->setDocumentEncoding(kUTF8);
+        saved = document->writeSafelyToURL(path, document->fileType(),
+                                           Document::SaveOperation(operation), &error);
+        if (!saved) {
+            document->setDocumentEncoding(encoding);
+        }
+    }
+    if (!saved) {
+        presentError(parent, error);
+    }
+    return saved;
 }
 
 bool DocumentController::saveDocumentAs(Document* document)
@@ -338,11 +446,10 @@ bool DocumentController::saveDocumentAs(Document* document)
     }
     WindowController* controller = windowControllerOf(document);
     QWidget* window = controller ? controller->window() : nullptr;
-    QFileDialog panel(window, QStringLiteral("open for Morvantic"));
+    QFileDialog panel(window, tr("Save As"));
     panel.setOption(QFileDialog::DontUseNativeDialog, true);
     panel.setAcceptMode(QFileDialog::AcceptSave);
     panel.setFileMode(QFileDialog::AnyFile);
-    panel.setOption(QFileDialog::HideNameFilterDetails, document->savePanelExtensionHidden());
     QStringList filters;
     const QVariantMap syntax = controller && controller->textView()
                                    ? controller->textView()->syntaxDictionary()
@@ -363,6 +470,7 @@ bool DocumentController::saveDocumentAs(Document* document)
         panel.selectFile(document->displayName());
     }
     const Accessory accessory = addAccessory(panel, true);
+    addHideExtensionBox(panel, document->savePanelExtensionHidden());
     EncodingManager& encodings = EncodingManager::sharedEncodingManager();
     encodings.makeEncodingOfPopUpMenu(accessory.textEncodingPopUp, document->documentEncoding(),
                                       false);
@@ -372,11 +480,11 @@ bool DocumentController::saveDocumentAs(Document* document)
         document->setSavePanelChoice(accessory.textEncodingPopUp->currentData().value<quint64>(),
                                      accessory.lineBreakPopUp->currentData().toLongLong());
         QString error;
-        if (document->writeSafelyToURL(path, document->fileType(), Document::SaveAs, &error)) {
+        if (document->writeSafelyToURL(path, document->fileType(), Document::SaveAs, &error) ||
+            presentSaveError(window, document, path, Document::SaveAs, error)) {
             noteNewRecentDocumentURL(path);
             return true;
         }
-        presentError(window, error);
     }
     return false;
 }
@@ -388,10 +496,11 @@ void DocumentController::revertDocumentToSaved(Document* document)
     }
     WindowController* controller = windowControllerOf(document);
     QWidget* window = controller ? controller->window() : nullptr;
-    QMessageBox question(QMessageBox::Question,
+    QMessageBox question(QMessageBox::Question, QString(),
                          tr("Do you want to revert to the most recently saved version of “%1”?")
                              .arg(document->displayName()),
-                         tr("Your current changes will be lost."), QMessageBox::Cancel, window);
+                         QMessageBox::Cancel, window);
+    question.setInformativeText(tr("Your current changes will be lost."));
     QPushButton* revert = question.addButton(tr("Revert"), QMessageBox::DestructiveRole);
     question.setWindowModality(Qt::WindowModal);
     question.exec();
@@ -454,11 +563,15 @@ bool DocumentController::closeDocument(Document* document)
     WindowController* controller = windowControllerOf(document);
     QWidget* window = controller ? controller->window() : nullptr;
     if (document->isDocumentEdited()) {
+        // The question is about the tab the user sees.
+        if (controller && controller->window()) {
+            controller->window()->selectTab();
+        }
         QMessageBox question(
-            QMessageBox::Warning,
+            QMessageBox::Warning, QString(),
             tr("Do you want to save the changes you made in “%1”?").arg(document->displayName()),
-            tr("Your changes will be lost if you don’t save them."),
             QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, window);
+        question.setInformativeText(tr("Your changes will be lost if you don’t save them."));
         question.button(QMessageBox::Discard)->setText(tr("Don’t Save"));
         question.setDefaultButton(QMessageBox::Save);
         question.setWindowModality(Qt::WindowModal);
@@ -497,28 +610,79 @@ void DocumentController::discardAllDocuments()
 
 void DocumentController::noteDocumentsForRestoration()
 {
-    QStringList entries;
+    // Windows in the order their first document was opened, the tabs of a window in their order.
+    struct Place {
+        int window;
+        int tab;
+        bool isTab;
+        bool front;
+        Document* document;
+    };
+    std::vector<Place> places;
+    QHash<const void*, int> windowNumbers;
     for (Document* document : _documents) {
-        if (!document->fileURL().isEmpty()) {
-            entries << document->windowIdentifier() << QString::number(document->documentEncoding())
-                    << document->fileURL();
+        WindowController* controller = windowControllerOf(document);
+        DocumentWindow* window = controller ? controller->window() : nullptr;
+        const void* tabs = window ? static_cast<const void*>(window->tabWindow()) : nullptr;
+        const void* key = tabs ? tabs : document;
+        if (!windowNumbers.contains(key)) {
+            windowNumbers.insert(key, int(windowNumbers.size()));
         }
+        places.push_back({windowNumbers.value(key), tabs ? window->tabIndex() : 0, tabs != nullptr,
+                          window && window->isFrontTab(), document});
     }
-    UserDefaults::standardUserDefaults().setObject(entries, kRestorableDocuments);
+    std::stable_sort(places.begin(), places.end(), [](const Place& a, const Place& b) {
+        return std::pair(a.window, a.tab) < std::pair(b.window, b.tab);
+    });
+    QStringList entries;
+    QStringList tabs;
+    for (const Place& place : places) {
+        Document* document = place.document;
+        if (document->fileURL().isEmpty()) {
+            continue;
+        }
+        entries << document->windowIdentifier() << QString::number(document->documentEncoding())
+                << document->fileURL();
+        tabs << (place.isTab ? QString::number(place.window) +
+                                   (place.front ? QStringLiteral("*") : QString())
+                             : QString());
+    }
+    UserDefaults& defaults = UserDefaults::standardUserDefaults();
+    defaults.setObject(entries, kRestorableDocuments);
+    defaults.setObject(tabs, kRestorableDocumentTabs);
 }
 
 int DocumentController::reopenDocumentsOfLastRun()
 {
     UserDefaults& defaults = UserDefaults::standardUserDefaults();
     const QStringList entries = defaults.objectForKey(kRestorableDocuments).toStringList();
+    const QStringList tabs = defaults.objectForKey(kRestorableDocumentTabs).toStringList();
     defaults.removeObjectForKey(kRestorableDocuments);
+    defaults.removeObjectForKey(kRestorableDocumentTabs);
     int reopened = 0;
+    QHash<QString, TabWindow*> tabWindows;
+    QList<DocumentWindow*> frontTabs;
     for (qsizetype i = 0; i + 2 < entries.size(); i += 3) {
         // A file that went away since is simply not brought back.
-        if (QFileInfo(entries[i + 2]).isFile() &&
-            reopenDocumentForURL(entries[i + 2], entries[i + 1].toULongLong(), entries[i])) {
-            ++reopened;
+        if (!QFileInfo(entries[i + 2]).isFile()) {
+            continue;
         }
+        QString place = tabs.value(i / 3);
+        const bool front = place.endsWith(u'*');
+        place.chop(front ? 1 : 0);
+        Document* document =
+            reopenDocument(entries[i + 2], entries[i + 1].toULongLong(), entries[i],
+                           {false, place.isEmpty() ? nullptr : &tabWindows[place]});
+        if (!document) {
+            continue;
+        }
+        ++reopened;
+        if (WindowController* controller = windowControllerOf(document); controller && front) {
+            frontTabs << controller->window();
+        }
+    }
+    for (DocumentWindow* window : frontTabs) {
+        window->selectTab();
     }
     return reopened;
 }
@@ -526,9 +690,20 @@ int DocumentController::reopenDocumentsOfLastRun()
 Document* DocumentController::reopenDocumentForURL(const QString& path, quint64 encoding,
                                                    const QString& identifier)
 {
+    return reopenDocument(path, encoding, identifier, {true, nullptr});
+}
+
+Document* DocumentController::reopenDocument(const QString& path, quint64 encoding,
+                                             const QString& identifier, Placement placement)
+{
     const QString absolute = QFileInfo(path).absoluteFilePath();
     for (Document* open : _documents) {
         if (open->fileURL() == absolute) {
+            // Already back (recovered with its unsaved changes, say): it joins its tab window.
+            if (WindowController* controller = windowControllerOf(open);
+                controller && placement.tabGroup) {
+                *placement.tabGroup = controller->window()->presentAsTab(*placement.tabGroup);
+            }
             return open;
         }
     }
@@ -543,7 +718,7 @@ Document* DocumentController::reopenDocumentForURL(const QString& path, quint64 
         presentError(activeWindowOr(nullptr), error);
         return nullptr;
     }
-    return addDocument(document, true);
+    return addDocument(document, true, placement);
 }
 
 QStringList DocumentController::recentDocumentURLs() const

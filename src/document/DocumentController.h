@@ -10,6 +10,7 @@ class Document;
 class QComboBox;
 class QMenu;
 class QWidget;
+class TabWindow;
 class WindowController;
 
 /// The application's one document controller: it sets the application up at start and
@@ -26,7 +27,7 @@ public:
     /// either the first-start installation or the restoration of the script library.
     void awakeFromNib();
 
-    /// Seconds between autosaves of a modified document that has a file.
+    /// Seconds from the first unsaved change of a document to its recovery copy.
     qint64 autosavingDelay() const { return _autosavingDelay; }
     quint64 openDefaultsTextEncoding() const { return _openDefaultsTextEncoding; }
 
@@ -45,12 +46,16 @@ public:
 
     /// The open documents, oldest first.
     const std::vector<Document*>& documents() const { return _documents; }
-    /// The document of the active window, or the most recent one.
+    /// The document of the active window (its current tab), else the most recent document that
+    /// its window shows.
     Document* currentDocument() const;
     WindowController* windowControllerOf(Document* document) const;
 
     /// Opens a new untitled document in its own window.
     Document* newDocument();
+    /// Opens an untitled copy of the document (its text, encoding, line breaks, syntax and
+    /// sidebar) in a window of its own.
+    Document* duplicateDocument(Document* document);
     /// Opens the file in a window (or brings its window forward when it is open already);
     /// null after showing why it could not be opened.
     Document* openDocumentWithContentsOfURL(const QString& path, bool display = true);
@@ -73,11 +78,13 @@ public:
     /// Closes every document and its window without asking; used when the application ends.
     void discardAllDocuments();
 
-    /// Remembers the documents open now (file, encoding, window identifier) so that the next
-    /// launch can bring their windows back; untitled documents are not remembered.
+    /// Remembers the documents open now (file, encoding, window identifier, and for a tab its
+    /// tab window and whether it is the current tab) so that the next launch can bring their
+    /// windows back; untitled documents are not remembered.
     void noteDocumentsForRestoration();
     /// Reopens the documents remembered by the last run, each through the reopening path with
-    /// its window identifier; returns how many came back.
+    /// its window identifier, tabs in their tab windows in their order; returns how many came
+    /// back.
     int reopenDocumentsOfLastRun();
     /// Reads the file as a document restored at launch: its extended attribute, else
     /// `encoding`, without detection; the window is set up with `identifier`.
@@ -112,8 +119,22 @@ public:
 private:
     explicit DocumentController(QObject* parent = nullptr);
     void installShippedResources();
-    Document* addDocument(Document* document, bool display);
+    /// Where a document's window shows: as the setting "OpenDocumentsInTabs" says, or, for a
+    /// window brought back from the last run, as it was: a window of its own, or the last tab
+    /// of `*tabGroup` (of a new tab window when it holds null, which it then holds).
+    struct Placement {
+        bool bySetting;
+        TabWindow** tabGroup;
+    };
+    Document* addDocument(Document* document, bool display, Placement placement = {true, nullptr});
+    Document* reopenDocument(const QString& path, quint64 encoding, const QString& identifier,
+                             Placement placement);
     bool presentError(QWidget* parent, const QString& message) const;
+    /// Shows why a save (`operation`, a Document::SaveOperation) failed; when a character
+    /// could not be encoded, offers to save in UTF-8 instead and does so when asked. True when
+    /// that second save succeeded.
+    bool presentSaveError(QWidget* parent, Document* document, const QString& path, int operation,
+                          const QString& message);
 
     std::vector<Document*> _documents;
 

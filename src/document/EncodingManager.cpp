@@ -1,19 +1,16 @@
 #include "document/EncodingManager.h"
 
+#include "document/EncodingDetector.h"
 #include "platform/LargeBuffer.h"
 #include "platform/Range.h"
 #include "platform/TextCodec.h"
-#include "platform/UnicodeText.h"
 
 #include <QComboBox>
 #include <QFile>
 #include <QFileInfo>
 
-#include <uchardet.h>
-
 #include <array>
 #include <cstring>
-#include <memory>
 
 namespace {
 
@@ -48,76 +45,8 @@ constexpr qsizetype encodingTableLength = qsizetype(encodingTable.size()) - 1;
 constexpr quint64 UTF8 = 4;
 constexpr quint64 UTF16 = 10;
 constexpr quint64 EUCJP = 3;
-constexpr quint64 ISOLatin1 = 5;
-constexpr quint64 WindowsLatin1 = 12;
 constexpr quint64 ISO2022JP = 21;
 constexpr quint64 ShiftJIS = 0x80000A01;
-
-// Names uchardet reports that are not the IANA names of the encodings they stand for.
-constexpr std::pair<const char*, quint32> detectorNames[] = {
-    {"MAC-CYRILLIC", 0x7},        {"MAC-CENTRALEUROPE", 0x1D}, {"UTF-16LE", 0x100},
-    {"UTF-16BE", 0x100},          {"TIS-620", 0x41D},          {"ISO-8859-11", 0x41D},
-    {"X-ISO-10646-UCS-2", 0x100}, {"IBM861", 0x416},
-};
-
-// uchardet learns what it can from the first few megabytes of non-ASCII text; reading
-// more of a large file would only cost time, since the whole file is decoded anyway
-// before its answer is taken.
-constexpr qsizetype detectorSample = 4 << 20;
-
-qsizetype firstNonAscii(QByteArrayView data)
-{
-    constexpr qsizetype block = 4096;
-    for (qsizetype start = 0; start < data.size(); start += block) {
-        const QByteArrayView part = data.sliced(start, qMin(block, data.size() - start));
-        if (!UnicodeText::isAscii(part)) {
-            for (qsizetype i = 0; i < part.size(); ++i) {
-                if (uchar(part[i]) >= 0x80) {
-                    return start + i;
-                }
-            }
-        }
-    }
-    return -1;
-}
-
-quint64 encodingFromDetector(QByteArrayView data)
-{
-    const qsizetype nonAscii = firstNonAscii(data);
-    // Text that is valid UTF-8 beyond ASCII is UTF-8 in all but contrived cases; the
-    // statistical detector, working from a sample, can mistake a short one for a
-    // single-byte encoding that happens to decode it too.
-    if (nonAscii >= 0 && UnicodeText::isValidUtf8(data.sliced(nonAscii))) {
-        return 4;
-    }
-    const qsizetype from = nonAscii < 0 ? 0 : qMax<qsizetype>(0, nonAscii - 4096);
-    const QByteArrayView sample = data.sliced(from, qMin(detectorSample, data.size() - from));
-
-    struct Deleter {
-        void operator()(uchardet_t detector) const { uchardet_delete(detector); }
-    };
-    std::unique_ptr<std::remove_pointer_t<uchardet_t>, Deleter> detector(uchardet_new());
-    if (!detector ||
-        uchardet_handle_data(detector.get(), sample.data(), size_t(sample.size())) != 0) {
-        return StringEncoding::NoEncoding;
-    }
-    uchardet_data_end(detector.get());
-    const char* charset = uchardet_get_charset(detector.get());
-    if (!charset || !*charset) {
-        return StringEncoding::NoEncoding;
-    }
-    quint32 encoding =
-        StringEncoding::convertIANACharSetNameToEncoding(QString::fromLatin1(charset));
-    for (const auto& [name, number] : detectorNames) {
-        if (qstricmp(name, charset) == 0) {
-            encoding = number;
-        }
-    }
-    if (encoding == StringEncoding::InvalidId) {
-        return StringEncoding::NoEncoding;
-    }
-    return StringEncoding::convertEncodingToNSStringEncoding(encoding);
-}
 
 bool readWholeFile(const QUrl& url, QByteArray& data)
 {
@@ -295,24 +224,16 @@ DecodedContents EncodingManager::automaticDistinctionWithData(QByteArray data, b
     }
 
     const QList<quint64> list = encodingList();
-    const quint64 detected = encodingFromDetector(data);
-    if (detected != StringEncoding::NoEncoding && list.contains(detected) &&
-        TextCodec::decode(detected, data, result.text)) {
+    if (const quint64 detected = EncodingDetector::detect(data, list, result.text);
+        detected != StringEncoding::NoEncoding) {
         return found(detected);
     }
-    // Text with no NUL byte at all is not UTF-16, though nearly any even number of bytes
-    // decodes as such. When the detector's reading fails on it (UTF-8 with a stray Latin-1
-    // byte, say), a Western single-byte reading keeps every byte and every line.
-    if (!data.contains('\0')) {
-        for (const quint64 western : {WindowsLatin1, ISOLatin1}) {
-            if (list.contains(western) && TextCodec::decode(western, data, result.text)) {
-                return found(western);
-            }
-        }
-    }
-
+    // Unmarked UTF-16 only for data that holds NUL bytes, as the detection has it: nearly any
+    // even number of bytes decodes as UTF-16, and loses every line.
+    const bool mayBeUtf16 = data.contains('\0');
     for (const quint64 encoding : list) {
-        if (encoding != Separator && TextCodec::decode(encoding, data, result.text)) {
+        if (encoding != Separator && (encoding != UTF16 || mayBeUtf16) &&
+            TextCodec::decode(encoding, data, result.text)) {
             return found(encoding);
         }
     }
@@ -471,6 +392,57 @@ QString EncodingManager::replaceLineBreaks(qsizetype lineBreaks, const QString& 
     return text;
 }
 
+LineBreakCounts EncodingManager::countLineBreaks(QStringView text)
+{
+    LineBreakCounts counts;
+    if (!text.contains(u'\r')) {
+        // Most texts: line feeds alone, counted in a loop the compiler makes run at memory
+        // speed.
+        const char16_t* units = text.utf16();
+        qsizetype lineFeeds = 0;
+        for (qsizetype i = 0; i < text.size(); ++i) {
+            lineFeeds += units[i] == u'\n';
+        }
+        counts.lineFeeds = lineFeeds;
+        return counts;
+    }
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const char16_t c = text[i].unicode();
+        if (c == u'\n') {
+            ++counts.lineFeeds;
+        } else if (c == u'\r') {
+            if (i + 1 < text.size() && text[i + 1] == u'\n') {
+                ++counts.carriageReturnLineFeeds;
+                ++i;
+            } else {
+                ++counts.carriageReturns;
+            }
+        }
+    }
+    return counts;
+}
+
+NonTextReason EncodingManager::nonTextReason(QStringView text)
+{
+    if (text.contains(QChar(0))) {
+        return NonTextReason::NulCharacters;
+    }
+    // The start of the file tells: a text with some control characters here and there (a
+    // backspace of overstruck output, a bell) is still text.
+    const QStringView head = text.first(qMin<qsizetype>(text.size(), 1 << 16));
+    qsizetype controls = 0;
+    for (QChar c : head) {
+        const char16_t u = c.unicode();
+        if ((u < 0x20 && u != u'\t' && u != u'\n' && u != u'\r' && u != u'\f' && u != 0x0B &&
+             u != 0x1B) ||
+            (u >= 0x7F && u < 0xA0)) {
+            ++controls;
+        }
+    }
+    return !head.isEmpty() && controls * 4 > head.size() ? NonTextReason::ControlCharacters
+                                                         : NonTextReason::None;
+}
+
 QString EncodingManager::lineBreaksLongTitle(qsizetype lineBreaks)
 {
     switch (lineBreaks) {
@@ -497,4 +469,10 @@ QString EncodingManager::lineBreaksShortTitle(qsizetype lineBreaks)
     default:
         return {};
     }
+}
+
+QString EncodingManager::lineBreaksStatusTitle(qsizetype lineBreaks)
+{
+    return lineBreaks == KeepLineBreaks ? QStringLiteral("Line breaks as read")
+                                        : lineBreaksShortTitle(lineBreaks);
 }

@@ -37,6 +37,29 @@ struct DecodedContents {
     bool isValid() const { return encoding != StringEncoding::NoEncoding; }
 };
 
+/// How many line breaks of each kind a text holds.
+struct LineBreakCounts {
+    qsizetype lineFeeds = 0;
+    qsizetype carriageReturns = 0;
+    qsizetype carriageReturnLineFeeds = 0;
+
+    /// Whether the text uses more than one kind.
+    bool isMixed() const
+    {
+        return (lineFeeds > 0) + (carriageReturns > 0) + (carriageReturnLineFeeds > 0) > 1;
+    }
+};
+
+/// Why a decoded file is better not edited as text.
+enum class NonTextReason {
+    None,
+    /// It holds NUL characters, which no text file has.
+    NulCharacters,
+    /// A quarter or more of its characters (among the first 65,536) are control characters
+    /// other than tabs, line breaks, form feeds and escapes: no text has that many.
+    ControlCharacters,
+};
+
 /// The encodings the editor offers, the pop-ups that show them, the detection of a file's
 /// encoding, and the line-break styles.
 class EncodingManager
@@ -48,6 +71,9 @@ public:
     static constexpr int TagRole = Qt::UserRole + 1;
     /// A separator between groups in the encoding list.
     static constexpr quint64 Separator = 0xFFFFFFFFu;
+    /// The line-break style of a document whose line breaks are written back as they were
+    /// read, each of its own kind: no conversion (see replaceLineBreaks).
+    static constexpr qsizetype KeepLineBreaks = -1;
 
     static EncodingManager& sharedEncodingManager();
 
@@ -98,11 +124,18 @@ public:
     /// The text with every LF, CR and CRLF written in style `lineBreaks`; any other style
     /// changes nothing. U+2028, U+2029 and NEL are not line breaks and stay as they are.
     QString replaceLineBreaks(qsizetype lineBreaks, const QString& string) const;
+    /// Counts the line breaks of each kind; a CR followed by an LF is one CRLF.
+    static LineBreakCounts countLineBreaks(QStringView text);
+    /// Whether a decoded file looks like something other than text, and why.
+    static NonTextReason nonTextReason(QStringView text);
 
     /// "OS X / Unix (LF)", … for menus and pop-ups; empty outside 0…2.
     static QString lineBreaksLongTitle(qsizetype lineBreaks);
     /// "OS X/Unix(LF)", … for the status line; empty outside 0…2.
     static QString lineBreaksShortTitle(qsizetype lineBreaks);
+    /// What the status line and the information pane say of a document's style: the short
+    /// title, or "Line breaks as read" for KeepLineBreaks.
+    static QString lineBreaksStatusTitle(qsizetype lineBreaks);
 
     const QString& lineFeed() const { return _lineFeed; }
     const QString& carrigeReturn() const { return _carrigeReturn; }

@@ -10,24 +10,222 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QLockFile>
-#include <QSaveFile>
+#include <QStandardPaths>
 #include <QTextDocument>
-#include <QTimer>
 #include <QUuid>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
 const QString kLockName = QStringLiteral("lock");
-const QString kTextSuffix = QStringLiteral(".txt");
-const QString kInfoSuffix = QStringLiteral(".json");
+const QString kCopySuffix = QStringLiteral(".copy");
+// A copy is one file: a line of JSON describing the document, then its text in UTF-8. One
+// file replaced in one step cannot hold the text of one moment and the description of another.
+constexpr int kFormat = 1;
 
-bool writeAtomically(const QString& path, const QByteArray& bytes)
+QString reasonOf(int error)
 {
-    QSaveFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
+    return QString::fromLocal8Bit(std::strerror(error));
+}
+
+QByteArray native(const QString& path)
+{
+    return QFile::encodeName(path);
+}
+
+// Creates `path` with its missing parents, private to the user; the errno of the first
+// failure, 0 on success.
+int makeFolders(const QString& path)
+{
+    const QByteArray whole = native(QDir::cleanPath(path));
+    for (qsizetype slash = whole.indexOf('/', 1);; slash = whole.indexOf('/', slash + 1)) {
+        const QByteArray part = slash < 0 ? whole : whole.left(slash);
+        struct stat status {
+        };
+        if (::stat(part.constData(), &status) == 0) {
+            if (!S_ISDIR(status.st_mode)) {
+                return ENOTDIR;
+            }
+        } else if (errno != ENOENT) {
+            return errno;
+        } else if (::mkdir(part.constData(), 0700) != 0 && errno != EEXIST) {
+            return errno;
+        }
+        if (slash < 0) {
+            return 0;
+        }
+    }
+}
+
+void syncFolder(const QByteArray& folder)
+{
+    const int fd = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd >= 0) {
+        ::fsync(fd);
+        ::close(fd);
+    }
+}
+
+// Writes `bytes` into a new file beside `path` and puts it in place of `path` only once every
+// byte is on the disk: the errno of the first failure (the old file is then untouched and
+// the new one gone), 0 on success. Every write and the flush to the disk are checked: on a
+// full disk a buffered write can look complete until the data reaches the disk.
+int writeAtomically(const QString& path, const QByteArray& bytes)
+{
+    const QByteArray target = native(path);
+    const qsizetype slash = target.lastIndexOf('/');
+    QByteArray temporary = target.left(slash + 1) + '.' + target.mid(slash + 1) + ".XXXXXX";
+    const int fd = ::mkostemp(temporary.data(), O_CLOEXEC);
+    if (fd < 0) {
+        return errno;
+    }
+    int error = 0;
+    for (qsizetype done = 0; done < bytes.size() && error == 0;) {
+        const ssize_t written = ::write(fd, bytes.constData() + done, size_t(bytes.size() - done));
+        if (written > 0) {
+            done += written;
+        } else if (written < 0 && errno != EINTR) {
+            error = errno;
+        } else if (written == 0) {
+            error = EIO;
+        }
+    }
+    if (error == 0 && ::fsync(fd) != 0) {
+        error = errno;
+    }
+    if (::close(fd) != 0 && error == 0 && errno != EINTR) {
+        error = errno;
+    }
+    if (error == 0 && ::rename(temporary.constData(), target.constData()) != 0) {
+        error = errno;
+    }
+    if (error != 0) {
+        ::unlink(temporary.constData());
+        return error;
+    }
+    // The new name reaches the disk with its folder.
+    syncFolder(target.left(slash));
+    return 0;
+}
+
+// Takes the lock of a recovery folder: the open lock file, -1 when no lock file can be
+// opened there (nobody can hold it then either), or none while a running editor holds it.
+std::optional<int> takeLock(const QString& folder)
+{
+    const QByteArray path = native(folder + u'/' + kLockName);
+    int fd = ::open(path.constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    if (fd < 0) {
+        fd = ::open(path.constData(), O_RDONLY | O_CLOEXEC);
+    }
+    if (fd < 0) {
+        return -1;
+    }
+    if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
+        ::close(fd);
+        return std::nullopt;
+    }
+    return fd;
+}
+
+void releaseLock(int fd)
+{
+    if (fd >= 0) {
+        ::close(fd);
+    }
+}
+
+QStringList filesIn(const QString& folder)
+{
+    return QDir(folder).entryList(QDir::Files | QDir::Hidden | QDir::System, QDir::Name);
+}
+
+// Removes a recovery folder whose copies have all been taken over: what is left are the
+// unfinished copies of an ended process and its lock. A copy that could not be read or taken
+// over keeps its folder, to be offered again at the next start.
+void removeFolderIfDone(const QString& folder)
+{
+    const QStringList names = filesIn(folder);
+    if (std::any_of(names.cbegin(), names.cend(),
+                    [](const QString& name) { return name.endsWith(kCopySuffix); })) {
+        return;
+    }
+    for (const QString& name : names) {
+        ::unlink(native(folder + u'/' + name).constData());
+    }
+    ::rmdir(native(folder).constData());
+}
+
+std::optional<RecoveryStore::Entry> readCopy(const QString& file)
+{
+    QFile copy(file);
+    if (!copy.open(QIODevice::ReadOnly)) {
+        return std::nullopt;
+    }
+    const QByteArray bytes = copy.readAll();
+    const qsizetype end = bytes.indexOf('\n');
+    if (end < 0) {
+        return std::nullopt;
+    }
+    const QJsonObject info = QJsonDocument::fromJson(bytes.left(end)).object();
+    if (info.value(QStringLiteral("format")).toInt() != kFormat) {
+        return std::nullopt;
+    }
+    RecoveryStore::Entry entry;
+    entry.text = QString::fromUtf8(bytes.constData() + end + 1, bytes.size() - end - 1);
+    entry.path = info.value(QStringLiteral("path")).toString();
+    entry.displayName = info.value(QStringLiteral("displayName")).toString();
+    entry.encoding = info.value(QStringLiteral("encoding")).toString().toULongLong();
+    entry.lineBreaks = info.value(QStringLiteral("lineBreaks")).toInteger();
+    entry.stamp = FileStamp::fromString(info.value(QStringLiteral("stamp")).toString());
+    entry.copyFile = file;
+    return entry;
+}
+
+// The readable copies of one folder in the order they were first made.
+QList<RecoveryStore::Entry> copiesIn(const QString& folder)
+{
+    QStringList names = QDir(folder).entryList({u'*' + kCopySuffix}, QDir::Files);
+    std::sort(names.begin(), names.end(), [](const QString& a, const QString& b) {
+        return QFileInfo(a).baseName().toInt() < QFileInfo(b).baseName().toInt();
+    });
+    QList<RecoveryStore::Entry> entries;
+    for (const QString& name : names) {
+        if (std::optional<RecoveryStore::Entry> entry = readCopy(folder + u'/' + name)) {
+            entries << *entry;
+        }
+    }
+    return entries;
+}
+
+struct Orphan {
+    QString folder;
+    int lock = -1;
+};
+
+// The folders of editors that are no longer running, oldest first, each with its lock taken
+// so that no other editor starting now recovers the same copies.
+std::vector<Orphan> takeOrphans(const QString& root, const QString& own)
+{
+    std::vector<Orphan> orphans;
+    const QFileInfoList candidates =
+        QDir(root).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Time | QDir::Reversed);
+    for (const QFileInfo& candidate : candidates) {
+        const QString folder = candidate.absoluteFilePath();
+        if (folder == own) {
+            continue;
+        }
+        if (const std::optional<int> lock = takeLock(folder)) {
+            orphans.push_back({folder, *lock});
+        }
+    }
+    return orphans;
 }
 
 } // namespace
@@ -39,186 +237,277 @@ RecoveryStore::RecoveryStore(const QString& root, QObject* parent)
 
 RecoveryStore::~RecoveryStore()
 {
-    // A clean end leaves nothing to recover.
-    if (!_folder.isEmpty()) {
-        QDir(_folder).removeRecursively();
+    if (_lock < 0) {
+        return;
     }
+    // A clean end leaves nothing to recover; the lock goes last, so that no other editor
+    // takes the folder for an orphan while its copies are still there.
+    if (!_keepAtExit) {
+        for (const QString& name : filesIn(_folder)) {
+            if (name != kLockName) {
+                ::unlink(native(_folder + u'/' + name).constData());
+            }
+        }
+        ::unlink(native(_folder + u'/' + kLockName).constData());
+        ::rmdir(native(_folder).constData());
+    }
+    ::close(_lock);
 }
 
 RecoveryStore& RecoveryStore::sharedRecoveryStore()
 {
-    static RecoveryStore* store = new RecoveryStore(FileManager::applicationSupportDirectoryPath() +
-                                                        QStringLiteral("/Recovery"),
-                                                    QCoreApplication::instance());
+    // Not created on the way: a missing data folder is reported when the first copy is due.
+    static RecoveryStore* store = [] {
+        const QString data = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+        return new RecoveryStore(data.isEmpty() ? QString()
+                                                : data + u'/' + FileManager::applicationName() +
+                                                      QStringLiteral("/Recovery"),
+                                 QCoreApplication::instance());
+    }();
     return *store;
+}
+
+void RecoveryStore::fail(const QString& message)
+{
+    _errorString = message;
+    if (!_failureReported) {
+        _failureReported = true;
+        Q_EMIT recoveryFailed(message);
+    }
 }
 
 QString RecoveryStore::folder()
 {
-    if (_folder.isEmpty()) {
+    if (!_folder.isEmpty()) {
+        return _folder;
+    }
+    if (_root.isEmpty()) {
+        fail(tr("Copies of unsaved documents cannot be kept: there is no folder for application "
+                "data (HOME is not set)."));
+        return {};
+    }
+    const auto cannotCreate = [this](const QString& folder, int error) {
+        fail(tr("Copies of unsaved documents cannot be kept, because the folder “%1” could not "
+                "be created: %2. If the editor ends unexpectedly, unsaved changes are lost.")
+                 .arg(folder, reasonOf(error)));
+        return QString();
+    };
+    if (const int error = makeFolders(_root)) {
+        return cannotCreate(_root, error);
+    }
+    // Another editor starting at the same moment may take a new folder for an orphan and
+    // remove it; the next name is tried then.
+    for (int attempt = 0; attempt < 8; ++attempt) {
         const QString folder = _root + u'/' + QString::number(QCoreApplication::applicationPid()) +
                                u'-' + QUuid::createUuid().toString(QUuid::Id128).left(8);
-        if (!QDir().mkpath(folder)) {
-            return QString();
+        if (::mkdir(native(folder).constData(), 0700) != 0) {
+            if (errno == EEXIST) {
+                continue;
+            }
+            return cannotCreate(folder, errno);
         }
-        auto lock = std::make_unique<QLockFile>(folder + u'/' + kLockName);
-        lock->setStaleLockTime(0);
-        if (!lock->tryLock(0)) {
-            return QString();
+        const QByteArray lockPath = native(folder + u'/' + kLockName);
+        const int fd = ::open(lockPath.constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+        if (fd < 0) {
+            if (errno == EEXIST) {
+                continue;
+            }
+            return cannotCreate(folder + u'/' + kLockName, errno);
         }
-        _lock = std::move(lock);
+        if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
+            ::close(fd);
+            continue;
+        }
+        // For people looking into the folder: the process that owns it.
+        const QByteArray owner = QByteArray::number(QCoreApplication::applicationPid()) + '\n';
+        // The lock itself does not depend on what the file says.
+        [[maybe_unused]] const ssize_t written =
+            ::write(fd, owner.constData(), size_t(owner.size()));
+        _lock = fd;
         _folder = folder;
+        return _folder;
     }
-    return _folder;
+    return cannotCreate(_root, EEXIST);
+}
+
+QString RecoveryStore::copyPath(int number) const
+{
+    return _folder + u'/' + QString::number(number) + kCopySuffix;
+}
+
+QString RecoveryStore::copyFile(Document* document) const
+{
+    const auto number = _numbers.constFind(document);
+    return number == _numbers.cend() ? QString() : copyPath(*number);
 }
 
 void RecoveryStore::watch(Document* document)
 {
-    auto* timer = new QTimer(document);
-    timer->setSingleShot(true);
-    timer->setInterval(kDelay);
-    _timers.insert(document, timer);
-    connect(timer, &QTimer::timeout, this, [this, document] { writeCopy(document); });
-    connect(document->textStorage(), &QTextDocument::contentsChanged, timer,
-            qOverload<>(&QTimer::start));
+    if (_watched.contains(document)) {
+        return;
+    }
+    _watched.insert(document);
+    connect(document, &Document::recoveryCopyDue, this, [this, document] {
+        // A copy that could not be written is tried again after the same delay.
+        if (!writeCopy(document)) {
+            document->scheduleAutosave();
+        }
+    });
     connect(document->textStorage(), &QTextDocument::modificationChanged, this,
-            [this, document, timer](bool modified) {
-                if (modified) {
-                    timer->start();
-                } else {
+            [this, document](bool modified) {
+                if (!modified) {
                     removeCopy(document);
                 }
             });
     connect(document, &QObject::destroyed, this, [this, document] {
-        _timers.remove(document);
         removeCopy(document);
+        _watched.remove(document);
+        _numbers.remove(document);
     });
 }
 
-QString RecoveryStore::copyPath(Document* document) const
+bool RecoveryStore::writeCopy(Document* document)
 {
-    const auto number = _numbers.constFind(document);
-    return number == _numbers.cend() || _folder.isEmpty()
-               ? QString()
-               : _folder + u'/' + QString::number(*number);
-}
-
-void RecoveryStore::writeCopy(Document* document)
-{
+    watch(document);
     if (!document->isDocumentEdited()) {
         removeCopy(document);
-        return;
+        return true;
     }
     if (folder().isEmpty()) {
-        return;
+        return false;
     }
-    if (!_numbers.contains(document)) {
-        _numbers.insert(document, _nextNumber++);
+    int& number = _numbers[document];
+    if (number == 0) {
+        number = _nextNumber++;
     }
-    const QString base = copyPath(document);
     QJsonObject info;
+    info[QStringLiteral("format")] = kFormat;
     info[QStringLiteral("path")] = document->fileURL();
     info[QStringLiteral("displayName")] = document->displayName();
     info[QStringLiteral("encoding")] = QString::number(document->documentEncoding());
     info[QStringLiteral("lineBreaks")] = qint64(document->documentLineBreaks());
-    // The text first: a copy whose description is missing is not offered back half made.
-    writeAtomically(base + kTextSuffix, document->string().toUtf8()) &&
-        writeAtomically(base + kInfoSuffix, QJsonDocument(info).toJson());
+    if (const std::optional<FileStamp> stamp = document->fileStamp()) {
+        info[QStringLiteral("stamp")] = stamp->toString();
+    }
+    const QByteArray bytes =
+        QJsonDocument(info).toJson(QJsonDocument::Compact) + '\n' + document->string().toUtf8();
+    if (const int error = writeAtomically(copyPath(number), bytes)) {
+        fail(tr("A recovery copy of “%1” could not be written in “%2”: %3. Save the document to "
+                "keep your changes.")
+                 .arg(document->displayName(), _folder, reasonOf(error)));
+        return false;
+    }
+    return true;
 }
 
 void RecoveryStore::removeCopy(Document* document)
 {
-    const QString base = copyPath(document);
-    if (!base.isEmpty()) {
-        QFile::remove(base + kInfoSuffix);
-        QFile::remove(base + kTextSuffix);
+    // Documents closing as the process ends after keepCopiesForNextStart() keep theirs.
+    if (_keepAtExit) {
+        return;
     }
-    _numbers.remove(document);
-    if (QTimer* timer = _timers.value(document)) {
-        timer->stop();
+    const auto number = _numbers.find(document);
+    if (number != _numbers.end()) {
+        ::unlink(native(copyPath(*number)).constData());
+        _numbers.erase(number);
     }
 }
 
-QStringList RecoveryStore::orphanedFolders() const
+bool RecoveryStore::keepCopiesForNextStart(const std::vector<Document*>& documents)
 {
-    QStringList folders;
-    const QFileInfoList candidates =
-        QDir(_root).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Time | QDir::Reversed);
-    for (const QFileInfo& candidate : candidates) {
-        const QString path = candidate.absoluteFilePath();
-        if (path == _folder) {
-            continue;
-        }
-        // A lock that can be taken belongs to an editor that is no longer running.
-        QLockFile lock(path + u'/' + kLockName);
-        lock.setStaleLockTime(0);
-        if (lock.tryLock(0)) {
-            lock.unlock();
-            folders << path;
-        }
+    bool written = true;
+    for (Document* document : documents) {
+        written = writeCopy(document) && written;
     }
-    return folders;
+    _keepAtExit = true;
+    return written;
 }
 
 QList<RecoveryStore::Entry> RecoveryStore::orphanedEntries() const
 {
     QList<Entry> entries;
-    for (const QString& folder : orphanedFolders()) {
-        QFileInfoList infos =
-            QDir(folder).entryInfoList({u'*' + kInfoSuffix}, QDir::Files, QDir::Name);
-        std::sort(infos.begin(), infos.end(), [](const QFileInfo& a, const QFileInfo& b) {
-            return a.baseName().toInt() < b.baseName().toInt();
-        });
-        for (const QFileInfo& infoFile : infos) {
-            QFile description(infoFile.absoluteFilePath());
-            QFile text(infoFile.absolutePath() + u'/' + infoFile.baseName() + kTextSuffix);
-            if (!description.open(QIODevice::ReadOnly) || !text.open(QIODevice::ReadOnly)) {
-                continue;
-            }
-            const QJsonObject info = QJsonDocument::fromJson(description.readAll()).object();
-            Entry entry;
-            entry.text = QString::fromUtf8(text.readAll());
-            entry.path = info.value(QStringLiteral("path")).toString();
-            entry.displayName = info.value(QStringLiteral("displayName")).toString();
-            entry.encoding = info.value(QStringLiteral("encoding")).toString().toULongLong();
-            entry.lineBreaks = info.value(QStringLiteral("lineBreaks")).toInteger();
-            entries << entry;
-        }
+    for (const Orphan& orphan : takeOrphans(_root, _folder)) {
+        entries << copiesIn(orphan.folder);
+        releaseLock(orphan.lock);
     }
     return entries;
 }
 
-void RecoveryStore::removeOrphans()
+Document* RecoveryStore::reopen(const Entry& entry, QStringList& notices)
 {
-    for (const QString& folder : orphanedFolders()) {
-        QDir(folder).removeRecursively();
+    DocumentController& controller = DocumentController::sharedDocumentController();
+    const std::vector<Document*>& open = controller.documents();
+    // Two ended editors may have had the same file: the second text comes back untitled.
+    const bool hasFile =
+        !entry.path.isEmpty() && std::none_of(open.cbegin(), open.cend(), [&](Document* other) {
+            return other->fileURL() == entry.path;
+        });
+    Document* document = nullptr;
+    std::optional<FileStamp> onDisk;
+    if (hasFile && QFileInfo(entry.path).isFile()) {
+        document = controller.openDocumentWithContentsOfURL(entry.path);
+        if (document) {
+            onDisk = document->fileStamp();
+        }
+    }
+    if (!document) {
+        document = controller.newDocument();
+        if (hasFile) {
+            document->setFileURL(entry.path);
+        }
+    }
+    document->setDocumentEncoding(entry.encoding);
+    document->setDocumentLineBreaks(entry.lineBreaks);
+    if (hasFile) {
+        // The text keeps the state of the file its edits started from, so that the first
+        // Save over a file another program changed since is refused with a message. A file
+        // that did not exist then has no state any file can have.
+        document->setFileStamp(entry.stamp.value_or(FileStamp()));
+        const QString name = QFileInfo(entry.path).fileName();
+        if (onDisk && onDisk != entry.stamp) {
+            notices << tr("The file “%1” has been changed by another application since the "
+                          "unsaved changes recovered in its window were made. Saving asks "
+                          "before it replaces the other application’s version; Revert to Saved "
+                          "shows that version.")
+                           .arg(name);
+        } else if (!onDisk && entry.stamp) {
+            notices << tr("The file “%1” has been moved or deleted since the unsaved changes "
+                          "recovered in its window were made. Saving writes it again.")
+                           .arg(name);
+        }
+    }
+    // One undoable replacement: Undo shows what the file holds on disk.
+    document->finishLoading();
+    document->setTextStorage(entry.text);
+    document->textStorage()->setModified(true);
+    return document;
+}
+
+void RecoveryStore::adoptCopy(Document* document, const Entry& entry)
+{
+    // The ended editor's copy becomes this editor's copy of the document: it is there for the
+    // next start should this run end badly too, and goes when the document is saved or closed.
+    watch(document);
+    if (folder().isEmpty()) {
+        return;
+    }
+    removeCopy(document);
+    const int number = _nextNumber++;
+    if (::rename(native(entry.copyFile).constData(), native(copyPath(number)).constData()) == 0) {
+        _numbers.insert(document, number);
     }
 }
 
-int RecoveryStore::recoverOrphans()
+RecoveryStore::Recovery RecoveryStore::recoverOrphans()
 {
-    const QList<Entry> entries = orphanedEntries();
-    DocumentController& controller = DocumentController::sharedDocumentController();
-    int recovered = 0;
-    for (const Entry& entry : entries) {
-        Document* document = nullptr;
-        if (!entry.path.isEmpty() && QFileInfo(entry.path).isFile()) {
-            document = controller.openDocumentWithContentsOfURL(entry.path);
+    Recovery recovery;
+    for (const Orphan& orphan : takeOrphans(_root, _folder)) {
+        for (const Entry& entry : copiesIn(orphan.folder)) {
+            adoptCopy(reopen(entry, recovery.notices), entry);
+            ++recovery.count;
         }
-        if (!document) {
-            document = controller.newDocument();
-            document->setDocumentEncoding(entry.encoding);
-            if (!entry.path.isEmpty()) {
-                document->setFileURL(entry.path);
-            }
-        }
-        document->setDocumentLineBreaks(entry.lineBreaks);
-        // One undoable replacement: undo shows what the file holds on disk.
-        document->finishLoading();
-        document->setTextStorage(entry.text);
-        document->textStorage()->setModified(true);
-        ++recovered;
+        removeFolderIfDone(orphan.folder);
+        releaseLock(orphan.lock);
     }
-    removeOrphans();
-    return recovered;
+    return recovery;
 }

@@ -5,6 +5,7 @@
 #include "platform/UserDefaults.h"
 
 #include <QFontDatabase>
+#include <QFontMetrics>
 #include <QHash>
 #include <QPainter>
 #include <QTextBlock>
@@ -45,6 +46,18 @@ const QTextCharFormat& formatOfColor(QRgb color, bool background)
         it = formats.insert(color, format);
     }
     return *it;
+}
+
+// The look of a character that stands in for another: the font's own glyph (for a
+// noncharacter, an empty box) is not drawn, a mark is drawn over its place instead.
+const QTextCharFormat& standInFormat()
+{
+    static const QTextCharFormat format = [] {
+        QTextCharFormat hidden;
+        hidden.setForeground(Qt::transparent);
+        return hidden;
+    }();
+    return format;
 }
 
 const QTextCharFormat& misspellingFormat()
@@ -215,8 +228,63 @@ QList<LayoutManager::InvisibleMark> LayoutManager::invisibleCharacterMarks(const
     return marks;
 }
 
+void LayoutManager::setCharacterStandIns(const CharacterStandIns& standIns)
+{
+    if (_standIns == standIns) {
+        return;
+    }
+    _standIns = standIns;
+    if (_textView) {
+        _textView->viewport()->update();
+    }
+}
+
+QString LayoutManager::markOfStandIn(QChar original, const QFont& font)
+{
+    switch (original.unicode()) {
+    case 0x2029:
+        return QStringLiteral("\u00B6");
+    case u'\r':
+        // The symbol for a carriage return where the font has it, an arrow of return else.
+        return QFontMetrics(font).inFont(QChar(0x240D)) ? QStringLiteral("\u240D")
+                                                        : QStringLiteral("\u21B5");
+    default:
+        return QStringLiteral("\uFFFD");
+    }
+}
+
+void LayoutManager::drawStandIns(QPainter& painter, const QRectF& rect)
+{
+    if (_standIns.isEmpty() || !_textView) {
+        return;
+    }
+    painter.save();
+    const QFont font = _textView->font();
+    painter.setFont(font);
+    painter.setPen(_attributes.foreground().color());
+    for (const TextView::ShownBlock& shown : _textView->shownBlocks(rect.top(), rect.bottom())) {
+        const QString text = shown.block.text();
+        const QTextLayout* layout = shown.block.layout();
+        for (qsizetype k = 0; k < text.size(); ++k) {
+            const QChar original = _standIns.originalOf(text[k]);
+            if (original.isNull()) {
+                continue;
+            }
+            const QTextLine line = layout->lineForTextPosition(int(k));
+            if (!line.isValid()) {
+                continue;
+            }
+            const QPointF baseline(shown.offset.x() + line.cursorToX(int(k)),
+                                   shown.offset.y() + line.y() + line.ascent());
+            painter.drawText(baseline, markOfStandIn(original, font));
+        }
+    }
+    painter.restore();
+}
+
 void LayoutManager::drawGlyphs(QPainter& painter, const QRectF& rect)
 {
+    drawStandIns(painter, rect);
     if (!_showInvisibleCharacters) {
         return;
     }
@@ -270,12 +338,7 @@ void LayoutManager::setBackgroundHighlights(const QList<Range>& ranges, const QC
 {
     // Like a background colour of the text itself, the layer belongs to the whole document:
     // setting it replaces what any pane had laid down.
-    for (LayoutManager* pane : panesByDocument().value(_textStorage)) {
-        if (pane != this) {
-            pane->_backgroundColors.reset(pane->_backgroundColors.textLength());
-        }
-    }
-    _backgroundColors.reset(_backgroundColors.textLength());
+    clearBackgroundHighlights();
     for (const Range& range : ranges) {
         _backgroundColors.setColor(color.rgba(), range);
     }
@@ -290,15 +353,26 @@ void LayoutManager::addBackgroundHighlight(const QColor& color, Range forCharact
 
 void LayoutManager::removeBackgroundHighlights()
 {
-    bool removed = false;
+    if (hasBackgroundHighlights()) {
+        clearBackgroundHighlights();
+        colorsChanged({0, _backgroundColors.textLength()});
+    }
+}
+
+void LayoutManager::clearBackgroundHighlights()
+{
+    QList<QPointer<LayoutManager>> cleared;
     for (LayoutManager* pane : panesByDocument().value(_textStorage)) {
         if (!pane->_backgroundColors.isEmpty()) {
             pane->_backgroundColors.reset(pane->_backgroundColors.textLength());
-            removed = true;
+            cleared << pane;
         }
     }
-    if (removed) {
-        colorsChanged({0, _backgroundColors.textLength()});
+    // Told once every layer is empty, so that no receiver sees a half-cleared document.
+    for (const QPointer<LayoutManager>& pane : cleared) {
+        if (pane) {
+            Q_EMIT pane->backgroundHighlightsRemoved();
+        }
     }
 }
 
@@ -378,6 +452,18 @@ QList<QTextLayout::FormatRange> LayoutManager::formatsForBlock(const QTextBlock&
             range.length = int(run.length);
             range.format = misspellingFormat();
             formats.append(range);
+        }
+    }
+    if (!_standIns.isEmpty()) {
+        const QString text = block.text();
+        for (qsizetype k = 0; k < text.size(); ++k) {
+            if (!_standIns.originalOf(text[k]).isNull()) {
+                QTextLayout::FormatRange range;
+                range.start = int(k);
+                range.length = 1;
+                range.format = standInFormat();
+                formats.append(range);
+            }
         }
     }
     // Text laid out but not in the document (proposed or being composed) moves the formats

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "editor/ColorStore.h"
+#include "platform/CharacterStandIns.h"
 #include "platform/Range.h"
 
 #include <QColor>
@@ -65,8 +66,18 @@ public:
     /// The marks of the shown lines meeting `rect` (viewport coordinates), whether or not
     /// they are shown. Only the characters of those lines within the rectangle are looked at.
     QList<InvisibleMark> invisibleCharacterMarks(const QRectF& rect) const;
-    /// Draws the marks meeting `rect` when they are shown.
+    /// Draws the marks meeting `rect` when they are shown, and those of the characters that
+    /// stand in for others always.
     void drawGlyphs(QPainter& painter, const QRectF& rect);
+
+    /// The characters that stand in the text for those it cannot hold (the document's). Each
+    /// is drawn as a mark of the character it stands for, in the colour of invisible
+    /// characters: "¶" for U+2029, "␍" (or "↵" in a font without it) for a CR kept as read,
+    /// "�" for the others.
+    void setCharacterStandIns(const CharacterStandIns& standIns);
+    const CharacterStandIns& characterStandIns() const { return _standIns; }
+    /// The mark drawn in `font` for a stand-in of `original`.
+    static QString markOfStandIn(QChar original, const QFont& font);
 
     // Colour store: syntax colours (foreground).
     /// Colours `forCharacterRange` with `foreground`, replacing the colours that were there.
@@ -118,9 +129,16 @@ public:
     /// Where the proposed text stands in the document; -1 when none is shown.
     qsizetype proposedTextPosition() const;
 
+Q_SIGNALS:
+    /// The background highlights this pane had laid down went away, through whichever pane
+    /// on the document removed or replaced them.
+    void backgroundHighlightsRemoved();
+
 private:
     void relayOut(const QTextBlock& block);
+    void clearBackgroundHighlights();
     void textStorageDidChange(int position, int removed, int added);
+    void drawStandIns(QPainter& painter, const QRectF& rect);
     void colorsChanged(Range range);
 
     QPointer<TextView> _textView;
@@ -141,4 +159,5 @@ private:
     ColorStore _misspellings;
     QTextCursor _proposal;
     QString _proposedText;
+    CharacterStandIns _standIns;
 };

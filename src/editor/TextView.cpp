@@ -18,6 +18,7 @@
 #include "platform/UserDefaults.h"
 #include "syntax/CompletionCandidates.h"
 #include "syntax/CompletionManager.h"
+#include "syntax/SyntaxDefinitionFolder.h"
 #include "syntax/SyntaxManager.h"
 
 #include <QAbstractTextDocumentLayout>
@@ -27,7 +28,6 @@
 #include <QFontMetricsF>
 #include <QFutureWatcher>
 #include <QMenu>
-#include <QMimeData>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QProgressBar>
@@ -38,8 +38,6 @@
 namespace {
 
 const QString kEntityReferenceResource = QStringLiteral(":/EntityReference.plist");
-// Pasting more than this many characters recolours the whole text.
-constexpr qsizetype kLargePaste = 900;
 // Automatic completion starts this long after a typed key.
 constexpr int kCompletionDelay = 700;
 
@@ -408,7 +406,7 @@ void TextView::setSyntaxDictionary(const QVariantMap& syntaxDictionary)
 
 void TextView::setSyntaxDictionay(const QString& path)
 {
-    setSyntaxDictionary(PropertyList::readDictionary(path).value_or(QVariantMap()));
+    setSyntaxDictionary(SyntaxDefinitionFolder::definition(path).value_or(QVariantMap()));
     syntaxAllColoring();
 }
 
@@ -479,6 +477,11 @@ void TextView::replaceCharactersInRange(Range range, const QString& string)
 
 void TextView::insertTextAtSelection(const QString& text)
 {
+    // Scripts put their output here too: a read-only text takes none.
+    if (isReadOnly()) {
+        SystemBeep::beep();
+        return;
+    }
     QTextCursor cursor = textCursor();
     cursor.insertText(text);
     setTextCursor(cursor);
@@ -488,8 +491,10 @@ void TextView::insertTextAtSelection(const QString& text)
 void TextView::keyPressEvent(QKeyEvent* event)
 {
     const int key = event->key();
+    // A read-only text takes the keys that move and select, through QPlainTextEdit's own
+    // handling, which changes nothing; the editing keys below would insert regardless.
     if (key == Qt::Key_Shift || key == Qt::Key_Control || key == Qt::Key_Alt ||
-        key == Qt::Key_Meta || key == Qt::Key_AltGr) {
+        key == Qt::Key_Meta || key == Qt::Key_AltGr || isReadOnly()) {
         QPlainTextEdit::keyPressEvent(event);
         return;
     }
@@ -789,17 +794,6 @@ void TextView::selectAll()
     QPlainTextEdit::selectAll();
 }
 
-void TextView::insertFromMimeData(const QMimeData* source)
-{
-    if (!_syntaxDictionary.isEmpty() && source && source->hasText()) {
-        const qsizetype length = source->text().size();
-        if (length > kLargePaste) {
-            Q_EMIT pastedLargeText(length);
-        }
-    }
-    QPlainTextEdit::insertFromMimeData(source);
-}
-
 void TextView::focusOutEvent(QFocusEvent* event)
 {
     // Focus taken by another part of the window ends the completion; the list itself never
@@ -829,6 +823,10 @@ void TextView::mousePressEvent(QMouseEvent* event)
 void TextView::doReplaceString(const QString& string, Range range, Range selected,
                                const QString& actionName)
 {
+    if (isReadOnly()) {
+        SystemBeep::beep();
+        return;
+    }
     QTextDocument* text = document();
     const bool wasEmpty = text->isEmpty();
     UndoActionNames* names = UndoActionNames::of(text);
@@ -852,6 +850,10 @@ void TextView::doReplaceString(const QString& string, Range range, Range selecte
 void TextView::doInsertString(const QString& string, Range range, Range select,
                               const QString& actionName)
 {
+    if (isReadOnly()) {
+        SystemBeep::beep();
+        return;
+    }
     setSelectedRange(range);
     UndoActionNames* names = UndoActionNames::of(document());
     names->beginStep(actionName);

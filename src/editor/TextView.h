@@ -192,12 +192,10 @@ public:
     /// Puts `text` in place of the selection with the insertion point's attributes, leaves
     /// the insertion point after it in sight; none of the typing rules (indentation,
     /// brackets, completion) apply. What scripts and their output write goes in this way.
+    /// A read-only view takes nothing (and beeps).
     void insertTextAtSelection(const QString& text);
 
 Q_SIGNALS:
-    /// More than 900 characters were pasted into a view with a syntax definition: the
-    /// whole text wants colouring again.
-    void pastedLargeText(qsizetype length);
     /// A mouse button went down in the view, before the view handles it.
     void mouseDown(TextView* view);
     /// completeWords changed.
@@ -208,7 +206,6 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void inputMethodEvent(QInputMethodEvent* event) override;
-    void insertFromMimeData(const QMimeData* source) override;
     void mousePressEvent(QMouseEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;

@@ -13,7 +13,18 @@ public:
     /// The stamp of the file at `path` now; none when there is no such file.
     static std::optional<FileStamp> ofFile(const QString& path);
 
+    /// The stamp as text, to be kept beside a copy of the file's contents.
+    QString toString() const;
+    /// A stamp read back from toString(); none when `text` is not one.
+    static std::optional<FileStamp> fromString(const QString& text);
+
     bool operator==(const FileStamp&) const = default;
+    /// Whether both stamps are of the same file (device and inode), whatever its contents and
+    /// name: a file renamed keeps it, a file replaced by another one does not.
+    bool isSameFile(const FileStamp& other) const
+    {
+        return _device == other._device && _inode == other._inode;
+    }
 
 private:
     unsigned long long _device = 0;

@@ -9,6 +9,7 @@
 
 #include <unicode/ucnv.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <iconv.h>
@@ -30,18 +31,18 @@ using B = TextCodec::Backend;
 // sign), so Mac OS Icelandic uses the table of Apple's current mapping instead. Mac OS
 // Vietnamese has no codec: no package on the system carries its table.
 constexpr CodecRow codecRows[] = {
-    {0xA01, B::Icu, "Shift_JIS"},    {0x920, B::Icu, "EUC-JP"},
+    {0xA01, B::Icu, "Shift_JIS"},    {0x920, B::IcuEuc, "EUC-JP"},
     {0x820, B::Icu, "ISO-2022-JP"},  {0x628, B::Iconv, "SHIFT_JISX0213"},
     {0x8000100, B::Utf8, nullptr},   {0x1, B::Table, nullptr},
     {0x420, B::Icu, "windows-932"},  {0x100, B::Utf16, nullptr},
     {0x0, B::Icu, "macintosh"},      {0x500, B::Icu, "windows-1252"},
-    {0xB01, B::Table, nullptr},      {0x930, B::Icu, "EUC-CN"},
+    {0xB01, B::Table, nullptr},      {0x930, B::IcuEuc, "EUC-CN"},
     {0xA05, B::Icu, "HZ-GB-2312"},   {0x19, B::Table, nullptr},
     {0x421, B::Icu, "windows-936"},  {0x632, B::Icu, "GB18030"},
-    {0x830, B::Icu, "ISO-2022-CN"},  {0x931, B::Icu, "EUC-TW"},
+    {0x830, B::Icu, "ISO-2022-CN"},  {0x931, B::IcuEuc, "EUC-TW"},
     {0xA09, B::Table, nullptr},      {0xA06, B::Icu, "Big5-HKSCS"},
     {0x2, B::Table, nullptr},        {0x423, B::Icu, "windows-950"},
-    {0x940, B::Icu, "EUC-KR"},       {0x840, B::Icu, "ISO-2022-KR"},
+    {0x940, B::IcuEuc, "EUC-KR"},    {0x840, B::Icu, "ISO-2022-KR"},
     {0x3, B::Table, nullptr},        {0x422, B::Icu, "windows-949"},
     {0x1D, B::Icu, "x-mac-ce"},      {0x501, B::Icu, "windows-1250"},
     {0x15, B::Table, nullptr},       {0x41D, B::Icu, "windows-874"},
@@ -145,6 +146,41 @@ bool icuEncode(const char* name, QStringView text, QByteArray& data)
     }
     data.resize(used);
     return true;
+}
+
+// --- EUC -------------------------------------------------------------------------------
+
+// Whether `data` holds a byte of 0x80-0xA0 or 0xFF where a character starts: a C1 control,
+// or a lead byte no EUC encoding has. Single shift 2 (0x8E) leads a sequence of two bytes in
+// EUC-JP and of four in EUC-TW, single shift 3 (0x8F) one of three in EUC-JP; the other
+// leads (0xA1-0xFE) take two. The sequences themselves are ICU's to check.
+bool hasStrayEucByte(QByteArrayView data, const char* name)
+{
+    const bool japanese = qstrcmp(name, "EUC-JP") == 0;
+    const bool taiwanese = qstrcmp(name, "EUC-TW") == 0;
+    const auto* bytes = reinterpret_cast<const uchar*>(data.data());
+    const qsizetype size = data.size();
+    for (qsizetype i = 0; i < size;) {
+        const uchar b = bytes[i];
+        if (b < 0x80) {
+            ++i;
+        } else if (b >= 0xA1 && b <= 0xFE) {
+            i += 2;
+        } else if (b == 0x8E && (japanese || taiwanese)) {
+            i += japanese ? 2 : 4;
+        } else if (b == 0x8F && japanese) {
+            i += 3;
+        } else {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool hasC1Control(QStringView text)
+{
+    return std::any_of(text.begin(), text.end(),
+                       [](QChar c) { return c.unicode() >= 0x80 && c.unicode() < 0xA0; });
 }
 
 // --- iconv -----------------------------------------------------------------------------
@@ -463,6 +499,8 @@ bool TextCodec::decode(QByteArrayView data, QString& text) const
         return nonLossyDecode(data, text);
     case Backend::Icu:
         return icuDecode(_converterName, data, text);
+    case Backend::IcuEuc:
+        return !hasStrayEucByte(data, _converterName) && icuDecode(_converterName, data, text);
     case Backend::Iconv:
         return iconvDecode(_converterName, data, text);
     case Backend::Table: {
@@ -491,6 +529,9 @@ bool TextCodec::encode(QStringView text, QByteArray& data) const
         return nonLossyEncode(text, data);
     case Backend::Icu:
         return UnicodeText::isWellFormed(text) && icuEncode(_converterName, text, data);
+    case Backend::IcuEuc:
+        return UnicodeText::isWellFormed(text) && !hasC1Control(text) &&
+               icuEncode(_converterName, text, data);
     case Backend::Iconv:
         return iconvEncode(_converterName, text, data);
     case Backend::Table: {

@@ -31,7 +31,10 @@ public:
     bool decode(QByteArrayView data, QString& text) const;
     bool encode(QStringView text, QByteArray& data) const;
 
-    enum class Backend { Utf8, Utf16, Ascii, NonLossyAscii, Icu, Iconv, Table };
+    /// Where a codec's conversion comes from. IcuEuc is ICU's for an EUC encoding, whose
+    /// converters also take the C1 control bytes 0x80-0x9F as characters; strict EUC has
+    /// none (0x8E and 0x8F only lead sequences), so they are refused both ways.
+    enum class Backend { Utf8, Utf16, Ascii, NonLossyAscii, Icu, IcuEuc, Iconv, Table };
     TextCodec(quint64 encoding, Backend backend, const char* converterName);
 
 private:

@@ -3,6 +3,8 @@
 #include "document/DocumentController.h"
 #include "scripts/ScriptingService.h"
 
+#include <QDBusError>
+
 ApplicationAdaptor::ApplicationAdaptor(QObject* parent)
     : QDBusAbstractAdaptor(parent)
 {}
@@ -23,6 +25,17 @@ QDBusObjectPath ApplicationAdaptor::document(int index)
 {
     const auto& documents = DocumentController::sharedDocumentController().documents();
     if (index < 0 || size_t(index) >= documents.size()) {
+        const QString message =
+            documents.empty()
+                ? QStringLiteral("There is no document at index %1: no document is open.")
+                      .arg(index)
+                : QStringLiteral("There is no document at index %1: the indexes go from 0 to %2.")
+                      .arg(index)
+                      .arg(documents.size() - 1);
+        ScriptingService& service = ScriptingService::sharedScriptingService();
+        if (service.calledFromDBus()) {
+            service.sendErrorReply(QDBusError::InvalidArgs, message);
+        }
         return QDBusObjectPath(QStringLiteral("/"));
     }
     return ScriptingService::sharedScriptingService().pathOf(documents[size_t(index)]);

@@ -33,7 +33,7 @@ public:
     QDBusObjectPath frontDocument() const;
 
 public Q_SLOTS:
-    /// The document at `index` in opening order; "/" when there is none.
+    /// The document at `index` in opening order; an error reply when there is none.
     QDBusObjectPath document(int index);
     QList<QDBusObjectPath> documents();
 };

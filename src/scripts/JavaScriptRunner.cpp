@@ -9,8 +9,12 @@
 #include <condition_variable>
 #include <mutex>
 #include <thread>
+#include <utility>
 
 namespace {
+
+// The engine of the script that is running, so that the object model can throw into it.
+QJSEngine* runningEngine = nullptr;
 
 int& limit()
 {
@@ -72,6 +76,15 @@ void JavaScriptRunner::setTimeLimit(int milliseconds)
     limit() = milliseconds;
 }
 
+bool JavaScriptRunner::throwError(QJSValue::ErrorType type, const QString& message)
+{
+    if (!runningEngine) {
+        return false;
+    }
+    runningEngine->throwError(type, message);
+    return true;
+}
+
 JavaScriptRunner::Result JavaScriptRunner::run(const QString& source, const QString& fileName)
 {
     QJSEngine engine;
@@ -96,7 +109,9 @@ JavaScriptRunner::Result JavaScriptRunner::run(const QString& source, const QStr
     bool interrupted = false;
     {
         Watchdog watchdog(engine, limit());
+        QJSEngine* const outer = std::exchange(runningEngine, &engine);
         engine.evaluate(source, fileName, 1);
+        runningEngine = outer;
         interrupted = watchdog.fired();
     }
     engine.setInterrupted(false);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QJSValue>
 #include <QString>
 
 /// Runs in-process scripts: JavaScript in a fresh QJSEngine on the calling (main) thread,
@@ -29,4 +30,8 @@ public:
     /// The time limit in milliseconds (the tests shorten it).
     static int timeLimit();
     static void setTimeLimit(int milliseconds);
+
+    /// Throws an error of `type` into the script that is running, when one is: the object
+    /// model refuses a change this way. False when no script runs.
+    static bool throwError(QJSValue::ErrorType type, const QString& message);
 };

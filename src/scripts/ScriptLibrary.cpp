@@ -10,6 +10,9 @@
 #include <QFileInfo>
 #include <QHash>
 #include <QSaveFile>
+#include <QSet>
+
+#include <functional>
 
 namespace {
 
@@ -176,6 +179,46 @@ QStringList ScriptLibrary::importFiles(const QStringList& paths)
     setEntries(nullptr, list);
     changed();
     return refused;
+}
+
+const QStringList& ScriptLibrary::scriptTypes()
+{
+    static const QStringList types = {
+        QStringLiteral("sh"),   QStringLiteral("pl"),         QStringLiteral("cgi"),
+        QStringLiteral("php"),  QStringLiteral("php3"),       QStringLiteral("py"),
+        QStringLiteral("pyw"),  QStringLiteral("rb"),         QStringLiteral("js"),
+        QStringLiteral("scpt"), QStringLiteral("applescript")};
+    return types;
+}
+
+QStringList ScriptLibrary::adoptScriptFiles()
+{
+    QSet<QString> named;
+    const std::function<void(const ScriptObjectList&)> collect = [&](const ScriptObjectList& list) {
+        for (const ScriptObjectPtr& node : list) {
+            if (node->isLeaf()) {
+                named.insert(node->path());
+            } else {
+                collect(node->children().value_or(ScriptObjectList()));
+            }
+        }
+    };
+    collect(entries(nullptr));
+    QStringList adopted;
+    ScriptObjectList list = entries(nullptr);
+    const QFileInfoList files =
+        QDir(FileManager::scriptDirectoryPathInPath()).entryInfoList(QDir::Files, QDir::Name);
+    for (const QFileInfo& file : files) {
+        if (!named.contains(file.fileName()) && scriptTypes().contains(file.suffix())) {
+            list.append(ScriptObject::initWithPath(file.fileName(), true));
+            adopted << file.fileName();
+        }
+    }
+    if (!adopted.isEmpty()) {
+        setEntries(nullptr, list);
+        changed();
+    }
+    return adopted;
 }
 
 bool ScriptLibrary::rename(const ScriptObjectPtr& node, const QString& name)

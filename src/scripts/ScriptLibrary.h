@@ -46,6 +46,12 @@ public:
     /// Removes the node; the files of a script, or of every script below a folder at any
     /// depth, are deleted.
     static void remove(const ScriptObjectPtr& node);
+    /// Adds an entry at the end of the top level for every script file of the Script folder
+    /// that no entry names (files put there by hand), in the order of their names; returns
+    /// their file names. Hidden files and files of other types are left out.
+    static QStringList adoptScriptFiles();
+    /// The extensions of the files the library runs.
+    static const QStringList& scriptTypes();
     /// Moves the nodes, in order, to `index` of `folder`; false when a folder would go into
     /// itself or the index is out of range. Files never move.
     static bool move(const ScriptObjectList& nodes, const ScriptObjectPtr& folder, qsizetype index);

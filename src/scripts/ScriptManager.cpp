@@ -11,6 +11,7 @@
 #include "platform/UserDefaults.h"
 #include "scripts/JavaScriptRunner.h"
 #include "scripts/ScriptAlert.h"
+#include "scripts/ScriptFolderWatcher.h"
 #include "scripts/ScriptingService.h"
 #include "window/DocumentWindow.h"
 #include "window/WindowController.h"
@@ -19,12 +20,18 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QLocale>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QStringDecoder>
+#include <QTemporaryFile>
 #include <QTextDocument>
 #include <QTimer>
 #include <QUrl>
+
+#include <csignal>
+#include <sys/types.h>
+#include <unistd.h>
 
 namespace {
 
@@ -35,11 +42,46 @@ const QStringList kProcessKinds = {QStringLiteral("Perl"), QStringLiteral("PHP")
                                    QStringLiteral("Python"), QStringLiteral("Ruby"),
                                    QStringLiteral("ShellScript")};
 
+qint64& limit()
+{
+    static qint64 bytes = ScriptManager::DefaultOutputLimit;
+    return bytes;
+}
+
+/// Sends `signal` to the child's process group, which holds whatever the script started;
+/// to the child alone while it has not made its group yet.
+void signalProcessGroup(qint64 pid, int signal)
+{
+    if (pid <= 0) {
+        return;
+    }
+    if (::kill(-pid_t(pid), signal) != 0) {
+        ::kill(pid_t(pid), signal);
+    }
+}
+
 } // namespace
 
 ScriptManager::ScriptManager(QObject* parent)
     : QObject(parent)
-{}
+{
+    // Every change of the library reaches the settings file at once: a run that ends
+    // without the termination step must not take the library with it.
+    connect(Application::instance(), &Application::scriptDataSourceChanged, this,
+            &ScriptManager::writeScriptDataSource);
+}
+
+ScriptManager::~ScriptManager() = default;
+
+qint64 ScriptManager::outputLimit()
+{
+    return limit();
+}
+
+void ScriptManager::setOutputLimit(qint64 bytes)
+{
+    limit() = bytes;
+}
 
 ScriptManager& ScriptManager::sharedScriptManager()
 {
@@ -82,8 +124,10 @@ void ScriptManager::readScriptDataSource()
 void ScriptManager::writeScriptDataSource()
 {
     const auto& nodes = Application::instance()->scriptDataSource();
-    UserDefaults::standardUserDefaults().setObject(
-        archivedScriptDataSource(nodes.value_or(ScriptObjectList())), kScriptAllItems);
+    UserDefaults& defaults = UserDefaults::standardUserDefaults();
+    defaults.setObject(archivedScriptDataSource(nodes.value_or(ScriptObjectList())),
+                       kScriptAllItems);
+    defaults.synchronize();
 }
 
 // Reading the "#!" line ---------------------------------------------------------------
@@ -126,13 +170,19 @@ QString ScriptManager::Interpreter::program() const
     return command.section(u' ', 0, 0, QString::SectionSkipEmpty);
 }
 
-QStringList ScriptManager::Interpreter::arguments(const QString& source) const
+bool ScriptManager::Interpreter::takesProgramText() const
+{
+    const QString last = options.section(u' ', -1, -1, QString::SectionSkipEmpty);
+    return last == u"-c" || last == u"-e";
+}
+
+QStringList ScriptManager::Interpreter::arguments(const QString& sourceArgument) const
 {
     QStringList list = command.split(u' ', Qt::SkipEmptyParts).mid(1);
     if (!options.isEmpty()) {
         list << options;
     }
-    list << source;
+    list << sourceArgument;
     return list;
 }
 
@@ -173,9 +223,9 @@ QString ScriptManager::decodeOutputPiece(QByteArray& pending, const QByteArray& 
     }
     pending = bytes.mid(cut);
     bytes.truncate(cut);
+    // Whatever is not UTF-8 shows as replacement characters rather than going missing.
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-    QString text = decoder.decode(bytes);
-    return decoder.hasError() ? QString() : text;
+    return decoder.decode(bytes);
 }
 
 // Running ------------------------------------------------------------------------------
@@ -218,7 +268,26 @@ void ScriptManager::runScriptWithSource(const QString& source, const QString& sc
                           tr("Not Found unix commands.") + u'\n' + interpreter->command);
         return;
     }
-    startProcess(QStringList{interpreter->program()} + interpreter->arguments(source));
+    if (interpreter->takesProgramText()) {
+        startProcess(QStringList{interpreter->program()} + interpreter->arguments(source));
+        return;
+    }
+    // An interpreter without "-c" or "-e" reads its program from a file, as when the
+    // script is started by its own "#!" line.
+    auto file = std::make_unique<QTemporaryFile>(QDir::tempPath() +
+                                                 QStringLiteral("/tessaran-script-XXXXXX"));
+    const QByteArray bytes = source.toUtf8();
+    if (!file->open() || file->write(bytes) != bytes.size() || !file->flush()) {
+        _isNewWindow = false;
+        ScriptAlert::show(
+            tr("Notice"),
+            tr("The script could not be written to a temporary file: %1").arg(file->errorString()));
+        return;
+    }
+    file->close();
+    const QString path = file->fileName();
+    _sourceFile = std::move(file);
+    startProcess(QStringList{interpreter->program()} + interpreter->arguments(path));
 }
 
 void ScriptManager::startProcess(const QStringList& arguments)
@@ -228,7 +297,7 @@ void ScriptManager::startProcess(const QStringList& arguments)
     }
     _isFindRunning = true;
     _pendingOutput.clear();
-    _outputDocument = nullptr;
+    _outputBytes = 0;
     if (_task && _task->state() == QProcess::NotRunning) {
         _task->deleteLater();
     }
@@ -238,6 +307,8 @@ void ScriptManager::startProcess(const QStringList& arguments)
     process->setWorkingDirectory(QDir::homePath());
     process->setProgram(arguments.first());
     process->setArguments(arguments.mid(1));
+    // Its own process group, so that stopping it also stops what it started.
+    process->setChildProcessModifier([] { ::setpgid(0, 0); });
     connect(process, &QProcess::readyReadStandardOutput, this,
             [this, process] { getData(process->readAllStandardOutput()); });
     connect(process, &QProcess::finished, this, [this, process] {
@@ -246,7 +317,9 @@ void ScriptManager::startProcess(const QStringList& arguments)
         if (!rest.isEmpty()) {
             getData(rest);
         }
-        getData(QByteArray());
+        if (process == _task && _isFindRunning) {
+            getData(QByteArray());
+        }
     });
     connect(process, &QProcess::errorOccurred, this, [this, process](QProcess::ProcessError error) {
         if (error == QProcess::FailedToStart && process == _task) {
@@ -255,11 +328,16 @@ void ScriptManager::startProcess(const QStringList& arguments)
                               tr("Not Found unix commands.") + u'\n' + process->program());
         }
     });
+
+    // The output goes to the document in front now, whichever window is in front later.
+    DocumentController& documents = DocumentController::sharedDocumentController();
+    setOutputDocument(documents.currentDocument());
     process->start();
+    Q_EMIT processStarted();
 
     // The selection goes to the standard input, which is then closed: an empty
     // selection is an input that ends at once.
-    if (TextView* view = frontTextView()) {
+    if (TextView* view = _outputView) {
         QString selection = view->textCursor().selectedText();
         selection.replace(QChar::ParagraphSeparator, u'\n');
         process->write(selection.toUtf8());
@@ -267,32 +345,73 @@ void ScriptManager::startProcess(const QStringList& arguments)
     process->closeWriteChannel();
 }
 
+void ScriptManager::setOutputDocument(Document* document)
+{
+    WindowController* controller =
+        DocumentController::sharedDocumentController().windowControllerOf(document);
+    _outputDocument = document;
+    _outputView = controller ? controller->textView() : nullptr;
+    _hasOutputWindow = _outputView != nullptr;
+    if (controller && _task) {
+        // Closing that window ends the script: nothing else may receive its output.
+        QProcess* process = _task;
+        connect(controller->window(), &QObject::destroyed, process, [this, process] {
+            if (process == _task && _isFindRunning) {
+                stopProcess();
+            }
+        });
+    }
+}
+
 void ScriptManager::getData(const QByteArray& data)
 {
     if (data.isEmpty()) {
+        // A character still incomplete when the output ends will never be completed.
+        if (!_pendingOutput.isEmpty()) {
+            insertOutput(QString::fromUtf8(std::exchange(_pendingOutput, QByteArray())));
+        }
+        if (_isFindRunning) {
+            stopProcess();
+        }
+        return;
+    }
+    const qint64 room = outputLimit() - _outputBytes;
+    _outputBytes += data.size();
+    const bool overflow = data.size() > room;
+    const QString text = decodeOutputPiece(_pendingOutput, overflow ? data.left(room) : data);
+    if (!text.isEmpty()) {
+        insertOutput(text);
+    }
+    if (overflow && _isFindRunning) {
         stopProcess();
-        return;
+        ScriptAlert::show(tr("Notice"),
+                          tr("The script was stopped because its output passed %1.")
+                              .arg(QLocale().formattedDataSize(
+                                  outputLimit(), 0, QLocale::DataSizeTraditionalFormat)));
     }
-    const QString text = decodeOutputPiece(_pendingOutput, data);
-    if (text.isEmpty()) {
-        return;
-    }
-    if (_isNewWindow) {
-        _isNewWindow = false;
-        // The new window is the key window from now on, even before the window system
-        // has made it active.
-        _outputDocument = DocumentController::sharedDocumentController().newDocument();
-    }
-    insertOutput(text);
 }
 
 void ScriptManager::insertOutput(const QString& text)
 {
-    WindowController* output =
-        DocumentController::sharedDocumentController().windowControllerOf(_outputDocument);
-    TextView* view = output ? output->textView() : frontTextView();
-    if (!view) {
+    if (_isNewWindow) {
+        _isNewWindow = false;
+        // The new window receives the rest of the output, even before the window system
+        // has made it the key window.
+        setOutputDocument(DocumentController::sharedDocumentController().newDocument());
+    }
+    if (!_hasOutputWindow) {
+        // No document was in front when the script started.
         return;
+    }
+    TextView* view = _outputView;
+    if (!view || !view->window()->isVisible()) {
+        // Its window was closed; it goes away a moment later.
+        stopProcess();
+        return;
+    }
+    if (_outputDocument && _outputDocument->isLoading()) {
+        // Output put in while the file still goes in would be taken for part of the file.
+        _outputDocument->finishLoading();
     }
     view->insertTextAtSelection(text);
 }
@@ -302,15 +421,24 @@ void ScriptManager::stopProcess()
     _isFindRunning = false;
     _isNewWindow = false;
     _pendingOutput.clear();
+    _outputDocument = nullptr;
+    _outputView = nullptr;
+    _hasOutputWindow = false;
     if (QProcess* process = _task) {
         // No output of this child is delivered from here on.
         disconnect(process, nullptr, this, nullptr);
-        if (process->state() != QProcess::NotRunning) {
-            process->terminate();
-            QTimer::singleShot(1000, process, [process] { process->kill(); });
+        if (process->state() == QProcess::Running) {
+            const qint64 pid = process->processId();
+            signalProcessGroup(pid, SIGTERM);
+            QTimer::singleShot(1000, process, [pid] { signalProcessGroup(pid, SIGKILL); });
+            connect(process, &QProcess::finished, process, &QObject::deleteLater);
+        } else if (process->state() == QProcess::Starting) {
+            process->kill();
             connect(process, &QProcess::finished, process, &QObject::deleteLater);
         }
     }
+    // The interpreter has the file open already; the name can go.
+    _sourceFile.reset();
     Q_EMIT processStopped();
 }
 
@@ -379,6 +507,9 @@ void ScriptManager::runRegisterAppleScriptWithPath(const QString& path)
 void ScriptManager::bootUp()
 {
     ScriptingService::sharedScriptingService().registerOnSessionBus();
+    if (!_folderWatcher) {
+        _folderWatcher = new ScriptFolderWatcher(this);
+    }
 }
 
 void ScriptManager::openScriptDictionary()

@@ -9,17 +9,23 @@
 #include <QProcess>
 #include <QStringList>
 
+#include <memory>
 #include <optional>
 
 class Document;
+class QTemporaryFile;
+class ScriptFolderWatcher;
 class TextView;
 class UserDefaults;
 
 /// The application's one script manager: it keeps the script library in the settings
-/// between runs and runs scripts, one child process at a time for the whole application.
-/// A child gets its own source as its last argument and the front document's selection
-/// on its standard input; what it writes (output and errors together) is inserted at the
-/// front document's selection piece by piece, or into a new document for "@new".
+/// (written whenever it changes) and runs scripts, one child process at a time for the
+/// whole application. A child gets its source as its last argument (itself after "-c" or
+/// "-e", else the path of a temporary file holding it) and the front document's selection
+/// on its standard input; what it writes (output and errors together) is inserted piece
+/// by piece at the selection of the document that was in front when it started, or into a
+/// new document for "@new". Output stops the child when it passes the output limit, and
+/// closing the window that receives it stops the child too.
 class ScriptManager : public QObject
 {
     Q_OBJECT
@@ -34,7 +40,12 @@ public:
         /// The program to start and the arguments before the source. A command that holds
         /// blanks ("/usr/bin/env python3") starts its first word with the others first.
         QString program() const;
-        QStringList arguments(const QString& source) const;
+        /// Whether the options end with an option that takes the program text itself ("-c",
+        /// "-e"); other interpreters are given a file to read.
+        bool takesProgramText() const;
+        /// The arguments, with `sourceArgument` (the source, or the path of a file holding
+        /// it) last.
+        QStringList arguments(const QString& sourceArgument) const;
     };
     /// The "#!" line read with the patterns of findString(); none without a command.
     static std::optional<Interpreter> interpreterOfSource(const QString& source);
@@ -45,8 +56,15 @@ public:
     /// program env is asked to find).
     static bool isRunnable(const Interpreter& interpreter);
     /// Decodes one piece of UTF-8 output. Bytes of a character cut at the end of the piece
-    /// are kept in `pending` for the next one; a piece that is not UTF-8 gives nothing.
+    /// are kept in `pending` for the next one; bytes that are not UTF-8 become replacement
+    /// characters (U+FFFD).
     static QString decodeOutputPiece(QByteArray& pending, const QByteArray& piece);
+
+    static constexpr qint64 DefaultOutputLimit = qint64(64) << 20;
+    /// The most output, in bytes, one script may write; beyond it the script is stopped
+    /// with a message (the tests lower it).
+    static qint64 outputLimit();
+    static void setOutputLimit(qint64 bytes);
 
     /// Runs a script given as text, of the kind named by a syntax name ("AppleScript",
     /// "Perl", "PHP", "Python", "Ruby", "ShellScript"); any other kind is refused.
@@ -59,7 +77,8 @@ public:
     void startProcess(const QStringList& arguments);
     /// Receives one piece of output; an empty piece is the end of the output.
     void getData(const QByteArray& data);
-    /// Ends the child process; none of its output arrives after this.
+    /// Ends the child process and every process it started; none of its output arrives
+    /// after this, and its temporary source file is removed.
     void stopProcess();
     /// A script file's text in the encoding of its attribute, or the detected one.
     static std::optional<QString> sourceOfFilePath(const QString& path);
@@ -69,7 +88,8 @@ public:
     /// The process started last (kept after it ends); null before the first.
     QProcess* task() const { return _task; }
 
-    /// Registers the scripting interface on the session bus (once, at launch).
+    /// Registers the scripting interface on the session bus and starts watching the Script
+    /// folder for scripts put there by hand (once, at launch).
     void bootUp();
     /// Opens the scripting interface's description as a new document.
     void openScriptDictionary();
@@ -80,7 +100,8 @@ public:
     /// Loads the library from "ScriptAllItems" into the application's scriptDataSource;
     /// an empty library when the setting is missing or cannot be read.
     void readScriptDataSource();
-    /// Stores the application's scriptDataSource into "ScriptAllItems".
+    /// Stores the application's scriptDataSource into "ScriptAllItems" and writes the
+    /// settings out, so that the library outlives a crash.
     void writeScriptDataSource();
 
     /// The library's stored form: an XML property list whose root dictionary holds the
@@ -90,17 +111,30 @@ public:
     static std::optional<ScriptObjectList> unarchivedScriptDataSource(const QByteArray& data);
 
 Q_SIGNALS:
+    /// A child process was started.
+    void processStarted();
     /// The running child ended (after its last output was inserted) or was stopped.
     void processStopped();
 
 private:
     explicit ScriptManager(QObject* parent = nullptr);
+    ~ScriptManager() override;
+    /// Makes the window of `document` the one that receives the output.
+    void setOutputDocument(Document* document);
     void insertOutput(const QString& text);
 
     QPointer<QProcess> _task;
     bool _isFindRunning = false;
     bool _isNewWindow = false;
     QByteArray _pendingOutput;
-    /// The document opened for "@new" output, which receives the rest of that output.
+    qint64 _outputBytes = 0;
+    /// Where the output goes: the document in front when the child started, or the one
+    /// opened for "@new". Without one, the output is dropped; once its window is closed,
+    /// the child is stopped.
     QPointer<Document> _outputDocument;
+    QPointer<TextView> _outputView;
+    bool _hasOutputWindow = false;
+    /// The source handed to an interpreter as a file, removed when the child ends.
+    std::unique_ptr<QTemporaryFile> _sourceFile;
+    ScriptFolderWatcher* _folderWatcher = nullptr;
 };

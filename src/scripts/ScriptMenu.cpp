@@ -45,6 +45,14 @@ void ScriptMenu::addFixedItems()
         tr("Run Script"), this, [this] { ScriptCommands::runScript(_controller); }));
     // The first fixed entry carries the library's image.
     run->setIcon(QFileIconProvider().icon(QFileIconProvider::Desktop).pixmap(16, 16));
+    // Enabled while a script's process runs, in every window's menu.
+    ScriptManager& manager = ScriptManager::sharedScriptManager();
+    QAction* stop = fixed(_supportMenu->addAction(
+        tr("Stop Script"), this, [] { ScriptManager::sharedScriptManager().stopProcess(); }));
+    stop->setObjectName(QStringLiteral("stopScript"));
+    stop->setEnabled(manager.isFindRunning());
+    connect(&manager, &ScriptManager::processStarted, stop, [stop] { stop->setEnabled(true); });
+    connect(&manager, &ScriptManager::processStopped, stop, [stop] { stop->setEnabled(false); });
     fixed(_supportMenu->addAction(tr("Add Script..."), this,
                                   [this] { ScriptCommands::addScript(_controller); }));
     fixed(_supportMenu->addAction(tr("Add Script Folder..."), this,

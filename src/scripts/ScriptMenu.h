@@ -11,7 +11,8 @@ class WindowController;
 
 Q_DECLARE_METATYPE(ScriptObjectPtr)
 
-/// The Scripts menu of a document window: its fixed entries (tag 3), the library's
+/// The Scripts menu of a document window: its fixed entries (tag 3, among them "Stop
+/// Script", enabled while a script runs), the library's
 /// scripts and folders as items and submenus, "Import Script..." and "Open Script
 /// Dictionary...". It is rebuilt whenever the library changes.
 class ScriptMenu : public QObject

@@ -4,12 +4,66 @@
 #include "document/DocumentController.h"
 #include "editor/TextView.h"
 #include "platform/StringEncoding.h"
+#include "scripts/JavaScriptRunner.h"
 #include "window/DocumentWindow.h"
 #include "window/WindowController.h"
 
 #include <QJSValue>
 #include <QTextCursor>
 #include <QTextDocument>
+
+#include <cmath>
+#include <limits>
+
+namespace {
+
+QVariant plainValue(const QVariant& value)
+{
+    return value.metaType() == QMetaType::fromType<QJSValue>() ? value.value<QJSValue>().toVariant()
+                                                               : value;
+}
+
+/// A number without a fraction; none for anything else. Numbers beyond 64 bits become the
+/// largest ones, which no range check lets through.
+std::optional<qint64> wholeNumber(const QVariant& value)
+{
+    switch (value.typeId()) {
+    case QMetaType::Int:
+    case QMetaType::LongLong:
+    case QMetaType::UInt:
+    case QMetaType::ULongLong:
+        if (value.typeId() == QMetaType::ULongLong &&
+            value.toULongLong() > quint64(std::numeric_limits<qint64>::max())) {
+            return std::numeric_limits<qint64>::max();
+        }
+        return value.toLongLong();
+    case QMetaType::Double: {
+        const double number = value.toDouble();
+        if (!std::isfinite(number) || std::trunc(number) != number) {
+            return std::nullopt;
+        }
+        constexpr double limit = 9.2e18;
+        if (std::abs(number) > limit) {
+            return number > 0 ? std::numeric_limits<qint64>::max()
+                              : std::numeric_limits<qint64>::min();
+        }
+        return qint64(number);
+    }
+    default:
+        return std::nullopt;
+    }
+}
+
+void throwRefusal(const ScriptingDocument::Refusal& refusal)
+{
+    const QJSValue::ErrorType type =
+        refusal.kind == ScriptingDocument::Refusal::InvalidValue ? QJSValue::TypeError
+        : refusal.kind == ScriptingDocument::Refusal::OutOfRange ? QJSValue::RangeError
+                                                                 : QJSValue::GenericError;
+    JavaScriptRunner::throwError(type, refusal.message);
+}
+
+} // namespace
 
 ScriptingDocument::ScriptingDocument(Document* document)
     : QObject(document)
@@ -40,13 +94,38 @@ QString ScriptingDocument::contents() const
     return _document ? _document->string() : QString();
 }
 
-void ScriptingDocument::setContents(const QString& text)
+std::optional<ScriptingDocument::Refusal> ScriptingDocument::refusalToChange(TextView* view,
+                                                                             bool text) const
+{
+    if (!view) {
+        return Refusal{Refusal::NotEditable, tr("The document has no window to change.")};
+    }
+    const QString name = _document->displayName();
+    if (_document->isLoading()) {
+        // Whatever went in now would be taken for part of the file when the load ends.
+        return Refusal{
+            Refusal::NotEditable,
+            tr("“%1” is still loading; it can be changed once the whole file is in.").arg(name)};
+    }
+    if (text && view->isReadOnly()) {
+        return Refusal{Refusal::NotEditable, tr("“%1” is read-only.").arg(name)};
+    }
+    return std::nullopt;
+}
+
+std::optional<ScriptingDocument::Refusal> ScriptingDocument::setContents(const QString& text)
 {
     TextView* view = textView();
-    if (!view) {
-        return;
+    if (auto refusal = refusalToChange(view, true)) {
+        return refusal;
+    }
+    if (const qsizetype nul = text.indexOf(QChar(0)); nul >= 0) {
+        return Refusal{
+            Refusal::InvalidValue,
+            tr("The text holds a NUL character (at %1), which documents do not take.").arg(nul)};
     }
     view->insertTextAtSelection(text);
+    return std::nullopt;
 }
 
 QString ScriptingDocument::selection() const
@@ -71,19 +150,35 @@ std::optional<QList<qint64>> ScriptingDocument::textRange() const
     return QList<qint64>{cursor.selectionStart(), cursor.selectionEnd() - cursor.selectionStart()};
 }
 
-void ScriptingDocument::setTextRange(const QList<qint64>& range)
+std::optional<ScriptingDocument::Refusal>
+ScriptingDocument::setTextRange(const QList<qint64>& range)
 {
     TextView* view = textView();
-    if (!view || range.size() != 2) {
-        return;
+    if (auto refusal = refusalToChange(view, false)) {
+        return refusal;
     }
-    const qint64 end = view->document()->characterCount() - 1;
-    const qint64 location = std::clamp<qint64>(range[0], 0, end);
-    const qint64 last = std::clamp<qint64>(location + std::max<qint64>(range[1], 0), 0, end);
+    if (range.size() != 2) {
+        return Refusal{
+            Refusal::InvalidValue,
+            tr("textRange takes two numbers, a location and a length, not %1.").arg(range.size())};
+    }
+    const qint64 textLength = view->document()->characterCount() - 1;
+    const qint64 location = range[0];
+    const qint64 length = range[1];
+    // Compared without adding the two: their sum may not fit in 64 bits.
+    if (location < 0 || length < 0 || location > textLength || length > textLength - location) {
+        return Refusal{Refusal::OutOfRange,
+                       tr("The range %1, %2 does not lie inside the text, which has %3 "
+                          "characters (UTF-16 code units).")
+                           .arg(location)
+                           .arg(length)
+                           .arg(textLength)};
+    }
     QTextCursor cursor = view->textCursor();
     cursor.setPosition(int(location));
-    cursor.setPosition(int(last), QTextCursor::KeepAnchor);
+    cursor.setPosition(int(location + length), QTextCursor::KeepAnchor);
     view->setTextCursor(cursor);
+    return std::nullopt;
 }
 
 std::optional<QString> ScriptingDocument::textEncoding() const
@@ -117,20 +212,42 @@ QVariant ScriptingDocument::textRangeValue() const
     return QVariantList{(*range)[0], (*range)[1]};
 }
 
+void ScriptingDocument::setContentsValue(const QVariant& value)
+{
+    const QVariant text = plainValue(value);
+    const std::optional<Refusal> refusal =
+        text.typeId() == QMetaType::QString
+            ? setContents(text.toString())
+            : Refusal{Refusal::InvalidValue, tr("contents takes a string.")};
+    if (refusal) {
+        throwRefusal(*refusal);
+    }
+}
+
 void ScriptingDocument::setTextRangeValue(const QVariant& value)
 {
-    QVariant list = value;
-    if (list.metaType() == QMetaType::fromType<QJSValue>()) {
-        list = list.value<QJSValue>().toVariant();
-    }
-    if (list.typeId() != QMetaType::QVariantList) {
-        return;
-    }
+    const QVariant list = plainValue(value);
+    std::optional<Refusal> refusal;
     QList<qint64> range;
-    for (const QVariant& item : list.toList()) {
-        range.append(qint64(item.toDouble()));
+    if (list.typeId() == QMetaType::QVariantList) {
+        for (const QVariant& item : list.toList()) {
+            if (const std::optional<qint64> number = wholeNumber(item)) {
+                range.append(*number);
+            } else {
+                refusal = Refusal{Refusal::InvalidValue, tr("textRange takes whole numbers.")};
+                break;
+            }
+        }
+    } else {
+        refusal = Refusal{Refusal::InvalidValue,
+                          tr("textRange takes a list of two numbers, a location and a length.")};
     }
-    setTextRange(range);
+    if (!refusal) {
+        refusal = setTextRange(range);
+    }
+    if (refusal) {
+        throwRefusal(*refusal);
+    }
 }
 
 QVariant ScriptingDocument::textEncodingValue() const

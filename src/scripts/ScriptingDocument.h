@@ -15,16 +15,31 @@ class TextView;
 /// name of its encoding and its file path. The same properties serve the in-process
 /// scripts (the QVariant forms, where "none" is null) and the D-Bus service. Every value
 /// is computed on access from the document and its window.
+///
+/// A change the document cannot take (a range outside the text, a value of the wrong
+/// kind, text with NUL characters, an edit while the file is still going in) is refused
+/// with a reason and changes nothing; in-process scripts get it as a thrown error.
 class ScriptingDocument : public QObject
 {
     Q_OBJECT
-    Q_PROPERTY(QString contents READ contents WRITE setContents)
+    Q_PROPERTY(QVariant contents READ contentsValue WRITE setContentsValue)
     Q_PROPERTY(QString selection READ selection)
     Q_PROPERTY(QVariant textRange READ textRangeValue WRITE setTextRangeValue)
     Q_PROPERTY(QVariant textEncoding READ textEncodingValue)
     Q_PROPERTY(QVariant filePath READ filePathValue)
 
 public:
+    /// Why a change was not made.
+    struct Refusal {
+        enum Kind {
+            InvalidValue, ///< not a value of the property's kind
+            OutOfRange,   ///< a range that does not lie inside the text
+            NotEditable,  ///< the document cannot be changed now (loading, read-only, no window)
+        };
+        Kind kind;
+        QString message;
+    };
+
     /// The document's scripting object, created on first request (a child of it).
     static ScriptingDocument* of(Document* document);
 
@@ -34,20 +49,21 @@ public:
 
     /// The whole text.
     QString contents() const;
-    /// Inserts `text` at the selection as typed text (it replaces the selection); nothing
-    /// without a text view.
-    void setContents(const QString& text);
+    /// Inserts `text` at the selection as typed text (it replaces the selection).
+    std::optional<Refusal> setContents(const QString& text);
     /// The selected text; "" without a text view.
     QString selection() const;
     /// Location and length of the selection in UTF-16 code units; none without a text view.
     std::optional<QList<qint64>> textRange() const;
-    /// Selects the range given as exactly two numbers; any other list changes nothing.
-    void setTextRange(const QList<qint64>& range);
+    /// Selects the range given as exactly two numbers, location and length, inside the text.
+    std::optional<Refusal> setTextRange(const QList<qint64>& range);
     /// The IANA name of the document's encoding; none when it has none.
     std::optional<QString> textEncoding() const;
     /// The file's path; none for a document never saved.
     std::optional<QString> filePath() const;
 
+    QVariant contentsValue() const { return contents(); }
+    void setContentsValue(const QVariant& value);
     QVariant textRangeValue() const;
     void setTextRangeValue(const QVariant& value);
     QVariant textEncodingValue() const;
@@ -55,6 +71,8 @@ public:
 
 private:
     explicit ScriptingDocument(Document* document);
+    /// The reason the text (`text`) or the selection cannot be changed now; none when it can.
+    std::optional<Refusal> refusalToChange(TextView* view, bool text) const;
 
     QPointer<Document> _document;
 };

@@ -59,17 +59,16 @@ bool ScriptingService::registerOnSessionBus()
 QDBusObjectPath ScriptingService::pathOf(Document* document)
 {
     ScriptingDocument* scripting = ScriptingDocument::of(document);
-    QString path = scripting->property("dbusPath").toString();
-    if (path.isEmpty()) {
-        path = QString::fromLatin1(ApplicationPath) + QStringLiteral("/Document/") +
-               QString::number(_nextDocumentNumber++);
-        scripting->setProperty("dbusPath", path);
-        new DocumentAdaptor(scripting);
+    auto* adaptor = scripting->findChild<DocumentAdaptor*>(QString(), Qt::FindDirectChildrenOnly);
+    if (!adaptor) {
+        adaptor = new DocumentAdaptor(scripting, QString::fromLatin1(ApplicationPath) +
+                                                     QStringLiteral("/Document/") +
+                                                     QString::number(_nextDocumentNumber++));
         if (_registered) {
-            QDBusConnection::sessionBus().registerObject(path, scripting);
+            QDBusConnection::sessionBus().registerVirtualObject(adaptor->path(), adaptor);
         }
     }
-    return QDBusObjectPath(path);
+    return QDBusObjectPath(adaptor->path());
 }
 
 QString ScriptingService::introspectionXml()

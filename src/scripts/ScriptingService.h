@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDBusContext>
 #include <QDBusObjectPath>
 #include <QObject>
 #include <QString>
@@ -11,8 +12,9 @@ class Document;
 /// (interface "org.tessaran.Tessaran.Application": the number of documents, documents by
 /// index, the front document); each document at "/org/tessaran/Tessaran/Document/<n>"
 /// (interface "org.tessaran.Tessaran.Document": contents, selection, textRange,
-/// textEncoding, filePath).
-class ScriptingService : public QObject
+/// textEncoding, filePath). The calls of the application's interface are answered in the
+/// service's context, so that a call it refuses gets an error reply.
+class ScriptingService : public QObject, public QDBusContext
 {
     Q_OBJECT
 

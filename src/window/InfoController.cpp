@@ -65,7 +65,8 @@ void InfoController::updateInformationOfDocument(const Document* document, const
     }
     _textEncodingField->setText(
         StringEncoding::localizedNameOfStringEncoding(document->documentEncoding()));
-    _lineBreakField->setText(EncodingManager::lineBreaksShortTitle(document->documentLineBreaks()));
+    _lineBreakField->setText(
+        EncodingManager::lineBreaksStatusTitle(document->documentLineBreaks()));
     _syntaxField->setText(syntax.isEmpty() ? kUnknown : syntax);
     if (path.isEmpty()) {
         _extensionField->setText(kUnknown);

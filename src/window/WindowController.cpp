@@ -8,6 +8,7 @@
 #include "editor/LayoutManager.h"
 #include "editor/SpellCheckingController.h"
 #include "editor/TextView.h"
+#include "editor/UndoActionNames.h"
 #include "platform/FileManager.h"
 #include "platform/SpellChecker.h"
 #include "platform/StringEncoding.h"
@@ -18,8 +19,10 @@
 #include "syntax/SyntaxDefinitionFolder.h"
 #include "syntax/SyntaxManager.h"
 #include "window/CharacterCounter.h"
+#include "window/DiskChangeNotices.h"
 #include "window/DocumentWindow.h"
 #include "window/FunctionPopUp.h"
+#include "window/ReadingNotices.h"
 #include "window/SidebarView.h"
 
 #include <QAction>
@@ -65,15 +68,35 @@ WindowController::WindowController(Document* document)
     connect(Application::instance(), &Application::NotifUpdatePreferences, this,
             &WindowController::updatePreferences);
     connect(document, &Document::documentInformationChanged, this, [this] {
+        // A new document named on the command line, or saved under a new name, takes the
+        // syntax of its extension at once when the window chooses by file type.
+        const QString file = _document->fileURL();
+        if (file != _syntaxFileURL) {
+            const bool newExtension =
+                _syntaxFileURL.isEmpty() ||
+                QFileInfo(file).suffix() != QFileInfo(_syntaxFileURL).suffix();
+            _syntaxFileURL = file;
+            if (_defaultForFileType && newExtension) {
+                syntaxSettingToTextView();
+            }
+        }
+        for (TextView* view : textViews()) {
+            view->layoutManager()->setCharacterStandIns(_document->characterStandIns());
+        }
         updateToolbarInformation();
         updateTitle();
+    });
+    connect(document, &Document::readOnlyChanged, this, [this] {
+        for (TextView* view : textViews()) {
+            view->setReadOnly(_document->isLoading() || _document->isReadOnly());
+        }
     });
     connect(document->textStorage(), &QTextDocument::modificationChanged, this,
             &WindowController::updateTitle);
     // While the end of a large file is still going in, the panes show it but take no typing.
     connect(document, &Document::loadingChanged, this, [this](bool loading) {
         for (TextView* view : textViews()) {
-            view->setReadOnly(loading);
+            view->setReadOnly(loading || _document->isReadOnly());
         }
         _window->indicator()->setVisible(loading);
     });
@@ -166,7 +189,8 @@ void WindowController::applyStateToPane(TextView* view)
     view->setAutoComplete(_autoComplete);
     SpellCheckingController::of(view)->setContinuousSpellCheckingEnabled(_allowSpellChecking,
                                                                          _spellCheckLanguage);
-    view->setReadOnly(_document->isLoading());
+    view->layoutManager()->setCharacterStandIns(_document->characterStandIns());
+    view->setReadOnly(_document->isLoading() || _document->isReadOnly());
     if (_document->isLoading()) {
         _window->indicator()->show();
     }
@@ -181,6 +205,8 @@ void WindowController::windowDidLoad()
     }
     applyStateToPane(view);
     toggleSpellChecking(nullptr);
+    _notices = new ReadingNotices(_document, _window, this);
+    _diskNotices = new DiskChangeNotices(this);
 
     const QString identifier = _document->windowIdentifier();
     if (identifier.isEmpty() || identifier == u"0:59" || identifier == u"_NS:60") {
@@ -247,6 +273,7 @@ void WindowController::syntaxSettingToTextView()
     if (!view) {
         return;
     }
+    _syntaxFileURL = _document->fileURL();
     if (_defaultForFileType && !_document->fileURL().isEmpty()) {
         const QString path = SyntaxDefinitionFolder::definitionPathForExtension(
             QFileInfo(_document->fileURL()).suffix());
@@ -428,17 +455,21 @@ bool WindowController::validateMenuItem(QAction* item) const
     case SyntaxTag: {
         const QString title = item->text();
         const bool isDefault = title == u"Default For File Type";
-        item->setProperty("mixedState", false);
         if (_defaultForFileType && !_syntaxColouring) {
             item->setChecked(isDefault);
         } else if (!_defaultForFileType && _syntaxColouring) {
             item->setChecked(title == _selectedSyntaxName);
         } else if (_defaultForFileType && _syntaxColouring) {
-            // Qt menus have no mixed state: the item shows a partial mark in its title.
-            item->setProperty("mixedState", isDefault);
             item->setChecked(!isDefault && title == _selectedSyntaxName);
         } else {
             item->setChecked(title == u"None");
+        }
+        if (isDefault) {
+            // Qt menus have no mixed state: the item shows the style's own mark of a
+            // partly checked box where its check mark would be.
+            item->setIcon(_defaultForFileType && _syntaxColouring && _window
+                              ? _window->mixedStateIcon()
+                              : QIcon());
         }
         break;
     }
@@ -490,7 +521,7 @@ QString WindowController::toolbarInformation() const
     text += QStringLiteral("   ") +
             StringEncoding::localizedNameOfStringEncoding(_document->documentEncoding());
     text += QStringLiteral("   ") +
-            EncodingManager::lineBreaksShortTitle(_document->documentLineBreaks());
+            EncodingManager::lineBreaksStatusTitle(_document->documentLineBreaks());
     if (!_selectedSyntaxName.isEmpty() && _syntaxColouring) {
         text += QStringLiteral("   ") + _selectedSyntaxName;
     }
@@ -581,19 +612,32 @@ void WindowController::updatePreferences(QObject* sender)
 
 void WindowController::reopenUsingEncoding(quint64 encoding)
 {
-    if (TextCodec::canBeConvertedToEncoding(_document->string(), encoding)) {
+    const auto alert = [this](const QString& message, const QString& informative) {
+        QMessageBox box(QMessageBox::Warning, QString(), message, QMessageBox::Ok, _window);
+        box.setInformativeText(informative);
+        box.setWindowModality(Qt::ApplicationModal);
+        box.exec();
+    };
+    const QString advice = QStringLiteral("If possible, select a different text encoding.");
+    const bool hasFile = !_document->fileURL().isEmpty();
+    // Unsaved edits come back with undo, so they must be writable in the new encoding; a text
+    // that is the file's own is checked against the file's bytes by the reading itself.
+    if ((!hasFile || _document->isDocumentEdited()) &&
+        !TextCodec::canBeConvertedToEncoding(_document->string(), encoding)) {
+        alert(QStringLiteral("The document could not be convert."), advice);
+    } else if (!hasFile) {
         _document->setDocumentEncoding(encoding);
-        if (!_document->fileURL().isEmpty()) {
-            _document->rereadWithEncoding(encoding);
-            resetupInitialTextViewSharedState();
-        }
     } else {
-        QMessageBox alert(QMessageBox::Warning, QString(),
-                          QStringLiteral("The document could not be convert."), QMessageBox::Ok,
-                          _window);
-        alert.setInformativeText(QStringLiteral("If possible, select a different text encoding."));
-        alert.setWindowModality(Qt::ApplicationModal);
-        alert.exec();
+        UndoActionNames* names = UndoActionNames::of(_document->textStorage());
+        names->beginStep(tr("Reopen with Encoding"));
+        QString error;
+        const bool reread = _document->rereadWithEncoding(encoding, &error);
+        names->endStep();
+        if (reread) {
+            resetupInitialTextViewSharedState();
+        } else {
+            alert(error, advice);
+        }
     }
     updateToolbarInformation();
 }
@@ -639,11 +683,11 @@ void WindowController::shareUsing(int tag)
     const QString text = _document->string();
     const qsizetype limit = tag <= 1 ? 64 * 1024 : 4 * 1024;
     if (text.size() > limit) {
-        QMessageBox alert(QMessageBox::Warning, tr("The text is too long to share this way."),
-                          tr("The whole text is shared, and this service takes at most %L1 "
-                             "characters. Send the file as an attachment instead.")
-                              .arg(limit),
-                          QMessageBox::Ok, _window);
+        QMessageBox alert(QMessageBox::Warning, QString(),
+                          tr("The text is too long to share this way."), QMessageBox::Ok, _window);
+        alert.setInformativeText(tr("The whole text is shared, and this service takes at most %L1 "
+                                    "characters. Send the file as an attachment instead.")
+                                     .arg(limit));
         alert.setWindowModality(Qt::WindowModal);
         alert.exec();
         return;
@@ -680,19 +724,20 @@ void WindowController::swicthSidebarType(qint64 type)
     _isSidebarView = !_isSidebarView;
     _isFullScreen = _window->isFullScreen();
     // Outside full screen the window grows by the sidebar and the editor keeps its width; in
-    // full screen the editor gives up the room. One resize, not an animated series: each
-    // step would lay a wrapped text out again.
+    // full screen, and in a tab, whose window the other tabs share, the editor gives up the
+    // room. One resize, not an animated series: each step would lay a wrapped text out again.
+    const bool growsWindow = !_isFullScreen && _window->isWindow();
     if (_isSidebarView) {
         _sidebarView->showPane(type);
         _sidebarView->updateInformationOfDocument(_document, _selectedSyntaxName);
         _sidebarView->show();
-        if (!_isFullScreen) {
+        if (growsWindow) {
             _window->resize(_window->width() + SidebarView::Width, _window->height());
         }
         setWindowIdentifier(QString::number(type) + u':' + syntax);
     } else if (_lastSelectedType == type) {
         _sidebarView->hide();
-        if (!_isFullScreen) {
+        if (growsWindow) {
             _window->resize(_window->width() - SidebarView::Width, _window->height());
         }
         setWindowIdentifier(kNone + u':' + syntax);

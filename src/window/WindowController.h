@@ -7,9 +7,11 @@
 #include <vector>
 
 class CharacterCounter;
+class DiskChangeNotices;
 class Document;
 class DocumentWindow;
 class EditorController;
+class ReadingNotices;
 class QAction;
 class QMenu;
 class SidebarView;
@@ -89,11 +91,17 @@ public:
     void resetupInitialTextViewSharedState();
     /// Re-reads the settings into the window, its panes and the document.
     void updatePreferences(QObject* sender = nullptr);
-    /// Replaces the document's text by its file read in another encoding, when the text
-    /// can be written in it; otherwise says why.
+    /// Replaces the document's text by its file read in another encoding, as one undoable
+    /// step: when the document has unsaved edits (which undo brings back), only if they can be
+    /// written in that encoding; in any case only if the file's bytes decode in it. Otherwise
+    /// says why and changes nothing.
     void reopenUsingEncoding(quint64 encoding);
     /// Sets the document's line-break style (the Line Breaks menu).
     void setLineBreaks(qsizetype lineBreaks);
+    /// The bars that say what the last reading found out about the file.
+    ReadingNotices* readingNotices() const { return _notices; }
+    /// What the window says and does when another program changes or removes the file.
+    DiskChangeNotices* diskChangeNotices() const { return _diskNotices; }
     /// Shares the whole text by e-mail (tag 0), message (1) or through the web share address
     /// of Twitter (2), Facebook (3) or Sina Weibo (4).
     void shareUsing(int tag);
@@ -179,6 +187,10 @@ private:
     bool _syntaxColouring = false;
     bool _defaultForFileType = false;
     QString _selectedSyntaxName;
+    // The file whose name the syntax was last chosen for (empty: none).
+    QString _syntaxFileURL;
     QString _windowIdentifier;
     SidebarView* _sidebarView = nullptr;
+    ReadingNotices* _notices = nullptr;
+    DiskChangeNotices* _diskNotices = nullptr;
 };

@@ -111,7 +111,7 @@ TEST(ScriptingService, DocumentsOverTheSessionBus)
     set(path, QStringLiteral("contents"), QStringLiteral("new "));
     EXPECT_EQ(document->string(), "new xabcx");
     EXPECT_EQ(rangeOf(get(path, kDocument, QStringLiteral("textRange"))), QList<qlonglong>({4, 0}));
-    // Three numbers change nothing.
+    // Three numbers are refused and change nothing.
     set(path, QStringLiteral("textRange"), QVariant::fromValue(QList<qlonglong>{1, 2, 3}));
     EXPECT_EQ(rangeOf(get(path, kDocument, QStringLiteral("textRange"))), QList<qlonglong>({4, 0}));
     // Everything selected: replaced.

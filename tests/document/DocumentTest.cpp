@@ -193,15 +193,6 @@ TEST(Document, FailedSavesLeaveTheFileAndTheDocumentAsTheyWere)
     EXPECT_EQ(document.documentEncoding(), encoding);
     EXPECT_TRUE(document.isDocumentEdited());
 
-    // A folder the user may not write into (root may write anywhere; skip then).
-    QFile::setPermissions(dir, QFile::ReadOwner | QFile::ExeOwner);
-    if (!QFile(dir + "/probe").open(QIODevice::WriteOnly)) {
-        EXPECT_FALSE(document.writeSafelyToURL(path, QString(), Document::Save, &error));
-        EXPECT_EQ(TestSupport::readFile(path), "old bytes\n");
-        EXPECT_TRUE(document.isDocumentEdited());
-    }
-    QFile::setPermissions(dir, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-
     // The undoable replacement restores the text on undo.
     document.textStorage()->undo();
     EXPECT_EQ(document.string(), "old bytes\n");
@@ -255,23 +246,18 @@ TEST(Document, AttributeValues)
     EXPECT_EQ(Document::textEncodingAttributeOfURL(file), kNone);
 }
 
-TEST(Document, AutosaveDuplicateReplaceAndPdf)
+TEST(Document, DuplicateReplaceAndPdf)
 {
     const QString dir = TestSupport::makeTempDir();
     const QString file = TestSupport::writeFile(dir + "/notes.txt", "first\r\nsecond\r\n");
-    UserDefaults::standardUserDefaults().setInteger(1, "AutosavingDelay");
-    DocumentController::sharedDocumentController().updatePreferences();
 
     Document document;
     ASSERT_TRUE(document.readFromURL(file, QString()));
     EXPECT_EQ(document.documentLineBreaks(), 2);
 
-    // Replacing the whole text is one undoable step; the file is saved in place after the delay
-    // with the line breaks it was read with.
+    // Replacing the whole text is one undoable step.
     document.setTextStorage(QStringLiteral("third\nfourth\n"));
     EXPECT_TRUE(document.isDocumentEdited());
-    EXPECT_TRUE(QTest::qWaitFor(
-        [&] { return TestSupport::readFile(file) == "third\r\nfourth\r\n"; }, 4000));
     document.textStorage()->undo();
     EXPECT_EQ(document.string(), QStringLiteral("first\nsecond\n"));
 
@@ -290,9 +276,6 @@ TEST(Document, AutosaveDuplicateReplaceAndPdf)
     EXPECT_FALSE(document.exportAsPDFTo(dir + "/missing/notes.pdf", &error));
     EXPECT_TRUE(error.contains("notes.pdf"));
     EXPECT_EQ(QDir(dir).entryList(QDir::Files | QDir::Hidden).size(), 2);
-
-    UserDefaults::standardUserDefaults().removeObjectForKey("AutosavingDelay");
-    DocumentController::sharedDocumentController().updatePreferences();
 }
 
 TEST(Document, LargeFilesGoInPieceByPieceAndAreWholeForEveryReader)
@@ -330,4 +313,26 @@ TEST(Document, LargeFilesGoInPieceByPieceAndAreWholeForEveryReader)
     document.finishLoading();
     EXPECT_FALSE(document.isLoading());
     EXPECT_EQ(document.textStorage()->toPlainText(), expected);
+}
+
+TEST(Document, AFileAlreadyOpenLeavesTheOpenPanelsEncodingToTheNextFile)
+{
+    ReadingFlags cleanup;
+    const QString dir = TestSupport::makeTempDir();
+    const QString open = TestSupport::writeFile(dir + "/open.txt", "caf\xe9\n");
+    const QString next = TestSupport::writeFile(dir + "/next.txt", "caf\xe9\n");
+    DocumentController& controller = DocumentController::sharedDocumentController();
+    Document* first = controller.openDocumentWithContentsOfURL(open, false);
+    ASSERT_NE(first, nullptr);
+
+    // The open panel's choice of two files, the first of them open already.
+    controller.setIsOpenPanel(true);
+    controller.setOpenPanelEncoding(kMacRoman);
+    EXPECT_EQ(controller.openDocumentWithContentsOfURL(open, false), first);
+    Document* second = controller.openDocumentWithContentsOfURL(next, false);
+    ASSERT_NE(second, nullptr);
+    EXPECT_EQ(second->documentEncoding(), kMacRoman);
+    EXPECT_EQ(second->string(), QStringLiteral("caf\u00c8\n"));
+    EXPECT_FALSE(controller.isOpenPanel());
+    controller.discardAllDocuments();
 }

@@ -1,3 +1,6 @@
+// Recovery copies as a user meets them: left by an editor that ended badly, offered back at
+// the next start whatever its lock file says, never written over a file that another program
+// changed meanwhile, and never lost to a full disk or a folder that cannot be made.
 #include "document/RecoveryStore.h"
 
 #include "TestSupport.h"
@@ -6,74 +9,270 @@
 
 #include <QDir>
 #include <QFile>
+#include <QProcess>
+#include <QSignalSpy>
 #include <QTextDocument>
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/mount.h>
+#include <unistd.h>
+
 namespace {
 
-// Makes `folder`'s copies look like those of an editor that was killed: the same files in
-// a folder whose lock file names a process that no longer exists.
-void leaveAsOrphan(const QString& folder, const QString& orphan)
+QStringList foldersIn(const QString& root)
 {
-    QDir().mkpath(orphan);
-    for (const QString& name : QDir(folder).entryList(QDir::Files)) {
-        QByteArray bytes = TestSupport::readFile(folder + "/" + name);
-        if (name == "lock") {
-            QList<QByteArray> lines = bytes.split('\n');
-            lines[0] = "999999";
-            bytes = lines.join('\n');
-        }
-        TestSupport::writeFile(orphan + "/" + name, bytes);
-    }
+    return QDir(root).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
 }
+
+QStringList filesIn(const QString& folder)
+{
+    return QDir(folder).entryList(QDir::Files | QDir::Hidden | QDir::System);
+}
+
+// What an editor that ended leaves: its folder with the document's copy, its lock free.
+QString leftByAnEndedEditor(const QString& root, Document* document)
+{
+    RecoveryStore ended(root);
+    EXPECT_TRUE(ended.writeCopy(document)) << ended.errorString().toStdString();
+    const QString folder = ended.folder();
+    ended.keepCopiesForNextStart({});
+    return folder;
+}
+
+Document* documentAt(const QString& path)
+{
+    for (Document* document : DocumentController::sharedDocumentController().documents()) {
+        if (document->fileURL() == path) {
+            return document;
+        }
+    }
+    return nullptr;
+}
+
+// A small file system of its own, full once 2 MB are written; unmounted at the end.
+class SmallFileSystem
+{
+public:
+    SmallFileSystem()
+        : _path(TestSupport::makeTempDir())
+    {
+        if (::mount("tmpfs", QFile::encodeName(_path).constData(), "tmpfs", 0, "size=2m") == 0) {
+            _mounted = true;
+        } else {
+            _error = QString::fromLocal8Bit(std::strerror(errno));
+        }
+    }
+    ~SmallFileSystem()
+    {
+        if (_mounted) {
+            ::umount2(QFile::encodeName(_path).constData(), MNT_DETACH);
+        }
+    }
+    SmallFileSystem(const SmallFileSystem&) = delete;
+    SmallFileSystem& operator=(const SmallFileSystem&) = delete;
+
+    bool mounted() const { return _mounted; }
+    QString error() const { return _error; }
+    QString path() const { return _path; }
+
+    /// Writes a file until the file system has no room left; the errno that stopped it.
+    int fill() const
+    {
+        const int fd = ::open(QFile::encodeName(_path + "/filler").constData(),
+                              O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+        const QByteArray block(64 * 1024, 'f');
+        int error = 0;
+        while (error == 0) {
+            if (::write(fd, block.constData(), size_t(block.size())) < 0) {
+                error = errno;
+            }
+        }
+        ::close(fd);
+        return error;
+    }
+
+private:
+    QString _path;
+    QString _error;
+    bool _mounted = false;
+};
 
 } // namespace
 
-TEST(RecoveryStore, CopiesOfUnsavedTextOutliveTheirEditorAndComeBack)
+TEST(RecoveryStore, OrphansComeBackWhateverTheirLockSaysAndKeepTheStateOfTheirFile)
 {
     const QString root = TestSupport::makeTempDir() + "/Recovery";
     const QString dir = TestSupport::makeTempDir();
-    const QString file = TestSupport::writeFile(dir + "/kept.txt", "on disk\n");
-
-    Document untitled;
-    untitled.textStorage()->setPlainText(QStringLiteral("never saved \u00e9\n"));
-    Document edited;
-    ASSERT_TRUE(edited.readFromURL(file, QString()));
-    edited.setTextStorage(QStringLiteral("edited\n"));
-    Document clean;
-    {
-        RecoveryStore killed(root);
-        killed.writeCopy(&untitled);
-        killed.writeCopy(&edited);
-        killed.writeCopy(&clean); // nothing unsaved, nothing kept
-        EXPECT_EQ(QDir(killed.folder()).entryList({"*.txt"}, QDir::Files).size(), 2);
-        // While its editor runs, a folder is no orphan.
-        EXPECT_TRUE(RecoveryStore(root).orphanedEntries().isEmpty());
-        leaveAsOrphan(killed.folder(), root + "/999999-dead");
-    }
-    // A clean end removes the editor's own folder.
-    EXPECT_EQ(QDir(root).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(), 1);
-
-    RecoveryStore store(root);
-    const QList<RecoveryStore::Entry> entries = store.orphanedEntries();
-    ASSERT_EQ(entries.size(), 2);
-    EXPECT_EQ(entries[0].text, QStringLiteral("never saved \u00e9\n"));
-    EXPECT_TRUE(entries[0].path.isEmpty());
-    EXPECT_EQ(entries[1].text, QStringLiteral("edited\n"));
-    EXPECT_EQ(entries[1].path, file);
-
-    // Recovering opens both with their unsaved text; the file on disk is untouched.
     DocumentController& controller = DocumentController::sharedDocumentController();
     controller.discardAllDocuments();
-    EXPECT_EQ(store.recoverOrphans(), 2);
-    ASSERT_EQ(controller.documents().size(), 2u);
-    EXPECT_EQ(controller.documents()[0]->string(), QStringLiteral("never saved \u00e9\n"));
-    EXPECT_TRUE(controller.documents()[0]->fileURL().isEmpty());
-    EXPECT_EQ(controller.documents()[1]->fileURL(), file);
-    EXPECT_EQ(controller.documents()[1]->string(), QStringLiteral("edited\n"));
-    EXPECT_TRUE(controller.documents()[1]->isDocumentEdited());
-    EXPECT_EQ(TestSupport::readFile(file), "on disk\n");
+
+    const auto edited = [&](const QString& name, const QByteArray& onDisk, const QString& text) {
+        auto* document = new Document(&controller);
+        if (!name.isEmpty()) {
+            EXPECT_TRUE(
+                document->readFromURL(TestSupport::writeFile(dir + "/" + name, onDisk), QString()));
+        }
+        document->setTextStorage(text);
+        return document;
+    };
+    Document* untitled = edited({}, {}, QStringLiteral("never saved \u00e9\n"));
+    Document* kept = edited("kept.txt", "on disk\n", "kept edit\n");
+    Document* changed = edited("changed.txt", "before\n", "changed edit\n");
+    Document* gone = edited("gone.txt", "going\n", "gone edit\n");
+    Document* running = edited("running.txt", "running\n", "running edit\n");
+
+    // Each ended editor's lock file says something else; none of it counts.
+    struct Case {
+        const char* lock;
+        Document* document;
+    };
+    const Case cases[] = {
+        {"", untitled},            // empty, as a crash while it was made leaves it
+        {"999999\n", kept},        // a process long gone
+        {nullptr, changed},        // no lock file at all
+        {"keep as written", gone}, // whatever a stopped editor wrote
+    };
+    for (const Case& c : cases) {
+        const QString lock = leftByAnEndedEditor(root, c.document) + "/lock";
+        if (c.lock) {
+            TestSupport::writeFile(lock, c.lock);
+        } else {
+            QFile::remove(lock);
+        }
+    }
+    // An editor that still runs keeps its copies to itself.
+    RecoveryStore alive(root);
+    ASSERT_TRUE(alive.writeCopy(running));
+    // A document without unsaved changes leaves no copy.
+    Document clean;
+    EXPECT_TRUE(alive.writeCopy(&clean));
+    EXPECT_EQ(filesIn(alive.folder()).filter(".copy").size(), 1);
+
+    const QString keptFile = kept->fileURL();
+    const QString changedFile = changed->fileURL();
+    const QString goneFile = gone->fileURL();
+    controller.discardAllDocuments();
+    delete untitled;
+    delete kept;
+    delete changed;
+    delete gone;
+    // Between the end and the next start another program writes one file and removes another.
+    ASSERT_EQ(
+        QProcess::execute("sh", {"-c", "printf 'other program\\n' > \"$1\"", "sh", changedFile}),
+        0);
+    ASSERT_TRUE(QFile::remove(goneFile));
+
+    RecoveryStore store(root);
+    EXPECT_EQ(store.orphanedEntries().size(), 4);
+    const RecoveryStore::Recovery recovery = store.recoverOrphans();
+    EXPECT_EQ(recovery.count, 4);
+    ASSERT_EQ(controller.documents().size(), 4u);
+    ASSERT_EQ(recovery.notices.size(), 2) << recovery.notices.join("\n").toStdString();
+    EXPECT_TRUE(recovery.notices.filter("changed.txt")
+                    .value(0)
+                    .contains("has been changed by another application"));
+    EXPECT_TRUE(recovery.notices.filter("gone.txt").value(0).contains("moved or deleted"));
+
+    for (Document* document : controller.documents()) {
+        EXPECT_TRUE(document->isDocumentEdited());
+        // Each copy is this editor's own now: there for its crash, gone when saved.
+        EXPECT_TRUE(store.copyFile(document).startsWith(store.folder()));
+        EXPECT_TRUE(QFile::exists(store.copyFile(document)));
+    }
+    Document* recoveredUntitled = documentAt(QString());
+    ASSERT_TRUE(recoveredUntitled);
+    EXPECT_EQ(recoveredUntitled->string(), QStringLiteral("never saved \u00e9\n"));
+
+    // A file nobody touched: the edits come back over it, undo shows the disk, Save writes.
+    Document* recoveredKept = documentAt(keptFile);
+    ASSERT_TRUE(recoveredKept);
+    EXPECT_EQ(recoveredKept->string(), "kept edit\n");
+    EXPECT_EQ(TestSupport::readFile(keptFile), "on disk\n");
+    EXPECT_TRUE(recoveredKept->writeSafelyToURL(keptFile, QString(), Document::Save));
+    EXPECT_EQ(TestSupport::readFile(keptFile), "kept edit\n");
+    EXPECT_TRUE(store.copyFile(recoveredKept).isEmpty());
+
+    // The file another program changed: the first Save says so and leaves its bytes.
+    Document* recoveredChanged = documentAt(changedFile);
+    ASSERT_TRUE(recoveredChanged);
+    EXPECT_EQ(recoveredChanged->string(), "changed edit\n");
+    QString error;
+    EXPECT_FALSE(
+        recoveredChanged->writeSafelyToURL(changedFile, QString(), Document::Save, &error));
+    EXPECT_TRUE(error.contains("has been changed by another application")) << error.toStdString();
+    EXPECT_EQ(TestSupport::readFile(changedFile), "other program\n");
+    EXPECT_TRUE(recoveredChanged->isDocumentEdited());
+    EXPECT_TRUE(recoveredChanged->writeSafelyToURL(changedFile, QString(), Document::Save));
+    EXPECT_EQ(TestSupport::readFile(changedFile), "changed edit\n");
+
+    // The file that went away is written again.
+    Document* recoveredGone = documentAt(goneFile);
+    ASSERT_TRUE(recoveredGone);
+    EXPECT_TRUE(recoveredGone->writeSafelyToURL(goneFile, QString(), Document::Save));
+    EXPECT_EQ(TestSupport::readFile(goneFile), "gone edit\n");
+
+    // The ended editors' folders are gone; the running one's and this one's stay.
+    EXPECT_EQ(foldersIn(root).size(), 2);
     EXPECT_TRUE(store.orphanedEntries().isEmpty());
     controller.discardAllDocuments();
+    // Closing without saving removes the copies this store took over.
+    EXPECT_EQ(filesIn(store.folder()), QStringList{"lock"});
+}
+
+TEST(RecoveryStore, AFullDiskOrAFolderThatCannotBeMadeNeverCostsTheLastGoodCopy)
+{
+    // A folder that cannot be made is named with the system's reason, once per run.
+    const QString blocked = TestSupport::writeFile(TestSupport::makeTempDir() + "/file", "x");
+    Document document;
+    document.setTextStorage(QStringLiteral("good copy\n"));
+    {
+        RecoveryStore store(blocked + "/Recovery");
+        QSignalSpy said(&store, &RecoveryStore::recoveryFailed);
+        EXPECT_FALSE(store.writeCopy(&document));
+        EXPECT_FALSE(store.writeCopy(&document));
+        ASSERT_EQ(said.size(), 1);
+        const QString message = said.at(0).at(0).toString();
+        EXPECT_TRUE(message.contains(blocked + "/Recovery")) << message.toStdString();
+        EXPECT_TRUE(message.contains("Not a directory")) << message.toStdString();
+        EXPECT_EQ(store.errorString(), message);
+    }
+
+    const SmallFileSystem disk;
+    if (!disk.mounted()) {
+        GTEST_SKIP() << "mounting a 2 MB tmpfs is not permitted here ("
+                     << disk.error().toStdString() << "): the full-disk case is not tested";
+    }
+    const QString root = disk.path() + "/Recovery";
+    QString folder;
+    QByteArray good;
+    {
+        RecoveryStore store(root);
+        QSignalSpy said(&store, &RecoveryStore::recoveryFailed);
+        ASSERT_TRUE(store.writeCopy(&document)) << store.errorString().toStdString();
+        folder = store.folder();
+        good = TestSupport::readFile(store.copyFile(&document));
+        EXPECT_TRUE(good.endsWith("\ngood copy\n"));
+
+        ASSERT_EQ(disk.fill(), ENOSPC);
+        // Small and large alike: neither fits, and neither may cost the good copy.
+        for (const qsizetype size : {qsizetype(10), qsizetype(1) << 20}) {
+            document.setTextStorage(QString(size, u'n'));
+            EXPECT_FALSE(store.writeCopy(&document));
+            EXPECT_TRUE(store.errorString().contains("No space left on device"))
+                << store.errorString().toStdString();
+            EXPECT_EQ(TestSupport::readFile(store.copyFile(&document)), good);
+            // No half-written copy is left behind.
+            EXPECT_EQ(filesIn(folder).size(), 2) << filesIn(folder).join(' ').toStdString();
+        }
+        EXPECT_EQ(said.size(), 1);
+        store.keepCopiesForNextStart({&document});
+    }
+    // What the next start is offered is the last good copy.
+    const QList<RecoveryStore::Entry> entries = RecoveryStore(root).orphanedEntries();
+    ASSERT_EQ(entries.size(), 1);
+    EXPECT_EQ(entries[0].text, "good copy\n");
 }

@@ -285,3 +285,33 @@ TEST(UnicodeText, Utf8ValidityAgreesWithTheDecoder)
             << bytes.toHex().toStdString();
     }
 }
+
+TEST(TextCodec, EucEncodingsHaveNoC1Controls)
+{
+    // Shift_JIS "テスト", whose lead bytes EUC converters would otherwise take for C1 controls.
+    const QByteArray shiftJis("\x83\x65\x83\x58\x83\x67\n");
+    const struct {
+        quint64 encoding;
+        QByteArray valid; // sequences led by the single shifts, where the encoding has them
+    } cases[] = {
+        {3, "\x8E\xB1 \x8F\xB0\xA1 \xA4\xA2"},     // EUC-JP: ｱ, 丂 (JIS X 0212), あ
+        {0x80000930, "\xB0\xA1"},                  // EUC-CN: 啊
+        {0x80000940, "\xB0\xA1"},                  // EUC-KR: 가
+        {0x80000931, "\x8E\xA2\xA1\xA1 \xC4\xA1"}, // EUC-TW: plane 2, and 一
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(StringEncoding::localizedNameOfStringEncoding(c.encoding).toStdString());
+        EXPECT_TRUE(TextCodec::decode(c.encoding, c.valid).has_value());
+        EXPECT_FALSE(TextCodec::decode(c.encoding, shiftJis).has_value());
+        for (int byte = 0x80; byte <= 0xA0; ++byte) {
+            if ((byte == 0x8E && c.encoding != 0x80000930 && c.encoding != 0x80000940) ||
+                (byte == 0x8F && c.encoding == 3)) {
+                continue; // the single shifts lead sequences; alone they are incomplete anyway
+            }
+            EXPECT_FALSE(
+                TextCodec::decode(c.encoding, "a" + QByteArray(1, char(byte)) + "b").has_value())
+                << byte;
+        }
+        EXPECT_FALSE(TextCodec::canBeConvertedToEncoding(u"a\u0085b"_qs, c.encoding));
+    }
+}

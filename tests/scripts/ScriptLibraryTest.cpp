@@ -8,6 +8,7 @@
 #include "platform/UserDefaults.h"
 #include "scripts/ScriptCommands.h"
 #include "scripts/ScriptController.h"
+#include "scripts/ScriptFolderWatcher.h"
 #include "scripts/ScriptManager.h"
 #include "scripts/ScriptMenu.h"
 #include "scripts/ScriptSheet.h"
@@ -23,6 +24,7 @@
 #include <QMenuBar>
 #include <QMimeData>
 #include <QSignalSpy>
+#include <QTest>
 #include <QTimer>
 #include <QTreeView>
 
@@ -374,4 +376,39 @@ TEST_F(ScriptLibraryTest, PaneDoubleClickContextMenuAndSheets)
     QTimer::singleShot(0, [] { QApplication::activeModalWidget()->close(); });
     ScriptCommands::addScriptFolder(controller->window());
     EXPECT_EQ(titles(ScriptLibrary::entries(nullptr)), QStringList({"Folder", "More"}));
+}
+
+TEST_F(ScriptLibraryTest, ScriptsPutInTheFolderJoinTheLibrary)
+{
+    // The manager writes the library out whenever it changes.
+    ScriptManager::sharedScriptManager();
+    TestSupport::writeFile(script("Before.sh"), "#!/bin/sh\necho before\n");
+    Document* document = openDocument(QString());
+    QMenu* menu = scriptsMenuOf(document);
+    ScriptController pane(
+        DocumentController::sharedDocumentController().windowControllerOf(document));
+
+    // What is there already joins at once; later files as they come, without a restart.
+    ScriptFolderWatcher watcher;
+    EXPECT_EQ(titles(ScriptLibrary::entries(nullptr)), QStringList({"Before"}));
+    TestSupport::writeFile(script(".hidden.sh"), "#!/bin/sh\n");
+    TestSupport::writeFile(script("notes.txt"), "not a script");
+    TestSupport::writeFile(script("Dropped.py"), "#!/usr/bin/env python3\nprint('dropped')\n");
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] { return itemTitles(menu).contains(QStringLiteral("Dropped")); }, 10000));
+    EXPECT_EQ(itemTitles(menu), QStringList({"-", "Before", "Dropped", "-", "Import Script...",
+                                             "Open Script Dictionary..."}));
+    EXPECT_EQ(pane.treeController()->rowCount(), 2);
+
+    // The settings hold the library as it is now, not as it was at the last clean quit.
+    const auto stored = ScriptManager::unarchivedScriptDataSource(
+        UserDefaults::standardUserDefaults().dataForKey(QStringLiteral("ScriptAllItems")));
+    ASSERT_TRUE(stored);
+    EXPECT_EQ(titles(*stored), QStringList({"Before", "Dropped"}));
+
+    // Running it from the menu.
+    QSignalSpy stopped(&ScriptManager::sharedScriptManager(), &ScriptManager::processStopped);
+    menu->actions()[itemTitles(menu, true).indexOf("Dropped")]->trigger();
+    ASSERT_TRUE(stopped.wait(10000));
+    EXPECT_EQ(document->string(), "dropped\n");
 }

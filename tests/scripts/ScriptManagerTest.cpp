@@ -5,8 +5,12 @@
 #include "TestSupport.h"
 #include "scripts/JavaScriptRunner.h"
 
+#include <QAction>
 #include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QMessageBox>
+#include <QPointer>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -44,17 +48,25 @@ TEST(ScriptManager, ReadsTheInterpreterLine)
     const std::optional<Interpreter> options = ScriptManager::interpreterOfSource(perl);
     ASSERT_TRUE(options);
     EXPECT_EQ(options->program(), "/usr/bin/perl");
-    EXPECT_EQ(options->arguments(perl), QStringList({"-w -T", perl}));
+    EXPECT_FALSE(options->takesProgramText());
+    EXPECT_EQ(options->arguments("/tmp/source"), QStringList({"-w -T", "/tmp/source"}));
+    const QString inline_ = QStringLiteral("#!/usr/bin/perl -w -e\nprint 1;\n");
+    EXPECT_TRUE(ScriptManager::interpreterOfSource(inline_)->takesProgramText());
+    EXPECT_EQ(ScriptManager::interpreterOfSource(inline_)->arguments(inline_),
+              QStringList({"-w -e", inline_}));
 
     // The last "#!" line counts; without options the source is the only argument.
     const QString two = QStringLiteral("#!/bin/false\necho\n#!/bin/sh\n");
     EXPECT_EQ(ScriptManager::interpreterOfSource(two)->command, "/bin/sh");
-    EXPECT_EQ(ScriptManager::interpreterOfSource(two)->arguments(two), QStringList({two}));
+    EXPECT_FALSE(ScriptManager::interpreterOfSource(two)->takesProgramText());
+    EXPECT_EQ(ScriptManager::interpreterOfSource(two)->arguments("/tmp/source"),
+              QStringList({"/tmp/source"}));
 
     // A command with blanks starts its first word.
     const QString env = QStringLiteral("#!/usr/bin/env python3 -c\n");
     const std::optional<Interpreter> python = ScriptManager::interpreterOfSource(env);
     EXPECT_EQ(python->program(), "/usr/bin/env");
+    EXPECT_TRUE(python->takesProgramText());
     EXPECT_EQ(python->arguments(env), QStringList({"python3", "-c", env}));
     EXPECT_TRUE(ScriptManager::isRunnable(*python));
     EXPECT_FALSE(ScriptManager::isRunnable(
@@ -80,10 +92,13 @@ TEST(ScriptManager, KeepsACharacterSplitBetweenPieces)
         EXPECT_EQ(ScriptManager::decodeOutputPiece(pending, face.mid(cut)),
                   QStringLiteral("\U0001F600"));
     }
-    // Bytes that are not UTF-8 give nothing.
+    // Bytes that are not UTF-8 show as replacement characters, the rest as it is.
     EXPECT_EQ(ScriptManager::decodeOutputPiece(pending, "a\xFF"
                                                         "b"),
-              "");
+              QStringLiteral("a\uFFFDb"));
+    EXPECT_EQ(ScriptManager::decodeOutputPiece(pending, "caf\xE9 ok"),
+              QStringLiteral("caf\uFFFD ok"));
+    EXPECT_TRUE(pending.isEmpty());
 }
 
 TEST_F(ScriptRunning, OutputReplacesTheSelection)
@@ -93,10 +108,11 @@ TEST_F(ScriptRunning, OutputReplacesTheSelection)
     EXPECT_EQ(document->string(), "xhi\nx");
     EXPECT_FALSE(manager().isFindRunning());
 
-    // The options of the "#!" line are one argument, the source the last one.
+    // The options of the "#!" line are one argument, a file holding the source the last one.
     Document* echo = openDocument(QString());
     runAndWait(QStringLiteral("#!/bin/echo -w -T"));
-    EXPECT_EQ(echo->string(), "-w -T #!/bin/echo -w -T\n");
+    EXPECT_TRUE(echo->string().startsWith("-w -T " + QDir::tempPath() + "/tessaran-script-"))
+        << echo->string().toStdString();
 
     // The last of two "#!" lines is used; the working folder is the home folder.
     Document* two = openDocument(QString());
@@ -242,10 +258,183 @@ TEST_F(ScriptRunning, AlertsAreSheetsOnTheWindow)
     auto* sheet = window->findChild<QMessageBox*>();
     ASSERT_NE(sheet, nullptr);
     EXPECT_EQ(sheet->windowModality(), Qt::WindowModal);
-    EXPECT_EQ(sheet->windowTitle(), "Notice");
-    EXPECT_EQ(sheet->text(), "Not Found unix commands.");
+    // The headline in the body, where the title bar cannot cut it off.
+    EXPECT_EQ(sheet->text(), "Notice");
+    EXPECT_EQ(sheet->informativeText(), "Not Found unix commands.");
     EXPECT_EQ(sheet->icon(), QMessageBox::Warning);
     EXPECT_EQ(sheet->buttons().size(), 1);
     EXPECT_TRUE(sheet->isVisible());
     sheet->accept();
+}
+
+namespace {
+
+/// Whether a process has ended (a zombie nobody reaps has ended too).
+bool processGone(qint64 pid)
+{
+    QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
+    if (!stat.open(QIODevice::ReadOnly)) {
+        return true;
+    }
+    const QByteArray fields = stat.readAll();
+    return fields.mid(fields.lastIndexOf(')') + 2, 1) == "Z";
+}
+
+QAction* stopScriptItem(Document* document)
+{
+    return DocumentController::sharedDocumentController()
+        .windowControllerOf(document)
+        ->window()
+        ->findChild<QAction*>(QStringLiteral("stopScript"));
+}
+
+void closeWindowOf(Document* document)
+{
+    DocumentWindow* window =
+        DocumentController::sharedDocumentController().windowControllerOf(document)->window();
+    window->setCloseHandler(nullptr);
+    window->close();
+    // The window goes when control is back in the event loop, as in the running editor.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+} // namespace
+
+TEST_F(ScriptRunning, InterpretersWithoutProgramTextOptionReadASourceFile)
+{
+    struct Case {
+        const char* source;
+        const char* kind;
+    };
+    const Case cases[] = {
+        {"#!/bin/sh\ntr a-z A-Z\n", "ShellScript"},
+        {"#!/usr/bin/env python3\nimport sys\nsys.stdout.write(sys.stdin.read().upper())\n",
+         "Python"},
+        {"#!/usr/bin/perl\nprint uc while <STDIN>;\n", "Perl"},
+    };
+    for (const Case& item : cases) {
+        Document* document = openDocument(QStringLiteral("<abc>"), 1, 3);
+        runAndWait(QString::fromUtf8(item.source), QString::fromUtf8(item.kind));
+        EXPECT_EQ(document->string(), "<ABC>") << item.source;
+    }
+
+    // A library script, run as the menu runs it.
+    Document* document = openDocument(QStringLiteral("abc"), 0, 3);
+    QSignalSpy stopped(&manager(), &ScriptManager::processStopped);
+    manager().runRegisterScriptWithPath(TestSupport::writeFile(
+        TestSupport::makeTempDir() + "/Upper.sh", "#!/bin/sh\ntr a-z A-Z\n"));
+    ASSERT_TRUE(stopped.wait(10000));
+    EXPECT_EQ(document->string(), "ABC");
+
+    // The file exists while the script runs and is gone once it has ended.
+    Document* path = openDocument(QString());
+    runAndWait(QStringLiteral("#!/bin/sh\ntest -f \"$0\" && grep -q 'grep -q' \"$0\" && "
+                              "printf %s \"$0\"\n"));
+    EXPECT_TRUE(path->string().startsWith(QDir::tempPath() + "/tessaran-script-"))
+        << path->string().toStdString();
+    EXPECT_FALSE(QFileInfo::exists(path->string()));
+}
+
+TEST_F(ScriptRunning, OutputThatIsNotUtf8ShowsAsReplacementCharacters)
+{
+    Document* document = openDocument(QString());
+    // Latin-1 bytes amid UTF-8, then a character cut off by the end of the output.
+    runAndWait(
+        QStringLiteral("#!/bin/sh\nprintf 'caf\\351 \\303\\251t\\351\\n'; printf '\\342\\202'\n"));
+    EXPECT_EQ(document->string(), QStringLiteral("caf\uFFFD \u00e9t\uFFFD\n\uFFFD\uFFFD"));
+}
+
+TEST_F(ScriptRunning, OutputBeyondTheLimitStopsTheScript)
+{
+    AlertRecorder recorder;
+    constexpr qint64 limit = 256 * 1024;
+    ScriptManager::setOutputLimit(limit);
+    Document* document = openDocument(QString());
+    QSignalSpy stopped(&manager(), &ScriptManager::processStopped);
+    manager().runScriptWithSource(QStringLiteral("#!/bin/sh\nexec yes 0123456789abcde\n"),
+                                  QStringLiteral("ShellScript"));
+    QPointer<QProcess> process = manager().task();
+    ASSERT_TRUE(stopped.wait(30000));
+    ScriptManager::setOutputLimit(ScriptManager::DefaultOutputLimit);
+
+    // Exactly the output up to the limit went in.
+    const QString text = document->string();
+    EXPECT_EQ(text.size(), limit);
+    EXPECT_EQ(text, QString("0123456789abcde\n").repeated(limit / 16));
+    ASSERT_EQ(recorder.alerts.size(), 1u);
+    EXPECT_TRUE(
+        recorder.alerts[0].text.startsWith("The script was stopped because its output passed 256 "))
+        << recorder.alerts[0].text.toStdString();
+    EXPECT_FALSE(manager().isFindRunning());
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] { return !process || process->state() == QProcess::NotRunning; }, 10000));
+}
+
+TEST_F(ScriptRunning, StopScriptEndsTheScriptAndWhatItStarted)
+{
+    Document* document = openDocument(QString());
+    QAction* stop = stopScriptItem(document);
+    ASSERT_NE(stop, nullptr);
+    EXPECT_EQ(stop->text(), "Stop Script");
+    EXPECT_FALSE(stop->isEnabled());
+
+    // It prints the number of a process it started and waits for it for ever.
+    manager().runScriptWithSource(QStringLiteral("#!/bin/sh\nsleep 100000 &\necho $!\nwait\n"),
+                                  QStringLiteral("ShellScript"));
+    EXPECT_TRUE(stop->isEnabled());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return document->string().endsWith(u'\n'); }, 10000));
+    const qint64 sleeper = document->string().trimmed().toLongLong();
+    ASSERT_GT(sleeper, 0);
+    QPointer<QProcess> process = manager().task();
+
+    QSignalSpy stopped(&manager(), &ScriptManager::processStopped);
+    stop->trigger();
+    EXPECT_EQ(stopped.count(), 1);
+    EXPECT_FALSE(stop->isEnabled());
+    EXPECT_FALSE(manager().isFindRunning());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return processGone(sleeper); }, 10000));
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] { return !process || process->state() == QProcess::NotRunning; }, 10000));
+}
+
+TEST_F(ScriptRunning, OutputGoesOnlyToTheDocumentInFrontAtTheStart)
+{
+    const QString dir = TestSupport::makeTempDir();
+    const QString go = dir + "/go";
+    // "one" at once, "two" when the test says so, then (for the second run) nothing more.
+    const QString source = QStringLiteral("#!/bin/sh\necho one\nwhile [ ! -e '%1' ]; do sleep "
+                                          "0.05; done\necho two\n%2\n");
+    Document* first = openDocument(QString());
+    QSignalSpy stopped(&manager(), &ScriptManager::processStopped);
+    manager().runScriptWithSource(source.arg(go, QString()), QStringLiteral("ShellScript"));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return first->string() == "one\n"; }, 10000));
+    // Another window comes to the front: the rest of the output still goes to the first.
+    Document* second = openDocument(QString());
+    TestSupport::writeFile(go, "");
+    ASSERT_TRUE(stopped.wait(10000));
+    EXPECT_EQ(first->string(), "one\ntwo\n");
+    EXPECT_EQ(second->string(), "");
+
+    // Closing the window that receives the output stops the script; nothing goes elsewhere.
+    QFile::remove(go);
+    Document* third = openDocument(QString());
+    manager().runScriptWithSource(source.arg(go, QStringLiteral("while :; do echo more; sleep "
+                                                                "0.05; done")),
+                                  QStringLiteral("ShellScript"));
+    QPointer<QProcess> process = manager().task();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return third->string() == "one\n"; }, 10000));
+    stopped.clear();
+    closeWindowOf(third);
+    ASSERT_TRUE(stopped.count() > 0 || stopped.wait(10000));
+    EXPECT_FALSE(manager().isFindRunning());
+    TestSupport::writeFile(go, "");
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] { return !process || process->state() == QProcess::NotRunning; }, 10000));
+    EXPECT_EQ(first->string(), "one\ntwo\n");
+    EXPECT_EQ(second->string(), "");
+
+    // With no document window at all, the output goes nowhere: no window opens for it.
+    closeAllDocuments();
+    runAndWait(QStringLiteral("#!/bin/sh\necho lost\n"));
+    EXPECT_TRUE(DocumentController::sharedDocumentController().documents().empty());
 }

@@ -16,6 +16,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 using namespace ScriptTestSupport;
 
 namespace {
@@ -61,13 +63,38 @@ TEST_F(ScriptingModel, DocumentProperties)
     EXPECT_FALSE(scripting->filePath());
     EXPECT_TRUE(scripting->filePathValue().isNull());
 
-    scripting->setTextRange({0, 0});
-    scripting->setContents(QStringLiteral("new "));
+    EXPECT_FALSE(scripting->setTextRange({0, 0}));
+    EXPECT_FALSE(scripting->setContents(QStringLiteral("new ")));
     EXPECT_EQ(scripting->contents(), "new xabcx");
-    scripting->setTextRange({1, 2, 3});
-    EXPECT_EQ(scripting->textRange(), QList<qint64>({4, 0}));
-    scripting->setTextRange({0, 9});
-    scripting->setContents(QStringLiteral("all"));
+
+    // What the text cannot take is refused and changes nothing.
+    using Refusal = ScriptingDocument::Refusal;
+    constexpr qint64 most = std::numeric_limits<qint64>::max();
+    const struct {
+        QList<qint64> range;
+        Refusal::Kind kind;
+    } ranges[] = {
+        {{1, 2, 3}, Refusal::InvalidValue}, {{1}, Refusal::InvalidValue},
+        {{5, most}, Refusal::OutOfRange},   {{most, most}, Refusal::OutOfRange},
+        {{-1, 0}, Refusal::OutOfRange},     {{0, -1}, Refusal::OutOfRange},
+        {{0, 10}, Refusal::OutOfRange},     {{10, 0}, Refusal::OutOfRange},
+    };
+    for (const auto& item : ranges) {
+        const std::optional<Refusal> refusal = scripting->setTextRange(item.range);
+        ASSERT_TRUE(refusal) << item.range.value(0) << ", " << item.range.value(1);
+        EXPECT_EQ(refusal->kind, item.kind);
+        EXPECT_FALSE(refusal->message.isEmpty());
+        EXPECT_EQ(scripting->textRange(), QList<qint64>({4, 0}));
+    }
+    const std::optional<Refusal> nul = scripting->setContents(QStringLiteral("a") + QChar(0));
+    ASSERT_TRUE(nul);
+    EXPECT_EQ(nul->kind, Refusal::InvalidValue);
+    EXPECT_EQ(scripting->contents(), "new xabcx");
+
+    // The end of the text is inside it; everything selected is replaced.
+    EXPECT_FALSE(scripting->setTextRange({9, 0}));
+    EXPECT_FALSE(scripting->setTextRange({0, 9}));
+    EXPECT_FALSE(scripting->setContents(QStringLiteral("all")));
     EXPECT_EQ(scripting->contents(), "all");
 
     // A document without a window.
@@ -75,8 +102,36 @@ TEST_F(ScriptingModel, DocumentProperties)
     ScriptingDocument* bare = ScriptingDocument::of(&alone);
     EXPECT_EQ(bare->selection(), "");
     EXPECT_FALSE(bare->textRange());
-    bare->setContents(QStringLiteral("x"));
+    EXPECT_EQ(bare->setContents(QStringLiteral("x"))->kind, Refusal::NotEditable);
     EXPECT_EQ(bare->contents(), "");
+}
+
+TEST_F(ScriptingModel, AFileStillLoadingIsNotChanged)
+{
+    QByteArray bytes;
+    for (int line = 0; bytes.size() < 2'000'000; ++line) {
+        bytes += "line " + QByteArray::number(line) + " of a file that takes a while\n";
+    }
+    const QString path = TestSupport::writeFile(TestSupport::makeTempDir() + "/large.txt", bytes);
+    Document* document =
+        DocumentController::sharedDocumentController().openDocumentWithContentsOfURL(path);
+    ASSERT_NE(document, nullptr);
+    ASSERT_TRUE(document->isLoading());
+
+    ScriptingDocument* scripting = ScriptingDocument::of(document);
+    const auto edit = scripting->setContents(QStringLiteral("typed"));
+    ASSERT_TRUE(edit);
+    EXPECT_EQ(edit->kind, ScriptingDocument::Refusal::NotEditable);
+    EXPECT_TRUE(edit->message.contains("still loading")) << edit->message.toStdString();
+    EXPECT_TRUE(scripting->setTextRange({0, 4}));
+
+    // Once the whole file is in, it is the file, unchanged; then edits go in.
+    document->finishLoading();
+    EXPECT_EQ(document->string().toUtf8(), bytes);
+    EXPECT_FALSE(document->isDocumentEdited());
+    EXPECT_FALSE(scripting->setContents(QStringLiteral("typed")));
+    EXPECT_TRUE(document->isDocumentEdited());
+    document->textStorage()->setModified(false);
 }
 
 TEST_F(ScriptingModel, JavaScriptSeesTheApplication)
@@ -92,6 +147,25 @@ TEST_F(ScriptingModel, JavaScriptSeesTheApplication)
     EXPECT_EQ(second->string(), "x2:abc:1,3:UTF-8:nullx");
     EXPECT_EQ(ScriptingDocument::of(second)->selection(), "x");
     EXPECT_EQ(first->string(), "one");
+
+    // What the document cannot take is thrown back at the script, and changes nothing.
+    const QString refusals = QStringLiteral(
+        "const doc = application.frontDocument;\n"
+        "const seen = [];\n"
+        "for (const attempt of [() => { doc.textRange = [5, 9007199254740991]; },\n"
+        "                       () => { doc.textRange = [-1, 0]; },\n"
+        "                       () => { doc.textRange = [1, 2, 3]; },\n"
+        "                       () => { doc.textRange = 'x'; },\n"
+        "                       () => { doc.textRange = [0.5, 1]; },\n"
+        "                       () => { doc.contents = 5; },\n"
+        "                       () => { doc.contents = 'a\\u0000b'; }]) {\n"
+        "    try { attempt(); seen.push('done'); } catch (e) { seen.push(e.name); }\n"
+        "}\n"
+        "doc.textRange = [0, 0];\n"
+        "doc.contents = seen.join(',') + ':' + doc.contents.length + ';';\n");
+    EXPECT_EQ(JavaScriptRunner::run(refusals).outcome, JavaScriptRunner::Outcome::Ran);
+    EXPECT_EQ(second->string(), "RangeError,RangeError,TypeError,TypeError,TypeError,TypeError,"
+                                "TypeError:22;x2:abc:1,3:UTF-8:nullx");
 
     // Errors while running are not reported; compile errors are, with their line.
     EXPECT_EQ(JavaScriptRunner::run(QStringLiteral("null.x = 1;")).outcome,

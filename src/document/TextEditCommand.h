@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QString>
+#include <QUndoCommand>
+
+#include <vector>
+
+class TextStore;
+
+/// One undo step of a text store: the edits it made, in order, with the text each one
+/// removed, so that undo and redo give back exactly the text before and after.
+class TextEditCommand : public QUndoCommand
+{
+public:
+    struct Edit {
+        qsizetype position = 0;
+        QString removed;
+        QString added;
+    };
+
+    /// `time` is when the edit was typed (for merging typed edits); `startsStep` keeps a
+    /// typed edit from merging into the step before it.
+    TextEditCommand(TextStore& store, const QString& name, bool typing, bool startsStep,
+                    qint64 time);
+
+    /// Records an edit the store has already made.
+    void append(Edit edit);
+    bool isEmpty() const { return _edits.empty(); }
+    void setName(const QString& name) { setText(name); }
+
+    void undo() override;
+    /// Makes the edits again; the first call, when the stack takes the step, does nothing,
+    /// since the store made them as they came.
+    void redo() override;
+    int id() const override;
+    /// Typing continues the step: an insertion right after the last typed text (unless a new
+    /// word starts), a deletion right before or at the last one, within the typing pause.
+    bool mergeWith(const QUndoCommand* other) override;
+
+private:
+    TextStore& _store;
+    std::vector<Edit> _edits;
+    bool _typing;
+    bool _startsStep;
+    qint64 _time;
+    bool _done = true;
+};

@@ -1,0 +1,277 @@
+#include "document/TextLoader.h"
+
+#include "document/EncodingManager.h"
+#include "document/LineBreakNormalizer.h"
+#include "document/TextBuilder.h"
+#include "platform/TextCodec.h"
+#include "platform/UnicodeText.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QThread>
+#include <QUrl>
+
+#include <cstring>
+
+namespace {
+
+using Result = TextLoader::Result;
+using Status = TextLoader::Status;
+
+constexpr quint64 UTF8 = 4;
+constexpr qint64 readSize = qint64(1) << 20;
+
+bool isCanceled(const std::atomic<bool>* canceled)
+{
+    return canceled && canceled->load(std::memory_order_relaxed);
+}
+
+// Offers the text built so far when it has grown past the next size.
+struct PartOffer {
+    const TextLoader::PartFunction& part;
+    qsizetype next = TextLoader::firstPartLength;
+
+    void operator()(const TextBuilder& builder)
+    {
+        if (!part || builder.length() < next) {
+            return;
+        }
+        part(builder.snapshot());
+        while (next <= builder.length()) {
+            next *= 4;
+        }
+    }
+};
+
+// UTF-8 decoded a chunk's worth at a time, straight into the chunks the tree keeps.
+struct Utf8Stream {
+    TextBuilder builder;
+    LineBreakNormalizer lineBreaks;
+    bool atStart = true;
+
+    // Decodes the whole slices of `bytes`, or all of them when `atEnd`; returns how many
+    // bytes it used, or −1 when they are not UTF-8.
+    qsizetype feed(QByteArrayView bytes, bool atEnd)
+    {
+        qsizetype at = 0;
+        while (at < bytes.size() && (atEnd || bytes.size() - at >= TextTree::maxLeaf)) {
+            qsizetype end = qMin(bytes.size(), at + TextTree::maxLeaf);
+            // Slices end between characters: back over the continuation bytes.
+            for (int i = 0;
+                 i < 3 && end < bytes.size() && end > at + 1 && (uchar(bytes[end]) & 0xC0) == 0x80;
+                 ++i) {
+                --end;
+            }
+            QByteArrayView slice = bytes.sliced(at, end - at);
+            // U+FEFF is a byte-order mark at the start of the file only; the decoder drops
+            // one at the start of whatever it is given.
+            qsizetype marks = 0;
+            while (!atStart && slice.sliced(3 * marks).startsWith("\xEF\xBB\xBF")) {
+                ++marks;
+            }
+            // Decoded straight into a chunk's buffer: no slice gives more units than bytes.
+            QString text = TextTree::chunkBuffer(slice.size());
+            if (!UnicodeText::decodeUtf8(slice.sliced(3 * marks), text)) {
+                return -1;
+            }
+            if (marks > 0) {
+                text.prepend(QString(marks, QChar(0xFEFF)));
+            }
+            atStart = false;
+            lineBreaks.normalize(text);
+            builder.append(std::move(text));
+            at = end;
+        }
+        return at;
+    }
+};
+
+Result loaded(TextBuilder& builder, quint64 encoding, qsizetype lineBreaks, qint64 bytesRead)
+{
+    Result result;
+    result.status = Status::Loaded;
+    result.text = builder.finish();
+    result.encoding = encoding;
+    result.lineBreaks = lineBreaks;
+    result.bytesRead = bytesRead;
+    return result;
+}
+
+Result failed(Status status, qint64 bytesRead = 0)
+{
+    Result result;
+    result.status = status;
+    result.bytesRead = bytesRead;
+    return result;
+}
+
+Result loadUtf8File(QFile& file, const TextLoader::PartFunction& part,
+                    const std::atomic<bool>* canceled)
+{
+    Utf8Stream stream;
+    PartOffer offer{part};
+    QByteArray buffer(readSize + TextTree::maxLeaf, Qt::Uninitialized);
+    qsizetype kept = 0;
+    qint64 bytesRead = 0;
+    for (;;) {
+        if (isCanceled(canceled)) {
+            return failed(Status::Canceled, bytesRead);
+        }
+        const qint64 got = file.read(buffer.data() + kept, readSize);
+        if (got < 0) {
+            return failed(Status::Unreadable, bytesRead);
+        }
+        bytesRead += got;
+        const qsizetype available = kept + got;
+        const qsizetype used = stream.feed(QByteArrayView(buffer.constData(), available), got == 0);
+        if (used < 0) {
+            return failed(Status::Undecodable, bytesRead);
+        }
+        kept = available - used;
+        std::memmove(buffer.data(), buffer.constData() + used, size_t(kept));
+        offer(stream.builder);
+        if (got == 0) {
+            break;
+        }
+    }
+    return loaded(stream.builder, UTF8, stream.lineBreaks.lineBreaks(), bytesRead);
+}
+
+// A text EncodingManager decoded, cut into chunks with its line breaks made LF.
+Result fromDecoded(DecodedContents contents, quint64 encoding, const TextLoader::PartFunction& part,
+                   const std::atomic<bool>* canceled)
+{
+    if (contents.unreadable) {
+        return failed(Status::Unreadable);
+    }
+    if (!contents.isValid()) {
+        if (contents.bytesRead > 0) {
+            return failed(Status::Undecodable, contents.bytesRead);
+        }
+        TextBuilder empty;
+        return loaded(empty, encoding, NSNotFound, 0);
+    }
+    constexpr qsizetype step = qsizetype(1) << 16;
+    TextBuilder builder;
+    LineBreakNormalizer lineBreaks;
+    PartOffer offer{part};
+    const QStringView text = contents.text;
+    for (qsizetype at = 0; at < text.size(); at += step) {
+        if (isCanceled(canceled)) {
+            return failed(Status::Canceled, contents.bytesRead);
+        }
+        const QStringView piece = text.sliced(at, qMin(step, text.size() - at));
+        if (lineBreaks.isNormal(piece)) {
+            builder.append(piece);
+        } else {
+            QString normalized = piece.toString();
+            lineBreaks.normalize(normalized);
+            builder.append(QStringView(normalized));
+        }
+        offer(builder);
+    }
+    return loaded(builder, contents.encoding, lineBreaks.lineBreaks(), contents.bytesRead);
+}
+
+} // namespace
+
+TextLoader::TextLoader(QObject* parent)
+    : QObject(parent)
+{}
+
+TextLoader::~TextLoader()
+{
+    cancel();
+    wait();
+    delete _thread;
+}
+
+TextLoader::Result TextLoader::load(const QString& path, quint64 encoding, bool priority,
+                                    const PartFunction& part, const std::atomic<bool>* canceled)
+{
+    // Regular files only: a FIFO would block the reading until some writer appears and a
+    // device may never end.
+    if (!QFileInfo(path).isFile()) {
+        return failed(Status::Unreadable);
+    }
+    if (encoding != UTF8) {
+        return fromDecoded(EncodingManager::sharedEncodingManager().contentsOfURL(
+                               QUrl::fromLocalFile(path), encoding, priority),
+                           encoding, part, canceled);
+    }
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        return failed(Status::Unreadable);
+    }
+    return loadUtf8File(file, part, canceled);
+}
+
+TextLoader::Result TextLoader::loadData(QByteArray data, quint64 encoding, bool priority)
+{
+    const qint64 bytes = data.size();
+    if (encoding == UTF8) {
+        Utf8Stream stream;
+        if (stream.feed(data, true) < 0) {
+            return failed(Status::Undecodable, bytes);
+        }
+        return loaded(stream.builder, UTF8, stream.lineBreaks.lineBreaks(), bytes);
+    }
+    DecodedContents contents;
+    if (encoding == StringEncoding::NoEncoding) {
+        contents = EncodingManager::sharedEncodingManager().automaticDistinctionWithData(
+            std::move(data), priority);
+    } else if (TextCodec::decode(encoding, data, contents.text)) {
+        contents.encoding = encoding;
+    }
+    contents.bytesRead = bytes;
+    return fromDecoded(std::move(contents), encoding, {}, nullptr);
+}
+
+void TextLoader::start(const QString& path, quint64 encoding, bool priority)
+{
+    cancel();
+    wait();
+    delete _thread;
+    _canceled = false;
+    const int generation = ++_generation;
+    _thread = QThread::create([this, path, encoding, priority, generation] {
+        const auto part = [this, generation](const TextSnapshot& text) {
+            QMetaObject::invokeMethod(
+                this,
+                [this, generation, text] {
+                    if (generation == _generation) {
+                        Q_EMIT partLoaded(text);
+                    }
+                },
+                Qt::QueuedConnection);
+        };
+        const Result result = load(path, encoding, priority, part, &_canceled);
+        QMetaObject::invokeMethod(
+            this,
+            [this, generation, result] {
+                if (generation == _generation) {
+                    Q_EMIT finished(result);
+                }
+            },
+            Qt::QueuedConnection);
+    });
+    _thread->start();
+}
+
+void TextLoader::cancel()
+{
+    _canceled = true;
+    ++_generation;
+}
+
+bool TextLoader::isRunning() const
+{
+    return _thread && _thread->isRunning();
+}
+
+void TextLoader::wait()
+{
+    if (_thread) {
+        _thread->wait();
+    }
+}

@@ -1,0 +1,162 @@
+#include "document/TextStore.h"
+
+#include "document/TextEditCommand.h"
+
+#include <QUndoStack>
+
+#include <chrono>
+
+namespace {
+
+qint64 steadyMilliseconds()
+{
+    return std::chrono::duration_cast<std::chrono::milliseconds>(
+               std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
+
+} // namespace
+
+TextStore::TextStore(QObject* parent)
+    : QObject(parent)
+    , _undoStack(new QUndoStack(this))
+    , _clock(steadyMilliseconds)
+{
+    connect(_undoStack, &QUndoStack::cleanChanged, this,
+            [this](bool clean) { Q_EMIT modificationChanged(!clean); });
+}
+
+TextStore::~TextStore() = default;
+
+bool TextStore::replace(qsizetype position, qsizetype length, const QString& text,
+                        const QString& stepName, EditKind kind)
+{
+    if (position < 0 || length < 0 || position > _text.length() ||
+        length > _text.length() - position) {
+        return false;
+    }
+    if (length == 0 && text.isEmpty()) {
+        return true;
+    }
+    TextEditCommand::Edit edit{position,
+                               length > 0 ? _text.text(Range(position, length)) : QString(), text};
+    apply(position, length, text);
+    if (_block) {
+        if (_blockName.isEmpty()) {
+            _blockName = stepName;
+        }
+        _block->append(std::move(edit));
+        return true;
+    }
+    const bool typing = kind == EditKind::Typing;
+    auto* command = new TextEditCommand(*this, stepName, typing, _startNewStep, _clock());
+    command->append(std::move(edit));
+    _startNewStep = !typing;
+    _undoStack->push(command);
+    return true;
+}
+
+bool TextStore::insert(qsizetype position, const QString& text, const QString& stepName,
+                       EditKind kind)
+{
+    return replace(position, 0, text, stepName, kind);
+}
+
+bool TextStore::remove(qsizetype position, qsizetype length, const QString& stepName, EditKind kind)
+{
+    return replace(position, length, QString(), stepName, kind);
+}
+
+void TextStore::beginEditBlock(const QString& stepName)
+{
+    if (_blockDepth++ == 0) {
+        _block = std::make_unique<TextEditCommand>(*this, QString(), false, true, _clock());
+        _blockName = stepName;
+    } else if (_blockName.isEmpty()) {
+        _blockName = stepName;
+    }
+}
+
+void TextStore::endEditBlock()
+{
+    if (_blockDepth == 0 || --_blockDepth > 0) {
+        return;
+    }
+    std::unique_ptr<TextEditCommand> block = std::move(_block);
+    _startNewStep = true;
+    if (!block->isEmpty()) {
+        block->setName(_blockName);
+        _undoStack->push(block.release());
+    }
+}
+
+void TextStore::setLoadedText(const TextSnapshot& text)
+{
+    _block.reset();
+    _blockDepth = 0;
+    _undoStack->clear();
+    _startNewStep = true;
+    TextChange change;
+    change.charsRemoved = _text.length();
+    change.charsAdded = text.length();
+    change.linesRemoved = _text.lineCount() - 1;
+    change.linesAdded = text.lineCount() - 1;
+    change.revision = ++_revision;
+    _text = TextSnapshot(text.root(), _revision);
+    Q_EMIT contentsChange(change);
+}
+
+bool TextStore::canUndo() const
+{
+    return !isInEditBlock() && _undoStack->canUndo();
+}
+
+bool TextStore::canRedo() const
+{
+    return !isInEditBlock() && _undoStack->canRedo();
+}
+
+void TextStore::undo()
+{
+    if (isInEditBlock()) {
+        return;
+    }
+    _startNewStep = true;
+    _undoStack->undo();
+}
+
+void TextStore::redo()
+{
+    if (isInEditBlock()) {
+        return;
+    }
+    _startNewStep = true;
+    _undoStack->redo();
+}
+
+bool TextStore::isModified() const
+{
+    return !_undoStack->isClean();
+}
+
+void TextStore::setClean()
+{
+    _undoStack->setClean();
+}
+
+void TextStore::apply(qsizetype position, qsizetype removedLength, const QString& added)
+{
+    TextChange change;
+    change.position = position;
+    change.charsRemoved = removedLength;
+    change.charsAdded = added.size();
+    change.firstLine = _text.lineAt(position);
+    if (removedLength > 0) {
+        change.linesRemoved = _text.lineAt(position + removedLength) - change.firstLine;
+    }
+    change.linesAdded = TextTree::countLineFeeds(added.constData(), added.size());
+    change.revision = ++_revision;
+    _text =
+        TextSnapshot(TextTree::replace(_text.root(), position, removedLength, added), _revision);
+    Q_EMIT contentsChange(change);
+}

@@ -1,0 +1,101 @@
+#pragma once
+
+#include "document/TextChange.h"
+#include "document/TextSnapshot.h"
+
+#include <QObject>
+#include <QString>
+
+#include <functional>
+#include <memory>
+
+class QUndoStack;
+class TextEditCommand;
+
+/// A document's text, built for large files: held in a persistent tree of chunks (see
+/// TextTree), edited in O(log n) plus the size of the edit, with snapshots that cost O(1)
+/// and stay unchanged for the worker threads that read them, a revision that grows with
+/// every change, a notification of each change's exact range, and an undo stack of named
+/// steps.
+///
+/// The text holds LF line breaks only; every other character, U+2028, U+2029, NEL, NUL and
+/// lone surrogates included, is ordinary text. Lives on one thread (the one that edits it);
+/// other threads get snapshots from that thread.
+class TextStore : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Typed edits that follow one another merge into one undo step until the typing
+    /// pauses, a new word starts, the caret jumps or breakTyping() is called.
+    enum class EditKind { Other, Typing };
+
+    static constexpr int defaultTypingPause = 2000;
+
+    explicit TextStore(QObject* parent = nullptr);
+    ~TextStore() override;
+
+    /// The current text. A copy of it is a snapshot.
+    const TextSnapshot& text() const { return _text; }
+    /// Grows by one with every change (edits, undo, redo, loading).
+    quint64 revision() const { return _revision; }
+
+    /// Replaces [position, position + length) by `text` as one change and one undo step (or
+    /// part of the open edit block's step), named `stepName`. False, and nothing done, when
+    /// the range is not within the text.
+    bool replace(qsizetype position, qsizetype length, const QString& text,
+                 const QString& stepName = {}, EditKind kind = EditKind::Other);
+    bool insert(qsizetype position, const QString& text, const QString& stepName = {},
+                EditKind kind = EditKind::Other);
+    bool remove(qsizetype position, qsizetype length, const QString& stepName = {},
+                EditKind kind = EditKind::Other);
+
+    /// The edits until the matching endEditBlock() are one undo step (blocks nest; the outer
+    /// one counts). The step takes the first name given to the block or its edits.
+    void beginEditBlock(const QString& stepName = {});
+    void endEditBlock();
+    bool isInEditBlock() const { return _blockDepth > 0; }
+    /// The next typed edit starts a new undo step (the caret moved, say).
+    void breakTyping() { _startNewStep = true; }
+
+    /// Puts a loaded text in place of the whole text, without an undo step: the undo history
+    /// is cleared and the text is clean.
+    void setLoadedText(const TextSnapshot& text);
+
+    QUndoStack* undoStack() const { return _undoStack; }
+    bool canUndo() const;
+    bool canRedo() const;
+    void undo();
+    void redo();
+    /// Whether the text differs from the last clean point (loading, setClean); undoing or
+    /// redoing back to that point makes it clean again.
+    bool isModified() const;
+    /// The text as it is now is the saved one.
+    void setClean();
+
+    int typingPause() const { return _typingPause; }
+    void setTypingPause(int milliseconds) { _typingPause = milliseconds; }
+    /// The clock typing pauses are measured with, in milliseconds (a steady clock unless a
+    /// test sets its own).
+    void setClock(std::function<qint64()> clock) { _clock = std::move(clock); }
+
+Q_SIGNALS:
+    /// After each change, the text already changed.
+    void contentsChange(const TextChange& change);
+    void modificationChanged(bool modified);
+
+private:
+    friend class TextEditCommand;
+    /// Makes a change without recording it (edits, and undo and redo replaying them).
+    void apply(qsizetype position, qsizetype removedLength, const QString& added);
+
+    TextSnapshot _text;
+    quint64 _revision = 0;
+    QUndoStack* _undoStack = nullptr;
+    std::unique_ptr<TextEditCommand> _block;
+    QString _blockName;
+    int _blockDepth = 0;
+    bool _startNewStep = true;
+    int _typingPause = defaultTypingPause;
+    std::function<qint64()> _clock;
+};

@@ -1,0 +1,179 @@
+#include "window/ReadingNotices.h"
+
+#include "TestSupport.h"
+#include "document/Document.h"
+#include "document/DocumentController.h"
+#include "editor/TextView.h"
+#include "window/DocumentWindow.h"
+#include "window/InformationBar.h"
+#include "window/WindowController.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTest>
+#include <QTextDocument>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+QString fixture(const char* name)
+{
+    return TestSupport::writeFile(
+        TestSupport::makeTempDir() + u'/' + QLatin1String(name),
+        TestSupport::readFile(QStringLiteral(TESSARAN_TEST_DATA "/roundtrip/") +
+                              QLatin1String(name)));
+}
+
+struct OpenWindow {
+    Document* document = nullptr;
+    WindowController* controller = nullptr;
+
+    explicit OpenWindow(const QString& path)
+    {
+        DocumentController& documents = DocumentController::sharedDocumentController();
+        document = documents.openDocumentWithContentsOfURL(path, true);
+        controller = documents.windowControllerOf(document);
+    }
+    ~OpenWindow()
+    {
+        if (controller) {
+            delete controller->window();
+        }
+    }
+    InformationBar* nonTextBar() const { return controller->readingNotices()->nonTextBar(); }
+    InformationBar* lineBreaksBar() const { return controller->readingNotices()->lineBreaksBar(); }
+    QList<InformationBar*> bars() const { return controller->window()->informationBars(); }
+};
+
+} // namespace
+
+TEST(ReadingNotices, AFileThatIsNotTextIsReadOnlyUntilEditAnyway)
+{
+    const QString path = fixture("binary.bin");
+    const QByteArray bytes = TestSupport::readFile(path);
+    OpenWindow window(path);
+    ASSERT_NE(window.controller, nullptr);
+    InformationBar* bar = window.nonTextBar();
+    ASSERT_NE(bar, nullptr);
+    EXPECT_EQ(window.bars(), QList<InformationBar*>({bar}));
+    EXPECT_EQ(bar->kind(), InformationBar::Kind::Warning);
+    EXPECT_EQ(bar->message(),
+              "“binary.bin” does not look like a text file: it holds NUL bytes. It is open "
+              "read-only, so that no stray key can change it. If you edit it anyway, saving it "
+              "converts none of its line breaks.");
+    EXPECT_TRUE(window.controller->toolbarInformation().contains("   Line breaks as read"));
+
+    TextView* view = window.controller->textView();
+    const QString before = window.document->string();
+    QTest::keyClicks(view, "typed");
+    QTest::keyClick(view, Qt::Key_Return);
+    QTest::keyClick(view, Qt::Key_Tab);
+    QTest::keyClick(view, Qt::Key_Backspace);
+    view->shiftRight(nullptr);
+    view->insertTextAtSelection(QStringLiteral("script output"));
+    EXPECT_TRUE(view->isReadOnly());
+    EXPECT_EQ(window.document->string(), before);
+    EXPECT_FALSE(window.document->isDocumentEdited());
+
+    ASSERT_EQ(bar->buttons().size(), 1);
+    QPushButton* editAnyway = bar->buttons().constFirst();
+    EXPECT_EQ(editAnyway->text(), "Edit Anyway");
+    QTest::mouseClick(editAnyway, Qt::LeftButton);
+    EXPECT_TRUE(window.bars().isEmpty());
+    EXPECT_FALSE(view->isReadOnly());
+    view->moveCursor(QTextCursor::Start);
+    QTest::keyClicks(view, "Z");
+    EXPECT_TRUE(window.document->isDocumentEdited());
+    ASSERT_TRUE(DocumentController::sharedDocumentController().saveDocument(window.document));
+    EXPECT_EQ(TestSupport::readFile(path), "Z" + bytes);
+}
+
+TEST(ReadingNotices, MixedLineBreaksSayWhatASaveWrites)
+{
+    OpenWindow window(fixture("mixed-line-breaks.txt"));
+    ASSERT_NE(window.controller, nullptr);
+    EXPECT_EQ(window.nonTextBar(), nullptr);
+    InformationBar* bar = window.lineBreaksBar();
+    ASSERT_NE(bar, nullptr);
+    EXPECT_EQ(bar->kind(), InformationBar::Kind::Information);
+    EXPECT_EQ(bar->message(),
+              "“mixed-line-breaks.txt” mixes line breaks of different kinds (1 LF, 1 CR, "
+              "2 CRLF). Saving will write every line break as Windows(CRLF), the style shown in "
+              "the status line; Format ▸ Line Breaks chooses another.");
+    EXPECT_FALSE(window.controller->textView()->isReadOnly());
+
+    // The bar follows the style chosen, as the status line does.
+    window.controller->setLineBreaks(0);
+    EXPECT_TRUE(bar->message().contains("as OS X/Unix(LF), the style"));
+    EXPECT_TRUE(window.controller->toolbarInformation().contains("   OS X/Unix(LF)"));
+
+    // Closed, it stays closed until the file is read again.
+    QTest::mouseClick(bar->closeButton(), Qt::LeftButton);
+    EXPECT_TRUE(window.bars().isEmpty());
+    ASSERT_TRUE(window.document->revertToContentsOfURL(window.document->fileURL(), QString()));
+    ASSERT_NE(window.lineBreaksBar(), nullptr);
+    EXPECT_EQ(window.bars(), QList<InformationBar*>({window.lineBreaksBar()}));
+}
+
+TEST(ReadingNotices, ReopeningInAnotherEncodingCanBeUndone)
+{
+    const QString dir = TestSupport::makeTempDir();
+    // "Grüße" in Windows Latin 1, which is no UTF-8.
+    const QString path = TestSupport::writeFile(dir + "/greeting.txt", "Gr\xfc\xdf"
+                                                                       "e\n");
+    OpenWindow window(path);
+    ASSERT_NE(window.controller, nullptr);
+    TextView* view = window.controller->textView();
+    ASSERT_EQ(window.document->string(), QStringLiteral("Grüße\n"));
+    const quint64 detected = window.document->documentEncoding();
+
+    view->moveCursor(QTextCursor::End);
+    QTest::keyClicks(view, "und Kuesse");
+    ASSERT_TRUE(window.controller->window()->isWindowModified());
+
+    // Mac OS Roman reads the same bytes as other letters; the edits give way to them.
+    window.controller->reopenUsingEncoding(30);
+    EXPECT_EQ(window.document->string(), QStringLiteral("Gr\u00b8\ufb02e\n"));
+    EXPECT_FALSE(window.controller->window()->isWindowModified());
+    EXPECT_TRUE(window.controller->toolbarInformation().contains("Western (Mac OS Roman)"));
+
+    // Undo brings the edits back with their encoding, and the window says they are unsaved.
+    view->undo();
+    EXPECT_EQ(window.document->string(), QStringLiteral("Grüße\nund Kuesse"));
+    EXPECT_EQ(window.document->documentEncoding(), detected);
+    EXPECT_TRUE(window.controller->window()->isWindowModified());
+
+    // An encoding the file's bytes are not written in: an alert, and nothing changes.
+    QString alert;
+    QTimer::singleShot(0, [&alert] {
+        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+            alert = box->text() + u'|' + box->informativeText();
+            box->accept();
+        }
+    });
+    view->redo();
+    ASSERT_EQ(window.document->documentEncoding(), 30u);
+    window.controller->reopenUsingEncoding(4);
+    EXPECT_EQ(alert, "The file “greeting.txt” could not be read using text encoding Unicode "
+                     "(UTF-8).|If possible, select a different text encoding.");
+    EXPECT_EQ(window.document->string(), QStringLiteral("Gr\u00b8\ufb02e\n"));
+    EXPECT_EQ(window.document->documentEncoding(), 30u);
+
+    // A file read in the wrong encoding is put right, although its text as shown ("ƒeƒXƒg")
+    // could not be written in the right one: without edits, the file's bytes decide.
+    DocumentController& documents = DocumentController::sharedDocumentController();
+    documents.setIsOpenPanel(true);
+    documents.setOpenPanelEncoding(12);
+    OpenWindow misread(
+        TestSupport::writeFile(dir + "/test-in-japanese.txt", "\x83\x65\x83\x58\x83\x67\n"));
+    documents.setOpenPanelEncoding(~quint64(0));
+    ASSERT_NE(misread.controller, nullptr);
+    ASSERT_EQ(misread.document->string(), QStringLiteral("\u0192e\u0192X\u0192g\n"));
+    misread.controller->reopenUsingEncoding(0x80000A01);
+    EXPECT_EQ(misread.document->string(), QStringLiteral("テスト\n"));
+    EXPECT_FALSE(misread.document->isDocumentEdited());
+}

@@ -1,22 +1,19 @@
 #include "document/DocumentTextCopy.h"
 
 #include "document/Document.h"
-
-#include <QTextCursor>
-#include <QTextDocument>
+#include "document/TextMirror.h"
 
 #include <algorithm>
 
 DocumentTextCopy::DocumentTextCopy(Document* document, QObject* parent)
     : QObject(parent)
     , _document(document)
+    , _mirror(TextMirror::mirrorOfDocument(document->textStorage()))
 {
     _step.setSingleShot(true);
     _step.setInterval(0);
     connect(&_step, &QTimer::timeout, this, &DocumentTextCopy::copySlice);
-    connect(document->textStorage(), &QTextDocument::contentsChange, this,
-            &DocumentTextCopy::contentsChange);
-    _length = storageLength();
+    connect(_mirror, &TextMirror::textDidChange, this, &DocumentTextCopy::textDidChange);
     connect(document, &Document::loadingChanged, this, [this](bool loading) {
         if (!loading && _waitingForLoad) {
             _waitingForLoad = false;
@@ -25,23 +22,17 @@ DocumentTextCopy::DocumentTextCopy(Document* document, QObject* parent)
     });
 }
 
-qsizetype DocumentTextCopy::storageLength() const
-{
-    return _document ? _document->textStorage()->characterCount() - 1 : 0;
-}
-
 void DocumentTextCopy::start()
 {
     _slices.clear();
     _copied = 0;
-    _length = storageLength();
     _waitingForLoad = false;
     _step.start();
 }
 
 void DocumentTextCopy::copySlice()
 {
-    if (!_document) {
+    if (!_document || !_mirror) {
         return;
     }
     // The end of a file still going in is not in the text storage yet.
@@ -49,44 +40,23 @@ void DocumentTextCopy::copySlice()
         _waitingForLoad = true;
         return;
     }
-    QTextDocument* storage = _document->textStorage();
-    const qsizetype length = storageLength();
-    const qsizetype end = std::min(length, _copied + _sliceLength);
+    const QString& text = _mirror->string();
+    const qsizetype end = std::min(text.size(), _copied + _sliceLength);
     if (end > _copied) {
-        QTextCursor cursor(storage);
-        cursor.setPosition(int(_copied));
-        cursor.setPosition(int(end), QTextCursor::KeepAnchor);
-        _slices.push_back(cursor.selectedText());
+        _slices.push_back(text.sliced(_copied, end - _copied));
         _copied = end;
     }
-    if (_copied < length) {
+    if (_copied < text.size()) {
         _step.start();
         return;
     }
     Q_EMIT finished();
 }
 
-void DocumentTextCopy::contentsChange(int position, int removed, int added)
+void DocumentTextCopy::textDidChange(qsizetype location, qsizetype removed, qsizetype added)
 {
-    Q_UNUSED(removed);
-    // Qt may count the storage's closing block end in both numbers; the lengths before and
-    // after say what really changed.
-    const qsizetype oldLength = _length;
-    const qsizetype newLength = storageLength();
-    _length = newLength;
-    const qsizetype location = std::clamp<qsizetype>(position, 0, oldLength);
-    qsizetype reallyAdded = std::clamp<qsizetype>(added, 0, newLength - location);
-    qsizetype reallyRemoved = oldLength + reallyAdded - newLength;
-    if (reallyRemoved < 0) {
-        reallyAdded -= reallyRemoved;
-        reallyRemoved = 0;
-    }
     if (location >= _copied) {
         return; // not copied yet: read as it is now
-    }
-    if (location + reallyRemoved > _copied) {
-        truncate(location);
-        return;
     }
     // Within one slice, the edit is made to the copy; across slices, the copy goes back.
     qsizetype start = 0;
@@ -95,21 +65,16 @@ void DocumentTextCopy::contentsChange(int position, int removed, int added)
         start += _slices[index].size();
         ++index;
     }
-    if (index == _slices.size() || location + reallyRemoved > start + _slices[index].size()) {
+    if (location + removed > _copied || index == _slices.size() ||
+        location + removed > start + _slices[index].size()) {
         truncate(location);
         return;
     }
-    QString inserted;
-    if (reallyAdded > 0) {
-        QTextCursor cursor(_document->textStorage());
-        cursor.setPosition(int(location));
-        cursor.setPosition(int(location + reallyAdded), QTextCursor::KeepAnchor);
-        inserted = cursor.selectedText();
-    }
     // In place: a replacement of another length would make a new slice.
-    _slices[index].remove(location - start, reallyRemoved);
-    _slices[index].insert(location - start, inserted);
-    _copied += reallyAdded - reallyRemoved;
+    QString& slice = _slices[index];
+    slice.remove(location - start, removed);
+    slice.insert(location - start, QStringView(_mirror->string()).sliced(location, added));
+    _copied += added - removed;
 }
 
 void DocumentTextCopy::truncate(qsizetype position)
@@ -152,8 +117,6 @@ QString DocumentTextCopy::text(Pieces pieces)
         text += slice;
         slice = QString();
     }
-    // Every U+2029 in the storage ends a block: the characters themselves have stand-ins.
-    text.replace(QChar::ParagraphSeparator, u'\n');
     pieces.standIns.restore(text);
     return text;
 }

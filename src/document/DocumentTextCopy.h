@@ -11,10 +11,11 @@
 #include <vector>
 
 class Document;
+class TextMirror;
 
-/// A copy of a document's text taken a slice at a time between the events of the GUI
-/// thread, for a worker to use: copying the text of a large file at once would hold up
-/// typing for as long as the copy takes. Edits made while the copy is taken are followed: one
+/// A copy of a document's text taken from its mirror a slice at a time between the events of
+/// the GUI thread, for a worker to use: copying the text of a large file at once would hold
+/// up typing for as long as the copy takes. Edits made while the copy is taken are followed: one
 /// within what has been copied is made to the copy too (so that typing on and on never puts
 /// the end of the copy off), a larger one takes the copy back to where it began.
 class DocumentTextCopy : public QObject
@@ -22,8 +23,8 @@ class DocumentTextCopy : public QObject
     Q_OBJECT
 
 public:
-    /// What the copy holds once finished: the text in slices as the text storage holds it,
-    /// and what makes it the document's text again (see text()).
+    /// What the copy holds once finished: the text in slices as the mirror holds it, and what
+    /// makes it the document's text again (see text()).
     struct Pieces {
         std::vector<QString> slices;
         CharacterStandIns standIns;
@@ -49,18 +50,15 @@ Q_SIGNALS:
 
 private:
     void copySlice();
-    void contentsChange(int position, int removed, int added);
-    /// The storage's length without its closing block end.
-    qsizetype storageLength() const;
+    void textDidChange(qsizetype location, qsizetype removed, qsizetype added);
     /// Drops what was copied from `position` on.
     void truncate(qsizetype position);
 
     QPointer<Document> _document;
+    QPointer<TextMirror> _mirror;
     QTimer _step;
     std::vector<QString> _slices;
     qsizetype _copied = 0;
-    /// The storage's length after the last change seen.
-    qsizetype _length = 0;
-    qsizetype _sliceLength = 512 * 1024;
+    qsizetype _sliceLength = 1024 * 1024;
     bool _waitingForLoad = false;
 };

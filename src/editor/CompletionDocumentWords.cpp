@@ -1,6 +1,6 @@
 #include "editor/CompletionDocumentWords.h"
 
-#include "editor/TextMirror.h"
+#include "document/TextMirror.h"
 
 #include <QFutureWatcher>
 #include <QTextDocument>

@@ -1,5 +1,6 @@
 #include "editor/TextView.h"
 
+#include "document/TextMirror.h"
 #include "editor/BraceMatcher.h"
 #include "editor/CompletionDocumentWords.h"
 #include "editor/EditorController.h"
@@ -10,7 +11,6 @@
 #include "editor/SpellCheckingController.h"
 #include "editor/StringTransform.h"
 #include "editor/SyntaxColoringController.h"
-#include "editor/TextMirror.h"
 #include "editor/TransformationsMenu.h"
 #include "editor/UndoActionNames.h"
 #include "platform/PropertyList.h"

@@ -1,7 +1,7 @@
 #include "window/FunctionPopUp.h"
 
+#include "document/TextMirror.h"
 #include "editor/FindIndicator.h"
-#include "editor/TextMirror.h"
 #include "editor/TextView.h"
 #include "window/FunctionPopUpDefinitions.h"
 #include "window/FunctionPopUpModel.h"

@@ -1,6 +1,6 @@
 #include "window/FunctionPopUpDefinitions.h"
 
-#include "editor/TextMirror.h"
+#include "document/TextMirror.h"
 
 #include <QTextDocument>
 #include <QThreadPool>

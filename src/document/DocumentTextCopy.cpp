@@ -120,3 +120,28 @@ QString DocumentTextCopy::text(Pieces pieces)
     pieces.standIns.restore(text);
     return text;
 }
+
+std::vector<QByteArray> DocumentTextCopy::utf8(Pieces pieces)
+{
+    std::vector<QByteArray> parts;
+    parts.reserve(pieces.slices.size());
+    QString carried;
+    for (QString& slice : pieces.slices) {
+        if (!carried.isEmpty()) {
+            slice.prepend(carried);
+            carried.clear();
+        }
+        // A slice may end between the halves of a surrogate pair: the first half goes on.
+        if (!slice.isEmpty() && slice.back().isHighSurrogate()) {
+            carried = slice.back();
+            slice.chop(1);
+        }
+        pieces.standIns.restore(slice);
+        parts.push_back(slice.toUtf8());
+        slice = QString();
+    }
+    if (!carried.isEmpty()) {
+        parts.push_back(carried.toUtf8());
+    }
+    return parts;
+}

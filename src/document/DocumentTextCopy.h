@@ -2,6 +2,7 @@
 
 #include "platform/CharacterStandIns.h"
 
+#include <QByteArray>
 #include <QObject>
 #include <QPointer>
 #include <QString>
@@ -43,6 +44,8 @@ public:
     /// The text the pieces make: what Document::string() gave when the copy finished. Reads
     /// no document, so a worker may call it.
     static QString text(Pieces pieces);
+    /// The same text in UTF-8, a part for each slice.
+    static std::vector<QByteArray> utf8(Pieces pieces);
 
 Q_SIGNALS:
     /// The copy holds the whole text as it is now.

@@ -81,7 +81,7 @@ void syncFolder(const QByteArray& folder)
 // byte is on the disk: the errno of the first failure (the old file is then untouched and
 // the new one gone), 0 on success. Every write and the flush to the disk are checked: on a
 // full disk a buffered write can look complete until the data reaches the disk.
-int writeAtomically(const QString& path, const QByteArray& bytes)
+int writeAtomically(const QString& path, const std::vector<QByteArray>& parts)
 {
     const QByteArray target = native(path);
     const qsizetype slash = target.lastIndexOf('/');
@@ -91,14 +91,17 @@ int writeAtomically(const QString& path, const QByteArray& bytes)
         return errno;
     }
     int error = 0;
-    for (qsizetype done = 0; done < bytes.size() && error == 0;) {
-        const ssize_t written = ::write(fd, bytes.constData() + done, size_t(bytes.size() - done));
-        if (written > 0) {
-            done += written;
-        } else if (written < 0 && errno != EINTR) {
-            error = errno;
-        } else if (written == 0) {
-            error = EIO;
+    for (const QByteArray& bytes : parts) {
+        for (qsizetype done = 0; done < bytes.size() && error == 0;) {
+            const ssize_t written =
+                ::write(fd, bytes.constData() + done, size_t(bytes.size() - done));
+            if (written > 0) {
+                done += written;
+            } else if (written < 0 && errno != EINTR) {
+                error = errno;
+            } else if (written == 0) {
+                error = EIO;
+            }
         }
     }
     if (error == 0 && ::fsync(fd) != 0) {
@@ -463,8 +466,9 @@ void RecoveryStore::writePieces(PendingCopy* pending)
     // Made into bytes and written on the worker: both are passes over the whole text.
     pending->write->setFuture(
         QtConcurrent::run([header, pieces = std::move(pieces), path = pending->path]() mutable {
-            return writeAtomically(path, header + '\n' +
-                                             DocumentTextCopy::text(std::move(pieces)).toUtf8());
+            std::vector<QByteArray> parts = DocumentTextCopy::utf8(std::move(pieces));
+            parts.insert(parts.begin(), header + '\n');
+            return writeAtomically(path, parts);
         }));
 }
 
@@ -520,8 +524,8 @@ bool RecoveryStore::writeCopy(Document* document)
         return false;
     }
     const int number = numberOf(document);
-    const QByteArray bytes = describe(document) + '\n' + document->string().toUtf8();
-    if (const int error = writeAtomically(copyPath(number), bytes)) {
+    if (const int error = writeAtomically(
+            copyPath(number), {describe(document) + '\n', document->string().toUtf8()})) {
         fail(tr("A recovery copy of “%1” could not be written in “%2”: %3. Save the document to "
                 "keep your changes.")
                  .arg(document->displayName(), _folder, reasonOf(error)));

@@ -313,8 +313,13 @@ void LayoutManager::setTemporaryAttributes(const QColor& foreground, Range forCh
 
 void LayoutManager::setSyntaxColors(Range range, const std::vector<ColorStore::Run>& runs)
 {
+    // Colouring the shown lines again after a key mostly finds the colours they had: then
+    // there is nothing to paint again but what the edit itself changed.
+    const std::vector<ColorStore::Run> before = _syntaxColors.runs(range.location, range.max());
     _syntaxColors.replaceColors(range, runs);
-    colorsChanged(range);
+    if (_syntaxColors.runs(range.location, range.max()) != before) {
+        colorsChanged(range);
+    }
 }
 
 void LayoutManager::removeTemporaryAttribute(Range forCharacterRange)

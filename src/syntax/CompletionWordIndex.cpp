@@ -17,27 +17,58 @@ CompletionWordIndex::CompletionWordIndex(CompletionWordIndex&&) noexcept = defau
 CompletionWordIndex& CompletionWordIndex::operator=(CompletionWordIndex&&) noexcept = default;
 CompletionWordIndex::~CompletionWordIndex() = default;
 
-void CompletionWordIndex::noteChangeFrom(size_t chunk)
+namespace {
+
+// Room between the orders of neighbouring chunks, for the chunks a change cuts one into.
+constexpr quint64 kOrderStep = quint64(1) << 24;
+
+} // namespace
+
+void CompletionWordIndex::orderChunks(size_t from, size_t to)
 {
-    const qint64 number = _changeCount;
-    ++_changeCount;
-    // Only the changes whose chunk is less than every later one's are kept (no more than
-    // there are chunks): the least chunk changed since any change is then a search away.
-    while (!_changes.empty() && _changes.back().chunk >= chunk) {
-        _changes.pop_back();
+    const quint64 low = from == 0 ? 0 : _chunks[from - 1].order;
+    const quint64 high = to < _chunks.size() ? _chunks[to].order
+                                             : std::max(low, _chunks[to - 1].order) +
+                                                   kOrderStep * quint64(to - from + 1);
+    const quint64 step = (high - low) / quint64(to - from + 1);
+    if (step > 0) {
+        for (size_t i = from; i < to; ++i) {
+            _chunks[i].order = low + step * quint64(i - from + 1);
+        }
+        return;
     }
-    _changes.push_back({number, chunk});
+    // No room left: every chunk is ordered anew, and what was known by the old orders goes.
+    for (size_t i = 0; i < _chunks.size(); ++i) {
+        _chunks[i].order = kOrderStep * quint64(i + 1);
+    }
+    _firstSeen.clear();
+    for (const auto& [key, group] : _groups) {
+        group.ordered = false;
+    }
+}
+
+void CompletionWordIndex::forgetFirstAppearances(const std::vector<Occurrence>& occurrences)
+{
+    for (const Occurrence& occurrence : occurrences) {
+        if (occurrence.word < _firstSeen.size()) {
+            _firstSeen[occurrence.word].known = false;
+        }
+        if (Group* group = _words[occurrence.word].group) {
+            group->ordered = false;
+        }
+    }
 }
 
 void CompletionWordIndex::build(QStringView text)
 {
-    noteChangeFrom(0);
     _chunks.clear();
     _words.clear();
     _freeWords.clear();
     _numbers.clear();
     _groups.clear();
+    _firstSeen.clear();
     _chunks = readChunks(text);
+    orderChunks(0, _chunks.size());
     for (const Chunk& chunk : _chunks) {
         count(chunk.words, 1);
     }
@@ -64,7 +95,10 @@ quint32 CompletionWordIndex::wordNumber(QStringView text)
     word.text = text.toString();
     word.count = 0;
     _numbers.emplace(word.text, number);
-    _groups[word.text].push_back(number);
+    Group& group = _groups[word.text];
+    group.members.push_back(number);
+    group.ordered = false;
+    word.group = &group;
     return number;
 }
 
@@ -135,15 +169,17 @@ void CompletionWordIndex::dropUnusedWords(const std::vector<Occurrence>& occurre
         }
         const auto group = _groups.find(word.text);
         if (group != _groups.end()) {
-            std::vector<quint32>& members = group->second;
+            std::vector<quint32>& members = group->second.members;
             members.erase(std::remove(members.begin(), members.end(), occurrence.word),
                           members.end());
+            group->second.ordered = false;
             if (members.empty()) {
                 _groups.erase(group);
             }
         }
         _numbers.erase(word.text);
         word.text = QString();
+        word.group = nullptr;
         _freeWords.push_back(occurrence.word);
     }
 }
@@ -183,7 +219,7 @@ void CompletionWordIndex::textDidChange(qsizetype location, qsizetype removed, q
         }
     }
     merged.length += added - removed;
-    noteChangeFrom(first);
+    merged.order = _chunks[first].order;
     _chunks.erase(_chunks.begin() + qsizetype(first) + 1, _chunks.begin() + qsizetype(last) + 1);
     _chunks[first] = std::move(merged);
 }
@@ -245,17 +281,23 @@ bool CompletionWordIndex::update(QStringView text)
         std::vector<Chunk> read = readChunks(text.sliced(start, _chunks[i].length));
         for (const Chunk& chunk : read) {
             count(chunk.words, 1);
+            forgetFirstAppearances(chunk.words);
             start += chunk.length;
         }
         const size_t made = read.size();
+        read.front().order = _chunks[i].order;
         _chunks[i] = std::move(read.front());
         _chunks.insert(_chunks.begin() + qsizetype(i) + 1,
                        std::make_move_iterator(read.begin() + 1),
                        std::make_move_iterator(read.end()));
+        if (made > 1) {
+            orderChunks(i + 1, i + made);
+        }
         i += made - 1;
     }
     for (const std::vector<Occurrence>& before : counted) {
         count(before, -1);
+        forgetFirstAppearances(before);
     }
     for (const std::vector<Occurrence>& before : counted) {
         dropUnusedWords(before);
@@ -269,70 +311,60 @@ QStringList CompletionWordIndex::wordsForPartialWord(const QString& partialWord)
     if (partialWord.isEmpty()) {
         return found;
     }
-    std::vector<quint32> tied;
-    for (auto group = _groups.lower_bound(QStringView(partialWord));
-         group != _groups.end() &&
-         CompletionCandidates::startsWithIgnoringCase(group->first, partialWord);
-         ++group) {
+    for (auto entry = _groups.lower_bound(QStringView(partialWord));
+         entry != _groups.end() &&
+         CompletionCandidates::startsWithIgnoringCase(entry->first, partialWord);
+         ++entry) {
         // Words equal but for case have one length.
-        if (group->first.size() <= partialWord.size()) {
+        if (entry->first.size() <= partialWord.size()) {
             continue;
         }
-        const std::vector<quint32>& members = group->second;
-        if (members.size() == 1) {
-            found.append(_words[members.front()].text);
+        const Group& group = entry->second;
+        if (group.members.size() == 1) {
+            found.append(_words[group.members.front()].text);
             continue;
         }
-        // Equal but for case: in the order of their first appearance.
-        tied = members;
-        std::vector<std::pair<size_t, quint32>> firstSeen(tied.size());
-        for (size_t k = 0; k < tied.size(); ++k) {
-            firstSeen[k] = firstAppearance(tied[k]);
+        // Equal but for case: in the order of their first appearance, which stays until a
+        // chunk holding one of them is read again.
+        if (!group.ordered) {
+            std::vector<std::pair<std::pair<quint64, quint32>, quint32>> seen;
+            seen.reserve(group.members.size());
+            for (const quint32 member : group.members) {
+                seen.push_back({firstAppearance(member), member});
+            }
+            std::stable_sort(seen.begin(), seen.end(),
+                             [](const auto& a, const auto& b) { return a.first < b.first; });
+            group.inOrder.clear();
+            for (const auto& [where, member] : seen) {
+                group.inOrder.push_back(member);
+            }
+            group.ordered = true;
         }
-        std::vector<size_t> order(tied.size());
-        for (size_t k = 0; k < order.size(); ++k) {
-            order[k] = k;
-        }
-        std::sort(order.begin(), order.end(),
-                  [&](size_t a, size_t b) { return firstSeen[a] < firstSeen[b]; });
-        for (size_t k : order) {
-            found.append(_words[tied[k]].text);
+        for (const quint32 member : group.inOrder) {
+            found.append(_words[member].text);
         }
     }
     return found;
 }
 
-std::pair<size_t, quint32> CompletionWordIndex::firstAppearance(quint32 word) const
+std::pair<quint64, quint32> CompletionWordIndex::firstAppearance(quint32 word) const
 {
-    // Remembered from an earlier request while no chunk at or before it has changed since;
-    // else found by walking the chunks from the first that may hold it.
     if (_firstSeen.size() < _words.size()) {
         _firstSeen.resize(_words.size());
     }
     FirstSeen& seen = _firstSeen[word];
-    size_t from = 0;
-    if (seen.change >= 0) {
-        // The least chunk changed by the changes made after it was found.
-        const auto since = std::lower_bound(
-            _changes.begin(), _changes.end(), seen.change,
-            [](const Change& change, qint64 number) { return change.number < number; });
-        const size_t changedFrom =
-            since == _changes.end() ? std::numeric_limits<size_t>::max() : since->chunk;
-        if (seen.chunk < changedFrom) {
-            return {seen.chunk, seen.ordinal};
-        }
-        // Not in the chunks before the first change: they are as they were.
-        from = changedFrom;
+    if (seen.known) {
+        return {seen.order, seen.ordinal};
     }
-    for (size_t c = from; c < _chunks.size(); ++c) {
-        const std::vector<Occurrence>& words = _chunks[c].words;
+    for (const Chunk& chunk : _chunks) {
+        const std::vector<Occurrence>& words = chunk.words;
         const auto at = std::lower_bound(
             words.begin(), words.end(), word,
             [](const Occurrence& occurrence, quint32 number) { return occurrence.word < number; });
         if (at != words.end() && at->word == word) {
-            seen = {c, at->first, _changeCount};
-            return {c, at->first};
+            seen = {chunk.order, at->first, true};
+            return {seen.order, seen.ordinal};
         }
     }
-    return {std::numeric_limits<size_t>::max(), 0};
+    return {std::numeric_limits<quint64>::max(), 0};
 }

@@ -66,6 +66,9 @@ private:
     };
     struct Chunk {
         qsizetype length = 0;
+        /// Orders the chunks in the text and stays while the chunk does, whatever happens
+        /// to the chunks around it: where words first appear is kept by it, not by index.
+        quint64 order = 0;
         /// By word number. Only for a clean chunk: a dirty one holds what it counted before.
         std::vector<Occurrence> words;
         /// The occurrences counted for this stretch of text before it changed, still to be
@@ -73,9 +76,11 @@ private:
         std::vector<std::vector<Occurrence>> counted;
         bool dirty = false;
     };
+    struct Group;
     struct Word {
         QString text;
         qint64 count = 0;
+        Group* group = nullptr;
     };
     struct Hash {
         using is_transparent = void;
@@ -92,6 +97,13 @@ private:
             return a.compare(b, Qt::CaseInsensitive) < 0;
         }
     };
+    /// Words equal but for case.
+    struct Group {
+        std::vector<quint32> members;
+        /// The members in the order they first appear, while `ordered` holds.
+        mutable std::vector<quint32> inOrder;
+        mutable bool ordered = false;
+    };
 
     /// The chunks `text` (a stretch between two boundaries) is cut into, their words read.
     std::vector<Chunk> readChunks(QStringView text);
@@ -101,10 +113,12 @@ private:
     void dropUnusedWords(const std::vector<Occurrence>& occurrences);
     /// The chunk holding `position`: the last one for the end of the text.
     size_t chunkAt(qsizetype position, qsizetype* start) const;
-    /// Where `word` first appears: its chunk and its place among the chunk's words.
-    std::pair<size_t, quint32> firstAppearance(quint32 word) const;
-    /// Chunks from `chunk` on may have changed (or moved).
-    void noteChangeFrom(size_t chunk);
+    /// Where `word` first appears: its chunk's order and its place among the chunk's words.
+    std::pair<quint64, quint32> firstAppearance(quint32 word) const;
+    /// What is known of where the words of `occurrences` first appear is out of date.
+    void forgetFirstAppearances(const std::vector<Occurrence>& occurrences);
+    /// Gives the chunks made from [from, to) orders between those of their neighbours.
+    void orderChunks(size_t from, size_t to);
 
     Kind _kind;
     qsizetype _chunkSize = 16 * 1024;
@@ -113,23 +127,15 @@ private:
     std::vector<quint32> _freeWords;
     std::unordered_map<QString, quint32, Hash, Equal> _numbers;
     /// Words equal but for case share one entry; the key is the text of one of them.
-    std::map<QString, std::vector<quint32>, LessIgnoringCase> _groups;
+    std::map<QString, Group, LessIgnoringCase> _groups;
     qint64 _scannedCharacters = 0;
 
-    /// The first appearance of words equal but for case to another, remembered across
-    /// requests, with the number of the change it was found after.
+    /// Where words equal but for case to another first appear, kept until a chunk holding
+    /// the word is read again.
     struct FirstSeen {
-        size_t chunk = 0;
+        quint64 order = 0;
         quint32 ordinal = 0;
-        qint64 change = -1;
+        bool known = false;
     };
     mutable std::vector<FirstSeen> _firstSeen;
-    /// Changes by number with the first chunk they touched, only those whose chunk is less
-    /// than every later one's: the least chunk changed since any change.
-    struct Change {
-        qint64 number;
-        size_t chunk;
-    };
-    std::vector<Change> _changes;
-    qint64 _changeCount = 0;
 };

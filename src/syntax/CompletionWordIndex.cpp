@@ -24,7 +24,7 @@ constexpr quint64 kOrderStep = quint64(1) << 24;
 
 } // namespace
 
-void CompletionWordIndex::orderChunks(size_t from, size_t to)
+bool CompletionWordIndex::orderChunks(size_t from, size_t to)
 {
     const quint64 low = from == 0 ? 0 : _chunks[from - 1].order;
     const quint64 high = to < _chunks.size() ? _chunks[to].order
@@ -35,7 +35,7 @@ void CompletionWordIndex::orderChunks(size_t from, size_t to)
         for (size_t i = from; i < to; ++i) {
             _chunks[i].order = low + step * quint64(i - from + 1);
         }
-        return;
+        return true;
     }
     // No room left: every chunk is ordered anew, and what was known by the old orders goes.
     for (size_t i = 0; i < _chunks.size(); ++i) {
@@ -45,16 +45,47 @@ void CompletionWordIndex::orderChunks(size_t from, size_t to)
     for (const auto& [key, group] : _groups) {
         group.ordered = false;
     }
+    return false;
 }
 
-void CompletionWordIndex::forgetFirstAppearances(const std::vector<Occurrence>& occurrences)
+void CompletionWordIndex::noteFirstAppearances(size_t from, size_t to, quint64 first, quint64 end,
+                                               const std::vector<std::vector<Occurrence>>& before)
 {
-    for (const Occurrence& occurrence : occurrences) {
-        if (occurrence.word < _firstSeen.size()) {
-            _firstSeen[occurrence.word].known = false;
+    if (_firstSeen.size() < _words.size()) {
+        _firstSeen.resize(_words.size());
+    }
+    const quint64 stretch = ++_stretches;
+    // A word the stretch holds now first appears in it, unless it appears before it; a
+    // word made by this reading appears nowhere else.
+    for (size_t c = from; c < to; ++c) {
+        const Chunk& chunk = _chunks[c];
+        for (const Occurrence& occurrence : chunk.words) {
+            FirstSeen& seen = _firstSeen[occurrence.word];
+            if (seen.stretch == stretch) {
+                continue;
+            }
+            seen.stretch = stretch;
+            if (Group* group = _words[occurrence.word].group) {
+                group->ordered = false;
+            }
+            if ((seen.known && seen.order >= first) || seen.fresh) {
+                seen.order = chunk.order;
+                seen.ordinal = occurrence.first;
+                seen.known = true;
+                seen.fresh = false;
+            }
         }
-        if (Group* group = _words[occurrence.word].group) {
-            group->ordered = false;
+    }
+    // A word that first appeared in the stretch and is gone from it appears further on.
+    for (const std::vector<Occurrence>& occurrences : before) {
+        for (const Occurrence& occurrence : occurrences) {
+            FirstSeen& seen = _firstSeen[occurrence.word];
+            if (Group* group = _words[occurrence.word].group) {
+                group->ordered = false;
+            }
+            if (seen.stretch != stretch && seen.known && seen.order >= first && seen.order < end) {
+                seen.known = false;
+            }
         }
     }
 }
@@ -69,6 +100,7 @@ void CompletionWordIndex::build(QStringView text)
     _firstSeen.clear();
     _chunks = readChunks(text);
     orderChunks(0, _chunks.size());
+    noteFirstAppearances(0, _chunks.size(), 0, std::numeric_limits<quint64>::max(), {});
     for (const Chunk& chunk : _chunks) {
         count(chunk.words, 1);
     }
@@ -88,9 +120,11 @@ quint32 CompletionWordIndex::wordNumber(QStringView text)
         number = quint32(_words.size());
         _words.emplace_back();
     }
-    if (number < _firstSeen.size()) {
-        _firstSeen[number] = FirstSeen();
+    if (_firstSeen.size() <= number) {
+        _firstSeen.resize(number + 1);
     }
+    _firstSeen[number] = FirstSeen();
+    _firstSeen[number].fresh = true;
     Word& word = _words[number];
     word.text = text.toString();
     word.count = 0;
@@ -276,28 +310,29 @@ bool CompletionWordIndex::update(QStringView text)
             }
             _chunks.erase(_chunks.begin() + qsizetype(i) + 1);
         }
-        std::move(_chunks[i].counted.begin(), _chunks[i].counted.end(),
-                  std::back_inserter(counted));
+        std::vector<std::vector<Occurrence>> before = std::move(_chunks[i].counted);
+        const quint64 first = _chunks[i].order;
+        const quint64 end =
+            i + 1 < _chunks.size() ? _chunks[i + 1].order : std::numeric_limits<quint64>::max();
         std::vector<Chunk> read = readChunks(text.sliced(start, _chunks[i].length));
         for (const Chunk& chunk : read) {
             count(chunk.words, 1);
-            forgetFirstAppearances(chunk.words);
             start += chunk.length;
         }
         const size_t made = read.size();
-        read.front().order = _chunks[i].order;
+        read.front().order = first;
         _chunks[i] = std::move(read.front());
         _chunks.insert(_chunks.begin() + qsizetype(i) + 1,
                        std::make_move_iterator(read.begin() + 1),
                        std::make_move_iterator(read.end()));
-        if (made > 1) {
-            orderChunks(i + 1, i + made);
+        if (made == 1 || orderChunks(i + 1, i + made)) {
+            noteFirstAppearances(i, i + made, first, end, before);
         }
+        std::move(before.begin(), before.end(), std::back_inserter(counted));
         i += made - 1;
     }
     for (const std::vector<Occurrence>& before : counted) {
         count(before, -1);
-        forgetFirstAppearances(before);
     }
     for (const std::vector<Occurrence>& before : counted) {
         dropUnusedWords(before);

@@ -115,10 +115,14 @@ private:
     size_t chunkAt(qsizetype position, qsizetype* start) const;
     /// Where `word` first appears: its chunk's order and its place among the chunk's words.
     std::pair<quint64, quint32> firstAppearance(quint32 word) const;
-    /// What is known of where the words of `occurrences` first appear is out of date.
-    void forgetFirstAppearances(const std::vector<Occurrence>& occurrences);
-    /// Gives the chunks made from [from, to) orders between those of their neighbours.
-    void orderChunks(size_t from, size_t to);
+    /// The chunks [from, to) were read in place of a stretch of chunks whose orders ran
+    /// from `first` to just before `end` and which held `before`: what is known of where
+    /// their words first appear follows.
+    void noteFirstAppearances(size_t from, size_t to, quint64 first, quint64 end,
+                              const std::vector<std::vector<Occurrence>>& before);
+    /// Gives the chunks [from, to) orders between those of their neighbours; false when
+    /// there was no room and every chunk was ordered anew, forgetting first appearances.
+    bool orderChunks(size_t from, size_t to);
 
     Kind _kind;
     qsizetype _chunkSize = 16 * 1024;
@@ -135,7 +139,12 @@ private:
     struct FirstSeen {
         quint64 order = 0;
         quint32 ordinal = 0;
+        /// The stretch read last that held the word.
+        quint64 stretch = 0;
         bool known = false;
+        /// Made by the reading under way: where it is read first is where it first appears.
+        bool fresh = false;
     };
     mutable std::vector<FirstSeen> _firstSeen;
+    quint64 _stretches = 0;
 };

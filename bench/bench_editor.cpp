@@ -666,6 +666,7 @@ void BM_WindowTypeAtHumanPace(benchmark::State& state)
     const QString paused = QStringLiteral("static int counter ");
     std::vector<double> repaint;
     std::vector<double> pausedCpu;
+    std::vector<double> steadyKeyCpu;
     double steadyCpu = 0;
     double idleAfterLastKey = 0;
     int listShownSteady = 0;
@@ -678,8 +679,12 @@ void BM_WindowTypeAtHumanPace(benchmark::State& state)
         qint64 lastKey = 0;
         for (const QChar c : steady) {
             lastKey = run.elapsed();
+            const double cpuBefore = BenchSupport::processCpuMilliseconds();
             repaint.push_back(typeUntilRepainted(w, c));
             runEventLoopFor(lastKey + 240 - run.elapsed());
+            // All that happened until the next key: this key's work and the delayed work
+            // of the keys before it, on every thread.
+            steadyKeyCpu.push_back(BenchSupport::processCpuMilliseconds() - cpuBefore);
             listShownSteady += completion.panel()->isVisible() ? 1 : 0;
         }
         const double waitStart = double(run.nsecsElapsed()) / 1e6;
@@ -699,6 +704,7 @@ void BM_WindowTypeAtHumanPace(benchmark::State& state)
         state.SetIterationTime(steadyCpu / double(steady.size()) / 1000);
     }
     state.counters["steady_cpu_per_key_ms"] = steadyCpu / double(steady.size());
+    state.counters["steady_cpu_per_key_p50_ms"] = percentile(steadyKeyCpu, 0.5);
     state.counters["steady_idle_after_last_key_ms"] = idleAfterLastKey;
     state.counters["steady_keys_with_list"] = listShownSteady;
     state.counters["paused_cpu_per_key_p50_ms"] = percentile(pausedCpu, 0.5);

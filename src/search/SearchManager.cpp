@@ -4,7 +4,7 @@
 #include "editor/TextView.h"
 #include "editor/UndoActionNames.h"
 #include "platform/UserDefaults.h"
-#include "search/FindIndicator.h"
+#include "search/MatchIndicator.h"
 #include "search/SearchEngine.h"
 
 #include <QApplication>
@@ -220,7 +220,7 @@ QString SearchManager::searchString(const QString& searchString, bool previous,
         cursor.setPosition(int(chosen.max()), QTextCursor::KeepAnchor);
         textView->setTextCursor(cursor);
         textView->ensureCursorVisible();
-        FindIndicator::showFindIndicatorForRange(textView, chosen);
+        MatchIndicator::showFindIndicatorForRange(textView, chosen);
     }
     return label;
 }
@@ -406,7 +406,7 @@ void SearchManager::gotoLine(TextView* textView)
     }
     const Range range = _gotoRangePosition[size_t(shown)];
     scrollRangeToVisible(textView, range);
-    FindIndicator::showFindIndicatorForRange(textView, range);
+    MatchIndicator::showFindIndicatorForRange(textView, range);
     if (n > 1) {
         _gotoPosition = shown + 1 > n - 1 ? 0 : shown + 1;
     }

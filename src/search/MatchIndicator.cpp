@@ -1,4 +1,4 @@
-#include "search/FindIndicator.h"
+#include "search/MatchIndicator.h"
 
 #include "editor/TextView.h"
 
@@ -24,7 +24,7 @@ void removeIndicators(TextView* textView)
 
 } // namespace
 
-void FindIndicator::showFindIndicatorForRange(TextView* textView, Range range)
+void MatchIndicator::showFindIndicatorForRange(TextView* textView, Range range)
 {
     if (!textView || range.isNotFound()) {
         return;
@@ -61,7 +61,7 @@ void FindIndicator::showFindIndicatorForRange(TextView* textView, Range range)
     });
 }
 
-bool FindIndicator::isShown(const TextView* textView)
+bool MatchIndicator::isShown(const TextView* textView)
 {
     const QList<QTextEdit::ExtraSelection> selections = textView->extraSelections();
     return std::any_of(selections.begin(), selections.end(), isIndicator);

@@ -8,8 +8,8 @@
 
 #include "app/Application.h"
 #include "app/CommandLine.h"
+#include "app/DocumentController.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
 #include "platform/UserDefaults.h"
 #include "window/DocumentWindow.h"
 #include "window/WindowController.h"

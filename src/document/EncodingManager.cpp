@@ -5,7 +5,6 @@
 #include "platform/Range.h"
 #include "platform/TextCodec.h"
 
-#include <QComboBox>
 #include <QFile>
 #include <QFileInfo>
 
@@ -120,43 +119,6 @@ void EncodingManager::setEncodingList(const QList<quint64>& encodingList)
     QMutexLocker locker(&_encodingListLock);
     _encodingList = encodingList;
     _hasEncodingList = true;
-}
-
-void EncodingManager::makeEncodingOfPopUpMenu(QComboBox* popUp, quint64 selectedEncoding,
-                                              bool withAutomaticMenu)
-{
-    popUp->clear();
-    const int offset = withAutomaticMenu ? 2 : 0;
-    if (withAutomaticMenu) {
-        popUp->addItem(QStringLiteral("Automatic"),
-                       QVariant::fromValue(StringEncoding::NoEncoding));
-        popUp->setItemData(0, -1, TagRole);
-        popUp->insertSeparator(1);
-    }
-    int selection = -1;
-    const QList<quint64> list = encodingList();
-    for (qsizetype i = 0; i < list.size(); ++i) {
-        const quint64 encoding = list[i];
-        if (encoding == Separator) {
-            popUp->insertSeparator(popUp->count());
-            continue;
-        }
-        popUp->addItem(StringEncoding::localizedNameOfStringEncoding(encoding),
-                       QVariant::fromValue(encoding));
-        popUp->setItemData(popUp->count() - 1, 0, TagRole);
-        if (selectedEncoding == StringEncoding::NoEncoding) {
-            if (withAutomaticMenu) {
-                selection = 0;
-            }
-        } else if (selectedEncoding == encoding) {
-            selection = int(i) + offset;
-        }
-    }
-    if (selection >= 0) {
-        popUp->setCurrentIndex(selection);
-    } else if (popUp->count() > 0) {
-        popUp->setCurrentIndex(0);
-    }
 }
 
 quint64 EncodingManager::automaticDistinctionEncodingWithContentsOfURL(const QUrl& url,
@@ -331,17 +293,6 @@ DecodedContents EncodingManager::contentsOfURL(const QUrl& url, quint64 encoding
 }
 
 // Line breaks
-
-void EncodingManager::makeLineBreaksOfPopUpMenu(QComboBox* popUp, qsizetype selectLineBreaks)
-{
-    popUp->clear();
-    for (int style = 0; style < 3; ++style) {
-        popUp->addItem(lineBreaksLongTitle(style), style);
-        popUp->setItemData(style, style, TagRole);
-    }
-    popUp->setCurrentIndex(selectLineBreaks >= 0 && selectLineBreaks < 3 ? int(selectLineBreaks)
-                                                                         : -1);
-}
 
 qsizetype EncodingManager::scanLineBreaks(const QUrl& url, quint64 encoding)
 {

@@ -1,8 +1,8 @@
 // Files no one would call text: each opens or is refused with a message naming it, and
 // neither takes the window away for long.
 #include "TestSupport.h"
+#include "app/DocumentController.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
 #include "document/EncodingManager.h"
 
 #include <QFile>

@@ -2,8 +2,8 @@
 // windows on real files.
 #include "TestSupport.h"
 #include "app/Application.h"
+#include "app/DocumentController.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
 #include "editor/LayoutManager.h"
 #include "editor/SyntaxColoringController.h"
 #include "editor/TextView.h"

@@ -18,6 +18,7 @@
 #include "syntax/SyntaxDefinitionFolder.h"
 #include "syntax/SyntaxManager.h"
 #include "window/CharacterCounter.h"
+#include "window/DiskChangeNotices.h"
 #include "window/DocumentWindow.h"
 #include "window/FunctionPopUp.h"
 #include "window/ReadingNotices.h"
@@ -189,6 +190,7 @@ void WindowController::windowDidLoad()
     applyStateToPane(view);
     toggleSpellChecking(nullptr);
     _notices = new ReadingNotices(_document, _window, this);
+    _diskNotices = new DiskChangeNotices(this);
 
     const QString identifier = _document->windowIdentifier();
     if (identifier.isEmpty() || identifier == u"0:59" || identifier == u"_NS:60") {

@@ -5,17 +5,28 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
+#include <QFont>
 #include <QPrinter>
 #include <QTemporaryFile>
 #include <QTextDocument>
 
 #include <cstdio>
+#include <memory>
 
 void DocumentPrinter::printOperationWithSettings(Document& document, QPrinter* printer)
 {
     printer->setPageLayout(document.printInfo());
-    // Printing lays a copy out at the page's width, so long lines wrap to fit it.
-    document.textStorage()->print(printer);
+    // Printing lays a copy out at the page's width, so long lines wrap to fit it. On screen a
+    // point is a pixel, and the text's font is sized in pixels; on paper that would be a
+    // pixel of the printer. The copy's font is the same number of real points.
+    QTextDocument* text = document.textStorage();
+    std::unique_ptr<QTextDocument> copy(text->clone());
+    QFont font = text->defaultFont();
+    if (font.pixelSize() > 0) {
+        font.setPointSizeF(font.pixelSize());
+    }
+    copy->setDefaultFont(font);
+    copy->print(printer);
 }
 
 bool DocumentPrinter::exportAsPDFTo(Document& document, const QString& path, QString* error)

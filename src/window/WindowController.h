@@ -187,6 +187,8 @@ private:
     bool _syntaxColouring = false;
     bool _defaultForFileType = false;
     QString _selectedSyntaxName;
+    // The file whose name the syntax was last chosen for (empty: none).
+    QString _syntaxFileURL;
     QString _windowIdentifier;
     SidebarView* _sidebarView = nullptr;
     ReadingNotices* _notices = nullptr;

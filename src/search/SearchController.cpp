@@ -15,6 +15,7 @@
 #include <QMenu>
 #include <QPointer>
 #include <QPushButton>
+#include <QSignalBlocker>
 #include <QStyle>
 #include <QVBoxLayout>
 
@@ -109,6 +110,8 @@ SearchController::SearchController(WindowController* windowController, QWidget* 
         connect(box, &QCheckBox::toggled, this, [this, box] { checkButton(box); });
     }
     layout->addStretch(1);
+    connect(&SearchManager::sharedSearchManager(), &SearchManager::optionsChanged, this,
+            &SearchController::showOptions);
 
     // Only the user's edits reach the engine: text put into a field by a command does not.
     connect(_searchField, &QLineEdit::textEdited, this, [this] { updateSearchingString(); });
@@ -132,8 +135,8 @@ SearchController::~SearchController()
 
 void SearchController::awakeFromNib()
 {
-    setFindLabel();
-    checkButton(nullptr);
+    // The engine's flags are every window's: a new pane shows them as they are.
+    showOptions();
     const SearchManager& engine = SearchManager::sharedSearchManager();
     // A new window's pane shows the strings last used in any window.
     const QString search = engine.searchString();
@@ -168,6 +171,24 @@ void SearchController::checkButton(QObject* sender)
     engine.setCaseSensitive(_caseSensitiveCheckButton->isChecked());
     engine.setRegularExpressions(_regularExpressionCheckButton->isChecked());
     engine.setPrevious(_previousCheckButton->isChecked());
+}
+
+void SearchController::showOptions()
+{
+    const SearchManager& engine = SearchManager::sharedSearchManager();
+    const std::pair<QCheckBox*, bool> boxes[] = {
+        {_replaceAndFindNextCheckButton, engine.replaceAndFindNext()},
+        {_replaceAllCheckButton, engine.replaceAll()},
+        {_caseSensitiveCheckButton, engine.caseSensitive()},
+        {_regularExpressionCheckButton, engine.regularExpressions()},
+        {_previousCheckButton, engine.previous()},
+    };
+    for (const auto& [box, checked] : boxes) {
+        // Only the box the user clicked writes its setting.
+        const QSignalBlocker blocker(box);
+        box->setChecked(checked);
+    }
+    setFindLabel();
 }
 
 void SearchController::updateSearchingString()

@@ -222,6 +222,9 @@ void MainMenu::buildFormatMenu(QMenuBar* bar)
     encoding->setObjectName(QStringLiteral("encodingMenu"));
     documents.makeEncodingMenuItems(encoding);
     connect(encoding, &QMenu::aboutToShow, this, [this, encoding] { validate(encoding); });
+    if (auto* others = encoding->findChild<QMenu*>(QStringLiteral("otherEncodingsMenu"))) {
+        connect(others, &QMenu::aboutToShow, this, [this, others] { validate(others); });
+    }
     connect(encoding, &QMenu::triggered, this, [this](QAction* item) {
         _controller->reopenUsingEncoding(item->data().toULongLong());
     });

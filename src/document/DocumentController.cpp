@@ -747,16 +747,25 @@ void DocumentController::clearRecentDocuments()
 void DocumentController::makeEncodingMenuItems(QMenu* menu)
 {
     menu->clear();
-    for (quint64 encoding : EncodingManager::sharedEncodingManager().encodingList()) {
-        if (encoding == EncodingManager::Separator) {
-            menu->addSeparator();
-            continue;
+    const auto addItems = [](QMenu* to, const QList<quint64>& encodings) {
+        for (const quint64 encoding : encodings) {
+            if (encoding == EncodingManager::Separator) {
+                to->addSeparator();
+                continue;
+            }
+            QAction* item = to->addAction(StringEncoding::localizedNameOfStringEncoding(encoding));
+            item->setCheckable(true);
+            item->setData(QVariant::fromValue(encoding));
+            item->setProperty("tag", 200);
         }
-        QAction* item = menu->addAction(StringEncoding::localizedNameOfStringEncoding(encoding));
-        item->setCheckable(true);
-        item->setData(QVariant::fromValue(encoding));
-        item->setProperty("tag", 200);
-    }
+    };
+    addItems(menu, EncodingManager::sharedEncodingManager().encodingList());
+    // A submenu keeps the list's items where users know them; its items trigger the menu's
+    // own triggered signal too, since it is the submenu's parent.
+    menu->addSeparator();
+    QMenu* others = menu->addMenu(EncodingManager::otherEncodingsTitle());
+    others->setObjectName(QStringLiteral("otherEncodingsMenu"));
+    addItems(others, EncodingManager::otherEncodingList());
 }
 
 void DocumentController::makeLineBreaksMenuItems(QMenu* menu)

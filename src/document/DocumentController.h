@@ -97,7 +97,8 @@ public:
 
     // Menus -------------------------------------------------------------------------------
 
-    /// Fills a menu with the offered encodings (tag 200, the encoding as data).
+    /// Fills a menu with the encoding list (tag 200, the encoding as data), then a submenu
+    /// "Other Encodings" (objectName "otherEncodingsMenu") with the other encodings, alike.
     void makeEncodingMenuItems(QMenu* menu);
     /// Fills a menu with the three line-break styles (tag 300, the style as data).
     void makeLineBreaksMenuItems(QMenu* menu);

@@ -83,9 +83,18 @@ public:
     /// Safe to call from a worker thread that detects a large file's encoding.
     QList<quint64> encodingList();
     void setEncodingList(const QList<quint64>& encodingList);
+    /// The encodings offered after the list (Windows-1251, KOI8-R, UTF-32, …), in menu order
+    /// with separators between groups; none of them is in encodingList().
+    static QList<quint64> otherEncodingList();
+    /// What detection may answer: encodingList(), a separator, then otherEncodingList().
+    QList<quint64> offeredEncodings();
+    /// The title of the group of other encodings in menus and pop-ups.
+    static QString otherEncodingsTitle() { return QStringLiteral("Other Encodings"); }
 
     /// Refills `popUp` with the encoding list, optionally headed by "Automatic", and
-    /// selects `selectedEncoding` (all ones selects "Automatic").
+    /// selects `selectedEncoding` (all ones selects "Automatic"). The other encodings follow
+    /// the list, after a separator and a heading that cannot be chosen, so that the list's
+    /// items keep their indexes.
     void makeEncodingOfPopUpMenu(QComboBox* popUp, quint64 selectedEncoding,
                                  bool withAutomaticMenu);
 

@@ -116,7 +116,14 @@ TEST(WindowController, EncodingLineBreakAndSyntaxItems)
     int items = 0;
     int separators = 0;
     int checked = 0;
-    for (QAction* item : encodings->actions()) {
+    QList<QAction*> list = encodings->actions();
+    // The list's 51 encodings, then a separator and the submenu of the others.
+    ASSERT_GE(list.size(), 2);
+    QMenu* others = list.takeLast()->menu();
+    ASSERT_NE(others, nullptr);
+    EXPECT_EQ(others->title(), "Other Encodings");
+    EXPECT_TRUE(list.takeLast()->isSeparator());
+    for (QAction* item : list) {
         if (item->isSeparator()) {
             ++separators;
             continue;
@@ -128,6 +135,19 @@ TEST(WindowController, EncodingLineBreakAndSyntaxItems)
     EXPECT_EQ(items, 51);
     EXPECT_EQ(separators, 13);
     EXPECT_EQ(checked, 1);
+    // Choosing one of the others reopens in it, through the Encoding menu's own handling.
+    QAction* cyrillic = nullptr;
+    for (QAction* item : others->actions()) {
+        if (item->text() == u"Cyrillic (Windows)") {
+            cyrillic = item;
+        }
+    }
+    ASSERT_NE(cyrillic, nullptr);
+    cyrillic->trigger();
+    EXPECT_EQ(window.document->documentEncoding(), 0x80000502u);
+    EXPECT_TRUE(window.controller->toolbarInformation().contains("Cyrillic (Windows)"));
+    window.controller->validateMenuItem(cyrillic);
+    EXPECT_TRUE(cyrillic->isChecked());
 
     QMenu* lineBreaks = menu.menuNamed("lineBreaksMenu");
     window.controller->setLineBreaks(2);

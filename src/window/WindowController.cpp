@@ -18,6 +18,7 @@
 #include "syntax/CompletionManager.h"
 #include "syntax/SyntaxDefinitionFolder.h"
 #include "syntax/SyntaxManager.h"
+#include "window/CaretPosition.h"
 #include "window/CharacterCounter.h"
 #include "window/DocumentWindow.h"
 #include "window/FunctionPopUp.h"
@@ -68,7 +69,9 @@ WindowController::WindowController(Document* document)
     _counter = new CharacterCounter(document->textStorage());
     connect(Application::instance(), &Application::NotifUpdatePreferences, this,
             &WindowController::updatePreferences);
+    _fileIsReadOnly = isReadOnlyFile(document->fileURL());
     connect(document, &Document::documentInformationChanged, this, [this] {
+        _fileIsReadOnly = isReadOnlyFile(_document->fileURL());
         for (TextView* view : textViews()) {
             view->layoutManager()->setCharacterStandIns(_document->characterStandIns());
         }
@@ -138,13 +141,21 @@ void WindowController::addPane()
     connect(view, &TextView::selectionChanged, this,
             [this, view] { textViewDidChangeSelection(view); });
     connect(view, &TextView::mouseDown, this, &WindowController::textViewMouseDown);
+    connect(view, &QPlainTextEdit::cursorPositionChanged, this, [this, view] {
+        if (view == textView()) {
+            showCaretPosition();
+        }
+    });
     // The pane clicked or given the focus last is the one menu commands act on.
     connect(qApp, &QApplication::focusChanged, view, [this, view](QWidget*, QWidget* now) {
         if (now == view) {
             _mainTextView = view;
+            showCaretPosition();
         }
     });
     view->setFocus();
+    // A pane not yet shown does not take the focus at once, and is in front all the same.
+    showCaretPosition();
 }
 
 void WindowController::textViewMouseDown(TextView* view)
@@ -227,7 +238,8 @@ void WindowController::updateTitle()
         return;
     }
     _window->setWindowFilePath(_document->fileURL());
-    _window->setWindowTitle(_document->displayName() + QStringLiteral("[*]"));
+    _window->setWindowTitle(_document->displayName() + QStringLiteral("[*]") +
+                            (_fileIsReadOnly ? QStringLiteral(" — Read-Only") : QString()));
     _window->setWindowModified(_document->isDocumentEdited());
 }
 
@@ -510,7 +522,28 @@ QString WindowController::toolbarInformation() const
     if (!_selectedSyntaxName.isEmpty() && _syntaxColouring) {
         text += QStringLiteral("   ") + _selectedSyntaxName;
     }
+    if (const TextView* view = textView()) {
+        text += QStringLiteral("   ") + CaretPosition::statusText(view->textCursor());
+    }
+    if (_fileIsReadOnly) {
+        text += QStringLiteral("   Read-Only");
+    }
     return text;
+}
+
+bool WindowController::isReadOnlyFile(const QString& path)
+{
+    return !path.isEmpty() && QFileInfo::exists(path) && !FileManager::isWritableFile(path);
+}
+
+void WindowController::showCaretPosition()
+{
+    // Only the line changes: the information pane has nothing to refresh.
+    const QString text = toolbarInformation();
+    if (_window && _window->infoField()->text() != text) {
+        _window->infoField()->setText(text);
+        Q_EMIT toolbarInformationChanged(text);
+    }
 }
 
 void WindowController::updateToolbarInformation()

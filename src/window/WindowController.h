@@ -154,6 +154,10 @@ private:
     void textViewDidChangeSelection(TextView* view);
     void textViewMouseDown(TextView* view);
     void startCount(const QString& text);
+    /// Puts the caret's new place into the status line.
+    void showCaretPosition();
+    /// A file this process may not write: the title and the status line say so.
+    static bool isReadOnlyFile(const QString& path);
     void setWindowIdentifier(const QString& identifier);
     void updateTitle();
     void writeWindowIdentifier(const QString& syntaxName);
@@ -184,6 +188,7 @@ private:
     bool _syntaxColouring = false;
     bool _defaultForFileType = false;
     QString _selectedSyntaxName;
+    bool _fileIsReadOnly = false;
     QString _windowIdentifier;
     SidebarView* _sidebarView = nullptr;
     ReadingNotices* _notices = nullptr;

@@ -16,6 +16,7 @@
 #include <QTextDocument>
 
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -27,20 +28,29 @@ constexpr quint64 kNoEncoding = ~quint64(0);
 class StandardInputReader : public QObject
 {
 public:
-    StandardInputReader(Document* document, quint64 encoding)
+    StandardInputReader(Document* document, quint64 encoding, int input)
         : QObject(document)
         , _document(document)
         , _encoding(encoding)
-        , _notifier(new QSocketNotifier(STDIN_FILENO, QSocketNotifier::Read, this))
+        , _input(input)
+        , _notifier(new QSocketNotifier(input, QSocketNotifier::Read, this))
     {
         connect(_notifier, &QSocketNotifier::activated, this, &StandardInputReader::read);
+    }
+
+    ~StandardInputReader() override
+    {
+        // Another process's input, handed over with the command line, ends with the reading.
+        if (_input != STDIN_FILENO) {
+            ::close(_input);
+        }
     }
 
 private:
     void read()
     {
         char buffer[1 << 16];
-        const ssize_t length = ::read(STDIN_FILENO, buffer, sizeof buffer);
+        const ssize_t length = ::read(_input, buffer, sizeof buffer);
         if (length > 0) {
             if (_encoding == kNoEncoding) {
                 if (!append(_decoder.decode(QByteArrayView(buffer, length)), false)) {
@@ -130,19 +140,21 @@ private:
     {
         WindowController* controller =
             DocumentController::sharedDocumentController().windowControllerOf(_document);
-        auto* alert = new QMessageBox(
-            QMessageBox::Warning, tr("The standard input could not be read to its end."),
+        auto* alert = new QMessageBox(QMessageBox::Warning, QString(),
+                                      tr("The standard input could not be read to its end."),
+                                      QMessageBox::Ok, controller ? controller->window() : nullptr);
+        alert->setInformativeText(
             tr("Line %L1 is longer than %L2 characters, and lines that long cannot be edited. "
                "The text up to there is in the window.")
                 .arg(_line)
-                .arg(Document::maximumLineLength),
-            QMessageBox::Ok, controller ? controller->window() : nullptr);
+                .arg(Document::maximumLineLength));
         alert->setAttribute(Qt::WA_DeleteOnClose);
         alert->show();
     }
 
     Document* _document;
     quint64 _encoding;
+    int _input;
     QSocketNotifier* _notifier;
     QStringDecoder _decoder{QStringDecoder::Utf8};
     QByteArray _bytes;
@@ -164,6 +176,10 @@ QStringList CommandLineOpener::unreadableFiles(const CommandLine& commandLine)
         const QFileInfo info(file.path);
         if (info.isDir()) {
             problems << QStringLiteral("%1: is a folder, not a text file").arg(file.path);
+        } else if (info.exists() && !info.isFile()) {
+            // Reading a pipe or a device could wait for ever or never end.
+            problems
+                << QStringLiteral("%1: is not a regular file (a pipe or a device)").arg(file.path);
         } else if (info.exists() && !info.isReadable()) {
             problems << QStringLiteral("%1: permission denied").arg(file.path);
         } else if (!info.exists() && !QFileInfo(info.absolutePath()).isDir()) {
@@ -173,15 +189,20 @@ QStringList CommandLineOpener::unreadableFiles(const CommandLine& commandLine)
     return problems;
 }
 
-QList<Document*> CommandLineOpener::open(const CommandLine& commandLine)
+QList<Document*> CommandLineOpener::open(const CommandLine& commandLine, int standardInput)
 {
     DocumentController& controller = DocumentController::sharedDocumentController();
     QList<Document*> opened;
+    bool readingInput = false;
     for (const CommandLine::File& file : commandLine.files()) {
         Document* document = nullptr;
         if (file.standardInput) {
+            // One input, read once: a second "-" would only race the first for its bytes.
+            if (std::exchange(readingInput, true)) {
+                continue;
+            }
             document = controller.newDocument();
-            new StandardInputReader(document, commandLine.encoding());
+            new StandardInputReader(document, commandLine.encoding(), standardInput);
         } else if (!QFileInfo::exists(file.path)) {
             document = controller.newDocument();
             document->setFileURL(file.path);

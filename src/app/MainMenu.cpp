@@ -120,6 +120,8 @@ void MainMenu::buildFileMenu(QMenuBar* bar)
                     [&documents, document] { documents.saveDocument(document); });
     file->addAction(tr("Save &As…"), QKeySequence::SaveAs, this,
                     [&documents, document] { documents.saveDocumentAs(document); });
+    file->addAction(tr("&Duplicate"), this,
+                    [&documents, document] { documents.duplicateDocument(document); });
     file->addAction(tr("Re&vert to Saved"), this,
                     [&documents, document] { documents.revertDocumentToSaved(document); });
     file->addSeparator();

@@ -13,6 +13,7 @@
 #include <QAbstractUndoItem>
 #include <QFile>
 #include <QFileInfo>
+#include <QFont>
 #include <QHash>
 #include <QLocale>
 #include <QPainter>
@@ -668,50 +669,91 @@ bool Document::rereadWithEncoding(quint64 encoding, QString* error)
     if (_fileURL.isEmpty()) {
         return false;
     }
+    const std::optional<FileStamp> stamp = FileStamp::ofFile(_fileURL);
+    return reread(readFile(encoding), encoding, false, stamp, error);
+}
+
+bool Document::reloadFromFile(QString* error)
+{
+    if (_fileURL.isEmpty()) {
+        return false;
+    }
+    // Taken before reading, so that a change made while the file is read is noticed too.
+    const std::optional<FileStamp> stamp = FileStamp::ofFile(_fileURL);
+    quint64 encoding = textEncodingAttributeOfURL(_fileURL);
+    if (encoding == kNoEncoding) {
+        encoding = _documentEncoding;
+    }
+    DecodedContents contents = readFile(encoding);
+    if (!contents.isValid() && contents.bytesRead > 0 && !contents.unreadable &&
+        contents.longLine == 0) {
+        // The other program wrote bytes the document's encoding cannot read: detect, as an
+        // opening does.
+        encoding = kNoEncoding;
+        contents = readFile(encoding);
+    }
+    if (!contents.isValid() && contents.bytesRead == 0 && !contents.unreadable) {
+        contents.encoding = _documentEncoding;
+        contents.lineBreaks = NSNotFound;
+    }
+    return reread(std::move(contents), encoding, true, stamp, error);
+}
+
+DecodedContents Document::readFile(quint64 encoding) const
+{
+    return EncodingManager::sharedEncodingManager().contentsOfURL(
+        QUrl::fromLocalFile(_fileURL), encoding, _priorityToJapaneseEncoding,
+        maximumLineLength * 8);
+}
+
+bool Document::reread(DecodedContents contents, quint64 encoding, bool fileLineBreaks,
+                      const std::optional<FileStamp>& stamp, QString* error)
+{
     const auto fail = [&](const QString& message) {
         if (error) {
             *error = message;
         }
         return false;
     };
-    DecodedContents contents = EncodingManager::sharedEncodingManager().contentsOfURL(
-        QUrl::fromLocalFile(_fileURL), encoding, _priorityToJapaneseEncoding,
-        maximumLineLength * 8);
+    const QString how = encoding == kNoEncoding
+                            ? QString()
+                            : u' ' + tr("using text encoding %1").arg(encodingName(encoding));
+    const auto tooLong = [&](qsizetype line) {
+        return fail(tr("The file “%1” could not be read%2: line %3 is longer than %4 characters.")
+                        .arg(displayName(), how, QLocale().toString(qlonglong(line)),
+                             QLocale().toString(qlonglong(maximumLineLength))));
+    };
     if (contents.unreadable) {
         return fail(tr("The file “%1” could not be read.").arg(displayName()));
     }
     if (contents.longLine > 0) {
-        return fail(tr("The file “%1” could not be read using text encoding %2: line %3 is "
-                       "longer than %4 characters.")
-                        .arg(displayName(), encodingName(encoding),
-                             QLocale().toString(qlonglong(contents.longLine)),
-                             QLocale().toString(qlonglong(maximumLineLength))));
+        return tooLong(contents.longLine);
     }
     if (!contents.isValid()) {
-        return fail(tr("The file “%1” could not be read using text encoding %2.")
-                        .arg(displayName(), encodingName(encoding)));
+        return fail(encoding == kNoEncoding
+                        ? tr("The file “%1” could not be read: its text encoding was not "
+                             "recognised.")
+                              .arg(displayName())
+                        : tr("The file “%1” could not be read%2.").arg(displayName(), how));
     }
     if (const auto line = EncodingManager::lineLongerThan(contents.text, maximumLineLength)) {
-        return fail(tr("The file “%1” could not be read using text encoding %2: line %3 is "
-                       "longer than %4 characters.")
-                        .arg(displayName(), encodingName(encoding),
-                             QLocale().toString(qlonglong(line->first)),
-                             QLocale().toString(qlonglong(maximumLineLength))));
+        return tooLong(line->first);
     }
     ReadState after;
     QString storageText;
     if (!prepareReading(contents, displayName(), after, storageText, error)) {
         return false;
     }
-    // The style stays the user's, unless the file turns out to be text or not text only now.
+    // Reopening in another encoding leaves the style the user's, unless the file turns out to
+    // be text or not text only now; reloading takes the file's, as an opening does.
     const bool keptBefore = _documentLineBreaks == EncodingManager::KeepLineBreaks;
     const bool keptAfter = after.lineBreaks == EncodingManager::KeepLineBreaks;
-    if (keptBefore == keptAfter) {
+    if (!fileLineBreaks && keptBefore == keptAfter) {
         after.lineBreaks = _documentLineBreaks;
     }
     after.editAnyway = _editAnyway && keptAfter;
     replaceUndoably(storageText, after, true);
-    _fileStamp = FileStamp::ofFile(_fileURL);
+    _fileStamp = stamp;
     _changeOnDiskReported = false;
     // The text is the file's once more; undo brings the edits back, and marks them unsaved.
     _textStorage->setModified(false);
@@ -803,8 +845,16 @@ QPageLayout Document::printInfo()
 void Document::printOperationWithSettings(QPrinter* printer)
 {
     printer->setPageLayout(printInfo());
-    // Printing lays a copy out at the page's width, so long lines wrap to fit it.
-    _textStorage->print(printer);
+    // Printing lays a copy out at the page's width, so long lines wrap to fit it. On screen a
+    // point is a pixel, and the text's font is sized in pixels; on paper that would be a
+    // pixel of the printer. The copy's font is the same number of real points.
+    std::unique_ptr<QTextDocument> copy(_textStorage->clone());
+    QFont font = _textStorage->defaultFont();
+    if (font.pixelSize() > 0) {
+        font.setPointSizeF(font.pixelSize());
+    }
+    copy->setDefaultFont(font);
+    copy->print(printer);
 }
 
 bool Document::exportAsPDFTo(const QString& path, QString* error)

@@ -106,6 +106,13 @@ public:
     /// encoding), as one undoable step that undo takes back with the encoding; the document is
     /// then unmodified. False, with nothing changed, when the bytes do not decode in it.
     bool rereadWithEncoding(quint64 encoding, QString* error = nullptr);
+    /// Replaces the text with what the file holds now (another program changed it), as one
+    /// undoable step that undo takes back; the document is then unmodified and based on the
+    /// file as it is. The encoding stays the document's (or the one the file's attribute
+    /// names) while the bytes decode in it, and is detected as on opening otherwise; the
+    /// line-break style becomes the file's. False, with nothing changed, when the file cannot
+    /// be read.
+    bool reloadFromFile(QString* error = nullptr);
 
     /// Why the file read last does not look like text; such a file opens read-only.
     NonTextReason nonTextReason() const { return _reading.nonText; }
@@ -185,6 +192,12 @@ private:
     /// that goes with it; false, with `error` set, when the text cannot be held.
     bool prepareReading(DecodedContents& contents, const QString& fileName, ReadState& state,
                         QString& storageText, QString* error) const;
+    DecodedContents readFile(quint64 encoding) const;
+    /// Replaces the text by the file's `contents`, read in `encoding` (all ones: detected),
+    /// as one undoable step, and bases the document on the file's `stamp`. The style becomes
+    /// the file's with `fileLineBreaks`, and otherwise stays the document's.
+    bool reread(DecodedContents contents, quint64 encoding, bool fileLineBreaks,
+                const std::optional<FileStamp>& stamp, QString* error);
     ReadState readState() const;
     /// Sets the state; `announce` says it comes with a new reading of the file (contentsRead).
     void applyReadState(const ReadState& state, bool announce);

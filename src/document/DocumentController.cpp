@@ -15,6 +15,7 @@
 #include "window/WindowController.h"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
@@ -25,6 +26,7 @@
 #include <QHash>
 #include <QIcon>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
 #include <QPrintDialog>
@@ -206,6 +208,37 @@ Accessory addAccessory(QFileDialog& panel, bool withLineBreaks)
     return accessory;
 }
 
+// "Hide extension": the name field shows the file's name without its extension, which the
+// panel adds back when the name is confirmed without one.
+void addHideExtensionBox(QFileDialog& panel, bool hidden)
+{
+    auto* layout = qobject_cast<QGridLayout*>(panel.layout());
+    auto* name = panel.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+    if (!layout || !name) {
+        return;
+    }
+    auto* box = new QCheckBox(QObject::tr("Hide extension"), &panel);
+    box->setObjectName(QStringLiteral("hideExtensionButton"));
+    layout->addWidget(box, layout->rowCount(), 1);
+    const auto apply = [&panel, name](bool hide) {
+        const QString text = name->text();
+        if (hide) {
+            const QString extension = QFileInfo(text).suffix();
+            if (!extension.isEmpty() && QFileInfo(text).completeBaseName().size() > 0) {
+                panel.setDefaultSuffix(extension);
+                name->setText(text.left(text.size() - extension.size() - 1));
+            }
+        } else if (!panel.defaultSuffix().isEmpty()) {
+            if (!text.isEmpty() && QFileInfo(text).suffix().isEmpty()) {
+                name->setText(text + u'.' + panel.defaultSuffix());
+            }
+            panel.setDefaultSuffix(QString());
+        }
+    };
+    QObject::connect(box, &QCheckBox::toggled, &panel, apply);
+    box->setChecked(hidden);
+}
+
 } // namespace
 
 Document* DocumentController::currentDocument() const
@@ -259,6 +292,22 @@ Document* DocumentController::addDocument(Document* document, bool display, Plac
 Document* DocumentController::newDocument()
 {
     return addDocument(new Document(this), true);
+}
+
+Document* DocumentController::duplicateDocument(Document* document)
+{
+    if (!document) {
+        return nullptr;
+    }
+    // The whole text, also of a large file still going in.
+    document->finishLoading();
+    Document* duplicate = document->duplicateAndReturnError().release();
+    duplicate->setParent(this);
+    // Its window comes back as the original's stands, as a restored window would.
+    duplicate->setWindowIdentifier(document->windowIdentifier());
+    // The copy is kept nowhere yet: closing it asks whether to save it.
+    duplicate->textStorage()->setModified(true);
+    return addDocument(duplicate, true);
 }
 
 bool DocumentController::presentError(QWidget* parent, const QString& message) const
@@ -419,11 +468,10 @@ bool DocumentController::saveDocumentAs(Document* document)
     }
     WindowController* controller = windowControllerOf(document);
     QWidget* window = controller ? controller->window() : nullptr;
-    QFileDialog panel(window, QStringLiteral("open for Morvantic"));
+    QFileDialog panel(window, tr("Save As"));
     panel.setOption(QFileDialog::DontUseNativeDialog, true);
     panel.setAcceptMode(QFileDialog::AcceptSave);
     panel.setFileMode(QFileDialog::AnyFile);
-    panel.setOption(QFileDialog::HideNameFilterDetails, document->savePanelExtensionHidden());
     QStringList filters;
     const QVariantMap syntax = controller && controller->textView()
                                    ? controller->textView()->syntaxDictionary()
@@ -444,6 +492,7 @@ bool DocumentController::saveDocumentAs(Document* document)
         panel.selectFile(document->displayName());
     }
     const Accessory accessory = addAccessory(panel, true);
+    addHideExtensionBox(panel, document->savePanelExtensionHidden());
     EncodingManager& encodings = EncodingManager::sharedEncodingManager();
     encodings.makeEncodingOfPopUpMenu(accessory.textEncodingPopUp, document->documentEncoding(),
                                       false);
@@ -469,10 +518,11 @@ void DocumentController::revertDocumentToSaved(Document* document)
     }
     WindowController* controller = windowControllerOf(document);
     QWidget* window = controller ? controller->window() : nullptr;
-    QMessageBox question(QMessageBox::Question,
+    QMessageBox question(QMessageBox::Question, QString(),
                          tr("Do you want to revert to the most recently saved version of “%1”?")
                              .arg(document->displayName()),
-                         tr("Your current changes will be lost."), QMessageBox::Cancel, window);
+                         QMessageBox::Cancel, window);
+    question.setInformativeText(tr("Your current changes will be lost."));
     QPushButton* revert = question.addButton(tr("Revert"), QMessageBox::DestructiveRole);
     question.setWindowModality(Qt::WindowModal);
     question.exec();
@@ -540,10 +590,10 @@ bool DocumentController::closeDocument(Document* document)
             controller->window()->selectTab();
         }
         QMessageBox question(
-            QMessageBox::Warning,
+            QMessageBox::Warning, QString(),
             tr("Do you want to save the changes you made in “%1”?").arg(document->displayName()),
-            tr("Your changes will be lost if you don’t save them."),
             QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, window);
+        question.setInformativeText(tr("Your changes will be lost if you don’t save them."));
         question.button(QMessageBox::Discard)->setText(tr("Don’t Save"));
         question.setDefaultButton(QMessageBox::Save);
         question.setWindowModality(Qt::WindowModal);

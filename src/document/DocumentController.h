@@ -53,6 +53,9 @@ public:
 
     /// Opens a new untitled document in its own window.
     Document* newDocument();
+    /// Opens an untitled copy of the document (its text, encoding, line breaks, syntax and
+    /// sidebar) in a window of its own.
+    Document* duplicateDocument(Document* document);
     /// Opens the file in a window (or brings its window forward when it is open already);
     /// null after showing why it could not be opened.
     Document* openDocumentWithContentsOfURL(const QString& path, bool display = true);

@@ -6,6 +6,8 @@
 #include <QTextBlock>
 #include <QTimer>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int kShownMilliseconds = 500;
@@ -20,10 +22,12 @@ FindIndicator::FindIndicator(QPlainTextEdit* view, Range range)
 {
     setObjectName(QStringLiteral("findIndicator"));
     setAttribute(Qt::WA_TransparentForMouseEvents);
+    // A range found a moment ago may reach past a text that has become shorter since.
+    const qsizetype last = view->document()->characterCount() - 1;
     QTextCursor cursor(view->document());
-    cursor.setPosition(int(range.location));
+    cursor.setPosition(int(std::clamp<qsizetype>(range.location, 0, last)));
     const QRect start = view->cursorRect(cursor);
-    cursor.setPosition(int(range.max()), QTextCursor::KeepAnchor);
+    cursor.setPosition(int(std::clamp<qsizetype>(range.max(), 0, last)), QTextCursor::KeepAnchor);
     _text = cursor.selectedText();
     const QRect end = view->cursorRect(QTextCursor(cursor));
     if (end.top() != start.top()) {
@@ -41,6 +45,9 @@ FindIndicator::FindIndicator(QPlainTextEdit* view, Range range)
 
 FindIndicator* FindIndicator::showFindIndicatorForRange(QPlainTextEdit* view, Range range)
 {
+    if (!view || range.isNotFound()) {
+        return nullptr;
+    }
     for (FindIndicator* shown : view->viewport()->findChildren<FindIndicator*>()) {
         shown->hide();
         shown->deleteLater();

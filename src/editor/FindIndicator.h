@@ -13,7 +13,9 @@ class FindIndicator : public QWidget
     Q_OBJECT
 
 public:
-    /// Shows the indicator for `range` of `view`'s text, replacing one already shown there.
+    /// Shows the indicator for `range` of `view`'s text, replacing one already shown there:
+    /// an occurrence found, a line gone to, a matching brace, a function chosen. None for
+    /// no view or no range.
     static FindIndicator* showFindIndicatorForRange(QPlainTextEdit* view, Range range);
     Range range() const { return _range; }
 

@@ -325,12 +325,7 @@ void LayoutManager::setBackgroundHighlights(const QList<Range>& ranges, const QC
 {
     // Like a background colour of the text itself, the layer belongs to the whole document:
     // setting it replaces what any pane had laid down.
-    for (LayoutManager* pane : panesByDocument().value(_textStorage)) {
-        if (pane != this) {
-            pane->_backgroundColors.reset(pane->_backgroundColors.textLength());
-        }
-    }
-    _backgroundColors.reset(_backgroundColors.textLength());
+    clearBackgroundHighlights();
     for (const Range& range : ranges) {
         _backgroundColors.setColor(color.rgba(), range);
     }
@@ -345,15 +340,26 @@ void LayoutManager::addBackgroundHighlight(const QColor& color, Range forCharact
 
 void LayoutManager::removeBackgroundHighlights()
 {
-    bool removed = false;
+    if (hasBackgroundHighlights()) {
+        clearBackgroundHighlights();
+        colorsChanged({0, _backgroundColors.textLength()});
+    }
+}
+
+void LayoutManager::clearBackgroundHighlights()
+{
+    QList<QPointer<LayoutManager>> cleared;
     for (LayoutManager* pane : panesByDocument().value(_textStorage)) {
         if (!pane->_backgroundColors.isEmpty()) {
             pane->_backgroundColors.reset(pane->_backgroundColors.textLength());
-            removed = true;
+            cleared << pane;
         }
     }
-    if (removed) {
-        colorsChanged({0, _backgroundColors.textLength()});
+    // Told once every layer is empty, so that no receiver sees a half-cleared document.
+    for (const QPointer<LayoutManager>& pane : cleared) {
+        if (pane) {
+            Q_EMIT pane->backgroundHighlightsRemoved();
+        }
     }
 }
 

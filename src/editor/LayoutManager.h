@@ -119,7 +119,13 @@ public:
     /// laid out again. Returns the number of blocks whose formats changed.
     int applyTemporaryAttributes(qreal top, qreal bottom);
 
+Q_SIGNALS:
+    /// The background highlights this pane had laid down went away, through whichever pane
+    /// on the document removed or replaced them.
+    void backgroundHighlightsRemoved();
+
 private:
+    void clearBackgroundHighlights();
     void textStorageDidChange(int position, int removed, int added);
     void drawStandIns(QPainter& painter, const QRectF& rect);
     void colorsChanged(Range range);

@@ -4,6 +4,8 @@
 #include <QTextDocument>
 
 #include <algorithm>
+#include <tuple>
+#include <utility>
 
 namespace {
 
@@ -12,6 +14,22 @@ QString plainText(const QString& raw)
     QString text = raw;
     text.replace(QChar::ParagraphSeparator, u'\n');
     return text;
+}
+
+/// How many characters `before` and `after` share at their start, and then at their end.
+std::pair<qsizetype, qsizetype> commonEnds(QStringView before, QStringView after)
+{
+    const qsizetype shorter = std::min(before.size(), after.size());
+    qsizetype prefix = 0;
+    while (prefix < shorter && before[prefix] == after[prefix]) {
+        ++prefix;
+    }
+    qsizetype suffix = 0;
+    while (suffix < shorter - prefix &&
+           before[before.size() - 1 - suffix] == after[after.size() - 1 - suffix]) {
+        ++suffix;
+    }
+    return {prefix, suffix};
 }
 
 } // namespace
@@ -63,8 +81,15 @@ void TextMirror::contentsChange(int position, int removed, int added)
         Q_EMIT textDidChange(0, before, _string.size());
         return;
     }
+    // Qt reports some edits as larger than they are (a paste at the very start of the text
+    // replaces the whole old text by itself plus the paste): the text both sides share at
+    // either end did not change, and the edit told is only what lies between.
+    qsizetype prefix = 0;
+    qsizetype suffix = 0;
     if (location == 0 && reallyRemoved == oldLength) {
-        _string = plainText(_document->toRawText());
+        QString text = plainText(_document->toRawText());
+        std::tie(prefix, suffix) = commonEnds(_string, text);
+        _string = std::move(text);
         reserveRoom();
     } else {
         QString inserted;
@@ -74,14 +99,18 @@ void TextMirror::contentsChange(int position, int removed, int added)
             cursor.setPosition(int(location + reallyAdded), QTextCursor::KeepAnchor);
             inserted = plainText(cursor.selectedText());
         }
+        std::tie(prefix, suffix) =
+            commonEnds(QStringView(_string).mid(location, reallyRemoved), inserted);
         // In place: QString::replace() of a different length builds a new string, a copy
         // of the whole text per keystroke; remove() and insert() only move the tail.
-        if (reallyRemoved > 0) {
-            _string.remove(location, reallyRemoved);
+        if (reallyRemoved > prefix + suffix) {
+            _string.remove(location + prefix, reallyRemoved - prefix - suffix);
         }
-        if (!inserted.isEmpty()) {
-            _string.insert(location, inserted);
+        if (inserted.size() > prefix + suffix) {
+            _string.insert(location + prefix,
+                           QStringView(inserted).mid(prefix, inserted.size() - prefix - suffix));
         }
     }
-    Q_EMIT textDidChange(location, reallyRemoved, reallyAdded);
+    Q_EMIT textDidChange(location + prefix, reallyRemoved - prefix - suffix,
+                         reallyAdded - prefix - suffix);
 }

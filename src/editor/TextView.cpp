@@ -17,6 +17,7 @@
 #include "platform/UserDefaults.h"
 #include "syntax/CompletionCandidates.h"
 #include "syntax/CompletionManager.h"
+#include "syntax/SyntaxDefinitionFolder.h"
 #include "syntax/SyntaxManager.h"
 
 #include <QAbstractTextDocumentLayout>
@@ -26,7 +27,6 @@
 #include <QFontMetricsF>
 #include <QFutureWatcher>
 #include <QMenu>
-#include <QMimeData>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QProgressBar>
@@ -37,8 +37,6 @@
 namespace {
 
 const QString kEntityReferenceResource = QStringLiteral(":/EntityReference.plist");
-// Pasting more than this many characters recolours the whole text.
-constexpr qsizetype kLargePaste = 900;
 // Automatic completion starts this long after a typed key.
 constexpr int kCompletionDelay = 700;
 
@@ -400,7 +398,7 @@ void TextView::setSyntaxDictionary(const QVariantMap& syntaxDictionary)
 
 void TextView::setSyntaxDictionay(const QString& path)
 {
-    setSyntaxDictionary(PropertyList::readDictionary(path).value_or(QVariantMap()));
+    setSyntaxDictionary(SyntaxDefinitionFolder::definition(path).value_or(QVariantMap()));
     syntaxAllColoring();
 }
 
@@ -768,17 +766,6 @@ void TextView::selectAll()
         completion.terminateCompletionWithCancel(true);
     }
     QPlainTextEdit::selectAll();
-}
-
-void TextView::insertFromMimeData(const QMimeData* source)
-{
-    if (!_syntaxDictionary.isEmpty() && source && source->hasText()) {
-        const qsizetype length = source->text().size();
-        if (length > kLargePaste) {
-            Q_EMIT pastedLargeText(length);
-        }
-    }
-    QPlainTextEdit::insertFromMimeData(source);
 }
 
 void TextView::mousePressEvent(QMouseEvent* event)

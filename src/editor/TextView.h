@@ -193,9 +193,6 @@ public:
     void insertTextAtSelection(const QString& text);
 
 Q_SIGNALS:
-    /// More than 900 characters were pasted into a view with a syntax definition: the
-    /// whole text wants colouring again.
-    void pastedLargeText(qsizetype length);
     /// A mouse button went down in the view, before the view handles it.
     void mouseDown(TextView* view);
     /// completeWords changed.
@@ -206,7 +203,6 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void inputMethodEvent(QInputMethodEvent* event) override;
-    void insertFromMimeData(const QMimeData* source) override;
     void mousePressEvent(QMouseEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
 

@@ -19,6 +19,12 @@ public:
     static std::optional<FileStamp> fromString(const QString& text);
 
     bool operator==(const FileStamp&) const = default;
+    /// Whether both stamps are of the same file (device and inode), whatever its contents and
+    /// name: a file renamed keeps it, a file replaced by another one does not.
+    bool isSameFile(const FileStamp& other) const
+    {
+        return _device == other._device && _inode == other._inode;
+    }
 
 private:
     unsigned long long _device = 0;

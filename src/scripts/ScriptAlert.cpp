@@ -27,14 +27,17 @@ void ScriptAlert::show(const QString& title, const QString& text, bool caution,
         return;
     }
     const QMessageBox::Icon icon = caution ? QMessageBox::Warning : QMessageBox::Information;
+    // The title is the alert's headline, shown in its body: a title bar cuts long ones off.
     if (parent) {
-        auto* box = new QMessageBox(icon, title, text, QMessageBox::Ok, parent);
+        auto* box = new QMessageBox(icon, QString(), title, QMessageBox::Ok, parent);
+        box->setInformativeText(text);
         box->setAttribute(Qt::WA_DeleteOnClose);
         box->setWindowModality(Qt::WindowModal);
         box->open();
         return;
     }
-    QMessageBox box(icon, title, text, QMessageBox::Ok);
+    QMessageBox box(icon, QString(), title, QMessageBox::Ok);
+    box.setInformativeText(text);
     box.setWindowModality(Qt::ApplicationModal);
     box.exec();
 }

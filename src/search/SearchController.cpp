@@ -15,6 +15,7 @@
 #include <QMenu>
 #include <QPointer>
 #include <QPushButton>
+#include <QSignalBlocker>
 #include <QStyle>
 #include <QVBoxLayout>
 
@@ -111,6 +112,8 @@ SearchController::SearchController(WindowController* windowController, QWidget* 
         connect(box, &QCheckBox::toggled, this, [this, box] { checkButton(box); });
     }
     layout->addStretch(1);
+    connect(&SearchManager::sharedSearchManager(), &SearchManager::optionsChanged, this,
+            &SearchController::showOptions);
 
     // Only the user's edits reach the engine: text put into a field by a command does not.
     connect(_searchField, &QLineEdit::textEdited, this, [this] { updateSearchingString(); });
@@ -134,8 +137,8 @@ SearchController::~SearchController()
 
 void SearchController::awakeFromNib()
 {
-    setFindLabel();
-    checkButton(nullptr);
+    // The engine's flags are every window's: a new pane shows them as they are.
+    showOptions();
     const SearchManager& engine = SearchManager::sharedSearchManager();
     // A new window's pane shows the strings last used in any window.
     const QString search = engine.searchString();
@@ -171,6 +174,25 @@ void SearchController::checkButton(QObject* sender)
     engine.setRegularExpressions(_regularExpressionCheckButton->isChecked());
     engine.setPrevious(_previousCheckButton->isChecked());
     engine.setWholeWord(_wholeWordCheckButton->isChecked());
+}
+
+void SearchController::showOptions()
+{
+    const SearchManager& engine = SearchManager::sharedSearchManager();
+    const std::pair<QCheckBox*, bool> boxes[] = {
+        {_replaceAndFindNextCheckButton, engine.replaceAndFindNext()},
+        {_replaceAllCheckButton, engine.replaceAll()},
+        {_caseSensitiveCheckButton, engine.caseSensitive()},
+        {_regularExpressionCheckButton, engine.regularExpressions()},
+        {_previousCheckButton, engine.previous()},
+        {_wholeWordCheckButton, engine.wholeWord()},
+    };
+    for (const auto& [box, checked] : boxes) {
+        // Only the box the user clicked writes its setting.
+        const QSignalBlocker blocker(box);
+        box->setChecked(checked);
+    }
+    setFindLabel();
 }
 
 void SearchController::updateSearchingString()

@@ -49,6 +49,9 @@ public:
     void updateSearchingString();
     /// Sets the engine's flags from the check boxes.
     void checkButton(QObject* sender);
+    /// Shows the engine's five flags in the check boxes (another window's pane may have
+    /// changed them).
+    void showOptions();
     /// Finds in the window's main text view.
     void findString(QObject* sender);
     /// Replaces in the window's main text view.

@@ -1,10 +1,10 @@
 #include "search/SearchManager.h"
 
+#include "editor/FindIndicator.h"
 #include "editor/LayoutManager.h"
 #include "editor/TextView.h"
 #include "editor/UndoActionNames.h"
 #include "platform/UserDefaults.h"
-#include "search/FindIndicator.h"
 #include "search/SearchEngine.h"
 
 #include <QApplication>
@@ -98,6 +98,34 @@ void SearchManager::searchTextFieldDidChange(const QString& searchString,
 {
     _searchString = searchString;
     _replaceString = replaceString;
+}
+
+void SearchManager::setOption(bool& option, bool value)
+{
+    if (option != value) {
+        option = value;
+        Q_EMIT optionsChanged();
+    }
+}
+
+void SearchManager::followHighlights(LayoutManager* layoutManager)
+{
+    _highlightedTextStorage = layoutManager->textStorage();
+    connect(layoutManager, &LayoutManager::backgroundHighlightsRemoved, this,
+            &SearchManager::highlightsRemoved, Qt::UniqueConnection);
+}
+
+void SearchManager::highlightsRemoved()
+{
+    // Another window's highlights, left from an earlier search, say nothing of this one's.
+    const auto* layoutManager = qobject_cast<const LayoutManager*>(sender());
+    if (layoutManager && layoutManager->textStorage() != _highlightedTextStorage) {
+        return;
+    }
+    // Nothing is highlighted to replace any more, and the next search paints again.
+    _backgroundHighlight = false;
+    _paintedTextStorage = nullptr;
+    _paintedRevision = -1;
 }
 
 QString SearchManager::findLabel() const
@@ -209,6 +237,7 @@ QString SearchManager::searchString(const QString& searchString, bool previous,
     }
     if (!painted) {
         paintRanges(layoutManager, _searchMatchesList, highlightColor());
+        followHighlights(layoutManager);
         _paintedTextStorage = textStorage;
         _paintedRevision = textStorage->revision();
     }
@@ -399,6 +428,7 @@ void SearchManager::gotoLine(TextView* textView)
         return;
     }
     layoutManager->setBackgroundHighlights(QList<Range>(named.begin(), named.end()), color);
+    followHighlights(layoutManager);
     _backgroundHighlight = true;
 
     qsizetype shown = _gotoPosition < n ? _gotoPosition : 0;

@@ -31,18 +31,18 @@ public:
     QString replaceString() const { return _replaceString; }
     const std::vector<Range>& searchMatchesList() const { return _searchMatchesList; }
     bool replaceAndFindNext() const { return _replaceAndFindNext; }
-    void setReplaceAndFindNext(bool value) { _replaceAndFindNext = value; }
+    void setReplaceAndFindNext(bool value) { setOption(_replaceAndFindNext, value); }
     bool replaceAll() const { return _replaceAll; }
-    void setReplaceAll(bool value) { _replaceAll = value; }
+    void setReplaceAll(bool value) { setOption(_replaceAll, value); }
     bool caseSensitive() const { return _caseSensitive; }
-    void setCaseSensitive(bool value) { _caseSensitive = value; }
+    void setCaseSensitive(bool value) { setOption(_caseSensitive, value); }
     bool regularExpressions() const { return _regularExpressions; }
-    void setRegularExpressions(bool value) { _regularExpressions = value; }
+    void setRegularExpressions(bool value) { setOption(_regularExpressions, value); }
     bool previous() const { return _previous; }
-    void setPrevious(bool value) { _previous = value; }
+    void setPrevious(bool value) { setOption(_previous, value); }
     /// Only occurrences that cut no word in two count, in both modes.
     bool wholeWord() const { return _wholeWord; }
-    void setWholeWord(bool value) { _wholeWord = value; }
+    void setWholeWord(bool value) { setOption(_wholeWord, value); }
     /// Some text carries the engine's background colour.
     bool backgroundHighlight() const { return _backgroundHighlight; }
     void setBackgroundHighlight(bool value) { _backgroundHighlight = value; }
@@ -100,8 +100,17 @@ public:
     /// Scrolls `textView` so that `range` is in sight, leaving its selection alone.
     static void scrollRangeToVisible(TextView* textView, Range range);
 
+Q_SIGNALS:
+    /// One of the five flags with a setter changed: every search pane shows them.
+    void optionsChanged();
+
 private:
     SearchManager();
+    void setOption(bool& option, bool value);
+    /// Keeps the highlighted state true to what `layoutManager`'s document shows: others
+    /// (an edit, a change of wrapping or of the settings) take the highlights away too.
+    void followHighlights(LayoutManager* layoutManager);
+    void highlightsRemoved();
 
     QString _searchString;
     QString _replaceString;
@@ -120,6 +129,8 @@ private:
     // occurrence of the same string in an unchanged text does not paint everything again.
     QPointer<QTextDocument> _paintedTextStorage;
     int _paintedRevision = -1;
+    // The text whose highlights the engine's highlighted state speaks of.
+    QPointer<QTextDocument> _highlightedTextStorage;
 
     QPointer<QTextDocument> _cachedTextStorage;
     QString _cachedText;

@@ -1,13 +1,31 @@
 #include "syntax/SyntaxDefinitionFolder.h"
 
 #include "platform/FileManager.h"
+#include "platform/FileStamp.h"
 #include "platform/PropertyList.h"
 
 #include <QDir>
 #include <QFileInfo>
+#include <QHash>
 #include <QVariantList>
 
 #include <algorithm>
+
+namespace {
+
+/// One file of the folder as it was when last looked at.
+struct Entry {
+    FileStamp stamp;
+    std::optional<QVariantMap> dictionary;
+};
+
+QHash<QString, Entry>& entries()
+{
+    static QHash<QString, Entry> read;
+    return read;
+}
+
+} // namespace
 
 QStringList SyntaxDefinitionFolder::definitionPaths()
 {
@@ -19,10 +37,27 @@ QStringList SyntaxDefinitionFolder::definitionPaths()
     return paths;
 }
 
+std::optional<QVariantMap> SyntaxDefinitionFolder::definition(const QString& path)
+{
+    const std::optional<FileStamp> stamp = FileStamp::ofFile(path);
+    if (!stamp) {
+        // No file on disk: gone since, or one of the application's own resources.
+        entries().remove(path);
+        return PropertyList::readDictionary(path);
+    }
+    const auto known = entries().constFind(path);
+    if (known != entries().constEnd() && known->stamp == *stamp) {
+        return known->dictionary;
+    }
+    const Entry entry{*stamp, PropertyList::readDictionary(path)};
+    entries().insert(path, entry);
+    return entry.dictionary;
+}
+
 QString SyntaxDefinitionFolder::definitionPathForExtension(const QString& extension)
 {
     for (const QString& path : definitionPaths()) {
-        const std::optional<QVariantMap> dictionary = PropertyList::readDictionary(path);
+        const std::optional<QVariantMap> dictionary = definition(path);
         if (!dictionary) {
             continue;
         }

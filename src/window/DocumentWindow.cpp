@@ -7,9 +7,14 @@
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QHBoxLayout>
+#include <QIcon>
 #include <QLabel>
+#include <QPainter>
+#include <QPixmap>
 #include <QProgressBar>
 #include <QSplitter>
+#include <QStyle>
+#include <QStyleOptionButton>
 #include <QVBoxLayout>
 
 DocumentWindow::DocumentWindow(QWidget* parent)
@@ -105,6 +110,21 @@ void DocumentWindow::changeEvent(QEvent* event)
         Q_EMIT tabWindowChanged();
     }
     QMainWindow::changeEvent(event);
+}
+
+QIcon DocumentWindow::mixedStateIcon() const
+{
+    QStyleOptionButton box;
+    box.rect = QRect(0, 0, style()->pixelMetric(QStyle::PM_IndicatorWidth, nullptr, this),
+                     style()->pixelMetric(QStyle::PM_IndicatorHeight, nullptr, this));
+    box.state = QStyle::State_Enabled | QStyle::State_NoChange;
+    const qreal ratio = devicePixelRatioF();
+    QPixmap mark(box.rect.size() * ratio);
+    mark.setDevicePixelRatio(ratio);
+    mark.fill(Qt::transparent);
+    QPainter painter(&mark);
+    style()->drawPrimitive(QStyle::PE_IndicatorCheckBox, &box, &painter, this);
+    return QIcon(mark);
 }
 
 TabWindow* DocumentWindow::tabWindow() const

@@ -8,6 +8,7 @@
 
 class InformationBar;
 class QComboBox;
+class QIcon;
 class QLabel;
 class QProgressBar;
 class QSplitter;
@@ -28,6 +29,8 @@ public:
     QProgressBar* indicator() const { return _indicator; }
     QComboBox* functionPopUp() const { return _functionPopUp; }
 
+    /// The style's mark of a partly checked box, for a menu item in the mixed state.
+    QIcon mixedStateIcon() const;
     /// Shows `bar` above the panes, below the bars already shown; the window owns it. A bar
     /// goes away with InformationBar::dismiss().
     void addInformationBar(InformationBar* bar);

@@ -59,12 +59,15 @@ void InformationBar::setMessage(const QString& message)
     _messageLabel->setText(message);
 }
 
-QPushButton* InformationBar::addButton(const QString& title, std::function<void()> action)
+QPushButton* InformationBar::addButton(const QString& title, std::function<void()> action,
+                                       bool closesBar)
 {
     auto* button = new QPushButton(title, this);
-    connect(button, &QPushButton::clicked, this, [this, action = std::move(action)] {
+    connect(button, &QPushButton::clicked, this, [this, action = std::move(action), closesBar] {
         // Closed first: the action may well replace this bar with another.
-        dismiss();
+        if (closesBar) {
+            dismiss();
+        }
         if (action) {
             action();
         }

@@ -30,8 +30,10 @@ public:
     void setMessage(const QString& message);
 
     /// Adds a button, after those added before; `action` runs when it is clicked, and the bar
-    /// closes afterwards.
-    QPushButton* addButton(const QString& title, std::function<void()> action);
+    /// closes first unless `closesBar` is false (a button that shows something and leaves the
+    /// choice open).
+    QPushButton* addButton(const QString& title, std::function<void()> action,
+                           bool closesBar = true);
     QList<QPushButton*> buttons() const { return _buttons; }
     QAbstractButton* closeButton() const { return _closeButton; }
 

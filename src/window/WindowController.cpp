@@ -20,6 +20,7 @@
 #include "syntax/SyntaxManager.h"
 #include "window/CaretPosition.h"
 #include "window/CharacterCounter.h"
+#include "window/DiskChangeNotices.h"
 #include "window/DocumentWindow.h"
 #include "window/FunctionPopUp.h"
 #include "window/ReadingNotices.h"
@@ -72,6 +73,18 @@ WindowController::WindowController(Document* document)
     _fileIsReadOnly = isReadOnlyFile(document->fileURL());
     connect(document, &Document::documentInformationChanged, this, [this] {
         _fileIsReadOnly = isReadOnlyFile(_document->fileURL());
+        // A new document named on the command line, or saved under a new name, takes the
+        // syntax of its extension at once when the window chooses by file type.
+        const QString file = _document->fileURL();
+        if (file != _syntaxFileURL) {
+            const bool newExtension =
+                _syntaxFileURL.isEmpty() ||
+                QFileInfo(file).suffix() != QFileInfo(_syntaxFileURL).suffix();
+            _syntaxFileURL = file;
+            if (_defaultForFileType && newExtension) {
+                syntaxSettingToTextView();
+            }
+        }
         for (TextView* view : textViews()) {
             view->layoutManager()->setCharacterStandIns(_document->characterStandIns());
         }
@@ -201,6 +214,7 @@ void WindowController::windowDidLoad()
     applyStateToPane(view);
     toggleSpellChecking(nullptr);
     _notices = new ReadingNotices(_document, _window, this);
+    _diskNotices = new DiskChangeNotices(this);
 
     const QString identifier = _document->windowIdentifier();
     if (identifier.isEmpty() || identifier == u"0:59" || identifier == u"_NS:60") {
@@ -264,6 +278,7 @@ void WindowController::syntaxSettingToTextView()
     if (!view) {
         return;
     }
+    _syntaxFileURL = _document->fileURL();
     if (_defaultForFileType && !_document->fileURL().isEmpty()) {
         const QString path = SyntaxDefinitionFolder::definitionPathForExtension(
             QFileInfo(_document->fileURL()).suffix());
@@ -445,17 +460,21 @@ bool WindowController::validateMenuItem(QAction* item) const
     case SyntaxTag: {
         const QString title = item->text();
         const bool isDefault = title == u"Default For File Type";
-        item->setProperty("mixedState", false);
         if (_defaultForFileType && !_syntaxColouring) {
             item->setChecked(isDefault);
         } else if (!_defaultForFileType && _syntaxColouring) {
             item->setChecked(title == _selectedSyntaxName);
         } else if (_defaultForFileType && _syntaxColouring) {
-            // Qt menus have no mixed state: the item shows a partial mark in its title.
-            item->setProperty("mixedState", isDefault);
             item->setChecked(!isDefault && title == _selectedSyntaxName);
         } else {
             item->setChecked(title == u"None");
+        }
+        if (isDefault) {
+            // Qt menus have no mixed state: the item shows the style's own mark of a
+            // partly checked box where its check mark would be.
+            item->setIcon(_defaultForFileType && _syntaxColouring && _window
+                              ? _window->mixedStateIcon()
+                              : QIcon());
         }
         break;
     }
@@ -703,11 +722,11 @@ void WindowController::shareUsing(int tag)
     const QString text = _document->string();
     const qsizetype limit = tag <= 1 ? 64 * 1024 : 4 * 1024;
     if (text.size() > limit) {
-        QMessageBox alert(QMessageBox::Warning, tr("The text is too long to share this way."),
-                          tr("The whole text is shared, and this service takes at most %L1 "
-                             "characters. Send the file as an attachment instead.")
-                              .arg(limit),
-                          QMessageBox::Ok, _window);
+        QMessageBox alert(QMessageBox::Warning, QString(),
+                          tr("The text is too long to share this way."), QMessageBox::Ok, _window);
+        alert.setInformativeText(tr("The whole text is shared, and this service takes at most %L1 "
+                                    "characters. Send the file as an attachment instead.")
+                                     .arg(limit));
         alert.setWindowModality(Qt::WindowModal);
         alert.exec();
         return;

@@ -7,6 +7,7 @@
 #include <vector>
 
 class CharacterCounter;
+class DiskChangeNotices;
 class Document;
 class DocumentWindow;
 class EditorController;
@@ -99,6 +100,8 @@ public:
     void setLineBreaks(qsizetype lineBreaks);
     /// The bars that say what the last reading found out about the file.
     ReadingNotices* readingNotices() const { return _notices; }
+    /// What the window says and does when another program changes or removes the file.
+    DiskChangeNotices* diskChangeNotices() const { return _diskNotices; }
     /// Shares the whole text by e-mail (tag 0), message (1) or through the web share address
     /// of Twitter (2), Facebook (3) or Sina Weibo (4).
     void shareUsing(int tag);
@@ -189,7 +192,10 @@ private:
     bool _defaultForFileType = false;
     QString _selectedSyntaxName;
     bool _fileIsReadOnly = false;
+    // The file whose name the syntax was last chosen for (empty: none).
+    QString _syntaxFileURL;
     QString _windowIdentifier;
     SidebarView* _sidebarView = nullptr;
     ReadingNotices* _notices = nullptr;
+    DiskChangeNotices* _diskNotices = nullptr;
 };

@@ -2,6 +2,7 @@
 // and the unsaved text of an editor that was killed or terminated comes back at the next start.
 #include "TestSupport.h"
 #include "document/Document.h"
+#include "platform/UserDefaults.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
@@ -17,6 +18,9 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -150,6 +154,134 @@ TEST(Launch, ASecondInvocationOpensItsFileInTheFirstEditor)
     ASSERT_TRUE(handedOver.waitForFinished(20000));
     EXPECT_EQ(handedOver.exitCode(), 0);
     EXPECT_EQ(applicationProperty(QStringLiteral("count")).toInt(), 2);
+
+    editor.kill();
+    editor.waitForFinished();
+    EXPECT_TRUE(editorGone());
+}
+
+TEST(Launch, APlainSecondInvocationBringsTheEditorForwardWithoutANewWindow)
+{
+    ASSERT_TRUE(bus().isConnected()) << "no session bus";
+    const QString dir = TestSupport::makeTempDir();
+    const auto invoke = [](const QStringList& arguments) {
+        QProcess invocation;
+        invocation.start(QStringLiteral(TESSARAN_EXECUTABLE), arguments);
+        return invocation.waitForFinished(20000) &&
+               invocation.exitStatus() == QProcess::NormalExit && invocation.exitCode() == 0;
+    };
+    // A file opened after the plain invocations has its window only once they are done, so
+    // the count then tells what they did.
+    const auto countAfterOpening = [&](const QString& name) {
+        const QString file = TestSupport::writeFile(dir + u'/' + name, "text\n");
+        EXPECT_TRUE(invoke({file}));
+        EXPECT_TRUE(QTest::qWaitFor(
+            [&] { return frontDocumentProperty(QStringLiteral("filePath")).toString() == file; },
+            5000));
+        return applicationProperty(QStringLiteral("count")).toInt();
+    };
+    const struct {
+        const char* name;
+        bool untitledAtStart;
+        QStringList arguments;
+        int documentsAtStart;
+        int documentsAfterTwoPlainInvocations; // before the file opened to count them
+    } cases[] = {
+        {"a window open", true, {TestSupport::writeFile(dir + "/open.txt", "open\n")}, 1, 1},
+        // No window at all: the first plain invocation opens one, the second only raises it.
+        {"no window", false, {}, 0, 1},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        // Its own settings and data folders: nothing recovered, untitled window as asked.
+        const QString home = TestSupport::makeTempDir();
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("XDG_DATA_HOME"), home + "/data");
+        environment.insert(QStringLiteral("XDG_CONFIG_HOME"), home + "/config");
+        {
+            UserDefaults settings(home + "/config/Tessaran/Tessaran.conf");
+            settings.setBool(c.untitledAtStart, QStringLiteral("ShouldOpenUntitledFile"));
+            settings.synchronize();
+        }
+        QProcess editor;
+        editor.setProcessEnvironment(environment);
+        editor.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        editor.start(QStringLiteral(TESSARAN_EXECUTABLE), c.arguments);
+        ASSERT_TRUE(editorListening());
+        EXPECT_TRUE(QTest::qWaitFor(
+            [&] {
+                return applicationProperty(QStringLiteral("count")).toInt() == c.documentsAtStart;
+            },
+            5000));
+        EXPECT_TRUE(invoke({}));
+        EXPECT_TRUE(invoke({}));
+        EXPECT_EQ(countAfterOpening(QStringLiteral("%1.txt").arg(c.documentsAtStart)),
+                  c.documentsAfterTwoPlainInvocations + 1);
+        editor.kill();
+        editor.waitForFinished();
+        EXPECT_TRUE(editorGone());
+    }
+}
+
+TEST(Launch, ASecondInvocationHandsOverStandardInputAndRefusesPipesAndDevices)
+{
+    ASSERT_TRUE(bus().isConnected()) << "no session bus";
+    const QString dir = TestSupport::makeTempDir();
+    const QString first = TestSupport::writeFile(dir + "/first.txt", "one\n");
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("XDG_DATA_HOME"), TestSupport::makeTempDir());
+    QProcess editor;
+    editor.setProcessEnvironment(environment);
+    editor.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    editor.start(QStringLiteral(TESSARAN_EXECUTABLE), {first});
+    ASSERT_TRUE(editorListening());
+    const auto contentsBecome = [](const QString& expected) {
+        return QTest::qWaitFor(
+            [&] {
+                return frontDocumentProperty(QStringLiteral("contents")).toString() == expected;
+            },
+            10000);
+    };
+
+    // echo hi | tessaran -
+    QProcess echo;
+    echo.start(QStringLiteral(TESSARAN_EXECUTABLE), {QStringLiteral("-")});
+    echo.write("hi\n");
+    echo.closeWriteChannel();
+    ASSERT_TRUE(echo.waitForFinished(20000));
+    EXPECT_EQ(echo.exitCode(), 0);
+    EXPECT_TRUE(contentsBecome(QStringLiteral("hi\n")));
+    EXPECT_EQ(applicationProperty(QStringLiteral("count")).toInt(), 2);
+    EXPECT_EQ(frontDocumentProperty(QStringLiteral("filePath")).toString(), "");
+
+    // The invocation returns at once; what comes later still arrives in the window.
+    const QString fifo = dir + "/input";
+    ASSERT_EQ(::mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+    // Opened for reading too, so that the invocation's opening of it does not wait.
+    const int writer = ::open(QFile::encodeName(fifo).constData(), O_RDWR);
+    ASSERT_GE(writer, 0);
+    QProcess streamed;
+    streamed.setStandardInputFile(fifo);
+    streamed.start(QStringLiteral(TESSARAN_EXECUTABLE), {QStringLiteral("-")});
+    ASSERT_EQ(::write(writer, "one\n", 4), 4);
+    EXPECT_TRUE(streamed.waitForFinished(20000));
+    EXPECT_EQ(streamed.exitCode(), 0);
+    EXPECT_TRUE(contentsBecome(QStringLiteral("one\n")));
+    ASSERT_EQ(::write(writer, "two\n", 4), 4);
+    ::close(writer);
+    EXPECT_TRUE(contentsBecome(QStringLiteral("one\ntwo\n")));
+    EXPECT_EQ(applicationProperty(QStringLiteral("count")).toInt(), 3);
+
+    // Named on the command line, a pipe or a device is refused by the invocation itself.
+    for (const QString& refused : {fifo, QStringLiteral("/dev/null")}) {
+        SCOPED_TRACE(refused.toStdString());
+        QProcess invocation;
+        invocation.start(QStringLiteral(TESSARAN_EXECUTABLE), {refused});
+        ASSERT_TRUE(invocation.waitForFinished(20000));
+        EXPECT_NE(invocation.exitCode(), 0);
+        EXPECT_TRUE(invocation.readAllStandardError().contains("not a regular file"));
+    }
+    EXPECT_EQ(applicationProperty(QStringLiteral("count")).toInt(), 3);
 
     editor.kill();
     editor.waitForFinished();

@@ -6,7 +6,9 @@
 #include "editor/TextMirror.h"
 #include "syntax/SyntaxManager.h"
 
+#include <QClipboard>
 #include <QElapsedTimer>
+#include <QGuiApplication>
 #include <QProgressBar>
 #include <QScrollBar>
 #include <QTextBlock>
@@ -119,6 +121,33 @@ TEST(SyntaxColoringController, LargeInsertionsAndLinesScrolledIntoView)
     EXPECT_TRUE(view->syntaxColoringController()->isColoringAll());
     ASSERT_TRUE(waitUntilColored(view));
     EXPECT_EQ(colorAt(view, document.characterCount() - 1 - 9), keywords());
+}
+
+TEST(SyntaxColoringController, PastingMoreThan900CharactersColoursTheWholeTextWherever)
+{
+    QTextDocument document;
+    document.setPlainText(lines("x = 1;\n", 20));
+    auto pane = EditorTest::makePane(&document);
+    TextView* view = pane->textView();
+    view->setSyntaxDictionay(kCDefinition);
+    ASSERT_TRUE(waitUntilColored(view));
+    // As the window tells its panes of every change.
+    QObject::connect(&document, &QTextDocument::contentsChanged, view, &TextView::textDidChanged);
+    const struct {
+        qsizetype at;
+        qsizetype length;
+        bool wholeText;
+    } pastes[] = {{0, 900, false}, {0, 901, true}, {7, 900, false}, {7, 901, true}};
+    for (const auto& paste : pastes) {
+        SCOPED_TRACE(testing::Message() << paste.length << " characters at " << paste.at);
+        QGuiApplication::clipboard()->setText(QString(paste.length, u'y'));
+        view->setSelectedRange({paste.at, 0});
+        const qsizetype before = document.characterCount();
+        QTest::keyClick(view, Qt::Key_V, Qt::ControlModifier);
+        ASSERT_EQ(document.characterCount(), before + paste.length);
+        EXPECT_EQ(view->syntaxColoringController()->isColoringAll(), paste.wholeText);
+        ASSERT_TRUE(waitUntilColored(view));
+    }
 }
 
 TEST(SyntaxColoringController, WholeTextColouringRunsInSlicesBehindTheIndicator)

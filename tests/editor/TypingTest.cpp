@@ -1,10 +1,7 @@
 #include "EditorTestSupport.h"
 #include "editor/FindIndicator.h"
-#include "platform/PropertyList.h"
 #include "platform/SystemBeep.h"
 
-#include <QClipboard>
-#include <QGuiApplication>
 #include <QSignalSpy>
 
 using namespace EditorTest;
@@ -193,29 +190,6 @@ TEST(Typing, AClickTellsTheWindowFirst)
     ASSERT_EQ(spy.count(), 1);
     EXPECT_EQ(spy.first().first().value<TextView*>(), typing.view);
     EXPECT_EQ(typing.caret(), 0);
-}
-
-TEST(Typing, LargePasteAsksForFullColouring)
-{
-    Typing typing(false);
-    QSignalSpy spy(typing.view, &TextView::pastedLargeText);
-    const auto paste = [&typing](qsizetype length) {
-        QGuiApplication::clipboard()->setText(QString(length, QLatin1Char('x')));
-        QTest::keyClick(typing.view, Qt::Key_V, Qt::ControlModifier);
-    };
-    // Without a definition there is nothing to colour.
-    paste(901);
-    EXPECT_EQ(spy.count(), 0);
-
-    typing.view->setSyntaxDictionary(
-        PropertyList::readFile(QStringLiteral(":/SyntaxDefinition/C.plist")).toMap());
-    ASSERT_FALSE(typing.view->syntaxDictionary().isEmpty());
-    paste(900);
-    EXPECT_EQ(spy.count(), 0);
-    paste(901);
-    ASSERT_EQ(spy.count(), 1);
-    EXPECT_EQ(spy.first().first().toLongLong(), 901);
-    EXPECT_EQ(typing.text().size(), 901 + 900 + 901);
 }
 
 } // namespace

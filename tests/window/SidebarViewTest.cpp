@@ -3,7 +3,9 @@
 #include "TestSupport.h"
 #include "app/FindMenu.h"
 #include "app/MainMenu.h"
+#include "app/PreferencesController.h"
 #include "document/Document.h"
+#include "editor/FindIndicator.h"
 #include "editor/LayoutManager.h"
 #include "editor/TextView.h"
 #include "editor/UndoActionNames.h"
@@ -20,12 +22,15 @@
 #include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMainWindow>
 #include <QMenu>
 #include <QSplitter>
 #include <QTest>
 #include <QTextDocument>
 
 #include <gtest/gtest.h>
+
+#include <functional>
 
 namespace {
 
@@ -418,4 +423,132 @@ TEST(SidebarView, GoToPane)
     empty.sidebar()->gotoController()->gotoField()->setText("1");
     empty.sidebar()->gotoController()->gotoLine(nullptr);
     EXPECT_FALSE(empty.controller->textView()->layoutManager()->hasBackgroundHighlights());
+}
+
+TEST(SidebarView, TheHighlightedStateFollowsWhatTheWindowShows)
+{
+    resetEngine();
+    const QString text = QStringLiteral("foo\nbar foo\nbaz foo\n");
+    Window window(text);
+    window.controller->swicthSidebarType(SidebarView::SearchType);
+    SearchController* pane = window.sidebar()->searchController();
+    SearchManager& engine = SearchManager::sharedSearchManager();
+    TextView* view = window.controller->textView();
+    LayoutManager* layout = view->layoutManager();
+    QTest::keyClicks(pane->searchField(), "foo");
+    QTest::keyClicks(pane->replaceFeild(), "X");
+
+    // Whatever takes the matches' colour away, Replace then has nothing to replace.
+    const struct {
+        const char* name;
+        std::function<void()> removeHighlight;
+    } removals[] = {
+        {"Wrap Lines", [&] { window.action("viewMenu", "Wrap Lines")->trigger(); }},
+        {"closing the preferences",
+         [] {
+             QMainWindow* preferences =
+                 PreferencesController::sharedPreferencesController().window();
+             PreferencesController::sharedPreferencesController().showWindow();
+             preferences->close();
+         }},
+    };
+    for (const auto& removal : removals) {
+        SCOPED_TRACE(removal.name);
+        QTest::keyClick(pane->searchField(), Qt::Key_Return);
+        ASSERT_TRUE(layout->hasBackgroundHighlights());
+        ASSERT_TRUE(engine.backgroundHighlight());
+        removal.removeHighlight();
+        EXPECT_FALSE(layout->hasBackgroundHighlights());
+        EXPECT_FALSE(engine.backgroundHighlight());
+        QTest::keyClick(pane->replaceFeild(), Qt::Key_Return);
+        EXPECT_EQ(window.document->textStorage()->toPlainText(), text);
+    }
+
+    // Find Next after a go-to paints the matches again over the line gone to.
+    QTest::keyClick(pane->searchField(), Qt::Key_Return);
+    window.action("findMenu", "Go to Line…")->trigger();
+    GotoController* gotoPane = window.sidebar()->gotoController();
+    QTest::keyClicks(gotoPane->gotoField(), "2");
+    QTest::keyClick(gotoPane->gotoField(), Qt::Key_Return);
+    EXPECT_TRUE(layout->backgroundHighlights({0, 3}).empty());
+    window.action("findMenu", "Find Next")->trigger();
+    const std::vector<ColorStore::Run> first = layout->backgroundHighlights({0, 3});
+    ASSERT_EQ(first.size(), 1u);
+    EXPECT_EQ(first.front().color, SearchManager::highlightColor().rgba());
+    EXPECT_EQ(layout->backgroundHighlights({16, 3}).size(), 1u);
+
+    // This window's leftover matches going away leave another window's search as it is.
+    Window other(QStringLiteral("foo foo\n"));
+    other.controller->swicthSidebarType(SidebarView::SearchType);
+    SearchController* otherPane = other.sidebar()->searchController();
+    QTest::keyClick(otherPane->searchField(), Qt::Key_Return);
+    ASSERT_TRUE(layout->hasBackgroundHighlights());
+    window.action("viewMenu", "Wrap Lines")->trigger();
+    EXPECT_TRUE(engine.backgroundHighlight());
+    QTest::keyClick(otherPane->replaceFeild(), Qt::Key_Return);
+    EXPECT_EQ(other.document->textStorage()->toPlainText().count(u'X'), 1);
+    resetEngine();
+}
+
+TEST(SidebarView, EverySearchPaneShowsTheEnginesOptions)
+{
+    resetEngine();
+    Window first(QStringLiteral("a"));
+    Window second(QStringLiteral("b"));
+    first.controller->swicthSidebarType(SidebarView::SearchType);
+    second.controller->swicthSidebarType(SidebarView::SearchType);
+    SearchController* one = first.sidebar()->searchController();
+    SearchController* two = second.sidebar()->searchController();
+    SearchManager& engine = SearchManager::sharedSearchManager();
+    const auto click = [](QCheckBox* box) { QTest::keyClick(box, Qt::Key_Space); };
+
+    click(two->regularExpressionCheckButton());
+    ASSERT_TRUE(engine.regularExpressions());
+    EXPECT_TRUE(one->regularExpressionCheckButton()->isChecked());
+    EXPECT_EQ(one->findLabel()->text(), "ICU-comaptible :");
+    // A box ticked in one window changes that option only, everywhere.
+    click(one->caseSensitiveCheckButton());
+    EXPECT_FALSE(engine.caseSensitive());
+    EXPECT_TRUE(engine.regularExpressions());
+    for (SearchController* pane : {one, two}) {
+        EXPECT_FALSE(pane->caseSensitiveCheckButton()->isChecked());
+        EXPECT_TRUE(pane->regularExpressionCheckButton()->isChecked());
+    }
+    // A window opened later shows them too, and leaves them as they are.
+    Window third(QStringLiteral("c"));
+    third.controller->swicthSidebarType(SidebarView::SearchType);
+    EXPECT_TRUE(third.sidebar()->searchController()->regularExpressionCheckButton()->isChecked());
+    EXPECT_FALSE(third.sidebar()->searchController()->caseSensitiveCheckButton()->isChecked());
+    EXPECT_TRUE(engine.regularExpressions());
+    EXPECT_FALSE(engine.caseSensitive());
+    resetEngine();
+}
+
+TEST(SidebarView, FoundAndGoneToRangesShowTheSameIndicatorAsABrace)
+{
+    resetEngine();
+    Window window(QStringLiteral("alpha\nbeta alpha\ngamma\n"));
+    TextView* view = window.controller->textView();
+    const auto indicated = [view] {
+        QList<Range> shown;
+        for (FindIndicator* indicator : view->viewport()->findChildren<FindIndicator*>()) {
+            if (indicator->isVisible()) {
+                shown << indicator->range();
+            }
+        }
+        return shown;
+    };
+    window.controller->swicthSidebarType(SidebarView::SearchType);
+    SearchController* search = window.sidebar()->searchController();
+    view->setSelectedRange({0, 0});
+    QTest::keyClicks(search->searchField(), "alpha");
+    QTest::keyClick(search->searchField(), Qt::Key_Return);
+    EXPECT_EQ(indicated(), QList<Range>({Range(11, 5)}));
+
+    window.action("findMenu", "Go to Line…")->trigger();
+    GotoController* gotoPane = window.sidebar()->gotoController();
+    QTest::keyClicks(gotoPane->gotoField(), "3");
+    QTest::keyClick(gotoPane->gotoField(), Qt::Key_Return);
+    EXPECT_EQ(indicated(), QList<Range>({Range(17, 6)}));
+    resetEngine();
 }

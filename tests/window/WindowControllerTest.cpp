@@ -10,8 +10,10 @@
 #include "window/DocumentWindow.h"
 
 #include <QAction>
+#include <QCursor>
 #include <QFile>
 #include <QFileInfo>
+#include <QImage>
 #include <QLabel>
 #include <QLocale>
 #include <QMenu>
@@ -21,6 +23,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -290,4 +293,47 @@ TEST(WindowController, SharingMenuAndAddresses)
     EXPECT_EQ(WindowController::sharingURL(4, QString(), QStringLiteral("x")).host(),
               "service.weibo.com");
     EXPECT_TRUE(WindowController::sharingURL(5, QString(), text).isEmpty());
+}
+
+TEST(WindowController, TheSyntaxMenuDrawsTheMixedState)
+{
+    // Chosen by name (Perl) while the choice by file type is on too.
+    UserDefaults::standardUserDefaults().setBool(true, "DefaultForFileType");
+    Window window(QStringLiteral("text"), QStringLiteral("None:Perl"));
+    ASSERT_TRUE(window.controller->syntaxColouring() && window.controller->defaultForFileType());
+    MainMenu menu(window.controller);
+    QMenu* syntax = menu.menuNamed(QStringLiteral("syntaxMenu"));
+    ASSERT_NE(syntax, nullptr);
+    // The row of "Default For File Type" as the open menu shows it.
+    const auto defaultRow = [syntax] {
+        // Away from the pointer, so that no item is highlighted under it.
+        QCursor::setPos(0, 0);
+        syntax->popup(QPoint(300, 300));
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(syntax));
+        const QImage picture = syntax->grab().toImage();
+        syntax->hide();
+        for (QAction* item : syntax->actions()) {
+            if (item->text() == u"Default For File Type") {
+                return picture.copy(syntax->actionGeometry(item));
+            }
+        }
+        ADD_FAILURE() << "no item Default For File Type";
+        return QImage();
+    };
+    const QImage mixed = defaultRow();
+
+    // Neither choice: the same item, unchecked and not mixed.
+    QAction none(QStringLiteral("None"));
+    window.controller->selectedSyntaxColoring(&none);
+    const QImage unchecked = defaultRow();
+    // The mark may make the menu wider: the rows are compared from their left edge.
+    int differing = 0;
+    for (int y = 0; y < std::min(mixed.height(), unchecked.height()); ++y) {
+        for (int x = 0; x < std::min(mixed.width(), unchecked.width()); ++x) {
+            differing += mixed.pixel(x, y) != unchecked.pixel(x, y);
+        }
+    }
+    // A mark, not a pixel or two.
+    EXPECT_GT(differing, 20);
+    UserDefaults::standardUserDefaults().removeObjectForKey("DefaultForFileType");
 }

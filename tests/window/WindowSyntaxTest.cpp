@@ -2,6 +2,8 @@
 // windows on real files.
 #include "TestSupport.h"
 #include "app/Application.h"
+#include "app/CommandLine.h"
+#include "app/CommandLineOpener.h"
 #include "document/Document.h"
 #include "document/DocumentController.h"
 #include "editor/LayoutManager.h"
@@ -382,4 +384,51 @@ TEST(WindowSyntax, ColoursStayOutOfTheDocumentAndItsUndo)
     // Saving writes the text alone.
     ASSERT_TRUE(file.document->writeSafelyToURL(file.path, QString(), Document::Save));
     EXPECT_EQ(TestSupport::readFile(file.path), kCSource.toUtf8());
+}
+
+TEST(WindowSyntax, ANewFileTakesTheSyntaxOfItsNameAtOnce)
+{
+    installDefinitions();
+    UserDefaults::standardUserDefaults().setBool(true, "DefaultForFileType");
+    DocumentController& documents = DocumentController::sharedDocumentController();
+    const QString dir = TestSupport::makeTempDir();
+    const auto syntaxOf = [&](Document* document) {
+        TextView* view = documents.windowControllerOf(document)->textView();
+        return view->syntaxDictionary().value(QStringLiteral("Name")).toString();
+    };
+    const auto saveAs = [](Document* document, const QString& path) {
+        document->setSavePanelChoice(document->documentEncoding(), document->documentLineBreaks());
+        return document->writeSafelyToURL(path, document->fileType(), Document::SaveAs);
+    };
+
+    // tessaran new.c
+    const QList<Document*> opened =
+        CommandLineOpener::open(CommandLine::parse({dir + QStringLiteral("/new.c")}));
+    ASSERT_EQ(opened.size(), 1);
+    EXPECT_EQ(syntaxOf(opened[0]), "C");
+    EXPECT_EQ(documents.windowControllerOf(opened[0])->selectedSyntaxName(), "C");
+
+    // An untitled document saved as x.py.
+    Document* untitled = documents.newDocument();
+    ASSERT_TRUE(saveAs(untitled, dir + QStringLiteral("/x.py")));
+    EXPECT_EQ(syntaxOf(untitled), "Python");
+    EXPECT_EQ(documents.windowControllerOf(untitled)->selectedSyntaxName(), "Python");
+
+    // A syntax chosen by hand stays whatever the name.
+    Document* chosen = documents.newDocument();
+    WindowController* window = documents.windowControllerOf(chosen);
+    QAction perl(QStringLiteral("Perl"));
+    perl.setData(FileManager::syntaxDefinitionDirectoryPathInPath(QStringLiteral("Perl.plist")));
+    window->selectedSyntaxColoring(&perl);
+    ASSERT_TRUE(saveAs(chosen, dir + QStringLiteral("/y.rb")));
+    EXPECT_EQ(syntaxOf(chosen), "Perl");
+
+    for (Document* document : {opened[0], untitled, chosen}) {
+        document->textStorage()->setModified(false);
+        documents.windowControllerOf(document)->window()->close();
+    }
+    for (int i = 0; i < 2; ++i) {
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    UserDefaults::standardUserDefaults().removeObjectForKey("DefaultForFileType");
 }

@@ -168,6 +168,7 @@ const QString kRestorableDocuments = QStringLiteral("RestorableDocuments");
 // followed by "*" for the current tab. The triplets of a tab window's tabs are in tab order.
 const QString kRestorableDocumentTabs = QStringLiteral("RestorableDocumentTabs");
 const QString kOpenDocumentsInTabs = QStringLiteral("OpenDocumentsInTabs");
+const QString kOpenPanelFolder = QStringLiteral("OpenPanelFolder");
 constexpr int kMaximumRecentDocuments = 15;
 constexpr quint64 kAutomatic = ~quint64(0);
 constexpr quint64 kUTF8 = 4;
@@ -347,6 +348,9 @@ QStringList DocumentController::runModalOpenPanel(QWidget* parent)
     panel.setOption(QFileDialog::DontUseNativeDialog, true);
     panel.setFileMode(QFileDialog::ExistingFiles);
     panel.setAcceptMode(QFileDialog::AcceptOpen);
+    if (const QString folder = openPanelDirectory(parent); !folder.isEmpty()) {
+        panel.setDirectory(folder);
+    }
     const Accessory accessory = addAccessory(panel, false);
     if (accessory.textEncodingPopUp) {
         EncodingManager::sharedEncodingManager().makeEncodingOfPopUpMenu(
@@ -355,6 +359,8 @@ QStringList DocumentController::runModalOpenPanel(QWidget* parent)
     if (panel.exec() != QDialog::Accepted) {
         return {};
     }
+    UserDefaults::standardUserDefaults().setObject(panel.directory().absolutePath(),
+                                                   kOpenPanelFolder);
     _isOpenPanel = true;
     _openPanelEncoding = kAutomatic;
     if (accessory.textEncodingPopUp) {
@@ -364,6 +370,22 @@ QStringList DocumentController::runModalOpenPanel(QWidget* parent)
         }
     }
     return panel.selectedFiles();
+}
+
+QString DocumentController::openPanelDirectory(QWidget* parent) const
+{
+    const Document* front = currentDocument();
+    for (Document* document : _documents) {
+        if (WindowController* controller = windowControllerOf(document);
+            parent && controller && controller->window() == parent) {
+            front = document;
+        }
+    }
+    if (front && !front->fileURL().isEmpty()) {
+        return QFileInfo(front->fileURL()).absolutePath();
+    }
+    const QString last = UserDefaults::standardUserDefaults().stringForKey(kOpenPanelFolder);
+    return QFileInfo(last).isDir() ? last : QString();
 }
 
 void DocumentController::openDocument(QWidget* parent)

@@ -64,6 +64,10 @@ public:
     /// Asks the open panel's question; returns the chosen files (empty when cancelled) and
     /// sets isOpenPanel and the chosen encoding when the user confirms.
     QStringList runModalOpenPanel(QWidget* parent);
+    /// The folder the open panel of `parent` starts in: that of the file of the document the
+    /// window shows (the front document when `parent` shows none), else the one the panel was
+    /// last confirmed in (kept between runs); empty when there is neither.
+    QString openPanelDirectory(QWidget* parent) const;
 
     bool saveDocument(Document* document);
     bool saveDocumentAs(Document* document);

@@ -171,6 +171,7 @@ const QString kRestorableDocuments = QStringLiteral("RestorableDocuments");
 // followed by "*" for the current tab. The triplets of a tab window's tabs are in tab order.
 const QString kRestorableDocumentTabs = QStringLiteral("RestorableDocumentTabs");
 const QString kOpenDocumentsInTabs = QStringLiteral("OpenDocumentsInTabs");
+const QString kOpenPanelFolder = QStringLiteral("OpenPanelFolder");
 constexpr int kMaximumRecentDocuments = 15;
 constexpr quint64 kAutomatic = ~quint64(0);
 constexpr quint64 kUTF8 = 4;
@@ -356,6 +357,9 @@ QStringList DocumentController::runModalOpenPanel(QWidget* parent)
     panel.setOption(QFileDialog::DontUseNativeDialog, true);
     panel.setFileMode(QFileDialog::ExistingFiles);
     panel.setAcceptMode(QFileDialog::AcceptOpen);
+    if (const QString folder = openPanelDirectory(parent); !folder.isEmpty()) {
+        panel.setDirectory(folder);
+    }
     const Accessory accessory = addAccessory(panel, false);
     if (accessory.textEncodingPopUp) {
         EncodingPopUp::makeEncodingOfPopUpMenu(
@@ -365,6 +369,8 @@ QStringList DocumentController::runModalOpenPanel(QWidget* parent)
     if (panel.exec() != QDialog::Accepted) {
         return {};
     }
+    UserDefaults::standardUserDefaults().setObject(panel.directory().absolutePath(),
+                                                   kOpenPanelFolder);
     _isOpenPanel = true;
     _openPanelEncoding = kAutomatic;
     if (accessory.textEncodingPopUp) {
@@ -374,6 +380,22 @@ QStringList DocumentController::runModalOpenPanel(QWidget* parent)
         }
     }
     return panel.selectedFiles();
+}
+
+QString DocumentController::openPanelDirectory(QWidget* parent) const
+{
+    const Document* front = currentDocument();
+    for (Document* document : _documents) {
+        if (WindowController* controller = windowControllerOf(document);
+            parent && controller && controller->window() == parent) {
+            front = document;
+        }
+    }
+    if (front && !front->fileURL().isEmpty()) {
+        return QFileInfo(front->fileURL()).absolutePath();
+    }
+    const QString last = UserDefaults::standardUserDefaults().stringForKey(kOpenPanelFolder);
+    return QFileInfo(last).isDir() ? last : QString();
 }
 
 void DocumentController::openDocument(QWidget* parent)
@@ -756,16 +778,25 @@ void DocumentController::clearRecentDocuments()
 void DocumentController::makeEncodingMenuItems(QMenu* menu)
 {
     menu->clear();
-    for (quint64 encoding : EncodingManager::sharedEncodingManager().encodingList()) {
-        if (encoding == EncodingManager::Separator) {
-            menu->addSeparator();
-            continue;
+    const auto addItems = [](QMenu* to, const QList<quint64>& encodings) {
+        for (const quint64 encoding : encodings) {
+            if (encoding == EncodingManager::Separator) {
+                to->addSeparator();
+                continue;
+            }
+            QAction* item = to->addAction(StringEncoding::localizedNameOfStringEncoding(encoding));
+            item->setCheckable(true);
+            item->setData(QVariant::fromValue(encoding));
+            item->setProperty("tag", 200);
         }
-        QAction* item = menu->addAction(StringEncoding::localizedNameOfStringEncoding(encoding));
-        item->setCheckable(true);
-        item->setData(QVariant::fromValue(encoding));
-        item->setProperty("tag", 200);
-    }
+    };
+    addItems(menu, EncodingManager::sharedEncodingManager().encodingList());
+    // A submenu keeps the list's items where users know them; its items trigger the menu's
+    // own triggered signal too, since it is the submenu's parent.
+    menu->addSeparator();
+    QMenu* others = menu->addMenu(EncodingManager::otherEncodingsTitle());
+    others->setObjectName(QStringLiteral("otherEncodingsMenu"));
+    addItems(others, EncodingManager::otherEncodingList());
 }
 
 void DocumentController::makeLineBreaksMenuItems(QMenu* menu)

@@ -62,6 +62,10 @@ public:
     /// Asks the open panel's question; returns the chosen files (empty when cancelled) and
     /// sets isOpenPanel and the chosen encoding when the user confirms.
     QStringList runModalOpenPanel(QWidget* parent);
+    /// The folder the open panel of `parent` starts in: that of the file of the document the
+    /// window shows (the front document when `parent` shows none), else the one the panel was
+    /// last confirmed in (kept between runs); empty when there is neither.
+    QString openPanelDirectory(QWidget* parent) const;
 
     bool saveDocument(Document* document);
     bool saveDocumentAs(Document* document);
@@ -95,7 +99,8 @@ public:
 
     // Menus -------------------------------------------------------------------------------
 
-    /// Fills a menu with the offered encodings (tag 200, the encoding as data).
+    /// Fills a menu with the encoding list (tag 200, the encoding as data), then a submenu
+    /// "Other Encodings" (objectName "otherEncodingsMenu") with the other encodings, alike.
     void makeEncodingMenuItems(QMenu* menu);
     /// Fills a menu with the three line-break styles (tag 300, the style as data).
     void makeLineBreaksMenuItems(QMenu* menu);

@@ -207,6 +207,7 @@ QWidget* PreferencesController::makeDocumentsTab()
     grid->addWidget(
         _binding->checkBox(tr("Multi-line regular expressions"), key("AllowMultiLineSearching")), 2,
         1);
+    grid->addWidget(_binding->checkBox(tr("Whole word"), key("SearchWholeWord")), 3, 0);
     layout->addWidget(search);
     layout->addStretch();
     return page;

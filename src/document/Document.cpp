@@ -552,8 +552,7 @@ bool Document::writeToURL(const QString& path, const QString& type, QString* err
     if (_documentEncodingForSaving == kUTF8 && _UTF8AppendByBOM) {
         bytes->prepend("\xEF\xBB\xBF");
     }
-    SafeFileWriter writer(FileManager::applicationSupportDirectoryPath() +
-                          QStringLiteral("/Backups"));
+    SafeFileWriter writer(FileManager::backupDirectoryPath());
     if (!writer.write(path, *bytes)) {
         return fail(saveFailureMessage(name, writer));
     }

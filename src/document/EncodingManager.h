@@ -81,6 +81,13 @@ public:
     /// Safe to call from a worker thread that detects a large file's encoding.
     QList<quint64> encodingList();
     void setEncodingList(const QList<quint64>& encodingList);
+    /// The encodings offered after the list (Windows-1251, KOI8-R, UTF-32, …), in menu order
+    /// with separators between groups; none of them is in encodingList().
+    static QList<quint64> otherEncodingList();
+    /// What detection may answer: encodingList(), a separator, then otherEncodingList().
+    QList<quint64> offeredEncodings();
+    /// The title of the group of other encodings in menus and pop-ups.
+    static QString otherEncodingsTitle() { return QStringLiteral("Other Encodings"); }
 
     /// The encoding of a file's bytes, or all ones when the file cannot be read, is empty,
     /// or decodes in no offered encoding. `priority` prefers the Japanese encodings.

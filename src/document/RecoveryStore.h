@@ -68,6 +68,8 @@ public:
     bool writeCopy(Document* document);
     /// The file holding the document's copy; empty while it has none.
     QString copyFile(Document* document) const;
+    /// The folder that holds every editor's folder of copies.
+    QString root() const { return _root; }
     /// The folder this process writes its copies into (created on first use); empty when
     /// it cannot be created (errorString() says why).
     QString folder();

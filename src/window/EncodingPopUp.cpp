@@ -4,6 +4,7 @@
 #include "platform/StringEncoding.h"
 
 #include <QComboBox>
+#include <QStandardItemModel>
 
 void EncodingPopUp::makeEncodingOfPopUpMenu(QComboBox* popUp, const QList<quint64>& list,
                                             quint64 selectedEncoding, bool withAutomaticMenu)
@@ -17,12 +18,7 @@ void EncodingPopUp::makeEncodingOfPopUpMenu(QComboBox* popUp, const QList<quint6
         popUp->insertSeparator(1);
     }
     int selection = -1;
-    for (qsizetype i = 0; i < list.size(); ++i) {
-        const quint64 encoding = list[i];
-        if (encoding == EncodingManager::Separator) {
-            popUp->insertSeparator(popUp->count());
-            continue;
-        }
+    const auto addEncoding = [&](quint64 encoding) {
         popUp->addItem(StringEncoding::localizedNameOfStringEncoding(encoding),
                        QVariant::fromValue(encoding));
         popUp->setItemData(popUp->count() - 1, 0, EncodingManager::TagRole);
@@ -31,7 +27,28 @@ void EncodingPopUp::makeEncodingOfPopUpMenu(QComboBox* popUp, const QList<quint6
                 selection = 0;
             }
         } else if (selectedEncoding == encoding) {
-            selection = int(i) + offset;
+            selection = popUp->count() - 1;
+        }
+    };
+    for (const quint64 encoding : list) {
+        if (encoding == EncodingManager::Separator) {
+            popUp->insertSeparator(popUp->count());
+        } else {
+            addEncoding(encoding);
+        }
+    }
+    Q_ASSERT(popUp->count() == list.size() + offset); // item indexes follow the list's
+    // The other encodings follow under a heading of their own, as in the Encoding menu.
+    popUp->insertSeparator(popUp->count());
+    popUp->addItem(EncodingManager::otherEncodingsTitle());
+    if (auto* model = qobject_cast<QStandardItemModel*>(popUp->model())) {
+        model->item(popUp->count() - 1)->setEnabled(false);
+    }
+    for (const quint64 encoding : EncodingManager::otherEncodingList()) {
+        if (encoding == EncodingManager::Separator) {
+            popUp->insertSeparator(popUp->count());
+        } else {
+            addEncoding(encoding);
         }
     }
     if (selection >= 0) {

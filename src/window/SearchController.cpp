@@ -95,6 +95,8 @@ SearchController::SearchController(WindowController* windowController, QWidget* 
 
     _caseSensitiveCheckButton =
         boundCheckBox(tr("Case Sensitive"), QStringLiteral("SearchCaseSensitive"), this);
+    _wholeWordCheckButton =
+        boundCheckBox(tr("Whole Word"), QStringLiteral("SearchWholeWord"), this);
     _regularExpressionCheckButton =
         boundCheckBox(tr("Regular Expression"), QStringLiteral("SearchRegularExpression"), this);
     _previousCheckButton =
@@ -104,8 +106,8 @@ SearchController::SearchController(WindowController* windowController, QWidget* 
     _replaceAllCheckButton =
         boundCheckBox(tr("Replace All"), QStringLiteral("SearchReplaceAll"), this);
     for (QCheckBox* box :
-         {_caseSensitiveCheckButton, _regularExpressionCheckButton, _previousCheckButton,
-          _replaceAndFindNextCheckButton, _replaceAllCheckButton}) {
+         {_caseSensitiveCheckButton, _wholeWordCheckButton, _regularExpressionCheckButton,
+          _previousCheckButton, _replaceAndFindNextCheckButton, _replaceAllCheckButton}) {
         layout->addWidget(box);
         connect(box, &QCheckBox::toggled, this, [this, box] { checkButton(box); });
     }
@@ -171,6 +173,7 @@ void SearchController::checkButton(QObject* sender)
     engine.setCaseSensitive(_caseSensitiveCheckButton->isChecked());
     engine.setRegularExpressions(_regularExpressionCheckButton->isChecked());
     engine.setPrevious(_previousCheckButton->isChecked());
+    engine.setWholeWord(_wholeWordCheckButton->isChecked());
 }
 
 void SearchController::showOptions()
@@ -182,6 +185,7 @@ void SearchController::showOptions()
         {_caseSensitiveCheckButton, engine.caseSensitive()},
         {_regularExpressionCheckButton, engine.regularExpressions()},
         {_previousCheckButton, engine.previous()},
+        {_wholeWordCheckButton, engine.wholeWord()},
     };
     for (const auto& [box, checked] : boxes) {
         // Only the box the user clicked writes its setting.

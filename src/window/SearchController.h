@@ -32,6 +32,7 @@ public:
     QCheckBox* replaceAndFindNextCheckButton() const { return _replaceAndFindNextCheckButton; }
     QCheckBox* replaceAllCheckButton() const { return _replaceAllCheckButton; }
     QCheckBox* caseSensitiveCheckButton() const { return _caseSensitiveCheckButton; }
+    QCheckBox* wholeWordCheckButton() const { return _wholeWordCheckButton; }
     QCheckBox* previousCheckButton() const { return _previousCheckButton; }
     QCheckBox* regularExpressionCheckButton() const { return _regularExpressionCheckButton; }
     QMenu* recentSearchMenu() const { return _recentSearchMenu; }
@@ -46,7 +47,7 @@ public:
     void setFindLabel();
     /// Passes both fields to the engine and rebuilds the recent-searches menu.
     void updateSearchingString();
-    /// Sets the engine's five flags from the check boxes.
+    /// Sets the engine's flags from the check boxes.
     void checkButton(QObject* sender);
     /// Shows the engine's five flags in the check boxes (another window's pane may have
     /// changed them).
@@ -67,6 +68,7 @@ private:
     QCheckBox* _replaceAndFindNextCheckButton;
     QCheckBox* _replaceAllCheckButton;
     QCheckBox* _caseSensitiveCheckButton;
+    QCheckBox* _wholeWordCheckButton;
     QCheckBox* _previousCheckButton;
     QCheckBox* _regularExpressionCheckButton;
     QMenu* _recentSearchMenu;

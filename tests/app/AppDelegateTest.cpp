@@ -69,6 +69,7 @@ TEST(AppDelegate, ShippedDefaultsCoverEverySettingKey)
                           "SearchCaseSensitive",
                           "SearchRegularExpression",
                           "SearchPrevious",
+                          "SearchWholeWord",
                           "AllowMultiLineSearching"};
     for (const char* key : keys) {
         EXPECT_TRUE(shipped->contains(key)) << key;

@@ -133,7 +133,7 @@ TEST(PreferencesController, EverySettingHasABoundControl)
                               "CharacterEntity",         "SearchReplaceAndFindNext",
                               "SearchReplaceAll",        "SearchCaseSensitive",
                               "SearchRegularExpression", "SearchPrevious",
-                              "AllowMultiLineSearching"};
+                              "AllowMultiLineSearching", "SearchWholeWord"};
     for (const char* key : booleans) {
         auto* box = window->findChild<QCheckBox*>(key);
         ASSERT_NE(box, nullptr) << key;

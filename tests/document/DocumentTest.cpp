@@ -2,6 +2,7 @@
 
 #include "TestSupport.h"
 #include "platform/ExtendedAttributes.h"
+#include "platform/TextCodec.h"
 #include "platform/UserDefaults.h"
 
 #include <QDir>
@@ -283,4 +284,57 @@ TEST(Document, LargeFilesGoInPieceByPieceAndAreWholeForEveryReader)
     document.finishLoading();
     EXPECT_FALSE(document.isLoading());
     EXPECT_EQ(document.textStorage()->toPlainText(), expected);
+}
+
+TEST(Document, OtherEncodingsAreDetectedSavedByteForByteAndNamedByTheAttribute)
+{
+    constexpr quint64 kWindowsCyrillic = 0x80000502;
+    constexpr quint64 kKOI8R = 0x80000A02;
+    // Messages of a Russian translation, in the code page Windows used for them.
+    const QString russian =
+        QStringLiteral("не удалось открыть %s для чтения\r\nвходная строка слишком велика\r\n"
+                       "неверный номер начальной строки\r\nзаданы несколько программ сжатия\r\n");
+    const QString wide = QStringLiteral("plain text, Привет\n");
+    const struct {
+        const char* name;
+        quint64 encoding;
+        QString text;
+    } cases[] = {
+        {"windows-1251", kWindowsCyrillic, russian},
+        {"KOI8-U", 0x80000A08, QStringLiteral("помилка під час синхронізації %s\n")},
+        // Without a byte-order mark, written back without one, in the same order.
+        {"UTF-16LE", 0x94000100, wide},
+        {"UTF-16BE", 0x90000100, wide},
+        {"UTF-32LE", 0x9C000100, wide},
+        // With one: a UTF-16 mark begins the UTF-32 mark, which must not read as a NUL.
+        {"UTF-32", 0x8C000100, wide},
+    };
+    const QString dir = TestSupport::makeTempDir();
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const QString path = dir + u'/' + QLatin1String(c.name) + ".txt";
+        const QByteArray bytes = TextCodec::encode(c.encoding, c.text).value_or(QByteArray());
+        ASSERT_FALSE(bytes.isEmpty());
+        TestSupport::writeFile(path, bytes);
+        Document document;
+        ASSERT_TRUE(document.readFromURL(path, QString()));
+        EXPECT_EQ(document.documentEncoding(), c.encoding);
+        EXPECT_EQ(document.string(), QString(c.text).replace(u"\r\n"_qs, u"\n"_qs));
+        ASSERT_TRUE(document.writeSafelyToURL(path, QString(), Document::Save));
+        EXPECT_EQ(TestSupport::readFile(path), bytes);
+    }
+
+    const QString file = dir + "/windows-1251.txt";
+    if (!xattrsWork(dir)) {
+        GTEST_SKIP() << "no extended attributes here";
+    }
+    // The attribute holds the IANA name and reading it back chooses the encoding over detection.
+    ASSERT_TRUE(Document::setTextEncodingAttribute(kKOI8R, file));
+    EXPECT_EQ(ExtendedAttributes::read(file, "com.apple.TextEncoding").value_or(""), "KOI8-R;2562");
+    Document byAttribute;
+    ASSERT_TRUE(byAttribute.readFromURL(file, QString()));
+    EXPECT_EQ(byAttribute.documentEncoding(), kKOI8R);
+    // Another program's attribute may hold the name alone.
+    ExtendedAttributes::write(file, "com.apple.TextEncoding", "windows-1251");
+    EXPECT_EQ(Document::textEncodingAttributeOfURL(file), kWindowsCyrillic);
 }

@@ -29,7 +29,8 @@ TEST(EncodingPopUp, EncodingItemIndexesKeepInStepWithTheList)
     };
 
     EncodingPopUp::makeEncodingOfPopUpMenu(&popUp, list, 4, true);
-    ASSERT_EQ(popUp.count(), 66);
+    // The list's 64 entries after "Automatic" and its separator, then the other encodings.
+    ASSERT_EQ(popUp.count(), 66 + 2 + EncodingManager::otherEncodingList().size());
     EXPECT_EQ(popUp.itemText(0), "Automatic");
     EXPECT_EQ(popUp.itemData(0, EncodingManager::TagRole).toInt(), -1);
     EXPECT_EQ(encodingAt(0), None);
@@ -46,8 +47,17 @@ TEST(EncodingPopUp, EncodingItemIndexesKeepInStepWithTheList)
     EXPECT_EQ(popUp.currentIndex(), 65);
     EXPECT_EQ(popUp.currentText(), "Non-lossy ASCII");
 
+    // After the list, a separator and a heading that cannot be chosen lead the other encodings.
+    EXPECT_TRUE(isSeparator(66));
+    EXPECT_EQ(popUp.itemText(67), "Other Encodings");
+    EXPECT_FALSE(popUp.model()->flags(popUp.model()->index(67, 0)).testFlag(Qt::ItemIsEnabled));
+    EncodingPopUp::makeEncodingOfPopUpMenu(&popUp, list, 0x80000502, true);
+    EXPECT_GT(popUp.currentIndex(), 67);
+    EXPECT_EQ(popUp.currentText(), "Cyrillic (Windows)");
+    EXPECT_EQ(encodingAt(popUp.currentIndex()), 0x80000502u);
+
     EncodingPopUp::makeEncodingOfPopUpMenu(&popUp, list, 0x80000628, false);
-    ASSERT_EQ(popUp.count(), 64);
+    ASSERT_EQ(popUp.count(), 64 + 2 + EncodingManager::otherEncodingList().size());
     EXPECT_EQ(popUp.currentIndex(), 3);
     EXPECT_EQ(encodingAt(3), 0x80000628u);
     EXPECT_TRUE(isSeparator(4));
@@ -55,7 +65,7 @@ TEST(EncodingPopUp, EncodingItemIndexesKeepInStepWithTheList)
     EncodingPopUp::makeEncodingOfPopUpMenu(&popUp, list, None, false);
     EXPECT_EQ(popUp.currentIndex(), 0);
     EXPECT_EQ(encodingAt(0), ShiftJIS);
-    EncodingPopUp::makeEncodingOfPopUpMenu(&popUp, list, 0x80000502, true);
+    EncodingPopUp::makeEncodingOfPopUpMenu(&popUp, list, 0x80000A07, true); // VISCII: not offered
     EXPECT_EQ(popUp.currentIndex(), 0);
 }
 

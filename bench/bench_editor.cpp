@@ -3,8 +3,8 @@
 // middle until the pane has repainted, and jumping to far lines.
 #include "BenchSupport.h"
 #include "app/Application.h"
+#include "app/DocumentController.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
 #include "editor/EditorController.h"
 #include "editor/GutterView.h"
 #include "editor/LayoutManager.h"

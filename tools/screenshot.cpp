@@ -12,10 +12,10 @@
 
 #include "app/Application.h"
 #include "app/CommandLine.h"
+#include "app/DocumentController.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
 #include "platform/UserDefaults.h"
-#include "search/SearchController.h"
+#include "window/SearchController.h"
 #include "window/DocumentWindow.h"
 #include "window/SidebarView.h"
 #include "window/WindowController.h"

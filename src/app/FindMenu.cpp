@@ -1,6 +1,6 @@
 #include "app/FindMenu.h"
 
-#include "search/SearchController.h"
+#include "window/SearchController.h"
 #include "window/DocumentWindow.h"
 #include "window/SidebarView.h"
 #include "window/WindowController.h"

@@ -1,6 +1,6 @@
 #include "app/HelpMenu.h"
 
-#include "document/DocumentController.h"
+#include "app/DocumentController.h"
 #include "document/RecoveryStore.h"
 #include "platform/FileManager.h"
 #include "platform/FileTitles.h"

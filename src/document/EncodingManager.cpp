@@ -5,10 +5,8 @@
 #include "platform/Range.h"
 #include "platform/TextCodec.h"
 
-#include <QComboBox>
 #include <QFile>
 #include <QFileInfo>
-#include <QStandardItemModel>
 
 #include <array>
 #include <cstring>
@@ -148,59 +146,6 @@ QList<quint64> EncodingManager::otherEncodingList()
 QList<quint64> EncodingManager::offeredEncodings()
 {
     return encodingList() + QList<quint64>{Separator} + otherEncodingList();
-}
-
-void EncodingManager::makeEncodingOfPopUpMenu(QComboBox* popUp, quint64 selectedEncoding,
-                                              bool withAutomaticMenu)
-{
-    popUp->clear();
-    const int offset = withAutomaticMenu ? 2 : 0;
-    if (withAutomaticMenu) {
-        popUp->addItem(QStringLiteral("Automatic"),
-                       QVariant::fromValue(StringEncoding::NoEncoding));
-        popUp->setItemData(0, -1, TagRole);
-        popUp->insertSeparator(1);
-    }
-    int selection = -1;
-    const auto addEncoding = [&](quint64 encoding) {
-        popUp->addItem(StringEncoding::localizedNameOfStringEncoding(encoding),
-                       QVariant::fromValue(encoding));
-        popUp->setItemData(popUp->count() - 1, 0, TagRole);
-        if (selectedEncoding == StringEncoding::NoEncoding) {
-            if (withAutomaticMenu) {
-                selection = 0;
-            }
-        } else if (selectedEncoding == encoding) {
-            selection = popUp->count() - 1;
-        }
-    };
-    const QList<quint64> list = encodingList();
-    for (qsizetype i = 0; i < list.size(); ++i) {
-        if (list[i] == Separator) {
-            popUp->insertSeparator(popUp->count());
-        } else {
-            addEncoding(list[i]);
-        }
-    }
-    Q_ASSERT(popUp->count() == list.size() + offset); // item indexes follow the list's
-    // The other encodings follow under a heading of their own, as in the Encoding menu.
-    popUp->insertSeparator(popUp->count());
-    popUp->addItem(otherEncodingsTitle());
-    if (auto* model = qobject_cast<QStandardItemModel*>(popUp->model())) {
-        model->item(popUp->count() - 1)->setEnabled(false);
-    }
-    for (const quint64 encoding : otherEncodingList()) {
-        if (encoding == Separator) {
-            popUp->insertSeparator(popUp->count());
-        } else {
-            addEncoding(encoding);
-        }
-    }
-    if (selection >= 0) {
-        popUp->setCurrentIndex(selection);
-    } else if (popUp->count() > 0) {
-        popUp->setCurrentIndex(0);
-    }
 }
 
 quint64 EncodingManager::automaticDistinctionEncodingWithContentsOfURL(const QUrl& url,
@@ -380,17 +325,6 @@ DecodedContents EncodingManager::contentsOfURL(const QUrl& url, quint64 encoding
 }
 
 // Line breaks
-
-void EncodingManager::makeLineBreaksOfPopUpMenu(QComboBox* popUp, qsizetype selectLineBreaks)
-{
-    popUp->clear();
-    for (int style = 0; style < 3; ++style) {
-        popUp->addItem(lineBreaksLongTitle(style), style);
-        popUp->setItemData(style, style, TagRole);
-    }
-    popUp->setCurrentIndex(selectLineBreaks >= 0 && selectLineBreaks < 3 ? int(selectLineBreaks)
-                                                                         : -1);
-}
 
 qsizetype EncodingManager::scanLineBreaks(const QUrl& url, quint64 encoding)
 {

@@ -1,6 +1,7 @@
 #include "editor/TextView.h"
 
 #include "editor/BraceMatcher.h"
+#include "editor/CompletionManager.h"
 #include "editor/EditorController.h"
 #include "editor/FindIndicator.h"
 #include "editor/GutterView.h"
@@ -16,7 +17,6 @@
 #include "platform/SystemBeep.h"
 #include "platform/UserDefaults.h"
 #include "syntax/CompletionCandidates.h"
-#include "syntax/CompletionManager.h"
 #include "syntax/SyntaxDefinitionFolder.h"
 #include "syntax/SyntaxManager.h"
 

@@ -1,21 +1,20 @@
 #include "window/WindowController.h"
 
-#include "app/Application.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
 #include "document/EncodingManager.h"
+#include "editor/CompletionManager.h"
 #include "editor/EditorController.h"
 #include "editor/LayoutManager.h"
 #include "editor/SpellCheckingController.h"
 #include "editor/TextView.h"
 #include "editor/UndoActionNames.h"
 #include "platform/FileManager.h"
+#include "platform/NotificationCenter.h"
 #include "platform/SpellChecker.h"
 #include "platform/StringEncoding.h"
 #include "platform/TextCodec.h"
 #include "platform/UserDefaults.h"
 #include "search/SearchManager.h"
-#include "syntax/CompletionManager.h"
 #include "syntax/SyntaxDefinitionFolder.h"
 #include "syntax/SyntaxManager.h"
 #include "window/CaretPosition.h"
@@ -68,7 +67,7 @@ WindowController::WindowController(Document* document)
     _sidebarView = new SidebarView(this);
     _sidebarView->placeBeside(_window->splitView());
     _counter = new CharacterCounter(document->textStorage());
-    connect(Application::instance(), &Application::NotifUpdatePreferences, this,
+    connect(&NotificationCenter::defaultCenter(), &NotificationCenter::NotifUpdatePreferences, this,
             &WindowController::updatePreferences);
     _fileIsReadOnly = isReadOnlyFile(document->fileURL());
     connect(document, &Document::documentInformationChanged, this, [this] {
@@ -644,7 +643,6 @@ void WindowController::updatePreferences(QObject* sender)
                                                                       : Qt::Vertical);
     }
     _document->updatePreferences();
-    DocumentController::sharedDocumentController().updatePreferences();
 }
 
 // Document commands --------------------------------------------------------------------

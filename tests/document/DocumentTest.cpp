@@ -1,7 +1,6 @@
 #include "document/Document.h"
 
 #include "TestSupport.h"
-#include "document/DocumentController.h"
 #include "platform/ExtendedAttributes.h"
 #include "platform/TextCodec.h"
 #include "platform/UserDefaults.h"
@@ -28,17 +27,6 @@ bool xattrsWork(const QString& dir)
     return ExtendedAttributes::write(probe, "com.apple.TextEncoding", "utf-8;134217984");
 }
 
-struct ReadingFlags {
-    ~ReadingFlags()
-    {
-        DocumentController& controller = DocumentController::sharedDocumentController();
-        controller.setIsOpenPanel(false);
-        controller.setIsRevertTo(false);
-        controller.setIsReopen(false);
-        controller.setOpenPanelEncoding(kNone);
-    }
-};
-
 } // namespace
 
 TEST(Document, NewDocumentTakesTheDefaults)
@@ -58,22 +46,18 @@ TEST(Document, NewDocumentTakesTheDefaults)
 
 TEST(Document, EncodingChoiceFollowsHowTheReadStarted)
 {
-    ReadingFlags cleanup;
     const QString dir = TestSupport::makeTempDir();
     // "é" in Latin-1: not UTF-8, so detection cannot mistake it for that.
     const QString latin = TestSupport::writeFile(dir + "/latin.txt", "caf\xe9\n");
     const QString utf8 = TestSupport::writeFile(dir + "/utf8.txt", "caf\xc3\xa9\n");
-    DocumentController& controller = DocumentController::sharedDocumentController();
+    using Request = Document::ReadRequest;
 
-    // Open panel with an encoding chosen: that encoding, and the flag is consumed.
-    controller.setIsOpenPanel(true);
-    controller.setOpenPanelEncoding(kMacRoman);
+    // Open panel with an encoding chosen: that encoding.
     Document chosen;
-    ASSERT_TRUE(chosen.readFromURL(latin, QString()));
+    ASSERT_TRUE(chosen.readFromURL(latin, QString(), nullptr, {Request::OpenPanel, kMacRoman}));
     EXPECT_EQ(chosen.documentEncoding(), kMacRoman);
     // 0xE9 is "È" in Mac OS Roman.
     EXPECT_EQ(chosen.string(), QStringLiteral("caf\u00c8\n"));
-    EXPECT_FALSE(controller.isOpenPanel());
 
     // Any other read detects.
     Document detected;
@@ -88,15 +72,12 @@ TEST(Document, EncodingChoiceFollowsHowTheReadStarted)
     ASSERT_TRUE(detected.revertToContentsOfURL(utf8, QString()));
     EXPECT_EQ(detected.documentEncoding(), kLatin1);
     EXPECT_EQ(detected.string(), QStringLiteral("caf\u00c3\u00a9\n"));
-    EXPECT_FALSE(controller.isRevertTo());
 
     // Reopening at launch does the same.
-    controller.setIsReopen(true);
     Document reopened;
     reopened.setDocumentEncoding(kMacRoman);
-    ASSERT_TRUE(reopened.readFromURL(latin, QString()));
+    ASSERT_TRUE(reopened.readFromURL(latin, QString(), nullptr, {Request::Reopen}));
     EXPECT_EQ(reopened.documentEncoding(), kMacRoman);
-    EXPECT_FALSE(controller.isReopen());
 
     if (xattrsWork(dir)) {
         // The attribute wins over detection and over the current encoding.
@@ -104,10 +85,8 @@ TEST(Document, EncodingChoiceFollowsHowTheReadStarted)
         Document byAttribute;
         ASSERT_TRUE(byAttribute.readFromURL(utf8, QString()));
         EXPECT_EQ(byAttribute.documentEncoding(), kLatin1);
-        controller.setIsOpenPanel(true);
-        controller.setOpenPanelEncoding(kNone);
         Document automatic;
-        ASSERT_TRUE(automatic.readFromURL(utf8, QString()));
+        ASSERT_TRUE(automatic.readFromURL(utf8, QString(), nullptr, {Request::OpenPanel, kNone}));
         EXPECT_EQ(automatic.documentEncoding(), kLatin1);
     }
 }
@@ -247,7 +226,7 @@ TEST(Document, AttributeValues)
     EXPECT_EQ(Document::textEncodingAttributeOfURL(file), kNone);
 }
 
-TEST(Document, DuplicateReplaceAndPdf)
+TEST(Document, DuplicateAndReplace)
 {
     const QString dir = TestSupport::makeTempDir();
     const QString file = TestSupport::writeFile(dir + "/notes.txt", "first\r\nsecond\r\n");
@@ -268,15 +247,6 @@ TEST(Document, DuplicateReplaceAndPdf)
     EXPECT_EQ(copy->documentLineBreaks(), 2);
     EXPECT_TRUE(copy->fileURL().isEmpty());
     EXPECT_FALSE(copy->textStorage()->isUndoAvailable());
-
-    // An export writes a PDF and replaces an older file only when it succeeds.
-    const QString pdf = TestSupport::writeFile(dir + "/notes.pdf", "old");
-    QString error;
-    ASSERT_TRUE(document.exportAsPDFTo(pdf, &error)) << error.toStdString();
-    EXPECT_TRUE(TestSupport::readFile(pdf).startsWith("%PDF"));
-    EXPECT_FALSE(document.exportAsPDFTo(dir + "/missing/notes.pdf", &error));
-    EXPECT_TRUE(error.contains("notes.pdf"));
-    EXPECT_EQ(QDir(dir).entryList(QDir::Files | QDir::Hidden).size(), 2);
 }
 
 TEST(Document, LargeFilesGoInPieceByPieceAndAreWholeForEveryReader)
@@ -314,28 +284,6 @@ TEST(Document, LargeFilesGoInPieceByPieceAndAreWholeForEveryReader)
     document.finishLoading();
     EXPECT_FALSE(document.isLoading());
     EXPECT_EQ(document.textStorage()->toPlainText(), expected);
-}
-
-TEST(Document, AFileAlreadyOpenLeavesTheOpenPanelsEncodingToTheNextFile)
-{
-    ReadingFlags cleanup;
-    const QString dir = TestSupport::makeTempDir();
-    const QString open = TestSupport::writeFile(dir + "/open.txt", "caf\xe9\n");
-    const QString next = TestSupport::writeFile(dir + "/next.txt", "caf\xe9\n");
-    DocumentController& controller = DocumentController::sharedDocumentController();
-    Document* first = controller.openDocumentWithContentsOfURL(open, false);
-    ASSERT_NE(first, nullptr);
-
-    // The open panel's choice of two files, the first of them open already.
-    controller.setIsOpenPanel(true);
-    controller.setOpenPanelEncoding(kMacRoman);
-    EXPECT_EQ(controller.openDocumentWithContentsOfURL(open, false), first);
-    Document* second = controller.openDocumentWithContentsOfURL(next, false);
-    ASSERT_NE(second, nullptr);
-    EXPECT_EQ(second->documentEncoding(), kMacRoman);
-    EXPECT_EQ(second->string(), QStringLiteral("caf\u00c8\n"));
-    EXPECT_FALSE(controller.isOpenPanel());
-    controller.discardAllDocuments();
 }
 
 TEST(Document, OtherEncodingsAreDetectedSavedByteForByteAndNamedByTheAttribute)

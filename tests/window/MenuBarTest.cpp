@@ -2,7 +2,7 @@
 #include "app/HelpMenu.h"
 #include "app/MainMenu.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
+#include "app/DocumentController.h"
 #include "platform/FileManager.h"
 #include "platform/FileTitles.h"
 #include "platform/UserDefaults.h"

@@ -10,12 +10,12 @@
 #include "editor/TextView.h"
 #include "editor/UndoActionNames.h"
 #include "platform/UserDefaults.h"
-#include "scripts/ScriptController.h"
-#include "search/GotoController.h"
-#include "search/SearchController.h"
 #include "search/SearchManager.h"
 #include "window/DocumentWindow.h"
+#include "window/GotoController.h"
 #include "window/InfoController.h"
+#include "window/ScriptController.h"
+#include "window/SearchController.h"
 #include "window/WindowController.h"
 
 #include <QAction>

@@ -1,9 +1,9 @@
 #include "window/WindowController.h"
 
 #include "TestSupport.h"
+#include "app/DocumentController.h"
 #include "app/MainMenu.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
 #include "document/PermissionsEnforced.h"
 #include "editor/TextView.h"
 #include "platform/UserDefaults.h"
@@ -282,7 +282,6 @@ TEST(WindowController, WindowsOpenAtTheEndOfARunComeBackAtTheNext)
     EXPECT_EQ(back->string(), QStringLiteral("print \"caf\u00e9\";\n"));
     EXPECT_EQ(back->windowIdentifier(), "2:Perl");
     EXPECT_EQ(controller.windowControllerOf(back)->selectedSyntaxName(), "Perl");
-    EXPECT_FALSE(controller.isReopen());
     // What was remembered is used once.
     controller.discardAllDocuments();
     EXPECT_EQ(controller.reopenDocumentsOfLastRun(), 0);

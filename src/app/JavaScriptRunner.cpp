@@ -1,6 +1,6 @@
-#include "scripts/JavaScriptRunner.h"
+#include "app/JavaScriptRunner.h"
 
-#include "scripts/ScriptingApplication.h"
+#include "app/ScriptingApplication.h"
 
 #include <QJSEngine>
 #include <QJSValue>

@@ -1,10 +1,10 @@
-#include "syntax/SyntaxDefinitionEditor.h"
+#include "app/SyntaxDefinitionEditor.h"
 
-#include "document/DocumentController.h"
+#include "app/DocumentController.h"
+#include "app/KeyTypeDelegate.h"
 #include "platform/FileManager.h"
 #include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
-#include "syntax/KeyTypeDelegate.h"
 #include "syntax/SyntaxEntryTableModel.h"
 
 #include <QApplication>

@@ -1,4 +1,4 @@
-#include "syntax/CompletionPanel.h"
+#include "editor/CompletionPanel.h"
 
 #include <QFontDatabase>
 #include <QListWidget>

@@ -26,8 +26,6 @@ public:
                                const ScriptObjectPtr& folder);
     /// Adds a folder through the sheet on `window` (addScriptFolder:).
     static void addScriptFolder(QWidget* window);
-    /// Runs a library script after checking that its file exists (runRegisterScript:).
-    static void runRegisterScript(const ScriptObjectPtr& node);
     /// Asks for files of the importable types and adds them (importToScript:).
     static void importToScript(QWidget* window);
     /// Opens the shipped ReadMe as a document (readMe:).

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "document/DocumentOpener.h"
+
 #include <QObject>
 #include <QPointer>
 #include <QStringList>
@@ -15,50 +17,46 @@ class WindowController;
 
 /// The application's one document controller: it sets the application up at start and
 /// tells a document how it is being read.
-class DocumentController : public QObject
+class DocumentController : public QObject, public DocumentOpener
 {
     Q_OBJECT
 
 public:
     static DocumentController& sharedDocumentController();
 
-    /// The start-up set-up, run once when the application has started: autosave interval,
-    /// the open panel's default encoding, the reading flags, the support folders, and
-    /// either the first-start installation or the restoration of the script library.
+    /// The start-up set-up, run once when the application has started: the open panel's
+    /// default encoding and flag, the support folders, and either the first-start
+    /// installation or the restoration of the script library.
     void awakeFromNib();
 
-    /// Seconds from the first unsaved change of a document to its recovery copy.
-    qint64 autosavingDelay() const { return _autosavingDelay; }
     quint64 openDefaultsTextEncoding() const { return _openDefaultsTextEncoding; }
 
     /// The encoding chosen in the open panel's pop-up when it was confirmed; all ones for
     /// "Automatic".
     quint64 openPanelEncoding() const { return _openPanelEncoding; }
     void setOpenPanelEncoding(quint64 encoding) { _openPanelEncoding = encoding; }
+    /// Whether the next file read takes the open panel's encoding (the flag is cleared by
+    /// that read).
     bool isOpenPanel() const { return _isOpenPanel; }
     void setIsOpenPanel(bool value) { _isOpenPanel = value; }
-    bool isRevertTo() const { return _isRevertTo; }
-    void setIsRevertTo(bool value) { _isRevertTo = value; }
-    bool isReopen() const { return _isReopen; }
-    void setIsReopen(bool value) { _isReopen = value; }
 
     // Documents ---------------------------------------------------------------------------
 
     /// The open documents, oldest first.
-    const std::vector<Document*>& documents() const { return _documents; }
+    const std::vector<Document*>& documents() const override { return _documents; }
     /// The document of the active window (its current tab), else the most recent document that
     /// its window shows.
-    Document* currentDocument() const;
+    Document* currentDocument() const override;
     WindowController* windowControllerOf(Document* document) const;
 
     /// Opens a new untitled document in its own window.
-    Document* newDocument();
+    Document* newDocument() override;
     /// Opens an untitled copy of the document (its text, encoding, line breaks, syntax and
     /// sidebar) in a window of its own.
     Document* duplicateDocument(Document* document);
     /// Opens the file in a window (or brings its window forward when it is open already);
     /// null after showing why it could not be opened.
-    Document* openDocumentWithContentsOfURL(const QString& path, bool display = true);
+    Document* openDocumentWithContentsOfURL(const QString& path, bool display = true) override;
     /// Shows the open panel with its encoding pop-up and opens what the user chose.
     void openDocument(QWidget* parent);
     /// Asks the open panel's question; returns the chosen files (empty when cancelled) and
@@ -143,10 +141,7 @@ private:
 
     std::vector<Document*> _documents;
 
-    qint64 _autosavingDelay = 0;
     quint64 _openDefaultsTextEncoding = 0;
     quint64 _openPanelEncoding = ~quint64(0);
     bool _isOpenPanel = false;
-    bool _isRevertTo = false;
-    bool _isReopen = false;
 };

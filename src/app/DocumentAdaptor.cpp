@@ -1,6 +1,6 @@
-#include "scripts/DocumentAdaptor.h"
+#include "app/DocumentAdaptor.h"
 
-#include "scripts/ScriptingDocument.h"
+#include "app/ScriptingDocument.h"
 
 #include <QDBusArgument>
 #include <QDBusConnection>

@@ -1,4 +1,4 @@
-#include "search/SearchController.h"
+#include "window/SearchController.h"
 
 #include "editor/TextView.h"
 #include "platform/UserDefaults.h"

@@ -1,6 +1,7 @@
 // What a printed document looks like on paper, through its PDF export.
 #include "TestSupport.h"
 #include "document/Document.h"
+#include "window/DocumentPrinter.h"
 
 #include <QFont>
 #include <QRegularExpression>
@@ -24,7 +25,7 @@ TEST(Printing, TheTextHasTheSizeOfItsFontInPoints)
     document.textStorage()->setDefaultFont(font);
 
     const QString pdf = TestSupport::makeTempDir() + "/lines.pdf";
-    ASSERT_TRUE(document.exportAsPDFTo(pdf));
+    ASSERT_TRUE(DocumentPrinter::exportAsPDFTo(document, pdf));
     const QByteArray bytes = TestSupport::readFile(pdf);
     const qsizetype pages =
         QString::fromLatin1(bytes).count(QRegularExpression(QStringLiteral("/Type\\s*/Page\\b")));

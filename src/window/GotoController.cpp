@@ -1,4 +1,4 @@
-#include "search/GotoController.h"
+#include "window/GotoController.h"
 
 #include "editor/TextView.h"
 #include "search/SearchManager.h"

@@ -1,8 +1,8 @@
 // The alert of a save that cannot encode a character offers to save in UTF-8; whichever button
 // the user presses, nothing is lost.
 #include "TestSupport.h"
+#include "app/DocumentController.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
 
 #include <QAbstractButton>
 #include <QApplication>

@@ -1,11 +1,11 @@
 // The object model of in-process scripts, and the shipped example scripts run as a user
 // runs them from the library.
-#include "ScriptTestSupport.h"
 #include "TestSupport.h"
+#include "app/JavaScriptRunner.h"
+#include "app/ScriptingDocument.h"
 #include "platform/FileManager.h"
-#include "scripts/JavaScriptRunner.h"
 #include "scripts/ScriptManager.h"
-#include "scripts/ScriptingDocument.h"
+#include "scripts/ScriptTestSupport.h"
 
 #include <QDate>
 #include <QDesktopServices>

@@ -1,7 +1,7 @@
-#include "scripts/ApplicationAdaptor.h"
+#include "app/ApplicationAdaptor.h"
 
-#include "document/DocumentController.h"
-#include "scripts/ScriptingService.h"
+#include "app/DocumentController.h"
+#include "app/ScriptingService.h"
 
 #include <QDBusError>
 

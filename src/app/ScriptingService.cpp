@@ -1,9 +1,9 @@
-#include "scripts/ScriptingService.h"
+#include "app/ScriptingService.h"
 
 #include "app/Application.h"
-#include "scripts/ApplicationAdaptor.h"
-#include "scripts/DocumentAdaptor.h"
-#include "scripts/ScriptingDocument.h"
+#include "app/ApplicationAdaptor.h"
+#include "app/DocumentAdaptor.h"
+#include "app/ScriptingDocument.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>

@@ -1,8 +1,8 @@
-#include "scripts/ScriptMenu.h"
+#include "app/ScriptMenu.h"
 
 #include "app/AppDelegate.h"
 #include "app/Application.h"
-#include "scripts/ScriptCommands.h"
+#include "app/ScriptCommands.h"
 #include "scripts/ScriptLibrary.h"
 #include "scripts/ScriptManager.h"
 #include "window/DocumentWindow.h"
@@ -30,7 +30,7 @@ ScriptMenu::ScriptMenu(QMenu* menu, WindowController* controller)
 {
     addFixedItems();
     makeSupportMenuItems(menu);
-    connect(Application::instance(), &Application::scriptDataSourceChanged, this,
+    connect(&ScriptManager::sharedScriptManager(), &ScriptManager::scriptDataSourceChanged, this,
             &ScriptMenu::updateSupportMenuItems);
 }
 
@@ -121,5 +121,5 @@ void ScriptMenu::addMenuOfScriptObjectFolder(const ScriptObjectPtr& node, QMenu*
 
 void ScriptMenu::runRegisterScript(QAction* item)
 {
-    ScriptCommands::runRegisterScript(item->data().value<ScriptObjectPtr>());
+    ScriptManager::sharedScriptManager().runRegisterScript(item->data().value<ScriptObjectPtr>());
 }

@@ -1,11 +1,10 @@
-#include "scripts/ScriptController.h"
+#include "window/ScriptController.h"
 
-#include "app/Application.h"
-#include "document/DocumentController.h"
 #include "scripts/ScriptAlert.h"
-#include "scripts/ScriptCommands.h"
 #include "scripts/ScriptLibrary.h"
+#include "scripts/ScriptManager.h"
 #include "scripts/ScriptSheet.h"
+#include "scripts/ScriptTarget.h"
 #include "scripts/ScriptTreeModel.h"
 
 #include <QDesktopServices>
@@ -50,7 +49,7 @@ ScriptController::ScriptController(WindowController* controller, QWidget* parent
             menu->popup(_outlineView->viewport()->mapToGlobal(point));
         }
     });
-    connect(Application::instance(), &Application::scriptDataSourceChanged, this,
+    connect(&ScriptManager::sharedScriptManager(), &ScriptManager::scriptDataSourceChanged, this,
             &ScriptController::reloadData);
     reloadData();
 }
@@ -137,8 +136,8 @@ void ScriptController::source()
     const QString path = ScriptLibrary::filePathOf(node);
     if (node->initApp()) {
         QDesktopServices::openUrl(QUrl::fromLocalFile(path));
-    } else {
-        DocumentController::sharedDocumentController().openDocumentWithContentsOfURL(path);
+    } else if (ScriptTarget* target = ScriptManager::sharedScriptManager().target()) {
+        target->openDocumentWithContentsOfURL(path);
     }
 }
 
@@ -175,7 +174,7 @@ void ScriptController::doubleClickedOutlineViewRow(QObject* sender)
         return;
     }
     if (node->isLeaf()) {
-        ScriptCommands::runRegisterScript(node);
+        ScriptManager::sharedScriptManager().runRegisterScript(node);
     } else {
         _outlineView->setExpanded(index, !_outlineView->isExpanded(index));
     }

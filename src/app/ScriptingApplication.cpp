@@ -1,7 +1,7 @@
-#include "scripts/ScriptingApplication.h"
+#include "app/ScriptingApplication.h"
 
-#include "document/DocumentController.h"
-#include "scripts/ScriptingDocument.h"
+#include "app/DocumentController.h"
+#include "app/ScriptingDocument.h"
 
 #include <QDesktopServices>
 #include <QUrl>

@@ -1,10 +1,10 @@
-#include "scripts/ScriptingDocument.h"
+#include "app/ScriptingDocument.h"
 
+#include "app/DocumentController.h"
+#include "app/JavaScriptRunner.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
 #include "editor/TextView.h"
 #include "platform/StringEncoding.h"
-#include "scripts/JavaScriptRunner.h"
 #include "window/DocumentWindow.h"
 #include "window/WindowController.h"
 

@@ -1,4 +1,4 @@
-#include "syntax/KeyTypeDelegate.h"
+#include "app/KeyTypeDelegate.h"
 
 #include "syntax/SyntaxEntryTableModel.h"
 

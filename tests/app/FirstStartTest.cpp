@@ -1,10 +1,12 @@
 #include "TestSupport.h"
 #include "app/AppDelegate.h"
 #include "app/Application.h"
-#include "document/DocumentController.h"
+#include "app/DocumentController.h"
+#include "document/Document.h"
 #include "platform/FileManager.h"
 #include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
+#include "scripts/ScriptManager.h"
 
 #include <QDir>
 #include <QFile>
@@ -19,7 +21,7 @@ void startWithEmptySupportFolder()
     QDir(FileManager::applicationSupportDirectoryPath()).removeRecursively();
     UserDefaults::standardUserDefaults().removeObjectForKey("FirstStartupApplication");
     UserDefaults::standardUserDefaults().removeObjectForKey("ScriptAllItems");
-    Application::instance()->setScriptDataSource(std::nullopt);
+    ScriptManager::sharedScriptManager().setScriptDataSource(std::nullopt);
 }
 
 } // namespace
@@ -44,7 +46,7 @@ TEST(FirstStart, InstallsDefinitionsScriptsAndTheExampleLibrary)
     // The user's copies are theirs to edit.
     EXPECT_TRUE(QFileInfo(syntax.filePath("C.plist")).isWritable());
 
-    const auto& library = Application::instance()->scriptDataSource();
+    const auto& library = ScriptManager::sharedScriptManager().scriptDataSource();
     ASSERT_TRUE(library.has_value());
     ASSERT_EQ(library->size(), 2);
     EXPECT_EQ(library->at(0)->title(), "Exsample for AppleScript");
@@ -60,11 +62,11 @@ TEST(FirstStart, InstallsDefinitionsScriptsAndTheExampleLibrary)
     // A later start copies nothing and restores the library from the settings.
     QFile::remove(syntax.filePath("Perl.plist"));
     Application::instance()->delegate().applicationWillTerminate();
-    Application::instance()->setScriptDataSource(std::nullopt);
+    ScriptManager::sharedScriptManager().setScriptDataSource(std::nullopt);
     DocumentController::sharedDocumentController().awakeFromNib();
     EXPECT_FALSE(QFile::exists(syntax.filePath("Perl.plist")));
-    ASSERT_TRUE(Application::instance()->scriptDataSource().has_value());
-    EXPECT_EQ(Application::instance()->scriptDataSource()->size(), 2);
+    ASSERT_TRUE(ScriptManager::sharedScriptManager().scriptDataSource().has_value());
+    EXPECT_EQ(ScriptManager::sharedScriptManager().scriptDataSource()->size(), 2);
 }
 
 TEST(FirstStart, NeverReplacesTheUsersFiles)
@@ -78,7 +80,8 @@ TEST(FirstStart, NeverReplacesTheUsersFiles)
     EXPECT_EQ(TestSupport::readFile(userC), "my own C definition");
     EXPECT_EQ(TestSupport::readFile(userScript), "#!/bin/sh\necho mine\n");
     // The node is made whether or not the copy took place.
-    EXPECT_EQ(Application::instance()->scriptDataSource()->at(1)->numberOfChildren(), 2);
+    EXPECT_EQ(ScriptManager::sharedScriptManager().scriptDataSource()->at(1)->numberOfChildren(),
+              2);
     EXPECT_TRUE(QFile::exists(FileManager::syntaxDefinitionDirectoryPathInPath("Perl.plist")));
 }
 
@@ -89,14 +92,10 @@ TEST(FirstStart, ReadsItsSettingsAndClearsTheReadingFlags)
     defaults.setUnsignedInteger(8, "OpenDefaultsTextEncoding");
     DocumentController& controller = DocumentController::sharedDocumentController();
     controller.setIsOpenPanel(true);
-    controller.setIsReopen(true);
-    controller.setIsRevertTo(true);
     controller.awakeFromNib();
-    EXPECT_EQ(controller.autosavingDelay(), 45);
+    EXPECT_EQ(Document().autosavingDelay(), 45);
     EXPECT_EQ(controller.openDefaultsTextEncoding(), 8u);
     EXPECT_FALSE(controller.isOpenPanel());
-    EXPECT_FALSE(controller.isReopen());
-    EXPECT_FALSE(controller.isRevertTo());
     defaults.removeObjectForKey("AutosavingDelay");
     defaults.removeObjectForKey("OpenDefaultsTextEncoding");
     EXPECT_EQ(defaults.unsignedIntegerForKey("OpenDefaultsTextEncoding"), ~quint64(0));

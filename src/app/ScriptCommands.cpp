@@ -1,7 +1,7 @@
-#include "scripts/ScriptCommands.h"
+#include "app/ScriptCommands.h"
 
+#include "app/DocumentController.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
 #include "editor/TextView.h"
 #include "platform/FileManager.h"
 #include "platform/PropertyList.h"
@@ -140,19 +140,6 @@ void ScriptCommands::addScriptFolder(QWidget* window)
     if (!name.isEmpty()) {
         ScriptLibrary::addScriptFolder(name, sheet.selectedFolder());
     }
-}
-
-void ScriptCommands::runRegisterScript(const ScriptObjectPtr& node)
-{
-    if (!node || !node->isLeaf()) {
-        return;
-    }
-    const QFileInfo file(ScriptLibrary::filePathOf(node));
-    if (!file.exists() || file.isDir()) {
-        ScriptAlert::show(tr("No such file or directory."), tr("Notice"));
-        return;
-    }
-    ScriptManager::sharedScriptManager().runRegisterScriptWithPath(file.filePath());
 }
 
 void ScriptCommands::importToScript(QWidget* window)

@@ -1,7 +1,7 @@
-#include "syntax/CompletionManager.h"
+#include "editor/CompletionManager.h"
 
+#include "editor/CompletionPanel.h"
 #include "editor/TextView.h"
-#include "syntax/CompletionPanel.h"
 
 #include <QApplication>
 #include <QEvent>

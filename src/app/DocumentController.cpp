@@ -1,4 +1,4 @@
-#include "document/DocumentController.h"
+#include "app/DocumentController.h"
 
 #include "app/Application.h"
 #include "app/MainMenu.h"
@@ -7,11 +7,14 @@
 #include "document/RecoveryStore.h"
 #include "editor/TextView.h"
 #include "platform/FileManager.h"
+#include "platform/NotificationCenter.h"
 #include "platform/StringEncoding.h"
 #include "platform/UserDefaults.h"
 #include "scripts/ScriptManager.h"
 #include "scripts/ScriptObject.h"
+#include "window/DocumentPrinter.h"
 #include "window/DocumentWindow.h"
+#include "window/EncodingPopUp.h"
 #include "window/WindowController.h"
 
 #include <QApplication>
@@ -77,7 +80,10 @@ ScriptObjectPtr installScriptGroup(const QString& title, const QStringList& file
 
 DocumentController::DocumentController(QObject* parent)
     : QObject(parent)
-{}
+{
+    connect(&NotificationCenter::defaultCenter(), &NotificationCenter::NotifUpdatePreferences, this,
+            &DocumentController::updatePreferences);
+}
 
 DocumentController& DocumentController::sharedDocumentController()
 {
@@ -116,12 +122,9 @@ const QStringList& DocumentController::shippedShellScripts()
 void DocumentController::awakeFromNib()
 {
     UserDefaults& defaults = UserDefaults::standardUserDefaults();
-    _autosavingDelay = defaults.integerForKey(QStringLiteral("AutosavingDelay"));
     _openDefaultsTextEncoding =
         defaults.unsignedIntegerForKey(QStringLiteral("OpenDefaultsTextEncoding"));
     _isOpenPanel = false;
-    _isRevertTo = false;
-    _isReopen = false;
 
     const QString app = FileManager::applicationName();
     FileManager::findOrCreateDirectory(FileManager::ApplicationSupportDirectory,
@@ -150,7 +153,7 @@ void DocumentController::installShippedResources()
         installScriptGroup(QStringLiteral("Exsample for AppleScript"), shippedInProcessScripts()));
     library.append(
         installScriptGroup(QStringLiteral("Exsample for ShellScript"), shippedShellScripts()));
-    Application::instance()->setScriptDataSource(library);
+    ScriptManager::sharedScriptManager().setScriptDataSource(library);
     UserDefaults::standardUserDefaults().setBool(false, kFirstStartupApplication);
     // Written now, with the flag above: a first run that never quits cleanly must not leave
     // the next one an empty library.
@@ -332,8 +335,14 @@ Document* DocumentController::openDocumentWithContentsOfURL(const QString& path,
         }
     }
     auto* document = new Document(this);
+    // The open panel's choice is for the next file read, once.
+    Document::ReadRequest request;
+    if (_isOpenPanel) {
+        _isOpenPanel = false;
+        request = {Document::ReadRequest::OpenPanel, _openPanelEncoding};
+    }
     QString error;
-    if (!document->readFromURL(absolute, QString(), &error)) {
+    if (!document->readFromURL(absolute, QString(), &error, request)) {
         delete document;
         presentError(activeWindowOr(nullptr), error);
         return nullptr;
@@ -353,8 +362,9 @@ QStringList DocumentController::runModalOpenPanel(QWidget* parent)
     }
     const Accessory accessory = addAccessory(panel, false);
     if (accessory.textEncodingPopUp) {
-        EncodingManager::sharedEncodingManager().makeEncodingOfPopUpMenu(
-            accessory.textEncodingPopUp, _openDefaultsTextEncoding, true);
+        EncodingPopUp::makeEncodingOfPopUpMenu(
+            accessory.textEncodingPopUp, EncodingManager::sharedEncodingManager().encodingList(),
+            _openDefaultsTextEncoding, true);
     }
     if (panel.exec() != QDialog::Accepted) {
         return {};
@@ -493,10 +503,11 @@ bool DocumentController::saveDocumentAs(Document* document)
     }
     const Accessory accessory = addAccessory(panel, true);
     addHideExtensionBox(panel, document->savePanelExtensionHidden());
-    EncodingManager& encodings = EncodingManager::sharedEncodingManager();
-    encodings.makeEncodingOfPopUpMenu(accessory.textEncodingPopUp, document->documentEncoding(),
-                                      false);
-    encodings.makeLineBreaksOfPopUpMenu(accessory.lineBreakPopUp, document->documentLineBreaks());
+    EncodingPopUp::makeEncodingOfPopUpMenu(accessory.textEncodingPopUp,
+                                           EncodingManager::sharedEncodingManager().encodingList(),
+                                           document->documentEncoding(), false);
+    EncodingPopUp::makeLineBreaksOfPopUpMenu(accessory.lineBreakPopUp,
+                                             document->documentLineBreaks());
     while (panel.exec() == QDialog::Accepted && !panel.selectedFiles().isEmpty()) {
         const QString path = panel.selectedFiles().constFirst();
         document->setSavePanelChoice(accessory.textEncodingPopUp->currentData().value<quint64>(),
@@ -550,7 +561,7 @@ void DocumentController::printDocument(Document* document)
     printer.setDocName(document->displayName());
     QPrintDialog dialog(&printer, controller ? controller->window() : nullptr);
     if (dialog.exec() == QDialog::Accepted) {
-        document->printOperationWithSettings(&printer);
+        DocumentPrinter::printOperationWithSettings(*document, &printer);
     }
 }
 
@@ -572,7 +583,7 @@ void DocumentController::exportDocumentAsPDF(Document* document)
         return;
     }
     QString error;
-    if (!document->exportAsPDFTo(path, &error)) {
+    if (!DocumentPrinter::exportAsPDFTo(*document, path, &error)) {
         presentError(window, error);
     }
 }
@@ -732,10 +743,8 @@ Document* DocumentController::reopenDocument(const QString& path, quint64 encodi
     auto* document = new Document(this);
     document->setDocumentEncoding(encoding);
     document->setWindowIdentifier(identifier);
-    _isReopen = true;
     QString error;
-    if (!document->readFromURL(absolute, QString(), &error)) {
-        _isReopen = false;
+    if (!document->readFromURL(absolute, QString(), &error, {Document::ReadRequest::Reopen})) {
         delete document;
         presentError(activeWindowOr(nullptr), error);
         return nullptr;
@@ -853,8 +862,6 @@ void DocumentController::makeSharingMenu(QMenu* menu)
 
 void DocumentController::updatePreferences()
 {
-    _autosavingDelay =
-        UserDefaults::standardUserDefaults().integerForKey(QStringLiteral("AutosavingDelay"));
     _openDefaultsTextEncoding = UserDefaults::standardUserDefaults().unsignedIntegerForKey(
         QStringLiteral("OpenDefaultsTextEncoding"));
 }

@@ -1,6 +1,6 @@
-#include "syntax/SyntaxDefinitionEditor.h"
+#include "app/SyntaxDefinitionEditor.h"
 
-#include "document/DocumentController.h"
+#include "app/DocumentController.h"
 #include "platform/FileManager.h"
 #include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"

@@ -3,13 +3,21 @@
 #include "PrivateHome.h"
 #include "app/Application.h"
 
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QEventLoop>
 #include <QFile>
 #include <QHash>
 #include <QTemporaryDir>
+#include <QThread>
+#include <QThreadPool>
+#include <QTimer>
 
 #include <benchmark/benchmark.h>
 
+#include <ctime>
 #include <memory>
+#include <vector>
 
 namespace BenchSupport {
 
@@ -108,6 +116,64 @@ qint64 peakResidentBytes()
     return statusField("VmHWM");
 }
 
+namespace {
+
+std::vector<std::function<void()>>& releases()
+{
+    static std::vector<std::function<void()>> waiting;
+    return waiting;
+}
+
+} // namespace
+
+void releaseBeforeApplicationEnds(std::function<void()> release)
+{
+    releases().push_back(std::move(release));
+}
+
+double processCpuMilliseconds()
+{
+    timespec now{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+    return double(now.tv_sec) * 1e3 + double(now.tv_nsec) / 1e6;
+}
+
+Idle waitUntilIdle(int quietMs, int limitMs)
+{
+    // Slices of waiting in the event loop (which sleeps while nothing happens); a slice in
+    // which the process used less than a millisecond of CPU and no worker ran is quiet.
+    constexpr int kSliceMs = 50;
+    QElapsedTimer timer;
+    timer.start();
+    const double cpuStart = processCpuMilliseconds();
+    Idle idle;
+    double quietSince = 0;
+    double cpuAtQuiet = cpuStart;
+    bool quiet = false;
+    while (timer.elapsed() < limitMs) {
+        const double sliceStart = double(timer.nsecsElapsed()) / 1e6;
+        const double cpuBefore = processCpuMilliseconds();
+        QEventLoop loop;
+        QTimer::singleShot(kSliceMs, &loop, &QEventLoop::quit);
+        loop.exec();
+        const double used = processCpuMilliseconds() - cpuBefore;
+        const bool busy = used >= 1.0 || QThreadPool::globalInstance()->activeThreadCount() > 0;
+        if (busy) {
+            quiet = false;
+        } else if (!quiet) {
+            quiet = true;
+            quietSince = sliceStart;
+            cpuAtQuiet = cpuBefore;
+        }
+        if (quiet && double(timer.nsecsElapsed()) / 1e6 - quietSince >= quietMs) {
+            break;
+        }
+    }
+    idle.busyMs = quiet ? quietSince : double(timer.nsecsElapsed()) / 1e6;
+    idle.cpuMs = (quiet ? cpuAtQuiet : processCpuMilliseconds()) - cpuStart;
+    return idle;
+}
+
 int runWithApplication(int argc, char** argv)
 {
     const PrivateHome home("bench");
@@ -115,6 +181,13 @@ int runWithApplication(int argc, char** argv)
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
+    auto& waiting = releases();
+    while (!waiting.empty()) {
+        const std::function<void()> release = std::move(waiting.back());
+        waiting.pop_back();
+        release();
+    }
+    QThreadPool::globalInstance()->waitForDone();
     return 0;
 }
 

@@ -10,12 +10,16 @@
 #include "editor/LayoutManager.h"
 #include "editor/SyntaxColoringController.h"
 #include "editor/TextView.h"
+#include "editor/CompletionManager.h"
+#include "editor/CompletionPanel.h"
 #include "window/DocumentWindow.h"
+#include "window/FunctionPopUp.h"
 #include "window/WindowController.h"
 
 #include <QDir>
 #include <QDirIterator>
 #include <QElapsedTimer>
+#include <QEventLoop>
 #include <QKeyEvent>
 #include <QPlainTextDocumentLayout>
 #include <QRandomGenerator>
@@ -24,6 +28,7 @@
 #include <QTest>
 #include <QTextBlock>
 #include <QTextDocument>
+#include <QTimer>
 #include <QWindow>
 
 #include <benchmark/benchmark.h>
@@ -124,6 +129,7 @@ Pane& pane()
         return *shared;
     }
     shared = std::make_unique<Pane>();
+    BenchSupport::releaseBeforeApplicationEnds([] { shared.reset(); });
     Pane& p = *shared;
     const QString text = generateCText(kTextSize);
 
@@ -327,6 +333,8 @@ void BM_TypeInTheMiddle(benchmark::State& state)
         all.insert(all.end(), ms.begin(), ms.end());
     }
     reportPercentiles(state, all);
+    // The completion each key scheduled runs here, not in the next benchmark.
+    BenchSupport::waitUntilIdle();
 }
 BENCHMARK(BM_TypeInTheMiddle)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
 
@@ -358,6 +366,8 @@ void BM_TypeInTheMiddleFullyColoured(benchmark::State& state)
     state.counters["runs"] = double(runs);
     state.counters["colour_all_ms"] = colourMs;
     reportPercentiles(state, all);
+    // The completion each key scheduled runs here, not in the next benchmark.
+    BenchSupport::waitUntilIdle();
 }
 BENCHMARK(BM_TypeInTheMiddleFullyColoured)
     ->Iterations(1)
@@ -455,6 +465,12 @@ ColouredWindow& colouredWindow()
         return *shared;
     }
     shared = std::make_unique<ColouredWindow>();
+    BenchSupport::releaseBeforeApplicationEnds([] {
+        if (shared->document) {
+            DocumentController::sharedDocumentController().discardAllDocuments();
+        }
+        shared.reset();
+    });
     ColouredWindow& w = *shared;
     DocumentController& documents = DocumentController::sharedDocumentController();
     documents.awakeFromNib(); // installs the shipped definitions into the private home
@@ -570,11 +586,172 @@ void BM_WindowTypeInTheMiddleColoured(benchmark::State& state)
     state.counters["cpu_p50_ms"] = cpu[cpu.size() / 2];
     state.counters["cpu_p99_ms"] = cpu[std::min(cpu.size() - 1, cpu.size() * 99 / 100)];
     reportPercentiles(state, all);
+    // The completion each key scheduled runs here, not in the next benchmark.
+    BenchSupport::waitUntilIdle();
 }
 BENCHMARK(BM_WindowTypeInTheMiddleColoured)
     ->Iterations(1)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);
+
+/// Runs the event loop for `ms` milliseconds.
+void runEventLoopFor(qint64 ms)
+{
+    if (ms <= 0) {
+        return;
+    }
+    QEventLoop loop;
+    QTimer::singleShot(int(ms), &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+/// Presses and releases the key of `c` (a letter or a space) in `view`.
+void typeCharacter(QWidget* view, QChar c)
+{
+    const QString text(c);
+    const Qt::Key key =
+        c == u' ' ? Qt::Key_Space : Qt::Key(Qt::Key_A + (c.toLower().unicode() - u'a'));
+    QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier, text);
+    QCoreApplication::sendEvent(view, &press);
+    QKeyEvent release(QEvent::KeyRelease, key, Qt::NoModifier, text);
+    QCoreApplication::sendEvent(view, &release);
+}
+
+/// Types `c` and processes events until the pane has repainted; returns the milliseconds.
+double typeUntilRepainted(ColouredWindow& w, QChar c)
+{
+    QElapsedTimer clock;
+    clock.start();
+    const int paints = w.viewportPaints.count;
+    typeCharacter(w.view(), c);
+    while (w.viewportPaints.count == paints && clock.elapsed() < 1000) {
+        QCoreApplication::processEvents(QEventLoop::AllEvents);
+    }
+    return double(clock.nsecsElapsed()) / 1e6;
+}
+
+/// Puts the insertion point near the start of line `line` of the coloured window, in sight,
+/// and waits until the editor is idle.
+void placeInsertionPoint(ColouredWindow& w, int line)
+{
+    const QTextBlock block = w.document->textStorage()->findBlockByNumber(line);
+    QTextCursor cursor(block);
+    cursor.setPosition(block.position() + std::min(8, block.length() - 1));
+    w.view()->setTextCursor(cursor);
+    w.view()->centerCursor();
+    BenchSupport::waitUntilIdle();
+}
+
+double percentile(std::vector<double> values, double q)
+{
+    std::sort(values.begin(), values.end());
+    return values.empty() ? 0
+                          : values[std::min(values.size() - 1, size_t(q * double(values.size())))];
+}
+
+/// Typing as a person does, in the middle of the coloured file in its window, automatic
+/// completion on (the default). First 50 keys about 100 words a minute apart (240 ms): the
+/// completion list opens 0.7 s after a key and then follows every key. Then 20 keys each
+/// after a pause longer than the completion's delay, so that every key opens the list.
+/// Counts all the work the keys cause, on every thread and whenever it runs (the delayed
+/// completion included), until the editor is idle again, and how long each key took to
+/// reach the screen.
+void BM_WindowTypeAtHumanPace(benchmark::State& state)
+{
+    ColouredWindow& w = colouredWindow();
+    w.view()->activateWindow();
+    w.view()->setFocus();
+    CompletionManager& completion = CompletionManager::sharedCompletionManager();
+    const QString steady = QStringLiteral("the quick brown fox jumps over the lazy dog again ");
+    const QString paused = QStringLiteral("static int counter ");
+    std::vector<double> repaint;
+    std::vector<double> pausedCpu;
+    double steadyCpu = 0;
+    double idleAfterLastKey = 0;
+    int listShownSteady = 0;
+    int listShownPaused = 0;
+    for (auto _ : state) {
+        placeInsertionPoint(w, int(w.lines / 2) + 300);
+        QElapsedTimer run;
+        run.start();
+        const double cpuStart = BenchSupport::processCpuMilliseconds();
+        qint64 lastKey = 0;
+        for (const QChar c : steady) {
+            lastKey = run.elapsed();
+            repaint.push_back(typeUntilRepainted(w, c));
+            runEventLoopFor(lastKey + 240 - run.elapsed());
+            listShownSteady += completion.panel()->isVisible() ? 1 : 0;
+        }
+        const double waitStart = double(run.nsecsElapsed()) / 1e6;
+        const double cpuBeforeWait = BenchSupport::processCpuMilliseconds();
+        const BenchSupport::Idle idle = BenchSupport::waitUntilIdle();
+        steadyCpu = cpuBeforeWait - cpuStart + idle.cpuMs;
+        idleAfterLastKey = waitStart + idle.busyMs - double(lastKey);
+
+        for (const QChar c : paused) {
+            const double cpuBefore = BenchSupport::processCpuMilliseconds();
+            repaint.push_back(typeUntilRepainted(w, c));
+            const double cpuAfterRepaint = BenchSupport::processCpuMilliseconds();
+            const BenchSupport::Idle after = BenchSupport::waitUntilIdle();
+            pausedCpu.push_back(cpuAfterRepaint - cpuBefore + after.cpuMs);
+            listShownPaused += completion.panel()->isVisible() ? 1 : 0;
+        }
+        state.SetIterationTime(steadyCpu / double(steady.size()) / 1000);
+    }
+    state.counters["steady_cpu_per_key_ms"] = steadyCpu / double(steady.size());
+    state.counters["steady_idle_after_last_key_ms"] = idleAfterLastKey;
+    state.counters["steady_keys_with_list"] = listShownSteady;
+    state.counters["paused_cpu_per_key_p50_ms"] = percentile(pausedCpu, 0.5);
+    state.counters["paused_cpu_per_key_max_ms"] = percentile(pausedCpu, 1.0);
+    state.counters["paused_keys_with_list"] = listShownPaused;
+    state.counters["repaint_p50_ms"] = percentile(repaint, 0.5);
+    state.counters["repaint_p99_ms"] = percentile(repaint, 0.99);
+    state.counters["repaint_max_ms"] = percentile(repaint, 1.0);
+    completion.terminateCompletion();
+    BenchSupport::waitUntilIdle();
+}
+BENCHMARK(BM_WindowTypeAtHumanPace)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+/// Opening the function pop-up of the coloured file, until the list shows, three times:
+/// after opening the file, after an edit, and again without one.
+void BM_WindowFunctionPopUp(benchmark::State& state)
+{
+    ColouredWindow& w = colouredWindow();
+    BenchSupport::waitUntilIdle();
+    auto* popUp = qobject_cast<FunctionPopUp*>(w.controller->window()->functionPopUp());
+    std::vector<double> ms;
+    std::vector<double> cpu;
+    int items = 0;
+    for (auto _ : state) {
+        for (int round = 0; round < 3; ++round) {
+            if (round == 1) {
+                placeInsertionPoint(w, int(w.lines / 3));
+                typeUntilRepainted(w, u'x');
+                BenchSupport::waitUntilIdle();
+            }
+            QElapsedTimer timer;
+            timer.start();
+            const double cpuBefore = threadCpuMilliseconds();
+            popUp->showPopup();
+            QCoreApplication::processEvents();
+            ms.push_back(double(timer.nsecsElapsed()) / 1e6);
+            cpu.push_back(threadCpuMilliseconds() - cpuBefore);
+            items = popUp->count();
+            popUp->hidePopup();
+            BenchSupport::waitUntilIdle();
+        }
+        state.SetIterationTime(ms.front() / 1000);
+    }
+    state.counters["first_ms"] = ms[0];
+    state.counters["after_edit_ms"] = ms[1];
+    state.counters["again_ms"] = ms[2];
+    // The main thread's own time: the figure when the machine is not shared.
+    state.counters["first_cpu_ms"] = cpu[0];
+    state.counters["after_edit_cpu_ms"] = cpu[1];
+    state.counters["again_cpu_ms"] = cpu[2];
+    state.counters["items"] = items;
+}
+BENCHMARK(BM_WindowFunctionPopUp)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 } // namespace
 

@@ -82,6 +82,7 @@ Pane& pane()
         return *shared;
     }
     shared = std::make_unique<Pane>();
+    BenchSupport::releaseBeforeApplicationEnds([] { shared.reset(); });
     Pane& p = *shared;
     p.text = generateText();
     p.document = std::make_unique<QTextDocument>();

@@ -56,6 +56,7 @@ Window& window()
         return *shared;
     }
     shared = std::make_unique<Window>();
+    BenchSupport::releaseBeforeApplicationEnds([] { shared.reset(); });
     Window& w = *shared;
     const QString chunk = BenchSupport::mixedSourceText();
     QString text;

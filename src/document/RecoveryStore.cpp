@@ -2,17 +2,21 @@
 
 #include "document/Document.h"
 #include "document/DocumentOpener.h"
+#include "document/DocumentTextCopy.h"
 #include "platform/FileManager.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QFutureWatcher>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QPointer>
 #include <QStandardPaths>
 #include <QTextDocument>
 #include <QUuid>
+#include <QtConcurrent/QtConcurrentRun>
 
 #include <algorithm>
 #include <cerrno>
@@ -230,6 +234,20 @@ std::vector<Orphan> takeOrphans(const QString& root, const QString& own)
 
 } // namespace
 
+struct RecoveryStore::PendingCopy {
+    QPointer<Document> document;
+    /// While the text is being copied.
+    DocumentTextCopy* text = nullptr;
+    /// While a worker writes the copy.
+    QFutureWatcher<int>* write = nullptr;
+    QString path;
+    /// The copy was removed (the document saved, reverted or closed) while being written:
+    /// what the worker writes goes too.
+    bool dropped = false;
+    /// Asked for again while being written.
+    bool again = false;
+};
+
 RecoveryStore::RecoveryStore(const QString& root, QObject* parent)
     : QObject(parent)
     , _root(root)
@@ -237,6 +255,22 @@ RecoveryStore::RecoveryStore(const QString& root, QObject* parent)
 
 RecoveryStore::~RecoveryStore()
 {
+    // Copies that workers are writing land before the folder is cleared.
+    const QSet<PendingCopy*> writes = _writes;
+    for (PendingCopy* pending : writes) {
+        pending->write->waitForFinished();
+        if (pending->dropped) {
+            ::unlink(native(pending->path).constData());
+        }
+    }
+    for (auto it = _pending.begin(); it != _pending.end();) {
+        it = writes.contains(*it) ? _pending.erase(it) : std::next(it);
+    }
+    qDeleteAll(writes);
+    for (PendingCopy* pending : std::as_const(_pending)) {
+        delete pending->text;
+        delete pending;
+    }
     if (_lock < 0) {
         return;
     }
@@ -347,12 +381,7 @@ void RecoveryStore::watch(Document* document)
         return;
     }
     _watched.insert(document);
-    connect(document, &Document::recoveryCopyDue, this, [this, document] {
-        // A copy that could not be written is tried again after the same delay.
-        if (!writeCopy(document)) {
-            document->scheduleAutosave();
-        }
-    });
+    connect(document, &Document::recoveryCopyDue, this, [this, document] { startCopy(document); });
     connect(document->textStorage(), &QTextDocument::modificationChanged, this,
             [this, document](bool modified) {
                 if (!modified) {
@@ -361,25 +390,27 @@ void RecoveryStore::watch(Document* document)
             });
     connect(document, &QObject::destroyed, this, [this, document] {
         removeCopy(document);
+        // Kept for the next start: a copy being made goes on without its document.
+        if (PendingCopy* pending = _pending.take(document); pending && !pending->write) {
+            delete pending->text;
+            delete pending;
+        }
         _watched.remove(document);
         _numbers.remove(document);
     });
 }
 
-bool RecoveryStore::writeCopy(Document* document)
+int RecoveryStore::numberOf(Document* document)
 {
-    watch(document);
-    if (!document->isDocumentEdited()) {
-        removeCopy(document);
-        return true;
-    }
-    if (folder().isEmpty()) {
-        return false;
-    }
     int& number = _numbers[document];
     if (number == 0) {
         number = _nextNumber++;
     }
+    return number;
+}
+
+QByteArray RecoveryStore::describe(Document* document) const
+{
     QJsonObject info;
     info[QStringLiteral("format")] = kFormat;
     info[QStringLiteral("path")] = document->fileURL();
@@ -389,8 +420,107 @@ bool RecoveryStore::writeCopy(Document* document)
     if (const std::optional<FileStamp> stamp = document->fileStamp()) {
         info[QStringLiteral("stamp")] = stamp->toString();
     }
-    const QByteArray bytes =
-        QJsonDocument(info).toJson(QJsonDocument::Compact) + '\n' + document->string().toUtf8();
+    return QJsonDocument(info).toJson(QJsonDocument::Compact);
+}
+
+void RecoveryStore::startCopy(Document* document)
+{
+    watch(document);
+    if (!document->isDocumentEdited()) {
+        removeCopy(document);
+        return;
+    }
+    if (PendingCopy* pending = _pending.value(document)) {
+        // A copy of the text under way follows the edits by itself.
+        pending->again = pending->again || pending->write;
+        return;
+    }
+    if (folder().isEmpty()) {
+        document->scheduleAutosave();
+        return;
+    }
+    auto* pending = new PendingCopy;
+    pending->document = document;
+    pending->text = new DocumentTextCopy(document, this);
+    connect(pending->text, &DocumentTextCopy::finished, this,
+            [this, pending] { writePieces(pending); });
+    _pending.insert(document, pending);
+    pending->text->start();
+}
+
+void RecoveryStore::writePieces(PendingCopy* pending)
+{
+    Document* document = pending->document;
+    const QByteArray header = describe(document);
+    pending->path = copyPath(numberOf(document));
+    DocumentTextCopy::Pieces pieces = pending->text->takePieces();
+    pending->text->deleteLater();
+    pending->text = nullptr;
+    pending->write = new QFutureWatcher<int>(this);
+    _writes.insert(pending);
+    connect(pending->write, &QFutureWatcher<int>::finished, this,
+            [this, pending] { finishCopy(pending, pending->write->result()); });
+    // Made into bytes and written on the worker: both are passes over the whole text.
+    pending->write->setFuture(
+        QtConcurrent::run([header, pieces = std::move(pieces), path = pending->path]() mutable {
+            return writeAtomically(path, header + '\n' +
+                                             DocumentTextCopy::text(std::move(pieces)).toUtf8());
+        }));
+}
+
+void RecoveryStore::finishCopy(PendingCopy* pending, int error)
+{
+    _writes.remove(pending);
+    pending->write->deleteLater();
+    Document* document = pending->document;
+    if (document && _pending.value(document) == pending) {
+        _pending.remove(document);
+    }
+    const bool again = pending->again;
+    if (pending->dropped) {
+        ::unlink(native(pending->path).constData());
+    } else if (error != 0 && document) {
+        fail(tr("A recovery copy of “%1” could not be written in “%2”: %3. Save the document to "
+                "keep your changes.")
+                 .arg(document->displayName(), _folder, reasonOf(error)));
+        document->scheduleAutosave();
+    }
+    delete pending;
+    if (again && document) {
+        startCopy(document);
+    }
+}
+
+void RecoveryStore::settleCopy(Document* document)
+{
+    PendingCopy* pending = _pending.take(document);
+    if (!pending) {
+        return;
+    }
+    if (pending->write) {
+        // What it writes is older than what follows: it only has to be out of the way.
+        pending->write->disconnect(this);
+        pending->write->waitForFinished();
+        pending->write->deleteLater();
+        _writes.remove(pending);
+    }
+    delete pending->text;
+    delete pending;
+}
+
+bool RecoveryStore::writeCopy(Document* document)
+{
+    watch(document);
+    settleCopy(document);
+    if (!document->isDocumentEdited()) {
+        removeCopy(document);
+        return true;
+    }
+    if (folder().isEmpty()) {
+        return false;
+    }
+    const int number = numberOf(document);
+    const QByteArray bytes = describe(document) + '\n' + document->string().toUtf8();
     if (const int error = writeAtomically(copyPath(number), bytes)) {
         fail(tr("A recovery copy of “%1” could not be written in “%2”: %3. Save the document to "
                 "keep your changes.")
@@ -405,6 +535,14 @@ void RecoveryStore::removeCopy(Document* document)
     // Documents closing as the process ends after keepCopiesForNextStart() keep theirs.
     if (_keepAtExit) {
         return;
+    }
+    if (PendingCopy* pending = _pending.take(document)) {
+        if (pending->write) {
+            pending->dropped = true;
+        } else {
+            delete pending->text;
+            delete pending;
+        }
     }
     const auto number = _numbers.find(document);
     if (number != _numbers.end()) {

@@ -62,6 +62,13 @@ public:
     /// Document::recoveryCopyDue), and removes the copy once the document is saved,
     /// reverted or closed.
     void watch(Document* document);
+    /// Makes the document's copy without holding up typing: the text is copied a slice at a
+    /// time between events, following the edits made meanwhile, and written by a worker.
+    /// Removes the copy when the document has nothing unsaved. A copy that cannot be written
+    /// is tried again after the autosave delay; recoveryFailed() says why.
+    void startCopy(Document* document);
+    /// Whether startCopy() is making a copy of the document.
+    bool isCopying(Document* document) const { return _pending.contains(document); }
     /// Writes the document's copy now, or removes it when the document has nothing unsaved.
     /// The copy replaces the previous one only once it is complete on the disk; false when
     /// it could not be written (errorString() says why, the previous copy stays).
@@ -94,7 +101,15 @@ Q_SIGNALS:
     void recoveryFailed(const QString& message);
 
 private:
+    struct PendingCopy;
     QString copyPath(int number) const;
+    /// The header line of the document's copy, as it is now.
+    QByteArray describe(Document* document) const;
+    int numberOf(Document* document);
+    void writePieces(PendingCopy* pending);
+    void finishCopy(PendingCopy* pending, int error);
+    /// Waits for a copy of the document that a worker is writing, then forgets it.
+    void settleCopy(Document* document);
     void removeCopy(Document* document);
     void fail(const QString& message);
     void adoptCopy(Document* document, const Entry& entry);
@@ -105,6 +120,8 @@ private:
     int _lock = -1;
     QHash<Document*, int> _numbers;
     QSet<Document*> _watched;
+    QHash<Document*, PendingCopy*> _pending;
+    QSet<PendingCopy*> _writes;
     int _nextNumber = 1;
     bool _keepAtExit = false;
     bool _failureReported = false;

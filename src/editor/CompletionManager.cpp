@@ -11,6 +11,9 @@
 #include <QScreen>
 #include <QTextBlock>
 
+#include <algorithm>
+#include <vector>
+
 namespace {
 
 const QString kNoCompletions = QStringLiteral("No Completions");
@@ -68,7 +71,6 @@ void CompletionManager::startCompletion(TextView* textView)
     adjustCompletionPanelPosition();
     panel()->show();
     panel()->raise();
-    setSelectionLook(true);
     insertSelectedCandidate();
 }
 
@@ -96,13 +98,7 @@ bool CompletionManager::setupCompletionWords()
         associatedNotifications(_textView->window());
         return true;
     }
-    // Nothing to offer: the text keeps the word as it was typed.
-    const Range selection = _textView->selectedRange();
-    const qsizetype length = _currentPartialWord.size();
-    if (selection.location >= length && length > 0) {
-        _textView->replaceCharactersInRange({selection.location - length, length},
-                                            _currentPartialWord);
-    }
+    // Nothing to offer: the text keeps the word as it was typed (a proposal is never in it).
     terminateCompletion();
     _currentPartialWord.clear();
     return false;
@@ -157,10 +153,20 @@ void CompletionManager::adjustCompletionPanelPosition()
     QPoint point = _textView->viewport()->mapToGlobal(QPoint(caret.left() - 2, baseline));
     point.ry() += 6;
 
+    // The widest candidate is among the longest: measuring a few of them costs the same
+    // for a list of ten words as for one of thousands.
     const QFontMetrics metrics(list->tableView()->font());
-    int width = 0;
+    std::vector<const QString*> longest;
+    longest.reserve(size_t(_completeWords.size()));
     for (const QString& word : _completeWords) {
-        width = qMax(width, metrics.horizontalAdvance(word));
+        longest.push_back(&word);
+    }
+    const size_t measured = std::min<size_t>(longest.size(), 32);
+    std::partial_sort(longest.begin(), longest.begin() + qsizetype(measured), longest.end(),
+                      [](const QString* a, const QString* b) { return a->size() > b->size(); });
+    int width = 0;
+    for (size_t i = 0; i < measured; ++i) {
+        width = qMax(width, metrics.horizontalAdvance(*longest[i]));
     }
     width = qMax(width + 40, 200);
     const int rows = int(qMin<qsizetype>(_completeWords.size(), MaximumRows));
@@ -231,14 +237,8 @@ void CompletionManager::terminateCompletionWithCancel(bool cancel)
             candidate, _currentPartialWordRange,
             cancel ? TextView::CancelTextMovement : TextView::ReturnTextMovement, true);
     }
+    // Cancelling leaves the text as typed: the proposed rest of the word was never in it.
     if (cancel) {
-        _textView->replaceCharactersInRange(_textView->selectedRange(), QString());
-        const Range selection = _textView->selectedRange();
-        const qsizetype length = _currentPartialWord.size();
-        if (length > 0 && selection.location >= length) {
-            _textView->replaceCharactersInRange({selection.location - length, length},
-                                                _currentPartialWord);
-        }
         _currentPartialWord.clear();
     }
     terminateCompletion();
@@ -250,7 +250,10 @@ void CompletionManager::terminateCompletion()
     if (_panel) {
         _panel->hide();
     }
-    setSelectionLook(false);
+    if (_textView && !_textView->proposedCompletion().isEmpty()) {
+        _textView->insertCompletion(QString(), _currentPartialWordRange,
+                                    TextView::CancelTextMovement, true);
+    }
     _textView = nullptr;
     _completeWords.clear();
     if (_panel) {
@@ -258,22 +261,4 @@ void CompletionManager::terminateCompletion()
         _panel->tableView()->clear();
         _reloading = false;
     }
-}
-
-void CompletionManager::setSelectionLook(bool completing)
-{
-    if (!_textView) {
-        return;
-    }
-    QPalette colors = _textView->palette();
-    if (completing) {
-        // The provisional rest of the word reads as grey text after the typed letters.
-        colors.setColor(QPalette::Highlight, Qt::transparent);
-        colors.setColor(QPalette::HighlightedText, Qt::lightGray);
-    } else {
-        const QPalette normal = QGuiApplication::palette();
-        colors.setColor(QPalette::Highlight, normal.color(QPalette::Highlight));
-        colors.setColor(QPalette::HighlightedText, normal.color(QPalette::HighlightedText));
-    }
-    _textView->setPalette(colors);
 }

@@ -12,9 +12,9 @@ class QWidget;
 class TextView;
 
 /// Runs the completion list for whichever text view is completing: finds the candidates
-/// for the partial word before the insertion point, shows them under it, puts the chosen
-/// one into the text provisionally while the user steps through them, and accepts or
-/// cancels. Idle when `textView` is none.
+/// for the partial word before the insertion point, shows them under it, shows the rest of
+/// the chosen one after the typed letters (not in the text) while the user steps through
+/// them, and accepts (the word goes into the text) or cancels. Idle when `textView` is none.
 class CompletionManager : public QObject
 {
     Q_OBJECT
@@ -26,7 +26,7 @@ public:
     /// Shows the list for the partial word before `textView`'s insertion point and puts the
     /// first candidate into the text; ends at once when there is none.
     void startCompletion(TextView* textView);
-    /// Hides the list; whatever the text holds now stays.
+    /// Hides the list and takes the proposed rest of the word away; the text stays as it is.
     void terminateCompletion();
     /// Puts the chosen candidate in for good (accept), or restores the typed word (cancel),
     /// then hides the list.
@@ -66,7 +66,6 @@ private:
     void doubleClickedTableViewRow();
     void insertSelectedCandidate();
     void associatedNotifications(QWidget* window);
-    void setSelectionLook(bool completing);
 
     CompletionPanel* _panel = nullptr;
     QStringList _completeWords;

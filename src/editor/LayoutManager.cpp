@@ -162,6 +162,19 @@ QList<LayoutManager::InvisibleMark> LayoutManager::invisibleCharacterMarks(const
         const qsizetype blockStart = block.position();
         // Every block but the last ends in a line break, held as one LF in memory.
         const bool endsWithLineBreak = block.next().isValid();
+        // Proposed or composed text is laid out without being in the text: positions in the
+        // layout after it are that much further on.
+        const int insertedAt = layout->preeditAreaPosition();
+        const int inserted = int(layout->preeditAreaText().size());
+        const auto toLayout = [&](int k) {
+            return inserted > 0 && k >= insertedAt ? k + inserted : k;
+        };
+        const auto toText = [&](int k) {
+            if (inserted == 0 || k <= insertedAt) {
+                return k;
+            }
+            return std::max(insertedAt, k - inserted);
+        };
         for (int i = 0; i < layout->lineCount(); ++i) {
             const QTextLine line = layout->lineAt(i);
             const qreal top = shown.offset.y() + line.y();
@@ -171,10 +184,10 @@ QList<LayoutManager::InvisibleMark> LayoutManager::invisibleCharacterMarks(const
             // Only the characters under the rectangle: an unwrapped line may be very long.
             const qreal left = rect.left() - shown.offset.x();
             const qreal right = rect.right() - shown.offset.x();
-            const int lineStart = line.textStart();
-            const int lineEnd = lineStart + line.textLength();
-            int from = std::max(lineStart, line.xToCursor(left) - 1);
-            int to = std::min(lineEnd, line.xToCursor(right) + 1);
+            const int lineStart = toText(line.textStart());
+            const int lineEnd = toText(line.textStart() + line.textLength());
+            int from = std::max(lineStart, toText(line.xToCursor(left)) - 1);
+            int to = std::min(lineEnd, toText(line.xToCursor(right)) + 1);
             const bool isLastLine = i == layout->lineCount() - 1;
             for (int k = std::max(from, 0); k < to || (k == to && isLastLine && k == text.size());
                  ++k) {
@@ -207,7 +220,7 @@ QList<LayoutManager::InvisibleMark> LayoutManager::invisibleCharacterMarks(const
                         continue;
                     }
                 }
-                const QPointF origin(shown.offset.x() + line.cursorToX(k) + nudge, top);
+                const QPointF origin(shown.offset.x() + line.cursorToX(toLayout(k)) + nudge, top);
                 marks.append({blockStart + k, kind, origin});
             }
         }
@@ -453,7 +466,79 @@ QList<QTextLayout::FormatRange> LayoutManager::formatsForBlock(const QTextBlock&
             }
         }
     }
-    return formats;
+    // Text laid out but not in the document (proposed or being composed) moves the formats
+    // after it along; proposed text is grey.
+    const QTextLayout* layout = block.layout();
+    const int inserted = layout ? int(layout->preeditAreaText().size()) : 0;
+    if (inserted == 0) {
+        return formats;
+    }
+    const int at = layout->preeditAreaPosition();
+    QList<QTextLayout::FormatRange> moved;
+    moved.reserve(formats.size() + 2);
+    for (QTextLayout::FormatRange range : std::as_const(formats)) {
+        if (range.start >= at) {
+            range.start += inserted;
+        } else if (range.start + range.length > at) {
+            QTextLayout::FormatRange after = range;
+            after.start = at + inserted;
+            after.length = range.start + range.length - at;
+            range.length = at - range.start;
+            moved.append(range);
+            range = after;
+        }
+        moved.append(range);
+    }
+    for (const LayoutManager* pane : panes) {
+        if (!pane->_proposedText.isEmpty() && pane->_proposal.block() == block) {
+            QTextLayout::FormatRange proposed;
+            proposed.start = at;
+            proposed.length = inserted;
+            proposed.format.setForeground(QColor(Qt::lightGray));
+            proposed.format.setBackground(Qt::transparent);
+            moved.append(proposed);
+            break;
+        }
+    }
+    return moved;
+}
+
+void LayoutManager::setProposedText(qsizetype position, const QString& text)
+{
+    if (!_proposedText.isEmpty()) {
+        const QTextBlock block = _proposal.block();
+        _proposal = QTextCursor();
+        _proposedText.clear();
+        if (block.isValid() && block.layout()) {
+            block.layout()->setPreeditArea(-1, QString());
+            relayOut(block);
+        }
+    }
+    if (text.isEmpty() || !_textStorage) {
+        return;
+    }
+    _proposal = QTextCursor(_textStorage);
+    _proposal.setPosition(int(position));
+    _proposedText = text;
+    const QTextBlock block = _proposal.block();
+    block.layout()->setPreeditArea(int(position - block.position()), text);
+    relayOut(block);
+}
+
+qsizetype LayoutManager::proposedTextPosition() const
+{
+    return _proposedText.isEmpty() ? -1 : _proposal.position();
+}
+
+void LayoutManager::relayOut(const QTextBlock& block)
+{
+    QTextLayout* layout = block.layout();
+    const QList<QTextLayout::FormatRange> formats = formatsForBlock(block);
+    if (formats != layout->formats()) {
+        layout->setFormats(formats);
+    }
+    // Now, not merged into the next edit's notice: only the layout of the block changes.
+    _textStorage->markContentsDirty(block.position(), block.length());
 }
 
 int LayoutManager::applyTemporaryAttributes(qreal top, qreal bottom)

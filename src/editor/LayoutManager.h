@@ -12,6 +12,7 @@
 #include <QStaticText>
 #include <QString>
 #include <QTextCharFormat>
+#include <QTextCursor>
 #include <QTextLayout>
 
 class QPainter;
@@ -119,12 +120,22 @@ public:
     /// laid out again. Returns the number of blocks whose formats changed.
     int applyTemporaryAttributes(qreal top, qreal bottom);
 
+    /// Shows `text` at `position` in grey, laid out as if it were typed there, without
+    /// putting it into the document: it never reaches the saved text, the undo stack or the
+    /// modified state. An empty text takes it away. The shown text stays before the same
+    /// character when the document changes elsewhere.
+    void setProposedText(qsizetype position, const QString& text);
+    const QString& proposedText() const { return _proposedText; }
+    /// Where the proposed text stands in the document; -1 when none is shown.
+    qsizetype proposedTextPosition() const;
+
 Q_SIGNALS:
     /// The background highlights this pane had laid down went away, through whichever pane
     /// on the document removed or replaced them.
     void backgroundHighlightsRemoved();
 
 private:
+    void relayOut(const QTextBlock& block);
     void clearBackgroundHighlights();
     void textStorageDidChange(int position, int removed, int added);
     void drawStandIns(QPainter& painter, const QRectF& rect);
@@ -146,5 +157,7 @@ private:
     ColorStore _syntaxColors;
     ColorStore _backgroundColors;
     ColorStore _misspellings;
+    QTextCursor _proposal;
+    QString _proposedText;
     CharacterStandIns _standIns;
 };

@@ -11,6 +11,8 @@
 #include <QTextCursor>
 #include <QTextDocument>
 
+#include <limits>
+
 namespace {
 
 // A line without layout yet, or one very long line: enough to cover any screen.
@@ -69,8 +71,9 @@ void SpellCheckingController::setContinuousSpellCheckingEnabled(bool enabled,
         return;
     }
     _checkedDocument = _textView->document();
+    _blockCount = _checkedDocument->blockCount();
     connect(_checkedDocument, &QTextDocument::contentsChange, this,
-            &SpellCheckingController::scheduleCheck);
+            &SpellCheckingController::textDidChange);
     connect(_textView->verticalScrollBar(), &QScrollBar::valueChanged, this,
             &SpellCheckingController::scheduleCheck);
     connect(_textView->horizontalScrollBar(), &QScrollBar::valueChanged, this,
@@ -92,11 +95,51 @@ void SpellCheckingController::scheduleCheck()
 {
     // One check per turn of the event loop, after the layout has followed the edit.
     if (_enabled) {
+        _checkAll = true;
         _timer.start();
     }
 }
 
+void SpellCheckingController::textDidChange(int position, int removed, int added)
+{
+    if (!_enabled) {
+        return;
+    }
+    // Lines gained or lost bring other lines onto the screen.
+    if (_checkedDocument && _checkedDocument->blockCount() != _blockCount) {
+        _blockCount = _checkedDocument->blockCount();
+        scheduleCheck();
+        return;
+    }
+    if (_editedFrom < 0) {
+        _editedFrom = position;
+        _editedTo = position + added;
+    } else {
+        // Edits between two checks: one stretch covering them all, moved along.
+        if (_editedTo > position) {
+            _editedTo = std::max<qsizetype>(position, _editedTo - removed) + added;
+        }
+        _editedFrom = std::min<qsizetype>(_editedFrom, position);
+        _editedTo = std::max<qsizetype>(_editedTo, position + added);
+    }
+    _timer.start();
+}
+
 void SpellCheckingController::checkVisibleText()
+{
+    const bool all = _checkAll || _editedFrom < 0;
+    const qsizetype from = _editedFrom;
+    const qsizetype to = _editedTo;
+    _checkAll = false;
+    _editedFrom = _editedTo = -1;
+    if (all) {
+        checkShownBlocks(0, std::numeric_limits<qsizetype>::max());
+    } else {
+        checkShownBlocks(from, to);
+    }
+}
+
+void SpellCheckingController::checkShownBlocks(qsizetype from, qsizetype to)
 {
     if (!_enabled || !_textView || !_textView->layoutManager()) {
         return;
@@ -108,6 +151,9 @@ void SpellCheckingController::checkVisibleText()
     for (const TextView::ShownBlock& shown :
          _textView->shownBlocks(0, _textView->viewport()->height())) {
         const QTextBlock& block = shown.block;
+        if (block.position() + block.length() < from || block.position() > to) {
+            continue;
+        }
         const QString text = block.text();
         const QTextLayout* lines = block.layout();
         QList<QPair<int, int>> spans;

@@ -14,8 +14,9 @@ class QTextDocument;
 class TextView;
 
 /// Checks the spelling of what a text view shows and underlines the misspelt words.
-/// Only the lines on screen are looked at, after each change and each scroll, so the work
-/// per keystroke does not grow with the text.
+/// Only the lines on screen are looked at: all of them after a scroll, and the lines an edit
+/// touched after each edit, so the work per keystroke grows neither with the text nor with
+/// the window.
 class SpellCheckingController : public QObject
 {
     Q_OBJECT
@@ -44,7 +45,11 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    /// Checks the lines on screen on the next turn.
     void scheduleCheck();
+    /// After an edit only the lines it touched need checking again.
+    void textDidChange(int position, int removed, int added);
+    void checkShownBlocks(qsizetype from, qsizetype to);
     /// The misspelt word holding `position`, or none.
     Range misspelledWordAt(qsizetype position) const;
 
@@ -53,4 +58,10 @@ private:
     bool _enabled = false;
     QString _language;
     QTimer _timer;
+    /// The edited characters still to check when only edits asked for a check; from < 0
+    /// when every shown line is to be checked.
+    qsizetype _editedFrom = -1;
+    qsizetype _editedTo = -1;
+    bool _checkAll = false;
+    int _blockCount = 0;
 };

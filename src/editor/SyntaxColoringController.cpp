@@ -1,8 +1,8 @@
 #include "editor/SyntaxColoringController.h"
 
+#include "document/TextMirror.h"
 #include "editor/ColorStore.h"
 #include "editor/LayoutManager.h"
-#include "editor/TextMirror.h"
 #include "editor/TextView.h"
 #include "syntax/SyntaxColoring.h"
 #include "syntax/SyntaxColoringEngine.h"

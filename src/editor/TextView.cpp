@@ -1,6 +1,8 @@
 #include "editor/TextView.h"
 
+#include "document/TextMirror.h"
 #include "editor/BraceMatcher.h"
+#include "editor/CompletionDocumentWords.h"
 #include "editor/CompletionManager.h"
 #include "editor/EditorController.h"
 #include "editor/FindIndicator.h"
@@ -10,7 +12,6 @@
 #include "editor/SpellCheckingController.h"
 #include "editor/StringTransform.h"
 #include "editor/SyntaxColoringController.h"
-#include "editor/TextMirror.h"
 #include "editor/TransformationsMenu.h"
 #include "editor/UndoActionNames.h"
 #include "platform/PropertyList.h"
@@ -89,6 +90,8 @@ TextView::TextView(QWidget* parent)
             _layoutManager->applyTemporaryAttributes(rect.top(), rect.bottom());
         }
     });
+    connect(this, &QPlainTextEdit::cursorPositionChanged, this,
+            &TextView::completionEndedElsewhere);
 }
 
 TextView::~TextView()
@@ -184,6 +187,10 @@ void TextView::setTextStorage(QTextDocument* textStorage)
     if (_verticalRulerView) {
         _verticalRulerView->setClientView(this);
     }
+    disconnect(_textChangedElsewhere);
+    _textChangedElsewhere = connect(textStorage, &QTextDocument::contentsChange, this,
+                                    &TextView::completionEndedElsewhere);
+    prepareCompletionWords();
 }
 
 void TextView::setVerticalRulerView(GutterView* ruler)
@@ -394,6 +401,7 @@ void TextView::setSyntaxDictionary(const QVariantMap& syntaxDictionary)
     // A completion under way offered the old definition's words; the new ones are built anew.
     CompletionManager::sharedCompletionManager().terminateCompletion();
     makeCompleteWordsFromSyntaxDictionary();
+    prepareCompletionWords();
 }
 
 void TextView::setSyntaxDictionay(const QString& path)
@@ -490,9 +498,23 @@ void TextView::keyPressEvent(QKeyEvent* event)
         QPlainTextEdit::keyPressEvent(event);
         return;
     }
+    const CompletionGuard guard(this);
     CompletionManager& completion = CompletionManager::sharedCompletionManager();
     const bool completing = completion.isComplating(this);
     const QString characters = event->text();
+    const Qt::KeyboardModifiers modifiers =
+        event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier);
+    // Ctrl+Space starts completion, as Escape does; while the list is open it does nothing.
+    if (key == Qt::Key_Space && modifiers == Qt::ControlModifier) {
+        if (!completing) {
+            complete(this);
+        }
+        return;
+    }
+    if (completing && (key == Qt::Key_Return || key == Qt::Key_Enter) && modifiers == 0) {
+        completion.terminateCompletionWithCancel(false);
+        return;
+    }
     if (hasMarkedText()) {
         if (completing) {
             completion.terminateCompletionWithCancel(true);
@@ -523,6 +545,10 @@ void TextView::keyPressEvent(QKeyEvent* event)
         return;
     }
     _isComplete = true;
+    if (completing && key != Qt::Key_Down && key != Qt::Key_Up) {
+        // The key meets the text as typed; the list's refresh shows the proposal again.
+        _layoutManager->setProposedText(-1, QString());
+    }
     interpretKeyEvent(event);
     // The list follows the typed characters.
     if (completion.isComplating(this) && key != Qt::Key_Down && key != Qt::Key_Up) {
@@ -768,6 +794,19 @@ void TextView::selectAll()
     QPlainTextEdit::selectAll();
 }
 
+void TextView::focusOutEvent(QFocusEvent* event)
+{
+    // Focus taken by another part of the window ends the completion; the list itself never
+    // takes it, and a window losing its place ends it on its own.
+    if (event->reason() != Qt::PopupFocusReason && event->reason() != Qt::ActiveWindowFocusReason) {
+        CompletionManager& completion = CompletionManager::sharedCompletionManager();
+        if (completion.isComplating(this)) {
+            completion.terminateCompletionWithCancel(true);
+        }
+    }
+    QPlainTextEdit::focusOutEvent(event);
+}
+
 void TextView::mousePressEvent(QMouseEvent* event)
 {
     Q_EMIT mouseDown(this);
@@ -995,6 +1034,7 @@ void TextView::contextMenuEvent(QContextMenuEvent* event)
 
 void TextView::complete(QObject*)
 {
+    const CompletionGuard guard(this);
     CompletionManager& completion = CompletionManager::sharedCompletionManager();
     if (!completion.isComplating(this)) {
         const Range range = rangeForUserCompletion();
@@ -1007,9 +1047,32 @@ void TextView::complete(QObject*)
         }
         completion.setCurrentPartialWord(partial);
     }
-    if (!hasMarkedText()) {
-        completion.startCompletion(this);
+    if (hasMarkedText()) {
+        return;
     }
+    CompletionDocumentWords* words =
+        CompletionDocumentWords::of(document(), CompletionCandidates::wordKind(_syntaxDictionary));
+    if (!words->prepare()) {
+        // The text's words are being read on a worker: complete once they are, unless the
+        // user has typed or moved on meanwhile.
+        if (!_waitingForWords) {
+            _waitingForWords = true;
+            const int revision = document()->revision();
+            const int position = textCursor().position();
+            connect(
+                words, &CompletionDocumentWords::ready, this,
+                [this, revision, position] {
+                    _waitingForWords = false;
+                    if (document()->revision() == revision && textCursor().position() == position &&
+                        !textCursor().hasSelection()) {
+                        complete(this);
+                    }
+                },
+                Qt::SingleShotConnection);
+        }
+        return;
+    }
+    completion.startCompletion(this);
 }
 
 Range TextView::rangeForUserCompletion() const
@@ -1034,34 +1097,81 @@ QStringList TextView::completionsForPartialWordRange(Range range) const
     if (range.isNotFound() || range.length == 0) {
         return {};
     }
-    const QString text = document()->toPlainText();
-    return CompletionCandidates::completionsForPartialWord(
-        text, text.mid(range.location, range.length), _syntaxDictionary, _completeWords);
+    QTextCursor cursor(document());
+    cursor.setPosition(int(range.location));
+    cursor.setPosition(int(range.max()), QTextCursor::KeepAnchor);
+    const QString partial = cursor.selectedText();
+    CompletionDocumentWords* words =
+        CompletionDocumentWords::of(document(), CompletionCandidates::wordKind(_syntaxDictionary));
+    // While the text's words are being read, the definition's are offered alone.
+    return CompletionCandidates::completionsFromTextWords(
+        words->wordsForPartialWord(partial).value_or(QStringList()), partial, _syntaxDictionary,
+        _completeWords);
 }
 
 void TextView::insertCompletion(const QString& word, Range range, int movement, bool isFinal)
 {
-    // The text from the partial word's start holds either the typed word or the last
-    // candidate put in, whose rest is selected.
-    const qsizetype end = qMax(range.max(), selectedRange().max());
-    const bool cancel = isFinal && movement == CancelTextMovement;
-    const QString replacement = cancel ? word.left(range.length) : word;
+    const CompletionGuard guard(this);
+    // Until accepted, the rest of the word is only shown after the typed letters: it is not
+    // in the text, so saving, undo and the modified state never see it.
+    if (!isFinal) {
+        if (selectedRange() != Range(range.max(), 0)) {
+            setSelectedRange({range.max(), 0});
+        }
+        _layoutManager->setProposedText(range.max(), word.mid(range.length));
+        ensureCursorVisible();
+        return;
+    }
+    _layoutManager->setProposedText(-1, QString());
+    if (movement == CancelTextMovement) {
+        return;
+    }
     QTextCursor cursor(document());
     cursor.setPosition(int(range.location));
-    cursor.setPosition(int(end), QTextCursor::KeepAnchor);
-    if (cursor.selectedText() != replacement) {
-        cursor.insertText(replacement);
+    cursor.setPosition(int(range.max()), QTextCursor::KeepAnchor);
+    const QString typed = cursor.selectedText();
+    if (typed != word) {
+        // One undo step, apart from the typing before it.
+        cursor.beginEditBlock();
+        if (word.startsWith(typed)) {
+            cursor.setPosition(int(range.max()));
+            cursor.insertText(word.mid(typed.size()));
+        } else {
+            cursor.insertText(word);
+        }
+        cursor.endEditBlock();
     }
-    const qsizetype wordEnd = range.location + replacement.size();
-    if (isFinal) {
-        setSelectedRange({wordEnd, 0});
-    } else {
-        QTextCursor provisional(document());
-        provisional.setPosition(int(wordEnd));
-        provisional.setPosition(int(range.max()), QTextCursor::KeepAnchor);
-        setTextCursor(provisional);
-    }
+    setSelectedRange({range.location + word.size(), 0});
     ensureCursorVisible();
+}
+
+QString TextView::proposedCompletion() const
+{
+    return _layoutManager ? _layoutManager->proposedText() : QString();
+}
+
+void TextView::prepareCompletionWords()
+{
+    // On the next turn, once the definition of a new window has been chosen: the words are
+    // read on a worker, and only for the kind the view offers.
+    if (_preparingCompletionWords) {
+        return;
+    }
+    _preparingCompletionWords = true;
+    QTimer::singleShot(0, this, [this] {
+        _preparingCompletionWords = false;
+        CompletionDocumentWords::of(document(), CompletionCandidates::wordKind(_syntaxDictionary));
+    });
+}
+
+void TextView::completionEndedElsewhere()
+{
+    // Another change of the text or of the insertion point than the completion's own: the
+    // proposed rest of the word no longer belongs there.
+    CompletionManager& completion = CompletionManager::sharedCompletionManager();
+    if (_completionGuard == 0 && completion.isComplating(this)) {
+        completion.terminateCompletion();
+    }
 }
 
 void TextView::makeCompleteWordsFromSyntaxDictionary()

@@ -176,9 +176,12 @@ public:
     /// The word before the insertion point, up to it; not found when there is none.
     Range rangeForUserCompletion() const;
     QStringList completionsForPartialWordRange(Range range) const;
-    /// Replaces the partial word by `word`; until `isFinal` the part beyond the partial word
-    /// stays selected. Cancelling leaves the partial word's length of the word.
+    /// Until `isFinal`, shows the part of `word` beyond the partial word after the insertion
+    /// point, grey and not in the text. Accepting (final, not cancelling) replaces the partial
+    /// word by `word` as one undo step; cancelling leaves the typed word.
     void insertCompletion(const QString& word, Range range, int movement, bool isFinal);
+    /// The rest of the word now proposed after the insertion point; empty when none is.
+    QString proposedCompletion() const;
     /// Rebuilds `completeWords` from the definition on a worker thread.
     void makeCompleteWordsFromSyntaxDictionary();
 
@@ -204,6 +207,7 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
     void inputMethodEvent(QInputMethodEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:
@@ -213,6 +217,21 @@ private:
     void drawInsertionPoint(QPainter& painter, const QRect& rect);
     void interpretKeyEvent(QKeyEvent* event);
     void exchangeSelection(QString (*transform)(const QString&), const QString& actionName);
+    /// Has the document's words for completion read on a worker, on the next turn.
+    void prepareCompletionWords();
+    void completionEndedElsewhere();
+    /// Marks changes made by the completion itself (or the key it handles), which do not end it.
+    struct CompletionGuard {
+        explicit CompletionGuard(TextView* view)
+            : view(view)
+        {
+            ++view->_completionGuard;
+        }
+        ~CompletionGuard() { --view->_completionGuard; }
+        CompletionGuard(const CompletionGuard&) = delete;
+        CompletionGuard& operator=(const CompletionGuard&) = delete;
+        TextView* view;
+    };
 
     QFont _textFont;
     qint64 _tabWidth = 4;
@@ -242,4 +261,8 @@ private:
     SyntaxColoringController* _syntaxColoring = nullptr;
     bool _hasMarkedText = false;
     quint64 _completeWordsBuild = 0;
+    int _completionGuard = 0;
+    bool _waitingForWords = false;
+    bool _preparingCompletionWords = false;
+    QMetaObject::Connection _textChangedElsewhere;
 };

@@ -108,8 +108,20 @@ int Regex::captureGroupCount() const
     return U_SUCCESS(status) ? matcher->groupCount() : 0;
 }
 
+Regex::Status Regex::forEachMatchInLines(QStringView text, Range range,
+                                         const std::function<bool(const Match&)>& visit) const
+{
+    return search(text, range, true, visit);
+}
+
 Regex::Status Regex::forEachMatch(QStringView text, const std::function<bool(const Match&)>& visit,
                                   Range range) const
+{
+    return search(text, range, false, visit);
+}
+
+Regex::Status Regex::search(QStringView text, Range range, bool seeAround,
+                            const std::function<bool(const Match&)>& visit) const
 {
     if (!_pattern) {
         return Status::InvalidPattern;
@@ -127,6 +139,10 @@ Regex::Status Regex::forEachMatch(QStringView text, const std::function<bool(con
         const qsizetype start = qBound(qsizetype(0), range.location, text.size());
         const qsizetype end = qBound(start, range.max(), text.size());
         matcher->region(start, end, status);
+        if (seeAround) {
+            matcher->useTransparentBounds(true);
+            matcher->useAnchoringBounds(false);
+        }
     }
     matcher->setTimeLimit(_timeLimit, status);
 

@@ -59,6 +59,12 @@ public:
     /// range is not found), in order, until it returns false. The text is not copied.
     Status forEachMatch(QStringView text, const std::function<bool(const Match&)>& visit,
                         Range range = Range::notFound()) const;
+    /// Calls `visit` for each match that starts within `range` and ends by its end, found as
+    /// a search of the whole text would find it: lookaround, word boundaries and line anchors
+    /// see the text around the range. For a pattern whose matches never hold a line break
+    /// and a range of whole lines, these are the whole text's matches in those lines.
+    Status forEachMatchInLines(QStringView text, Range range,
+                               const std::function<bool(const Match&)>& visit) const;
     /// All matches within `range` (the whole text by default).
     std::vector<Match> matches(QStringView text, Range range = Range::notFound(),
                                Status* status = nullptr) const;
@@ -66,6 +72,9 @@ public:
     bool firstMatch(QStringView text, Match* match) const;
 
 private:
+    Status search(QStringView text, Range range, bool seeAround,
+                  const std::function<bool(const Match&)>& visit) const;
+
     struct Compiled;
     Compiled* _pattern = nullptr;
     QString _patternText;

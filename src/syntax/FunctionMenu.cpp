@@ -59,6 +59,11 @@ FunctionMenu::Kind FunctionMenu::kindForName(const QString& name)
     return index < 0 ? Kind::Unknown : Kind(index);
 }
 
+int FunctionMenu::indentationLevelOf(const QVariant& value)
+{
+    return integerValue(value);
+}
+
 FunctionMenu::FunctionMenu(const std::optional<QVariantList>& definitions, const QString& text,
                            const QString& previousTitle)
 {
@@ -66,12 +71,46 @@ FunctionMenu::FunctionMenu(const std::optional<QVariantList>& definitions, const
         _items.push_back(titled(noSymbolTitle()));
         return;
     }
+    std::vector<Definition> found;
+    found.reserve(size_t(definitions->size()));
+    for (const QVariant& value : *definitions) {
+        const QVariantMap item = value.toMap();
+        Definition definition;
+        definition.rangeString = item.value(QStringLiteral("RangeString")).toString();
+        definition.range = NSRangeFromString(definition.rangeString);
+        definition.bold = item.value(QStringLiteral("BoldType")).toBool();
+        definition.indentationLevel = integerValue(item.value(QStringLiteral("IndentationLevel")));
+        if (item.contains(QStringLiteral("KeyType"))) {
+            definition.hasKind = true;
+            definition.kind = kindForName(item.value(QStringLiteral("KeyType")).toString());
+        }
+        found.push_back(definition);
+    }
+    addDefinitions(found, text, previousTitle);
+}
+
+FunctionMenu
+FunctionMenu::fromDefinitions(const std::optional<std::vector<Definition>>& definitions,
+                              const QString& text, const QString& previousTitle)
+{
+    FunctionMenu menu;
+    if (!definitions || definitions->empty()) {
+        menu._items.push_back(titled(noSymbolTitle()));
+    } else {
+        menu.addDefinitions(*definitions, text, previousTitle);
+    }
+    return menu;
+}
+
+void FunctionMenu::addDefinitions(const std::vector<Definition>& definitions, const QString& text,
+                                  const QString& previousTitle)
+{
+    _items.reserve(definitions.size() + 2);
     _items.push_back(titled(noSymbolTitle()));
     _items.push_back(separator());
-    for (const QVariant& value : *definitions) {
-        const QVariantMap definition = value.toMap();
-        const QString rangeString = definition.value(QStringLiteral("RangeString")).toString();
-        const Range range = NSRangeFromString(rangeString);
+    bool reselected = false;
+    for (const Definition& definition : definitions) {
+        const Range range = definition.range;
         if (range.location < 0 || range.length < 0 || range.max() > text.size()) {
             if (_items.size() < 2) {
                 _items.clear();
@@ -84,16 +123,17 @@ FunctionMenu::FunctionMenu(const std::optional<QVariantList>& definitions, const
             _items.push_back(separator());
             continue;
         }
-        item.bold = definition.value(QStringLiteral("BoldType")).toBool();
-        item.rangeString = rangeString;
-        item.indentationLevel = integerValue(definition.value(QStringLiteral("IndentationLevel")));
-        if (definition.contains(QStringLiteral("KeyType"))) {
-            item.hasKind = true;
-            item.kind = kindForName(definition.value(QStringLiteral("KeyType")).toString());
-        }
-        const bool reselect = !previousTitle.isNull() && item.title == previousTitle;
+        item.bold = definition.bold;
+        item.rangeString =
+            definition.rangeString.isNull() ? NSStringFromRange(range) : definition.rangeString;
+        item.indentationLevel = definition.indentationLevel;
+        item.hasKind = definition.hasKind;
+        item.kind = definition.kind;
+        const bool reselect = !reselected && !previousTitle.isNull() && item.title == previousTitle;
         _items.push_back(std::move(item));
+        // The first item of the pop-up with the title chosen before is selected again.
         if (reselect) {
+            reselected = true;
             for (size_t i = 0; i < _items.size(); ++i) {
                 if (!_items[i].isSeparator && _items[i].title == previousTitle) {
                     _selectedIndex = int(i);

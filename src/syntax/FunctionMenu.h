@@ -49,6 +49,23 @@ public:
         QString rangeString;
     };
 
+    /// One definition found in the text, as a definition item describes it.
+    struct Definition {
+        Range range;
+        bool bold = false;
+        int indentationLevel = 0;
+        bool hasKind = false;
+        Kind kind = Kind::Unknown;
+        /// The range as the definition item wrote it; made from `range` when null.
+        QString rangeString;
+    };
+    /// The pop-up for `definitions` as the constructor makes it for definition items.
+    static FunctionMenu fromDefinitions(const std::optional<std::vector<Definition>>& definitions,
+                                        const QString& text,
+                                        const QString& previousTitle = QString());
+    /// An "IndentationLevel" as stored: a number, or a string counted by its leading integer.
+    static int indentationLevelOf(const QVariant& value);
+
     /// The pop-up for `text`: "No Symbol selected" alone when there are no definitions;
     /// else that item, a separator and one item per definition, a definition titled "-"
     /// becoming a separator. The list ends at the first definition that lies beyond the
@@ -70,6 +87,10 @@ public:
     static Range lineRangeForRange(const QString& text, Range range);
 
 private:
+    FunctionMenu() = default;
+    void addDefinitions(const std::vector<Definition>& definitions, const QString& text,
+                        const QString& previousTitle);
+
     std::vector<Item> _items;
     int _selectedIndex = 0;
 };

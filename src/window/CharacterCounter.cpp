@@ -1,7 +1,10 @@
 #include "window/CharacterCounter.h"
 
+#include <QFutureWatcher>
 #include <QTextBlock>
+#include <QTextCursor>
 #include <QTextDocument>
+#include <QtConcurrent/QtConcurrentRun>
 
 #include <utility>
 
@@ -73,6 +76,54 @@ qint64 CharacterCounter::count() const
 {
     // characterCount() includes one separator per block, the last block's included.
     return qint64(_document->characterCount()) - _document->blockCount() - *_surrogatePairs;
+}
+
+void CharacterCounter::countRange(qsizetype start, qsizetype end, bool allowWhitespace)
+{
+    ++_newestRequest;
+    if (allowWhitespace && *_surrogatePairs == 0) {
+        // Every unit is a character but the line feeds, one between each two blocks.
+        _waiting.reset();
+        const int lineFeeds = _document->findBlock(int(end)).blockNumber() -
+                              _document->findBlock(int(start)).blockNumber();
+        Q_EMIT rangeCounted(qint64(end - start) - lineFeeds);
+        return;
+    }
+    _waiting = RangeRequest{start, end, allowWhitespace};
+    if (!_counting) {
+        startWaitingCount();
+    }
+}
+
+void CharacterCounter::cancelRangeCount()
+{
+    ++_newestRequest;
+    _waiting.reset();
+}
+
+void CharacterCounter::startWaitingCount()
+{
+    const RangeRequest request = *_waiting;
+    _waiting.reset();
+    QTextCursor cursor(_document);
+    cursor.setPosition(int(request.start));
+    cursor.setPosition(int(request.end), QTextCursor::KeepAnchor);
+    const QString text = cursor.selectedText().replace(QChar::ParagraphSeparator, u'\n');
+    const quint64 number = _newestRequest;
+    _counting = true;
+    auto* watcher = new QFutureWatcher<qint64>(this);
+    connect(watcher, &QFutureWatcher<qint64>::finished, this, [this, watcher, number] {
+        watcher->deleteLater();
+        _counting = false;
+        if (number == _newestRequest) {
+            Q_EMIT rangeCounted(watcher->result());
+        } else if (_waiting) {
+            startWaitingCount();
+        }
+    });
+    watcher->setFuture(QtConcurrent::run([text, allowWhitespace = request.allowWhitespace] {
+        return countCharacters(text, allowWhitespace);
+    }));
 }
 
 qint64 CharacterCounter::countCharacters(QStringView text, bool allowWhitespace)

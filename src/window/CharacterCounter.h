@@ -4,6 +4,7 @@
 #include <QString>
 
 #include <memory>
+#include <optional>
 
 class QTextDocument;
 
@@ -11,6 +12,7 @@ class QTextDocument;
 /// on each keystroke: the count is every code point except the line feeds, which is the
 /// document's UTF-16 length, less one per line break, less one per surrogate pair. The
 /// pairs are counted per block and only the blocks an edit touches are counted again.
+/// Selections are counted the same way, or on a worker when the text holds pairs.
 class CharacterCounter : public QObject
 {
     Q_OBJECT
@@ -21,13 +23,37 @@ public:
     /// Characters of the whole document, line feeds excepted.
     qint64 count() const;
 
+    /// Counts the characters of [start, end) of the document (line feeds excepted, or all
+    /// white space and line ends too) and answers with rangeCounted(): at once when the
+    /// document holds no surrogate pair, else from a worker over a copy of the range, one
+    /// worker at a time. Only the newest request answers: an older count still running when
+    /// a new one is asked for, or when cancelRangeCount() is called, never lands.
+    void countRange(qsizetype start, qsizetype end, bool allowWhitespace);
+    /// Drops the range counts asked for so far (the whole text's count is the newest).
+    void cancelRangeCount();
+    /// Whether a worker is counting.
+    bool isCounting() const { return _counting; }
+
     /// Characters of `text` except line feeds (whitespace counted), or except all white
     /// space and line ends.
     static qint64 countCharacters(QStringView text, bool allowWhitespace);
 
+Q_SIGNALS:
+    /// The answer to the newest countRange().
+    void rangeCounted(qint64 count);
+
 private:
     void recount(int position, int removed, int added);
+    void startWaitingCount();
 
+    struct RangeRequest {
+        qsizetype start;
+        qsizetype end;
+        bool allowWhitespace;
+    };
     QTextDocument* _document;
     std::shared_ptr<qint64> _surrogatePairs = std::make_shared<qint64>(0);
+    quint64 _newestRequest = 0;
+    std::optional<RangeRequest> _waiting;
+    bool _counting = false;
 };

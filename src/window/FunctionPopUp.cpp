@@ -1,15 +1,25 @@
 #include "window/FunctionPopUp.h"
 
+#include "document/TextMirror.h"
 #include "editor/FindIndicator.h"
-#include "editor/TextMirror.h"
 #include "editor/TextView.h"
+#include "window/FunctionPopUpDefinitions.h"
+#include "window/FunctionPopUpModel.h"
 
+#include <QApplication>
 #include <QFontDatabase>
 #include <QHash>
+#include <QListView>
 #include <QPainter>
 #include <QPainterPath>
+#include <QProxyStyle>
 #include <QStandardItemModel>
+#include <QStyleOptionComboBox>
+#include <QStyleOptionViewItem>
 #include <QStyledItemDelegate>
+
+#include <algorithm>
+#include <functional>
 
 namespace {
 
@@ -93,14 +103,42 @@ KindStyle styleOfKind(FunctionMenu::Kind kind)
     return {QChar(), QColor()};
 }
 
+// The list drops down under the pop-up with a few rows and a scroll bar. A style that
+// pops the list up over the pop-up sizes it to all of its rows first, measuring every title:
+// seconds for the tens of thousands of definitions of a large file.
+class DropDownStyle : public QProxyStyle
+{
+public:
+    using QProxyStyle::QProxyStyle;
+    int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                  QStyleHintReturn* returnData) const override
+    {
+        if (hint == QStyle::SH_ComboBox_Popup) {
+            return 0;
+        }
+        return QProxyStyle::styleHint(hint, option, widget, returnData);
+    }
+};
+
 } // namespace
 
 FunctionPopUp::FunctionPopUp(QWidget* parent)
     : QComboBox(parent)
+    , _model(new FunctionPopUpModel(this))
 {
+    auto* style = new DropDownStyle;
+    style->setParent(this);
+    setStyle(style);
+    setModel(_model);
     setItemDelegate(new FunctionItemDelegate(this));
+    // Rows of one height: the list lays out a long list without asking each row.
+    if (auto* list = qobject_cast<QListView*>(view())) {
+        list->setUniformItemSizes(true);
+    }
+    setMaxVisibleItems(20);
     setIconSize(QSize(14, 14));
-    addItem(FunctionMenu::noSymbolTitle());
+    setFunctionMenu(FunctionMenu(std::nullopt, QString()));
+    connect(this, &QComboBox::currentIndexChanged, this, &QWidget::updateGeometry);
 }
 
 QIcon FunctionPopUp::imageForKind(FunctionMenu::Kind kind)
@@ -140,26 +178,29 @@ QIcon FunctionPopUp::imageForKind(FunctionMenu::Kind kind)
 
 void FunctionPopUp::setFunctionMenu(const FunctionMenu& menu)
 {
-    clear();
-    QFont bold = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
-    bold.setBold(true);
-    bold.setPixelSize(11);
-    for (const FunctionMenu::Item& item : menu.items()) {
-        if (item.isSeparator) {
-            insertSeparator(count());
-            continue;
-        }
-        addItem(item.hasKind ? imageForKind(item.kind) : QIcon(), item.title);
-        const int index = count() - 1;
-        if (item.bold) {
-            setItemData(index, bold, Qt::FontRole);
-        }
-        if (!item.rangeString.isEmpty()) {
-            setItemData(index, item.rangeString, RangeStringRole);
-        }
-        setItemData(index, item.indentationLevel, IndentationRole);
-    }
+    _model->setItems(menu.items());
     setCurrentIndex(menu.selectedIndex());
+    // Wide enough for the longest titles; measuring them all would take as long as the
+    // rest of the opening.
+    std::vector<std::pair<qsizetype, int>> lengths;
+    lengths.reserve(menu.items().size());
+    for (size_t i = 0; i < menu.items().size(); ++i) {
+        lengths.push_back({menu.items()[i].title.size(), int(i)});
+    }
+    const size_t measured = std::min<size_t>(lengths.size(), 64);
+    std::partial_sort(lengths.begin(), lengths.begin() + qsizetype(measured), lengths.end(),
+                      std::greater<>());
+    int width = 0;
+    for (size_t k = 0; k < measured; ++k) {
+        const QModelIndex index = _model->index(lengths[k].second);
+        QStyleOptionViewItem option;
+        option.initFrom(view());
+        option.font = view()->font();
+        option.decorationSize = iconSize();
+        option.features |= QStyleOptionViewItem::HasDecoration;
+        width = std::max(width, itemDelegate()->sizeHint(option, index).width());
+    }
+    view()->setMinimumWidth(std::min(width + 24, 900));
 }
 
 void FunctionPopUp::reduceToItem(int index)
@@ -167,12 +208,13 @@ void FunctionPopUp::reduceToItem(int index)
     if (index < 0 || index >= count()) {
         return;
     }
-    const QString title = itemText(index);
-    const QIcon image = itemIcon(index);
-    const QVariant range = itemData(index, RangeStringRole);
-    clear();
-    addItem(image, title);
-    setItemData(0, range, RangeStringRole);
+    const FunctionMenu::Item& chosen = _model->items()[size_t(index)];
+    FunctionMenu::Item item;
+    item.title = chosen.title;
+    item.hasKind = chosen.hasKind;
+    item.kind = chosen.kind;
+    item.rangeString = chosen.rangeString;
+    _model->setItems({item});
     setCurrentIndex(0);
 }
 
@@ -182,10 +224,36 @@ void FunctionPopUp::updateFunctionDefinitionList(TextView* textView)
         return;
     }
     const QString previous = currentText();
-    const std::optional<QVariantList> definitions = textView->makeFunctionDefinition();
-    const QString text =
-        definitions ? TextMirror::mirrorOfDocument(textView->document())->string() : QString();
-    setFunctionMenu(FunctionMenu(definitions, text, previous));
+    FunctionPopUpDefinitions* definitions = definitionsOf(textView);
+    if (!definitions) {
+        setFunctionMenu(FunctionMenu(std::nullopt, QString()));
+        return;
+    }
+    setFunctionMenu(FunctionMenu::fromDefinitions(
+        definitions->definitions(), TextMirror::mirrorOfDocument(textView->document())->string(),
+        previous));
+}
+
+void FunctionPopUp::prepareFunctionDefinitions(TextView* textView)
+{
+    if (textView) {
+        definitionsOf(textView);
+    }
+}
+
+FunctionPopUpDefinitions* FunctionPopUp::definitionsOf(TextView* textView)
+{
+    const QVariantMap& dictionary = textView->syntaxDictionary();
+    if (dictionary.isEmpty()) {
+        delete _definitions;
+        _definitions = nullptr;
+        return nullptr;
+    }
+    if (!_definitions || !_definitions->serves(textView->document(), dictionary)) {
+        delete _definitions;
+        _definitions = new FunctionPopUpDefinitions(textView->document(), dictionary, this);
+    }
+    return _definitions;
 }
 
 void FunctionPopUp::selectedFunctionDefinitionItem(TextView* textView, int index)
@@ -193,6 +261,8 @@ void FunctionPopUp::selectedFunctionDefinitionItem(TextView* textView, int index
     if (!textView || index < 0 || index >= count()) {
         return;
     }
+    // Typing goes on in the text, not in the pop-up.
+    textView->setFocus(Qt::OtherFocusReason);
     QTextCursor cursor = textView->textCursor();
     if (itemText(index) == FunctionMenu::noSymbolTitle()) {
         cursor.setPosition(cursor.selectionStart());
@@ -209,6 +279,24 @@ void FunctionPopUp::selectedFunctionDefinitionItem(TextView* textView, int index
     textView->ensureCursorVisible();
     FindIndicator::showFindIndicatorForRange(textView, range);
     reduceToItem(index);
+}
+
+QSize FunctionPopUp::sizeHint() const
+{
+    const QFontMetrics metrics = fontMetrics();
+    const int characterWidth = metrics.horizontalAdvance(QLatin1Char('x'));
+    const int textWidth = std::max(metrics.horizontalAdvance(currentText()),
+                                   minimumContentsLength() * characterWidth);
+    const QSize contents(textWidth + iconSize().width() + 4,
+                         std::max({metrics.height(), iconSize().height(), 14}) + 2);
+    QStyleOptionComboBox option;
+    initStyleOption(&option);
+    return style()->sizeFromContents(QStyle::CT_ComboBox, &option, contents, this);
+}
+
+QSize FunctionPopUp::minimumSizeHint() const
+{
+    return sizeHint();
 }
 
 void FunctionPopUp::showPopup()

@@ -5,6 +5,8 @@
 #include <QComboBox>
 #include <QIcon>
 
+class FunctionPopUpDefinitions;
+class FunctionPopUpModel;
 class TextView;
 
 /// The window's function pop-up: shows the items of a FunctionMenu (bold titles,
@@ -32,14 +34,29 @@ public:
 
     /// Rebuilds the list from `textView`'s text, keeping the selected title selected.
     void updateFunctionDefinitionList(TextView* textView);
+    /// Starts reading the definitions of `textView`'s text by its syntax definition, so that
+    /// the list is at hand when the pop-up opens; the list then follows the edits.
+    void prepareFunctionDefinitions(TextView* textView);
     /// Chooses the item at `index` for `textView`: selects the whole lines of its
     /// definition, scrolls to them and flashes them, and leaves the item alone in the list.
     /// "No Symbol selected" takes the caret to the start of the selection.
     void selectedFunctionDefinitionItem(TextView* textView, int index);
 
     void showPopup() override;
+    /// As wide as the title shown, with room for its image, and never narrower than the
+    /// minimum contents length: not as wide as the longest of all the titles, which takes
+    /// measuring each of the tens of thousands of a large file.
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
 
 Q_SIGNALS:
     /// Sent just before the list opens.
     void willPopUp();
+
+private:
+    /// The definitions of the text of `textView` by its definition, made on first request.
+    FunctionPopUpDefinitions* definitionsOf(TextView* textView);
+
+    FunctionPopUpModel* _model;
+    FunctionPopUpDefinitions* _definitions = nullptr;
 };

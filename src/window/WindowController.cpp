@@ -29,7 +29,6 @@
 #include <QApplication>
 #include <QDesktopServices>
 #include <QFileInfo>
-#include <QFutureWatcher>
 #include <QLabel>
 #include <QLocale>
 #include <QMessageBox>
@@ -37,7 +36,6 @@
 #include <QSplitter>
 #include <QTextDocument>
 #include <QUrl>
-#include <QtConcurrent>
 
 namespace {
 
@@ -107,7 +105,12 @@ WindowController::WindowController(Document* document)
     connect(document->textStorage(), &QTextDocument::contentsChanged, this,
             &WindowController::textDidChange);
     connect(_window, &DocumentWindow::becameActive, this, [this] {
-        _infoCharacters = _counter->count();
+        if (!textView() || !textView()->textCursor().hasSelection()) {
+            showWholeCount();
+        }
+    });
+    connect(_counter, &CharacterCounter::rangeCounted, this, [this](qint64 count) {
+        _infoCharacters = count;
         updateToolbarInformation();
     });
     if (auto* popUp = qobject_cast<FunctionPopUp*>(_window->functionPopUp())) {
@@ -234,8 +237,7 @@ void WindowController::windowDidLoad()
         }
     }
     syntaxSettingToTextView();
-    _infoCharacters = _counter->count();
-    updateToolbarInformation();
+    showWholeCount();
     updateTitle();
 }
 
@@ -268,6 +270,11 @@ void WindowController::setFunctionPopUpShown(bool shown)
 {
     if (_window) {
         _window->functionPopUp()->setVisible(shown);
+        // The definitions are read now, on a worker, so that the pop-up opens at once.
+        auto* popUp = qobject_cast<FunctionPopUp*>(_window->functionPopUp());
+        if (shown && popUp) {
+            popUp->prepareFunctionDefinitions(textView());
+        }
     }
 }
 
@@ -492,31 +499,20 @@ void WindowController::textViewDidChangeSelection(TextView* view)
     }
     const QTextCursor cursor = view->textCursor();
     if (!cursor.hasSelection()) {
-        // The whole text's count is kept up to date as it changes: nothing to copy.
-        _infoCharacters = _counter->count();
-        updateToolbarInformation();
+        showWholeCount();
         return;
     }
-    startCount(cursor.selectedText().replace(QChar::ParagraphSeparator, u'\n'));
+    // Answered by rangeCounted, at once or from a worker; an older answer never lands.
+    _counter->countRange(cursor.selectionStart(), cursor.selectionEnd(), _allowWhitespaceCount);
 }
 
-void WindowController::startCount(const QString& text)
+void WindowController::showWholeCount()
 {
-    if (_countloop) {
-        return;
-    }
-    _countloop = true;
-    auto* watcher = new QFutureWatcher<qint64>(this);
-    connect(watcher, &QFutureWatcher<qint64>::finished, this, [this, watcher] {
-        _infoCharacters = watcher->result();
-        _countloop = false;
-        updateToolbarInformation();
-        watcher->deleteLater();
-    });
-    const bool allowWhitespace = _allowWhitespaceCount;
-    watcher->setFuture(QtConcurrent::run([text, allowWhitespace] {
-        return CharacterCounter::countCharacters(text, allowWhitespace);
-    }));
+    // The whole text's count is kept up to date as it changes: nothing to copy. A selection's
+    // count still on its way is older than this one.
+    _counter->cancelRangeCount();
+    _infoCharacters = _counter->count();
+    updateToolbarInformation();
 }
 
 void WindowController::updateSelectCharacterInformation(const QString& text)
@@ -591,8 +587,7 @@ void WindowController::textDidChange()
         view->textDidChanged();
     }
     if (!textView() || !textView()->textCursor().hasSelection()) {
-        _infoCharacters = _counter->count();
-        updateToolbarInformation();
+        showWholeCount();
     }
 }
 
@@ -604,8 +599,7 @@ void WindowController::resetupInitialTextViewSharedState()
     }
     syntaxSettingToTextView();
     toggleSpellChecking(nullptr);
-    _infoCharacters = _counter->count();
-    updateToolbarInformation();
+    showWholeCount();
 }
 
 void WindowController::updatePreferences(QObject* sender)

@@ -156,7 +156,7 @@ private:
     void textDidChange();
     void textViewDidChangeSelection(TextView* view);
     void textViewMouseDown(TextView* view);
-    void startCount(const QString& text);
+    void showWholeCount();
     /// Puts the caret's new place into the status line.
     void showCaretPosition();
     /// A file this process may not write: the title and the status line say so.

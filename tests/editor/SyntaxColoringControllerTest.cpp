@@ -3,7 +3,7 @@
 #include "editor/SyntaxColoringController.h"
 
 #include "EditorTestSupport.h"
-#include "editor/TextMirror.h"
+#include "document/TextMirror.h"
 #include "syntax/SyntaxManager.h"
 
 #include <QClipboard>

@@ -1,8 +1,12 @@
 #include "SyntaxTestSupport.h"
 #include "platform/ColorArchive.h"
+#include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
+#include "syntax/FunctionDefinitionIndex.h"
 #include "syntax/FunctionMenu.h"
 #include "syntax/SyntaxManager.h"
+
+#include <QRandomGenerator>
 
 #include <gtest/gtest.h>
 
@@ -26,6 +30,13 @@ QStringList titles(const FunctionMenu& menu)
         result.append(item.isSeparator ? QStringLiteral("---") : item.title);
     }
     return result;
+}
+
+QVariantMap shippedDefinition(const QString& name)
+{
+    return PropertyList::readFile(QStringLiteral(":/SyntaxDefinition/") + name +
+                                  QStringLiteral(".plist"))
+        .toMap();
 }
 
 const QString Python = QStringLiteral("class Shape:\n"
@@ -220,4 +231,100 @@ TEST(SyntaxManager, ColouringAnEmptyRangeDoesNothing)
     ASSERT_TRUE(coloring);
     EXPECT_EQ(coloring->runs().size(), 1u);
     EXPECT_FALSE(manager.isEndlessLoop());
+}
+
+TEST(FunctionDefinitions, PatternsWithinLinesAreToldApart)
+{
+    const struct {
+        const char* pattern;
+        bool withinLines;
+    } cases[] = {
+        {"^[ \\t]*#[ \\t]*define[ \\t]+([A-Za-z_][A-Za-z0-9_]*+)", true},
+        {"^(?:[A-Za-z_][A-Za-z0-9_]*+[ \\t\\*]++)+([A-Za-z_][A-Za-z0-9_]*+)[ \\t]*\\((?![^\\n]*;)",
+         true},
+        {"^[ \\t]*([^\\s{}@/;][^{};\\n]*?)[ \\t]*\\{", true},
+        {"^class[ \\t]+(?:[^=\\n]*=>)?((?-i:[A-Z])[\\w']*+)", true},
+        {"^\\s*def\\s+(\\w+)", false},     // \s takes in line breaks
+        {"<title[^>]*>([^<\\n]+)", false}, // [^>] too
+        {"a.b", true},                     // "." stops at a line break
+        {"(?s)a.b", false},
+        {"(?x)a b", false},
+        {"a\\nb", false},
+        {"[\\x00-\\x7f]+", false},
+        {"[\\t-\\r]", false},
+        {"\\Qa\\E", false},
+        {"\\p{L}+", false},
+        {"[[a-z]&&[^b]]", false},
+        {"\\W+", false},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(FunctionDefinitionIndex::matchesWithinLines(QString::fromUtf8(c.pattern)),
+                  c.withinLines)
+            << c.pattern;
+    }
+}
+
+TEST(FunctionDefinitions, IndexFollowsEditsAsASearchOfTheWholeTextWould)
+{
+    // Read in chunks (C, Python) and whole (HTML, whose tags may span lines), a group that
+    // takes no part, an entry without group 1, edits at random.
+    const QList<QVariantMap> definitions = {
+        shippedDefinition("C"), shippedDefinition("Python"), shippedDefinition("HTML"),
+        definitionWith({functionEntry("^(x)?(y+)", {{"KeyType", "Macro"}}),
+                        functionEntry("^y", {{"AllMatching", true}, {"BoldType", true}})}),
+        definitionWith({functionEntry("^z")})};
+    const QList<QString> pieces = {"int main(void)\n",
+                                   "{\n",
+                                   "}\n",
+                                   "static int helper(int v) {\n",
+                                   "#define X 1\n",
+                                   "struct s {\n",
+                                   "  ",
+                                   "\n",
+                                   "class A:\n",
+                                   "    def f(self):\n",
+                                   "def g():\n",
+                                   "<title>T</title>\n",
+                                   "<h1\n>H</h1>",
+                                   "yy\n",
+                                   "xy ",
+                                   "z\n",
+                                   ";",
+                                   "(",
+                                   "a"};
+    QRandomGenerator random(5);
+    SyntaxManager manager;
+    for (const QVariantMap& definition : definitions) {
+        for (int round = 0; round < 15; ++round) {
+            QString text;
+            for (int i = random.bounded(0, 60); i > 0; --i) {
+                text += pieces[random.bounded(pieces.size())];
+            }
+            FunctionDefinitionIndex index(definition);
+            index.setChunkSize(random.bounded(1, 60));
+            index.build(text);
+            for (int edit = 0; edit < 30; ++edit) {
+                const qsizetype location = random.bounded(text.size() + 1);
+                const qsizetype removed =
+                    random.bounded(std::min<qsizetype>(text.size() - location, 40) + 1);
+                const QString inserted = pieces[random.bounded(pieces.size())];
+                text.replace(location, removed, inserted);
+                index.textDidChange(location, removed, inserted.size());
+                if (random.bounded(3) == 0) {
+                    continue;
+                }
+                ASSERT_TRUE(index.update(text));
+                ASSERT_EQ(index.definitionItems(),
+                          manager.makeFunctionDefinitionWithString(text, definition))
+                    << "text \"" << text.toStdString() << "\"";
+                const FunctionMenu fromIndex =
+                    FunctionMenu::fromDefinitions(index.definitions(), text, QStringLiteral("g"));
+                const FunctionMenu reference(
+                    manager.makeFunctionDefinitionWithString(text, definition), text,
+                    QStringLiteral("g"));
+                ASSERT_EQ(titles(fromIndex), titles(reference));
+                ASSERT_EQ(fromIndex.selectedIndex(), reference.selectedIndex());
+            }
+        }
+    }
 }

@@ -7,6 +7,7 @@
 #include "document/PermissionsEnforced.h"
 #include "editor/TextView.h"
 #include "platform/UserDefaults.h"
+#include "window/CharacterCounter.h"
 #include "window/DocumentWindow.h"
 
 #include <QAction>
@@ -142,6 +143,45 @@ TEST(WindowController, StatusLineFollowsTheCaretAndSaysAFileIsReadOnly)
             << controller->window()->infoField()->text().toStdString();
     }
     documents.discardAllDocuments();
+
+TEST(WindowController, StatusLineNeverShowsAnOlderCount)
+{
+    // A text with characters outside the BMP: a selection is counted on a worker.
+    QString text;
+    for (int i = 0; i < 20000; ++i) {
+        text += QStringLiteral("line %1 \U0001F600\n").arg(i);
+    }
+    Window window(text);
+    TextView* view = window.controller->textView();
+    const qint64 whole = window.controller->infoCharacters();
+    for (int round = 0; round < 20; ++round) {
+        // A selection, then none at once: the selection's count, still on its way, is
+        // older than the whole text's and must not replace it.
+        QTextCursor cursor = view->textCursor();
+        cursor.setPosition(0);
+        cursor.setPosition(int(text.size() / 2), QTextCursor::KeepAnchor);
+        view->setTextCursor(cursor);
+        cursor.clearSelection();
+        view->setTextCursor(cursor);
+        EXPECT_EQ(window.controller->infoCharacters(), whole);
+    }
+    QTest::qWait(300);
+    EXPECT_EQ(window.controller->infoCharacters(), whole);
+    EXPECT_TRUE(window.controller->toolbarInformation().startsWith(QStringLiteral("Characters: ") +
+                                                                   QLocale().toString(whole)));
+
+    // Selections one after another, each to a line's start: the newest is what shows.
+    QTextCursor cursor = view->textCursor();
+    qsizetype end = 0;
+    for (const qsizetype near : {1000, 5000, 200}) {
+        end = text.indexOf(u'\n', near) + 1;
+        cursor.setPosition(0);
+        cursor.setPosition(int(end), QTextCursor::KeepAnchor);
+        view->setTextCursor(cursor);
+    }
+    QTRY_COMPARE_WITH_TIMEOUT(window.controller->infoCharacters(),
+                              CharacterCounter::countCharacters(QStringView(text).first(end), true),
+                              2000);
 }
 
 TEST(WindowController, TogglesApplyToThePanesAndTheMenus)

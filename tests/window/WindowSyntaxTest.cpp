@@ -13,12 +13,18 @@
 #include "platform/FileManager.h"
 #include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
+#include "editor/CompletionManager.h"
+#include "editor/CompletionPanel.h"
+#include "syntax/FunctionMenu.h"
 #include "syntax/SyntaxManager.h"
 #include "window/DocumentWindow.h"
 #include "window/FunctionPopUp.h"
+#include "window/FunctionPopUpDefinitions.h"
 #include "window/WindowController.h"
 
+#include <QAbstractItemView>
 #include <QAction>
+#include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -321,6 +327,132 @@ TEST(WindowSyntax, FunctionPopUpListsAndSelectsDefinitions)
     Q_EMIT popUp->activated(0);
     EXPECT_FALSE(file.view()->textCursor().hasSelection());
     EXPECT_EQ(file.view()->textCursor().position(), kCSource.indexOf(line));
+}
+
+TEST(WindowSyntax, FunctionPopUpOfALargeFileReadsOnlyWhatChanged)
+{
+    installDefinitions();
+    QString text;
+    for (int i = 0; i < 6000; ++i) {
+        text += QStringLiteral("static int f%1(int v)\n{\n    return v;\n}\n").arg(i);
+    }
+    const QString longName(300, u'g');
+    text += QStringLiteral("void %1(void)\n{\n}\n").arg(longName);
+    OpenFile file(QStringLiteral("large.c"), text);
+    auto* popUp = qobject_cast<FunctionPopUp*>(file.controller->window()->functionPopUp());
+    ASSERT_NE(popUp, nullptr);
+    auto* definitions = popUp->findChild<FunctionPopUpDefinitions*>();
+    ASSERT_NE(definitions, nullptr);
+    // The whole text is read once, on a worker.
+    ASSERT_TRUE(waitFor([&] { return definitions->isReady(); }, 20000));
+    EXPECT_EQ(definitions->builds(), 1);
+    EXPECT_EQ(definitions->scannedCharacters(), 0);
+
+    const auto listed = [&] {
+        QStringList titles;
+        for (int i = 0; i < popUp->count(); ++i) {
+            titles.append(popUp->itemText(i));
+        }
+        return titles;
+    };
+    const auto reference = [&] {
+        const QString now = file.document->string();
+        const FunctionMenu menu(
+            SyntaxManager::sharedSyntaxManager().makeFunctionDefinitionWithString(
+                now, file.view()->syntaxDictionary()),
+            now);
+        QStringList titles;
+        for (const FunctionMenu::Item& item : menu.items()) {
+            titles.append(item.isSeparator ? QString() : item.title);
+        }
+        return titles;
+    };
+    popUp->showPopup();
+    popUp->hidePopup();
+    EXPECT_EQ(popUp->count(), 6000 + 3);
+    EXPECT_EQ(listed(), reference());
+
+    // Keys in the middle, a line joined and one split: the list is the whole text's, read
+    // from a few lines around the changes.
+    file.view()->setSelectedRange({text.indexOf(QStringLiteral("f3000(")) + 5, 0});
+    QTest::keyClicks(file.view(), QStringLiteral("xy"));
+    file.view()->setSelectedRange({text.indexOf(QStringLiteral("f10(")) - 1, 0});
+    QTest::keyClick(file.view(), Qt::Key_Delete);
+    QTest::keyClick(file.view(), Qt::Key_Return);
+    popUp->showPopup();
+    popUp->hidePopup();
+    EXPECT_NE(popUp->findText(QStringLiteral("f3000xy")), -1);
+    EXPECT_EQ(listed(), reference());
+    EXPECT_EQ(definitions->builds(), 1);
+    EXPECT_LT(definitions->scannedCharacters(), text.size() / 4);
+
+    // The pop-up is as wide as the title it shows, not as the longest one in the list.
+    const int longWidth = popUp->fontMetrics().horizontalAdvance(longName);
+    EXPECT_LT(popUp->sizeHint().width(), longWidth);
+    const int longIndex = popUp->findText(longName);
+    popUp->setCurrentIndex(longIndex);
+    Q_EMIT popUp->activated(longIndex);
+    EXPECT_GE(popUp->sizeHint().width(), longWidth);
+}
+
+TEST(WindowSyntax, FunctionPopUpGivesTheKeysBackToTheText)
+{
+    installDefinitions();
+    OpenFile file(QStringLiteral("keys.c"), kCSource);
+    auto* popUp = qobject_cast<FunctionPopUp*>(file.controller->window()->functionPopUp());
+    ASSERT_NE(popUp, nullptr);
+    file.controller->window()->activateWindow();
+    popUp->setFocus(Qt::TabFocusReason);
+    ASSERT_TRUE(waitFor([&] { return popUp->hasFocus(); }));
+    // Opened and chosen from with the keyboard, as a user would.
+    QTest::keyClick(popUp, Qt::Key_Space);
+    ASSERT_TRUE(waitFor([&] { return popUp->view()->isVisible(); }));
+    QTest::keyClick(popUp->view(), Qt::Key_End);
+    QTest::keyClick(popUp->view(), Qt::Key_Return);
+    ASSERT_TRUE(waitFor([&] { return !popUp->view()->isVisible(); }));
+    EXPECT_EQ(popUp->currentText(), "main");
+    EXPECT_TRUE(waitFor([&] { return file.view()->hasFocus(); }));
+    // The keys go to the text: the line chosen is selected, Left goes to its start.
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Left);
+    QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("//"));
+    EXPECT_TRUE(file.document->string().contains(QStringLiteral("//int main(void)")));
+}
+
+TEST(WindowSyntax, ACompletionNotAcceptedIsNeverSaved)
+{
+    installDefinitions();
+    UserDefaults::standardUserDefaults().setObject(true, QStringLiteral("AutoComplete"));
+    const QString text = QStringLiteral("int print, printf, Print;\n");
+    OpenFile file(QStringLiteral("save.c"), text);
+    UserDefaults::standardUserDefaults().removeObjectForKey(QStringLiteral("AutoComplete"));
+    TextView* view = file.view();
+    view->moveCursor(QTextCursor::End);
+    QTest::keyClicks(view, QStringLiteral("pr"));
+    CompletionManager& completion = CompletionManager::sharedCompletionManager();
+    ASSERT_TRUE(waitFor([&] { return completion.panel()->isVisible(); }));
+    ASSERT_FALSE(view->proposedCompletion().isEmpty());
+
+    // Saved while the rest of a word is shown: the file holds what was typed, and stays
+    // saved while the list follows.
+    ASSERT_TRUE(DocumentController::sharedDocumentController().saveDocument(file.document));
+    EXPECT_EQ(TestSupport::readFile(file.path), (text + QStringLiteral("pr")).toUtf8());
+    QTest::qWait(1000);
+    EXPECT_FALSE(file.document->isDocumentEdited());
+    // What a recovery copy is made of is the typed text too; Escape changes nothing.
+    EXPECT_EQ(file.document->string(), text + QStringLiteral("pr"));
+    QTest::keyClick(view, Qt::Key_Escape);
+    EXPECT_FALSE(file.document->isDocumentEdited());
+    EXPECT_EQ(file.document->string(), text + QStringLiteral("pr"));
+    // The status line counts the text, never the word proposed or a selection of it.
+    EXPECT_EQ(file.controller->infoCharacters(), text.size() + 1);
+
+    // An accepted word is an edit.
+    QTest::keyClick(view, Qt::Key_Escape);
+    ASSERT_TRUE(completion.panel()->isVisible());
+    QTest::keyClick(view, Qt::Key_Tab);
+    EXPECT_TRUE(file.document->isDocumentEdited());
+    EXPECT_TRUE(file.document->string().startsWith(text + QStringLiteral("pr")));
+    EXPECT_GT(file.document->string().size(), text.size() + 2);
 }
 
 TEST(WindowSyntax, TypingInsideABlockCommentOpenedAboveTheVisibleLines)

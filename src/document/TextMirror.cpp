@@ -1,4 +1,4 @@
-#include "editor/TextMirror.h"
+#include "document/TextMirror.h"
 
 #include <QTextCursor>
 #include <QTextDocument>

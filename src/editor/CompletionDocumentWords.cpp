@@ -1,0 +1,146 @@
+#include "editor/CompletionDocumentWords.h"
+
+#include "document/TextMirror.h"
+
+#include <QFutureWatcher>
+#include <QTextDocument>
+#include <QThreadPool>
+#include <QtConcurrent/QtConcurrentRun>
+
+CompletionDocumentWords* CompletionDocumentWords::existing(QTextDocument* document)
+{
+    return document ? document->findChild<CompletionDocumentWords*>(QString(),
+                                                                    Qt::FindDirectChildrenOnly)
+                    : nullptr;
+}
+
+CompletionDocumentWords* CompletionDocumentWords::of(QTextDocument* document, Kind kind)
+{
+    if (!document) {
+        return nullptr;
+    }
+    if (CompletionDocumentWords* words = existing(document)) {
+        if (words->kind() == kind) {
+            return words;
+        }
+        delete words;
+    }
+    return new CompletionDocumentWords(document, kind);
+}
+
+CompletionDocumentWords::CompletionDocumentWords(QTextDocument* document, Kind kind)
+    : QObject(document)
+    , _mirror(TextMirror::mirrorOfDocument(document))
+    , _index(kind)
+    , _buildTimer(new QTimer(this))
+{
+    _buildTimer->setSingleShot(true);
+    _buildTimer->setInterval(250);
+    connect(_buildTimer, &QTimer::timeout, this, &CompletionDocumentWords::startBuild);
+    connect(_mirror, &TextMirror::textDidChange, this, &CompletionDocumentWords::textDidChange);
+    _buildTimer->start();
+}
+
+void CompletionDocumentWords::setChunkSize(qsizetype characters)
+{
+    _chunkSize = characters;
+    _index.setChunkSize(characters);
+}
+
+void CompletionDocumentWords::textDidChange(qsizetype location, qsizetype removed, qsizetype added)
+{
+    if (_building) {
+        _editsDuringBuild.push_back({location, removed, added});
+        return;
+    }
+    if (!_built) {
+        return; // the first build reads the text as it is then
+    }
+    _index.textDidChange(location, removed, added);
+    // A change as large as a file is read on a worker, once the changes have settled.
+    if (_index.pendingCharacters() > _largeChange) {
+        _buildTimer->start();
+    }
+}
+
+void CompletionDocumentWords::startBuild()
+{
+    _buildTimer->stop();
+    const QString& text = _mirror->string();
+    if (text.size() <= _smallText && !_building) {
+        // Read at once: less work than handing a copy to a worker, and ready to answer.
+        CompletionWordIndex built(_index.kind());
+        if (_chunkSize > 0) {
+            built.setChunkSize(_chunkSize);
+        }
+        built.build(text);
+        _index = std::move(built);
+        _built = true;
+        ++_builds;
+        return;
+    }
+    _building = true;
+    _editsDuringBuild.clear();
+    ++_builds;
+    // The copy is the only pass over the whole text on this thread: the worker cannot
+    // read the mirror while edits change it.
+    QString snapshot(text.constData(), text.size());
+    const Kind kind = _index.kind();
+    const qsizetype chunkSize = _chunkSize;
+    using Result = std::shared_ptr<CompletionWordIndex>;
+    auto* watcher = new QFutureWatcher<Result>(this);
+    connect(watcher, &QFutureWatcher<Result>::finished, this, [this, watcher] {
+        watcher->deleteLater();
+        buildDidEnd(watcher->result());
+    });
+    watcher->setFuture(QtConcurrent::run([snapshot = std::move(snapshot), kind, chunkSize] {
+        auto built = std::make_shared<CompletionWordIndex>(kind);
+        if (chunkSize > 0) {
+            built->setChunkSize(chunkSize);
+        }
+        built->build(snapshot);
+        return built;
+    }));
+}
+
+void CompletionDocumentWords::buildDidEnd(std::shared_ptr<CompletionWordIndex> built)
+{
+    // The words of the old text go on the worker too: freeing them is a pass of its own.
+    auto old = std::make_shared<CompletionWordIndex>(std::move(_index));
+    QThreadPool::globalInstance()->start([old = std::move(old)]() mutable { old.reset(); });
+    _index = std::move(*built);
+    _building = false;
+    _built = true;
+    const std::vector<Edit> edits = std::move(_editsDuringBuild);
+    _editsDuringBuild.clear();
+    for (const Edit& edit : edits) {
+        _index.textDidChange(edit.location, edit.removed, edit.added);
+    }
+    if (_index.pendingCharacters() > _largeChange) {
+        // Still going in (a large file arrives piece by piece): read it once it has settled.
+        _buildTimer->start();
+        return;
+    }
+    Q_EMIT ready();
+}
+
+bool CompletionDocumentWords::prepare()
+{
+    if (_building) {
+        return false;
+    }
+    if (!_built || _buildTimer->isActive() || _index.pendingCharacters() > _largeChange ||
+        !_index.update(_mirror->string())) {
+        startBuild();
+        return !_building;
+    }
+    return true;
+}
+
+std::optional<QStringList> CompletionDocumentWords::wordsForPartialWord(const QString& partialWord)
+{
+    if (!prepare()) {
+        return std::nullopt;
+    }
+    return _index.wordsForPartialWord(partialWord);
+}

@@ -1,0 +1,135 @@
+#pragma once
+
+#include "syntax/CompletionWordScanner.h"
+
+#include <QHash>
+#include <QString>
+#include <QStringList>
+#include <QStringView>
+
+#include <map>
+#include <unordered_map>
+#include <vector>
+
+/// The words of a text as completion finds them, kept in step with edits without reading
+/// the text again: the text is cut into chunks of a few thousand characters at places where
+/// a scan can start afresh, each chunk remembers its words, and an edit only has the chunks
+/// it touched read again. Asking for the words of a partial word then costs time in
+/// proportion to the words found, not to the text.
+class CompletionWordIndex
+{
+public:
+    using Kind = CompletionWordScanner::Kind;
+
+    explicit CompletionWordIndex(Kind kind = Kind::Pattern);
+    CompletionWordIndex(CompletionWordIndex&&) noexcept;
+    CompletionWordIndex& operator=(CompletionWordIndex&&) noexcept;
+    CompletionWordIndex(const CompletionWordIndex&) = delete;
+    CompletionWordIndex& operator=(const CompletionWordIndex&) = delete;
+    ~CompletionWordIndex();
+
+    Kind kind() const { return _kind; }
+
+    /// Forgets everything and reads every word of `text`.
+    void build(QStringView text);
+    /// `removed` characters at `location` were replaced by `added` others. The words there
+    /// are read again by the next update().
+    void textDidChange(qsizetype location, qsizetype removed, qsizetype added);
+    /// How many characters the next update() reads.
+    qsizetype pendingCharacters() const;
+    /// Reads the words of the parts that changed. `text` is the whole text after every
+    /// change told; false (and nothing read) when its length is not the one the changes
+    /// add up to, which only a change not told can cause: build() again then.
+    bool update(QStringView text);
+    /// The length of the text the chunks hold.
+    qsizetype textLength() const;
+
+    /// The words longer than `partialWord` that begin with it ignoring case, each once,
+    /// sorted ignoring case; words equal but for case in the order they first appear in
+    /// the text. Only after update(): a changed stretch offers none of its words before.
+    QStringList wordsForPartialWord(const QString& partialWord) const;
+
+    /// Characters read since the index was made: what edits and builds cost.
+    qint64 scannedCharacters() const { return _scannedCharacters; }
+    /// How many chunks the text is cut into.
+    qsizetype chunkCount() const { return qsizetype(_chunks.size()); }
+
+    /// Chunks are cut near this many characters; a test may make them smaller.
+    void setChunkSize(qsizetype chunkSize) { _chunkSize = chunkSize; }
+
+private:
+    struct Occurrence {
+        quint32 word;
+        quint32 count;
+        /// The word's first appearance in the chunk, counted in words.
+        quint32 first;
+    };
+    struct Chunk {
+        qsizetype length = 0;
+        /// By word number. Only for a clean chunk: a dirty one holds what it counted before.
+        std::vector<Occurrence> words;
+        /// The occurrences counted for this stretch of text before it changed, still to be
+        /// taken off once it has been read again.
+        std::vector<std::vector<Occurrence>> counted;
+        bool dirty = false;
+    };
+    struct Word {
+        QString text;
+        qint64 count = 0;
+    };
+    struct Hash {
+        using is_transparent = void;
+        size_t operator()(QStringView text) const { return qHash(text); }
+    };
+    struct Equal {
+        using is_transparent = void;
+        bool operator()(QStringView a, QStringView b) const { return a == b; }
+    };
+    struct LessIgnoringCase {
+        using is_transparent = void;
+        bool operator()(QStringView a, QStringView b) const
+        {
+            return a.compare(b, Qt::CaseInsensitive) < 0;
+        }
+    };
+
+    /// The chunks `text` (a stretch between two boundaries) is cut into, their words read.
+    std::vector<Chunk> readChunks(QStringView text);
+    std::vector<Occurrence> readWords(QStringView text);
+    quint32 wordNumber(QStringView text);
+    void count(const std::vector<Occurrence>& occurrences, int sign);
+    void dropUnusedWords(const std::vector<Occurrence>& occurrences);
+    /// The chunk holding `position`: the last one for the end of the text.
+    size_t chunkAt(qsizetype position, qsizetype* start) const;
+    /// Where `word` first appears: its chunk and its place among the chunk's words.
+    std::pair<size_t, quint32> firstAppearance(quint32 word) const;
+    /// Chunks from `chunk` on may have changed (or moved).
+    void noteChangeFrom(size_t chunk);
+
+    Kind _kind;
+    qsizetype _chunkSize = 16 * 1024;
+    std::vector<Chunk> _chunks;
+    std::vector<Word> _words;
+    std::vector<quint32> _freeWords;
+    std::unordered_map<QString, quint32, Hash, Equal> _numbers;
+    /// Words equal but for case share one entry; the key is the text of one of them.
+    std::map<QString, std::vector<quint32>, LessIgnoringCase> _groups;
+    qint64 _scannedCharacters = 0;
+
+    /// The first appearance of words equal but for case to another, remembered across
+    /// requests, with the number of the change it was found after.
+    struct FirstSeen {
+        size_t chunk = 0;
+        quint32 ordinal = 0;
+        qint64 change = -1;
+    };
+    mutable std::vector<FirstSeen> _firstSeen;
+    /// Changes by number with the first chunk they touched, only those whose chunk is less
+    /// than every later one's: the least chunk changed since any change.
+    struct Change {
+        qint64 number;
+        size_t chunk;
+    };
+    std::vector<Change> _changes;
+    qint64 _changeCount = 0;
+};

@@ -12,6 +12,7 @@
 #include <QElapsedTimer>
 #include <QInputMethodEvent>
 #include <QListWidget>
+#include <QRandomGenerator>
 #include <QScreen>
 #include <QTest>
 #include <QTextDocument>

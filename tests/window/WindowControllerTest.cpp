@@ -143,6 +143,7 @@ TEST(WindowController, StatusLineFollowsTheCaretAndSaysAFileIsReadOnly)
             << controller->window()->infoField()->text().toStdString();
     }
     documents.discardAllDocuments();
+}
 
 TEST(WindowController, StatusLineNeverShowsAnOlderCount)
 {

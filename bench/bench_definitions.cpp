@@ -1,8 +1,8 @@
 // Windows opening while the syntax folder holds a very large definition of the user's: what
 // reading that definition costs, and what it adds to the first and the later windows.
 #include "BenchSupport.h"
+#include "app/DocumentController.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
 #include "platform/FileManager.h"
 #include "platform/PropertyList.h"
 

@@ -3,8 +3,8 @@
 // process's peak memory.
 #include "BenchSupport.h"
 #include "app/Application.h"
+#include "app/DocumentController.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
 #include "editor/TextView.h"
 #include "window/DocumentWindow.h"
 #include "window/WindowController.h"

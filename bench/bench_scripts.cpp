@@ -4,16 +4,16 @@
 // the script pane there.
 #include "PrivateHome.h"
 #include "app/Application.h"
+#include "app/DocumentController.h"
+#include "app/JavaScriptRunner.h"
+#include "app/ScriptMenu.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
 #include "editor/TextView.h"
-#include "scripts/JavaScriptRunner.h"
-#include "scripts/ScriptController.h"
 #include "scripts/ScriptLibrary.h"
 #include "scripts/ScriptManager.h"
-#include "scripts/ScriptMenu.h"
 #include "scripts/ScriptTreeModel.h"
 #include "window/DocumentWindow.h"
+#include "window/ScriptController.h"
 #include "window/WindowController.h"
 
 #include <QDir>
@@ -108,7 +108,7 @@ BENCHMARK(BM_JavaScriptBracket)->Unit(benchmark::kMillisecond);
 /// A library of 20 folders of 50 scripts each.
 void makeLargeLibrary()
 {
-    Application::instance()->setScriptDataSource(ScriptObjectList());
+    ScriptManager::sharedScriptManager().setScriptDataSource(ScriptObjectList());
     for (int f = 0; f < 20; ++f) {
         ScriptObjectPtr folder =
             ScriptObject::initWithPath(QStringLiteral("Folder %1").arg(f), false);
@@ -118,7 +118,7 @@ void makeLargeLibrary()
         }
         ScriptObjectList list = ScriptLibrary::entries(nullptr);
         list.append(folder);
-        Application::instance()->setScriptDataSource(list);
+        ScriptManager::sharedScriptManager().setScriptDataSource(list);
     }
 }
 
@@ -129,11 +129,11 @@ void BM_LibraryChangeRebuildsMenuAndPane(benchmark::State& state)
     ScriptController pane(
         DocumentController::sharedDocumentController().windowControllerOf(document));
     for (auto _ : state) {
-        Application::instance()->postScriptDataSourceChanged();
+        ScriptManager::sharedScriptManager().postScriptDataSourceChanged();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
     closeDocument(document);
-    Application::instance()->setScriptDataSource(ScriptObjectList());
+    ScriptManager::sharedScriptManager().setScriptDataSource(ScriptObjectList());
 }
 BENCHMARK(BM_LibraryChangeRebuildsMenuAndPane)->Unit(benchmark::kMillisecond);
 

@@ -6,8 +6,8 @@
 #include "app/MainMenu.h"
 #include "document/Document.h"
 #include "editor/TextView.h"
-#include "search/SearchController.h"
 #include "window/DocumentWindow.h"
+#include "window/SearchController.h"
 #include "window/SidebarView.h"
 #include "window/WindowController.h"
 

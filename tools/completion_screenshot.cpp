@@ -4,12 +4,12 @@
 
 #include "PrivateHome.h"
 #include "app/Application.h"
+#include "app/DocumentController.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
+#include "editor/CompletionManager.h"
+#include "editor/CompletionPanel.h"
 #include "editor/TextView.h"
 #include "platform/PropertyList.h"
-#include "syntax/CompletionManager.h"
-#include "syntax/CompletionPanel.h"
 #include "window/DocumentWindow.h"
 #include "window/WindowController.h"
 

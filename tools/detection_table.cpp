@@ -8,8 +8,9 @@
 //
 // --explain lists the samples read wrong, with the plausibility of some readings of each.
 //
-// A short sample is one line of a message (12 to 80 characters with at least one character
-// beyond ASCII, "a few words"); a medium one is about 3 KB of successive messages. Languages
+// A word sample is a message of 4 to 11 characters with at least one beyond ASCII (a word or
+// two), a short one a line of a message of 12 to 80 ("a few words"); a medium one is about
+// 3 KB of successive messages. Languages
 // whose catalogues are not installed are left out (install the packages that translate them,
 // for example manpages-ja or the language packs, to measure them).
 
@@ -53,6 +54,14 @@ constexpr Case cases[] = {
     {"pl", "WINDOWS-1250"}, {"cs", "ISO-8859-2"},
     {"ru", "ISO-8859-5"}, {"el", "ISO-8859-7"},
     {"tr", "ISO-8859-9"},
+    {"ru", "WINDOWS-1251"}, {"ru", "KOI8-R"}, {"ru", "IBM866"},
+    {"uk", "WINDOWS-1251"}, {"uk", "KOI8-U"},
+    {"bg", "WINDOWS-1251"}, {"sr", "WINDOWS-1251"},
+    {"el", "WINDOWS-1253"}, {"tr", "WINDOWS-1254"},
+    {"lt", "WINDOWS-1257"}, {"lt", "ISO-8859-13"}, {"lv", "WINDOWS-1257"},
+    {"et", "ISO-8859-15"}, {"de", "ISO-8859-15"}, {"fr", "ISO-8859-15"},
+    {"ro", "ISO-8859-16"}, {"pl", "ISO-8859-2"}, {"cs", "IBM852"},
+    {"he", "ISO-8859-8"}, {"ar", "ISO-8859-6"},
 };
 // clang-format on
 
@@ -149,13 +158,14 @@ struct Sample {
 };
 
 // Lines of messages spread over the whole list, so that one catalogue does not decide.
-QList<Sample> shortSamples(const QStringList& messages, const char* encoding)
+QList<Sample> shortSamples(const QStringList& messages, const char* encoding, qsizetype shortest,
+                           qsizetype longest)
 {
     QList<Sample> candidates;
     for (const QString& message : messages) {
         for (const QString& line : message.split(u'\n')) {
             const QString trimmed = line.trimmed();
-            if (trimmed.size() >= 12 && trimmed.size() <= 80 && hasNonAscii(trimmed)) {
+            if (trimmed.size() >= shortest && trimmed.size() <= longest && hasNonAscii(trimmed)) {
                 if (auto bytes = iconvEncode(encoding, trimmed + u'\n')) {
                     candidates.append({trimmed + u'\n', *bytes});
                 }
@@ -203,7 +213,10 @@ QString shortName(quint64 encoding)
 // With --explain: a sample read wrong, and how plausible each reading of it is.
 void explain(const Sample& sample, quint64 detected)
 {
-    constexpr quint64 readings[] = {0x80000A01, 3, 0x80000632, 0x80000423, 0x80000940, 12, 15, 9};
+    constexpr quint64 readings[] = {0x80000A01, 3,          0x80000632, 0x80000423, 0x80000940,
+                                    12,         15,         9,          0x80000502, 0x80000A02,
+                                    0x80000A08, 0x8000041B, 0x80000205, 0x80000007, 0x80000207,
+                                    0x80000503, 0x8000020D, 0x80000507, 0x80000210};
     std::printf("    %s    -> %s:", qPrintable(sample.text.trimmed()),
                 qPrintable(shortName(detected)));
     for (const quint64 encoding : readings) {
@@ -283,7 +296,8 @@ int main(int argc, char** argv)
             messagesByLanguage.insert(language, messagesOf(localeDir, language));
         }
         const QStringList& messages = messagesByLanguage[language];
-        measure(row, "short", shortSamples(messages, row.iconvName), priority);
+        measure(row, "word", shortSamples(messages, row.iconvName, 4, 11), priority);
+        measure(row, "short", shortSamples(messages, row.iconvName, 12, 80), priority);
         measure(row, "medium", mediumSamples(messages, row.iconvName), priority);
     }
     return 0;

@@ -4,13 +4,13 @@
 // Usage: preferences_screenshots [output folder]   (default: the current folder)
 #include "PrivateHome.h"
 #include "app/Application.h"
+#include "app/DocumentController.h"
 #include "app/PreferencesController.h"
+#include "app/SyntaxDefinitionEditor.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
 #include "editor/SpellCheckingController.h"
 #include "editor/TextView.h"
 #include "platform/UserDefaults.h"
-#include "syntax/SyntaxDefinitionEditor.h"
 #include "window/DocumentWindow.h"
 #include "window/WindowController.h"
 

@@ -1,19 +1,26 @@
 // Starts the editor on the given files as a user would, lets it settle, and saves a picture of
 // each document window. Used to look at what the editor shows without a display.
 //
-//   tessaran-screenshot OUTPUT.png [--set KEY=VALUE]… [--size WIDTHxHEIGHT] [--wait MS] FILE…
+//   tessaran-screenshot OUTPUT.png [--set KEY=VALUE]… [--size WIDTHxHEIGHT] [--wait MS]
+//                       [--sidebar TYPE] [--find STRING] FILE…
+//
+// --sidebar opens the sidebar's pane of that type (0 search, 1 go to line, 2 information,
+// 3 scripts) in each window; --find searches each window for STRING from its search pane.
 //
 // With several windows the pictures are OUTPUT-1.png, OUTPUT-2.png, …, in the order of the
 // files (with --set OpenDocumentsInTabs=true the files open as tabs of one window).
 
 #include "app/Application.h"
 #include "app/CommandLine.h"
+#include "app/DocumentController.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
 #include "platform/UserDefaults.h"
+#include "window/SearchController.h"
 #include "window/DocumentWindow.h"
+#include "window/SidebarView.h"
 #include "window/WindowController.h"
 
+#include <QLineEdit>
 #include <QMainWindow>
 #include <QTimer>
 
@@ -34,7 +41,7 @@ QVariant settingValue(const QString& text)
 int usage()
 {
     std::fputs("usage: tessaran-screenshot OUTPUT.png [--set KEY=VALUE]... [--size WxH] "
-               "[--wait MS] FILE...\n",
+               "[--wait MS] [--sidebar TYPE] [--find STRING] FILE...\n",
                stderr);
     return 2;
 }
@@ -51,6 +58,8 @@ int main(int argc, char** argv)
     QList<std::pair<QString, QVariant>> settings;
     QSize size(900, 640);
     int wait = 1500;
+    int sidebar = -1;
+    QString find;
     for (int i = 2; i < argc; ++i) {
         const QString argument = QString::fromLocal8Bit(argv[i]);
         if (argument == QLatin1String("--set") && i + 1 < argc) {
@@ -68,6 +77,11 @@ int main(int argc, char** argv)
             size = QSize(parts[0].toInt(), parts[1].toInt());
         } else if (argument == QLatin1String("--wait") && i + 1 < argc) {
             wait = QString::fromLocal8Bit(argv[++i]).toInt();
+        } else if (argument == QLatin1String("--sidebar") && i + 1 < argc) {
+            sidebar = QString::fromLocal8Bit(argv[++i]).toInt();
+        } else if (argument == QLatin1String("--find") && i + 1 < argc) {
+            find = QString::fromLocal8Bit(argv[++i]);
+            sidebar = SidebarView::SearchType;
         } else {
             files << argument;
         }
@@ -86,6 +100,19 @@ int main(int argc, char** argv)
         for (QWidget* widget : QApplication::topLevelWidgets()) {
             if (qobject_cast<QMainWindow*>(widget) && widget->isVisible()) {
                 widget->resize(size);
+            }
+        }
+        DocumentController& controller = DocumentController::sharedDocumentController();
+        for (Document* document : controller.documents()) {
+            WindowController* windowController = controller.windowControllerOf(document);
+            if (!windowController || sidebar < 0) {
+                continue;
+            }
+            windowController->showSidebarType(sidebar);
+            if (!find.isEmpty()) {
+                SearchController* pane = windowController->sidebarView()->searchController();
+                pane->searchField()->setText(find);
+                pane->findString(pane);
             }
         }
     });

@@ -3,8 +3,8 @@
 // Usage: syntax_screenshots [output folder]   (default: the current folder)
 #include "PrivateHome.h"
 #include "app/Application.h"
+#include "app/DocumentController.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
 #include "editor/SyntaxColoringController.h"
 #include "editor/TextView.h"
 #include "window/DocumentWindow.h"

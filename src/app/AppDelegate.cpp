@@ -1,6 +1,8 @@
 #include "app/AppDelegate.h"
 
-#include "document/DocumentController.h"
+#include "app/DocumentController.h"
+#include "app/ScriptingService.h"
+#include "document/Document.h"
 #include "platform/ColorArchive.h"
 #include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
@@ -9,6 +11,7 @@
 #include <QApplication>
 #include <QFile>
 #include <QPalette>
+#include <QTextDocument>
 
 #include <limits>
 
@@ -91,13 +94,16 @@ void AppDelegate::keyedArchiverOfObject(const QColor& object, const QString& key
 
 void AppDelegate::applicationDidFinishLaunching()
 {
+    ScriptingService::sharedScriptingService().registerOnSessionBus();
     ScriptManager::sharedScriptManager().bootUp();
 }
 
 void AppDelegate::openScriptDictionary(QObject* sender)
 {
     Q_UNUSED(sender);
-    ScriptManager::sharedScriptManager().openScriptDictionary();
+    const QString xml = ScriptingService::introspectionXml();
+    Document* document = DocumentController::sharedDocumentController().newDocument();
+    document->textStorage()->setPlainText(xml);
 }
 
 bool AppDelegate::applicationShouldOpenUntitledFile() const

@@ -32,6 +32,8 @@ public:
     static void keyedArchiverOfObject(const QColor& object, const QString& key,
                                       UserDefaults& withDefaults);
 
+    /// Registers the scripting interface on the session bus and starts watching the Script
+    /// folder (once, at launch).
     void applicationDidFinishLaunching();
     bool applicationShouldOpenUntitledFile() const;
     /// Re-activating the running application never opens an untitled document.

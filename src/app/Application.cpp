@@ -3,12 +3,14 @@
 #include "app/AppDelegate.h"
 #include "app/CommandLine.h"
 #include "app/CommandLineOpener.h"
+#include "app/DocumentController.h"
+#include "app/ScriptCommands.h"
+#include "app/ScriptHost.h"
 #include "app/SingleInstance.h"
 #include "app/TerminationSignals.h"
-#include "document/DocumentController.h"
 #include "document/RecoveryStore.h"
+#include "platform/NotificationCenter.h"
 #include "platform/UserDefaults.h"
-#include "scripts/ScriptCommands.h"
 #include "scripts/ScriptManager.h"
 #include "window/TabWindow.h"
 
@@ -31,6 +33,8 @@ Application::Application(int& argc, char** argv)
     // The defaults are registered before any other object reads a setting.
     AppDelegate::initialize();
     _delegate = new AppDelegate(this);
+    _scriptHost = std::make_unique<ScriptHost>(DocumentController::sharedDocumentController());
+    ScriptManager::sharedScriptManager().setTarget(_scriptHost.get());
 }
 
 Application::~Application()
@@ -39,6 +43,7 @@ Application::~Application()
     DocumentController::sharedDocumentController().discardAllDocuments();
     // Tab windows left without tabs are on their way out; no event loop is left to finish it.
     qDeleteAll(TabWindow::tabWindows());
+    ScriptManager::sharedScriptManager().setTarget(nullptr);
     // The settings reach the disk now, while the program's folders are certain to be there,
     // not from a static destructor after main() has returned.
     UserDefaults::standardUserDefaults().synchronize();
@@ -64,7 +69,7 @@ int Application::run(const CommandLine& commandLine)
     connect(&recovery, &RecoveryStore::recoveryFailed, this,
             [this](const QString& message) { showAlert(tr("Error"), message, QString()); });
     // Unsaved text left behind by an editor that crashed or was killed comes back first.
-    const RecoveryStore::Recovery recovered = recovery.recoverOrphans();
+    const RecoveryStore::Recovery recovered = recovery.recoverOrphans(documents);
     if (!recovered.notices.isEmpty()) {
         showAlert(tr("Notice"), tr("Unsaved changes of the last run were recovered."),
                   recovered.notices.join(QStringLiteral("\n\n")));
@@ -126,7 +131,7 @@ void Application::showAlert(const QString& title, const QString& text,
 
 void Application::postUpdatePreferences(QObject* object)
 {
-    Q_EMIT NotifUpdatePreferences(object);
+    Q_EMIT NotificationCenter::defaultCenter().NotifUpdatePreferences(object);
 }
 
 void Application::importToScript(QObject* sender)

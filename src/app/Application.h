@@ -1,16 +1,15 @@
 #pragma once
 
-#include "scripts/ScriptObject.h"
-
 #include <QApplication>
 
-#include <optional>
+#include <memory>
 
 class AppDelegate;
 class CommandLine;
+class ScriptHost;
 
-/// The application object: one per process. It carries the application-wide signals
-/// that stand in for notifications.
+/// The application object: one per process. It runs the editor from start to end and posts
+/// the application-wide notifications (NotificationCenter).
 class Application : public QApplication
 {
     Q_OBJECT
@@ -28,17 +27,8 @@ public:
     int run(const CommandLine& commandLine);
 
     /// Tells every open window to re-read the settings (sent when the preferences window
-    /// closes); `object` is the sender.
+    /// closes, as NotificationCenter's NotifUpdatePreferences); `object` is the sender.
     void postUpdatePreferences(QObject* object);
-
-    /// The top-level entries of the script library; none until the library is read.
-    const std::optional<ScriptObjectList>& scriptDataSource() const { return _scriptDataSource; }
-    void setScriptDataSource(std::optional<ScriptObjectList> nodes)
-    {
-        _scriptDataSource = std::move(nodes);
-    }
-    /// Tells every Scripts menu and script pane that the library changed.
-    void postScriptDataSourceChanged() { Q_EMIT scriptDataSourceChanged(); }
 
     /// Asks for script files and adds them to the library.
     void importToScript(QObject* sender);
@@ -52,16 +42,12 @@ public:
     /// restoration and ends a running script's process. Called for SIGTERM and SIGHUP.
     void terminateKeepingUnsavedDocuments();
 
-Q_SIGNALS:
-    void NotifUpdatePreferences(QObject* object);
-    /// The script library changed: menus are rebuilt, panes reloaded.
-    void scriptDataSourceChanged();
-
 private:
     /// Shows a warning without waiting for it to be dismissed.
     void showAlert(const QString& title, const QString& text, const QString& informativeText);
 
     AppDelegate* _delegate = nullptr;
+    /// What scripts act on, handed to the script manager.
+    std::unique_ptr<ScriptHost> _scriptHost;
     bool _terminating = false;
-    std::optional<ScriptObjectList> _scriptDataSource;
 };

@@ -1,7 +1,7 @@
 #include "app/CommandLineOpener.h"
 
+#include "app/DocumentController.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
 #include "editor/TextView.h"
 #include "platform/TextCodec.h"
 #include "window/DocumentWindow.h"

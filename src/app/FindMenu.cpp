@@ -1,10 +1,12 @@
 #include "app/FindMenu.h"
 
+#include "window/SearchController.h"
 #include "window/DocumentWindow.h"
 #include "window/SidebarView.h"
 #include "window/WindowController.h"
 
 #include <QAction>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 
@@ -40,6 +42,15 @@ void FindMenu::buildFindMenu()
     };
     add(tr("Find…"), QKeySequence(tr("Ctrl+F")),
         [c] { c->showSidebarType(SidebarView::SearchType); });
+    // The search pane with the replacement field ready for typing, as in other editors.
+    add(tr("Replace…"), QKeySequence(tr("Ctrl+H")), [c] {
+        c->showSidebarType(SidebarView::SearchType);
+        if (c->isSidebarView() && c->lastSelectedType() == SidebarView::SearchType) {
+            QLineEdit* field = c->sidebarView()->searchController()->replaceFeild();
+            field->setFocus(Qt::ShortcutFocusReason);
+            field->selectAll();
+        }
+    });
     add(tr("Find Next"), QKeySequence(tr("Ctrl+G")), [c] { c->findNext(c); });
     add(tr("Find Previous"), QKeySequence(tr("Ctrl+Shift+G")), [c] { c->findPrevious(c); });
     add(tr("Use Selection for Find"), QKeySequence(tr("Ctrl+E")),

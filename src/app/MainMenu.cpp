@@ -1,19 +1,20 @@
 #include "app/MainMenu.h"
 
+#include "app/DocumentController.h"
 #include "app/FindMenu.h"
+#include "app/HelpMenu.h"
 #include "app/PreferencesController.h"
+#include "app/ScriptMenu.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
 #include "editor/TextView.h"
 #include "editor/TransformationsMenu.h"
 #include "editor/UndoActionNames.h"
-#include "scripts/ScriptMenu.h"
+#include "platform/FileTitles.h"
 #include "window/DocumentWindow.h"
 #include "window/TabWindow.h"
 #include "window/WindowController.h"
 
 #include <QApplication>
-#include <QFileInfo>
 #include <QMenu>
 #include <QMenuBar>
 #include <QTextDocument>
@@ -30,6 +31,7 @@ MainMenu::MainMenu(WindowController* controller)
     ScriptMenu::addScriptsMenu(bar, controller);
     buildWindowMenu(bar);
     new FindMenu(controller);
+    new HelpMenu(controller);
 }
 
 QMenu* MainMenu::addMenu(QMenuBar* bar, const QString& title, const QString& name)
@@ -86,11 +88,16 @@ void MainMenu::buildFileMenu(QMenuBar* bar)
     file->addAction(tr("&Open…"), QKeySequence::Open, this,
                     [&documents, window] { documents.openDocument(window); });
     QMenu* recent = file->addMenu(tr("Open &Recent"));
+    recent->setObjectName(QStringLiteral("openRecentMenu"));
     connect(recent, &QMenu::aboutToShow, this, [recent, &documents] {
         recent->clear();
-        for (const QString& path : documents.recentDocumentURLs()) {
+        const QStringList paths = documents.recentDocumentURLs();
+        // Files of the same name show where they are.
+        const QStringList titles = FileTitles::distinctTitles(paths);
+        for (qsizetype i = 0; i < paths.size(); ++i) {
+            const QString path = paths[i];
             recent
-                ->addAction(QFileInfo(path).fileName(), recent,
+                ->addAction(titles[i], recent,
                             [&documents, path] { documents.openDocumentWithContentsOfURL(path); })
                 ->setToolTip(path);
         }
@@ -222,6 +229,9 @@ void MainMenu::buildFormatMenu(QMenuBar* bar)
     encoding->setObjectName(QStringLiteral("encodingMenu"));
     documents.makeEncodingMenuItems(encoding);
     connect(encoding, &QMenu::aboutToShow, this, [this, encoding] { validate(encoding); });
+    if (auto* others = encoding->findChild<QMenu*>(QStringLiteral("otherEncodingsMenu"))) {
+        connect(others, &QMenu::aboutToShow, this, [this, others] { validate(others); });
+    }
     connect(encoding, &QMenu::triggered, this, [this](QAction* item) {
         _controller->reopenUsingEncoding(item->data().toULongLong());
     });

@@ -7,7 +7,7 @@ class QMenu;
 class QMenuBar;
 class WindowController;
 
-/// The menu bar of a document window: File, Edit, View, Format and Window. Items carry
+/// The menu bar of a document window: File, Edit, View, Format, Window and Help. Items carry
 /// their tags, and every menu asks the window controller to validate its items just
 /// before it opens.
 class MainMenu : public QObject

@@ -4,11 +4,12 @@
 #include "app/ColorWell.h"
 #include "app/DefaultsBinding.h"
 #include "app/FontWell.h"
+#include "app/SyntaxDefinitionEditor.h"
 #include "document/EncodingManager.h"
 #include "platform/ColorArchive.h"
 #include "platform/SpellChecker.h"
 #include "platform/UserDefaults.h"
-#include "syntax/SyntaxDefinitionEditor.h"
+#include "window/EncodingPopUp.h"
 
 #include <QActionGroup>
 #include <QApplication>
@@ -206,6 +207,7 @@ QWidget* PreferencesController::makeDocumentsTab()
     grid->addWidget(
         _binding->checkBox(tr("Multi-line regular expressions"), key("AllowMultiLineSearching")), 2,
         1);
+    grid->addWidget(_binding->checkBox(tr("Whole word"), key("SearchWholeWord")), 3, 0);
     layout->addWidget(search);
     layout->addStretch();
     return page;
@@ -390,13 +392,13 @@ void PreferencesController::windowDidLoad()
     }
     _tabView->setCurrentIndex(0);
     makeSpellCheckPopUpMenu();
-    EncodingManager& encodings = EncodingManager::sharedEncodingManager();
-    encodings.makeEncodingOfPopUpMenu(_defaultTextEncodingPopUp,
-                                      store().unsignedIntegerForKey(key("DefaultsTextEncoding")),
-                                      false);
-    encodings.makeEncodingOfPopUpMenu(
-        _openPanelTextEncodingPopUp, store().unsignedIntegerForKey(key("OpenDefaultsTextEncoding")),
-        true);
+    const QList<quint64> encodings = EncodingManager::sharedEncodingManager().encodingList();
+    EncodingPopUp::makeEncodingOfPopUpMenu(
+        _defaultTextEncodingPopUp, encodings,
+        store().unsignedIntegerForKey(key("DefaultsTextEncoding")), false);
+    EncodingPopUp::makeEncodingOfPopUpMenu(
+        _openPanelTextEncodingPopUp, encodings,
+        store().unsignedIntegerForKey(key("OpenDefaultsTextEncoding")), true);
     if (!_checkMatchingbraces->isChecked()) {
         _usingChevronsMatching->setEnabled(false);
     }

@@ -2,8 +2,8 @@
 
 #include "app/Application.h"
 #include "app/CommandLineOpener.h"
-#include "document/DocumentController.h"
-#include "scripts/ScriptingService.h"
+#include "app/DocumentController.h"
+#include "app/ScriptingService.h"
 #include "window/DocumentWindow.h"
 #include "window/WindowController.h"
 

@@ -1,6 +1,5 @@
 #include "document/Document.h"
 
-#include "document/DocumentController.h"
 #include "document/EncodingManager.h"
 #include "platform/ExtendedAttributes.h"
 #include "platform/FileManager.h"
@@ -13,13 +12,10 @@
 #include <QAbstractUndoItem>
 #include <QFile>
 #include <QFileInfo>
-#include <QFont>
 #include <QHash>
 #include <QLocale>
 #include <QPainter>
 #include <QPlainTextDocumentLayout>
-#include <QPrinter>
-#include <QTemporaryFile>
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
@@ -192,9 +188,7 @@ void Document::scheduleAutosave()
     if (_autosaveTimer->isActive()) {
         return;
     }
-    const qint64 delay =
-        std::clamp<qint64>(DocumentController::sharedDocumentController().autosavingDelay(),
-                           minimumAutosavingDelay, 24 * 3600);
+    const qint64 delay = std::clamp<qint64>(_autosavingDelay, minimumAutosavingDelay, 24 * 3600);
     _autosaveTimer->start(int(delay) * 1000);
 }
 
@@ -253,31 +247,27 @@ void Document::updatePreferences()
     _priorityToJapaneseEncoding = defaults.boolForKey(QStringLiteral("PriorityToJapaneseEncoding"));
     _UTF8AppendByBOM = defaults.boolForKey(QStringLiteral("UTF8AppendByBOM"));
     _savePanelExtensionHidden = defaults.boolForKey(QStringLiteral("SavePanelExtensionHidden"));
+    _autosavingDelay = defaults.integerForKey(QStringLiteral("AutosavingDelay"));
 }
 
-bool Document::readFromURL(const QString& path, const QString& type, QString* error)
+bool Document::readFromURL(const QString& path, const QString& type, QString* error,
+                           ReadRequest request)
 {
-    DocumentController& controller = DocumentController::sharedDocumentController();
     quint64 encoding = kNoEncoding;
-    bool detect = true;
-    if (controller.isOpenPanel()) {
-        controller.setIsOpenPanel(false);
-        encoding = controller.openPanelEncoding();
+    if (request.kind == ReadRequest::OpenPanel) {
+        encoding = request.encoding;
         if (encoding == kNoEncoding) {
             encoding = textEncodingAttributeOfURL(path);
         }
-    } else if (controller.isRevertTo() || controller.isReopen()) {
-        controller.setIsRevertTo(false);
-        controller.setIsReopen(false);
+    } else if (request.kind == ReadRequest::Revert || request.kind == ReadRequest::Reopen) {
         encoding = textEncodingAttributeOfURL(path);
         if (encoding == kNoEncoding) {
+            // Given an encoding, the load does not detect one.
             encoding = _documentEncoding;
-            detect = false;
         }
     } else {
         encoding = textEncodingAttributeOfURL(path);
     }
-    Q_UNUSED(detect);
     if (!loadContents(path, encoding, error)) {
         return false;
     }
@@ -562,8 +552,7 @@ bool Document::writeToURL(const QString& path, const QString& type, QString* err
     if (_documentEncodingForSaving == kUTF8 && _UTF8AppendByBOM) {
         bytes->prepend("\xEF\xBB\xBF");
     }
-    SafeFileWriter writer(FileManager::applicationSupportDirectoryPath() +
-                          QStringLiteral("/Backups"));
+    SafeFileWriter writer(FileManager::backupDirectoryPath());
     if (!writer.write(path, *bytes)) {
         return fail(saveFailureMessage(name, writer));
     }
@@ -581,9 +570,7 @@ bool Document::writeToURL(const QString& path, const QString& type, QString* err
 
 bool Document::revertToContentsOfURL(const QString& path, const QString& type, QString* error)
 {
-    DocumentController::sharedDocumentController().setIsRevertTo(true);
-    if (!readFromURL(path, type, error)) {
-        DocumentController::sharedDocumentController().setIsRevertTo(false);
+    if (!readFromURL(path, type, error, {ReadRequest::Revert})) {
         return false;
     }
     if (!_revertFileTypeToSet.isEmpty()) {
@@ -841,49 +828,4 @@ QPageLayout Document::printInfo()
                                  QMarginsF(36, 72, 36, 72), QPageLayout::Point);
     }
     return _printInfo;
-}
-
-void Document::printOperationWithSettings(QPrinter* printer)
-{
-    printer->setPageLayout(printInfo());
-    // Printing lays a copy out at the page's width, so long lines wrap to fit it. On screen a
-    // point is a pixel, and the text's font is sized in pixels; on paper that would be a
-    // pixel of the printer. The copy's font is the same number of real points.
-    std::unique_ptr<QTextDocument> copy(_textStorage->clone());
-    QFont font = _textStorage->defaultFont();
-    if (font.pixelSize() > 0) {
-        font.setPointSizeF(font.pixelSize());
-    }
-    copy->setDefaultFont(font);
-    copy->print(printer);
-}
-
-bool Document::exportAsPDFTo(const QString& path, QString* error)
-{
-    // The PDF is written beside its destination and moved into place only when complete, so a
-    // failed export never leaves a truncated file where an older one stood.
-    const QFileInfo target(path);
-    QTemporaryFile temporary(target.absolutePath() + QStringLiteral("/.") + target.fileName() +
-                             QStringLiteral(".XXXXXX"));
-    bool written = temporary.open();
-    if (written) {
-        temporary.close();
-        QPrinter printer(QPrinter::HighResolution);
-        printer.setOutputFormat(QPrinter::PdfFormat);
-        printer.setOutputFileName(temporary.fileName());
-        printer.setDocName(displayName());
-        printOperationWithSettings(&printer);
-        written = printer.printerState() != QPrinter::Error &&
-                  QFileInfo(temporary.fileName()).size() > 0 &&
-                  std::rename(QFile::encodeName(temporary.fileName()).constData(),
-                              QFile::encodeName(target.absoluteFilePath()).constData()) == 0;
-    }
-    if (written) {
-        temporary.setAutoRemove(false);
-        QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup |
-                                        QFile::ReadOther);
-    } else if (error) {
-        *error = tr("The PDF file “%1” could not be written.").arg(target.fileName());
-    }
-    return written;
 }

@@ -10,9 +10,21 @@
 
 #include <memory>
 
-class QPrinter;
 class QTextDocument;
 class QTimer;
+
+/// How a document's read was started, which decides how the file's encoding is chosen.
+struct DocumentReadRequest {
+    enum Kind {
+        Ordinary,  ///< the file's attribute, else detection
+        OpenPanel, ///< `encoding`, the open panel's choice; for "Automatic" (all ones) the
+                   ///< file's attribute, else detection
+        Revert,    ///< the file's attribute, else the document's own encoding
+        Reopen,    ///< as Revert: a document brought back at launch
+    };
+    Kind kind = Ordinary;
+    quint64 encoding = ~quint64(0);
+};
 
 /// One open plain-text file: its text (shared by every pane of its window), the encoding
 /// and line-break style it was read in and will be written in, and its file.
@@ -65,10 +77,15 @@ public:
 
     /// Re-reads the settings a document follows while it is open.
     void updatePreferences();
+    /// Seconds from the first unsaved change to the recovery copy ("AutosavingDelay").
+    qint64 autosavingDelay() const { return _autosavingDelay; }
 
-    /// Reads the file, choosing its encoding as the document controller's reading flags
-    /// say; on failure the text and the document's settings stay as they were.
-    bool readFromURL(const QString& path, const QString& type, QString* error = nullptr);
+    using ReadRequest = DocumentReadRequest;
+
+    /// Reads the file, choosing its encoding as `request` says; on failure the text and the
+    /// document's settings stay as they were.
+    bool readFromURL(const QString& path, const QString& type, QString* error = nullptr,
+                     ReadRequest request = {});
     /// Saves through writeToURL(); Save As takes the encoding and style chosen in the
     /// save panel (setSavePanelChoice), every other save the document's own. A Save or an
     /// autosave into the document's own file fails when another program changed that file
@@ -139,10 +156,6 @@ public:
     /// Print settings: fit to the page width, margins 36 points left and right, 72 top
     /// and bottom.
     QPageLayout printInfo();
-    /// Prints the text on `printer` with the document's print settings.
-    void printOperationWithSettings(QPrinter* printer);
-    /// Writes the printed pages as a PDF file.
-    bool exportAsPDFTo(const QString& path, QString* error = nullptr);
 
     /// Shortest time, in seconds, between recovery copies, whatever "AutosavingDelay" says:
     /// a copy is not written at every key.
@@ -218,6 +231,7 @@ private:
     // _documentLineBreaks; _reading holds the rest of what the last read decided.
     Reading _reading;
     bool _editAnyway = false;
+    qint64 _autosavingDelay = 0;
     bool _savePanelExtensionHidden = false;
     bool _setUpDefaultPrintInfo = false;
     QString _windowIdentifier;

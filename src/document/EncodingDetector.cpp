@@ -1,5 +1,6 @@
 #include "document/EncodingDetector.h"
 
+#include "document/EncodingManager.h"
 #include "platform/StringEncoding.h"
 #include "platform/TextCodec.h"
 #include "platform/UnicodeText.h"
@@ -27,6 +28,14 @@ constexpr quint64 Big5 = 0x80000423;
 constexpr quint64 EUCKR = 0x80000940;
 constexpr quint64 WindowsLatin1 = 12;
 constexpr quint64 WindowsLatin2 = 15;
+constexpr quint64 WindowsCyrillic = 0x80000502;
+constexpr quint64 KOI8R = 0x80000A02;
+constexpr quint64 KOI8U = 0x80000A08;
+constexpr quint64 DOSRussian = 0x8000041B;
+constexpr quint64 UTF16LE = 0x94000100;
+constexpr quint64 UTF16BE = 0x90000100;
+constexpr quint64 UTF32LE = 0x9C000100;
+constexpr quint64 UTF32BE = 0x98000100;
 
 // Names uchardet reports that are not the IANA names of the encodings they stand for.
 constexpr std::pair<const char*, quint32> detectorNames[] = {
@@ -163,9 +172,12 @@ bool isSingleByte(quint64 encoding)
         0xA01, 0x920, 0x820, 0x628, 0x8000100, 0x1, 0x420, 0x100, 0x930, 0xA05, 0x19,  0x421,
         0x632, 0x830, 0x931, 0xA09, 0xA06,     0x2, 0x423, 0x940, 0x840, 0x3,   0x422, 0xBFF,
     };
+    // Of the other encodings, the variants of UTF-16 and UTF-32.
+    static constexpr quint32 wide[] = {0x14000100, 0x10000100, 0x0C000100, 0x1C000100, 0x18000100};
     const quint32 cf = StringEncoding::convertNSStringEncodingToEncoding(encoding);
     return cf != StringEncoding::InvalidId &&
-           std::find(std::begin(multiByte), std::end(multiByte), cf) == std::end(multiByte);
+           std::find(std::begin(multiByte), std::end(multiByte), cf) == std::end(multiByte) &&
+           std::find(std::begin(wide), std::end(wide), cf) == std::end(wide);
 }
 
 // The tally of a plausibility judgement: the characters beyond ASCII and their weights (1 for
@@ -396,6 +408,32 @@ bool isApostrophe(QChar c)
     return c == u'\u2019' || c == u'\u2018' || c == u'\u00B7';
 }
 
+// How common a Cyrillic letter is in Russian, Ukrainian, Bulgarian or Serbian text, where the
+// one-byte encodings differ in which byte is which letter: the frequent letters of one read as
+// rare letters, or as capitals, in another. Capitals stand at the start of words.
+double cyrillicWeight(QChar c, QChar before)
+{
+    static const QString common = QStringLiteral("оеаинтсрвлкмдпуяыьгзбчйхжшюіј");
+    static const QString lessCommon = QStringLiteral("цщэфъёєїґўљњћђџ");
+    const double capital = c.isUpper() && before.isLetter() ? 0.5 : 1;
+    const QChar lower = c.toLower();
+    return capital * (common.contains(lower) ? 1 : lessCommon.contains(lower) ? 0.5 : 0.25);
+}
+
+// Slavic words hold vowels and consonants in roughly equal measure; most wrong readings of
+// Cyrillic bytes in another Cyrillic encoding turn the vowels of a word into consonants.
+double cyrillicWordWeight(QStringView word)
+{
+    static const QString vowels = QStringLiteral("аеёиоуыэюяіїєАЕЁИОУЫЭЮЯІЇЄ");
+    if (word.size() < 4) {
+        return 1;
+    }
+    const auto count =
+        std::count_if(word.begin(), word.end(), [](QChar c) { return vowels.contains(c); });
+    const double share = double(count) / double(word.size());
+    return share >= 0.2 && share <= 0.75 ? 1 : 0.5;
+}
+
 // Text read one byte a character: its letters beyond ASCII stand within words, next to plain
 // letters for the Latin alphabets and to one another for the other scripts, in words of one
 // script; its punctuation is a handful of marks between words. A wrong reading of the same
@@ -409,6 +447,7 @@ Tally tallySingleByte(QStringView text)
     // The length of the run of letters beyond ASCII that the current one belongs to.
     qsizetype runStart = 0;
     qsizetype runLength = 0;
+    double runWeight = 1; // of a Cyrillic run, see cyrillicWordWeight()
     for (qsizetype i = 0; i < text.size(); ++i) {
         const QChar c = text[i];
         if (c.unicode() < 0x80) {
@@ -424,6 +463,7 @@ Tally tallySingleByte(QStringView text)
                        (text[i + runLength].isLetter() || text[i + runLength].isMark())) {
                     ++runLength;
                 }
+                runWeight = cyrillicWordWeight(text.sliced(runStart, runLength));
             }
             const bool capitalInside = c.isUpper() && before.isLetter() && before.isLower();
             const bool mixedScripts =
@@ -437,9 +477,14 @@ Tally tallySingleByte(QStringView text)
                 } else {
                     tally.add(runLength <= 3 ? 0.5 : 0);
                 }
+            } else if (isAsciiLetter(before) || isAsciiLetter(after)) {
+                tally.add(0); // words of another script have no plain letters
             } else {
-                // Words of another script have no plain letters: a letter alone is unusual.
-                tally.add(runLength >= 2 ? 1 : 0.5);
+                // A letter alone is unusual, and so are most Cyrillic letters of a wrong reading.
+                const double weight = runLength >= 2 ? 1 : 0.5;
+                tally.add(c.script() == QChar::Script_Cyrillic
+                              ? weight * runWeight * cyrillicWeight(c, before)
+                              : weight);
             }
         } else if (c.isMark()) {
             tally.add(before.isLetter() || before.isMark() ? 1 : 0);
@@ -453,10 +498,34 @@ Tally tallySingleByte(QStringView text)
     return tally;
 }
 
-// The encodings people wrote Japanese, Korean, Chinese and European text in before UTF-8, in
-// the order that breaks a tie (after uchardet's own answer).
-constexpr quint64 candidates[] = {ShiftJIS, EUCJP, ISO2022JP,     EUCKR,
-                                  GB18030,  Big5,  WindowsLatin1, WindowsLatin2};
+// The encodings people wrote Japanese, Korean, Chinese, European and Russian text in before
+// UTF-8, in the order that breaks a tie (after uchardet's own answer).
+constexpr quint64 candidates[] = {
+    ShiftJIS,      EUCJP,         ISO2022JP,       EUCKR, GB18030,    Big5,
+    WindowsLatin1, WindowsLatin2, WindowsCyrillic, KOI8R, DOSRussian,
+};
+
+// Encodings that read most bytes as another does, which uchardet names for it: KOI8-U (it
+// knows only KOI8-R), the Windows code pages beside the ISO ones it prefers (whose C1
+// controls stand where Windows has quotes and dashes), Windows Cyrillic beside Mac OS's.
+constexpr std::pair<quint64, quint64> relatives[] = {
+    {KOI8R, KOI8U},
+    {0x8000020D, 0x80000507}, // ISO 8859-13, Windows Baltic
+    {0x80000207, 0x80000503}, // ISO 8859-7, Windows Greek
+    {0x80000209, 0x80000504}, // ISO 8859-9, Windows Turkish
+    {0x80000007, WindowsCyrillic},
+};
+
+QList<quint64> relativesOf(quint64 encoding)
+{
+    QList<quint64> found;
+    for (const auto& [one, other] : relatives) {
+        if (one == encoding) {
+            found.append(other);
+        }
+    }
+    return found;
+}
 
 // From this many bytes beyond ASCII on, uchardet's single-byte answers are trusted.
 constexpr qsizetype trustedAnswerBytes = 32;
@@ -557,7 +626,21 @@ quint64 EncodingDetector::detect(QByteArrayView data, const QList<quint64>& offe
     // Nearly any even number of bytes decodes as UTF-16, but text in it has NUL bytes as
     // the high half of every ASCII character; data of another kind gives NUL characters.
     if (data.contains('\0') && decodes(UTF16) && !text.contains(QChar(0))) {
+        // Without a byte-order mark, the variant of its byte order writes it back as it was.
+        for (const quint64 order : {UTF16LE, UTF16BE}) {
+            if (offered.contains(order) && TextCodec::encode(order, text) == data) {
+                return order;
+            }
+        }
         return UTF16;
+    }
+    // UTF-32 has NUL bytes in every character, and its units above U+10FFFF in any other data.
+    if (data.contains('\0') && data.size() % 4 == 0) {
+        for (const quint64 order : {UTF32LE, UTF32BE}) {
+            if (decodes(order) && !text.contains(QChar(0))) {
+                return order;
+            }
+        }
     }
     const qsizetype nonAscii = firstNonAscii(data);
     // The encodings of seven bits (ISO-2022-JP, -KR, -CN, HZ) shift with escapes and tildes.
@@ -592,21 +675,42 @@ quint64 EncodingDetector::detect(QByteArrayView data, const QList<quint64>& offe
         highBytesIn(data.sliced(qMax<qsizetype>(nonAscii, 0)), trustedAnswerBytes).count >=
             trustedAnswerBytes) {
         if (const double score = judge(judged, answer); score >= 0) {
-            readings.append({answer, 1});
+            // A relative that reads the bytes better is what the answer meant.
+            quint64 best = answer;
+            double bestScore = score;
+            for (const quint64 relative : relativesOf(answer)) {
+                const double relativeScore =
+                    offered.contains(relative) ? judge(judged, relative) : -1;
+                if (relativeScore > bestScore) {
+                    best = relative;
+                    bestScore = relativeScore;
+                }
+            }
+            readings.append({best, 1});
+            if (best != answer) {
+                readings.append({answer, 1});
+            }
         }
     }
     if (readings.isEmpty()) {
+        // An answer beyond the editor's own list breaks no tie: from a few letters uchardet
+        // takes Western text for Baltic or Nordic, whose readings of them are as plausible.
+        const bool beyondList = answered && EncodingManager::otherEncodingList().contains(answer);
         QList<quint64> order;
+        if (answered && !beyondList) {
+            order.append(answer);
+        }
+        order.append(QList<quint64>(std::begin(candidates), std::end(candidates)));
         if (answered) {
             order.append(answer);
         }
-        for (const quint64 candidate : candidates) {
-            if (candidate != answer) {
-                order.append(candidate);
-            }
+        for (qsizetype i = 0, count = order.size(); i < count; ++i) {
+            order.append(relativesOf(order[i]));
         }
-        for (const quint64 encoding : order) {
-            if (!offered.contains(encoding) || (encoding == ISO2022JP && !data.contains('\x1B'))) {
+        for (qsizetype i = 0; i < order.size(); ++i) {
+            const quint64 encoding = order[i];
+            if (!offered.contains(encoding) || order.indexOf(encoding) < i ||
+                (encoding == ISO2022JP && !data.contains('\x1B'))) {
                 continue;
             }
             if (const double score = judge(judged, encoding); score >= 0) {

@@ -5,7 +5,6 @@
 #include "platform/Range.h"
 #include "platform/TextCodec.h"
 
-#include <QComboBox>
 #include <QFile>
 #include <QFileInfo>
 
@@ -42,8 +41,21 @@ constexpr std::array<quint32, 65> encodingTable{
 // The terminator and the separator share a value; the table's length tells them apart.
 constexpr qsizetype encodingTableLength = qsizetype(encodingTable.size()) - 1;
 
+// The encodings offered after the list: the other strict converters whose files people still
+// meet, in menu order, grouped like the list.
+// clang-format off
+constexpr quint32 otherEncodingTable[] = {
+    0x14000100, 0x10000100, 0x0C000100, 0x1C000100, 0x18000100, SeparatorId, // Unicode
+    0x20F, 0x410, 0x20A, 0x20E, SeparatorId,                                  // Western
+    0x412, 0x210, 0x20D, 0x507, SeparatorId,                                  // Central European
+    0x502, 0xA02, 0xA08, 0x41B, 0x413, SeparatorId,                           // Cyrillic
+    0x503, 0x504, 0x206, 0x208,                                   // Greek, Turkish, Arabic, Hebrew
+};
+// clang-format on
+
 constexpr quint64 UTF8 = 4;
 constexpr quint64 UTF16 = 10;
+constexpr quint64 UTF32 = 0x8C000100;
 constexpr quint64 EUCJP = 3;
 constexpr quint64 ISO2022JP = 21;
 constexpr quint64 ShiftJIS = 0x80000A01;
@@ -122,41 +134,18 @@ void EncodingManager::setEncodingList(const QList<quint64>& encodingList)
     _hasEncodingList = true;
 }
 
-void EncodingManager::makeEncodingOfPopUpMenu(QComboBox* popUp, quint64 selectedEncoding,
-                                              bool withAutomaticMenu)
+QList<quint64> EncodingManager::otherEncodingList()
 {
-    popUp->clear();
-    const int offset = withAutomaticMenu ? 2 : 0;
-    if (withAutomaticMenu) {
-        popUp->addItem(QStringLiteral("Automatic"),
-                       QVariant::fromValue(StringEncoding::NoEncoding));
-        popUp->setItemData(0, -1, TagRole);
-        popUp->insertSeparator(1);
+    QList<quint64> list;
+    for (const quint32 encoding : otherEncodingTable) {
+        list.append(StringEncoding::convertEncodingToNSStringEncoding(encoding));
     }
-    int selection = -1;
-    const QList<quint64> list = encodingList();
-    for (qsizetype i = 0; i < list.size(); ++i) {
-        const quint64 encoding = list[i];
-        if (encoding == Separator) {
-            popUp->insertSeparator(popUp->count());
-            continue;
-        }
-        popUp->addItem(StringEncoding::localizedNameOfStringEncoding(encoding),
-                       QVariant::fromValue(encoding));
-        popUp->setItemData(popUp->count() - 1, 0, TagRole);
-        if (selectedEncoding == StringEncoding::NoEncoding) {
-            if (withAutomaticMenu) {
-                selection = 0;
-            }
-        } else if (selectedEncoding == encoding) {
-            selection = int(i) + offset;
-        }
-    }
-    if (selection >= 0) {
-        popUp->setCurrentIndex(selection);
-    } else if (popUp->count() > 0) {
-        popUp->setCurrentIndex(0);
-    }
+    return list;
+}
+
+QList<quint64> EncodingManager::offeredEncodings()
+{
+    return encodingList() + QList<quint64>{Separator} + otherEncodingList();
 }
 
 quint64 EncodingManager::automaticDistinctionEncodingWithContentsOfURL(const QUrl& url,
@@ -203,6 +192,12 @@ DecodedContents EncodingManager::automaticDistinctionWithData(QByteArray data, b
             return found(UTF8);
         }
     } else {
+        // A UTF-32 mark begins with a UTF-16 one (FF FE 00 00), which would read as a NUL.
+        if ((data.startsWith(QByteArrayView("\xFF\xFE\0\0", 4)) ||
+             data.startsWith(QByteArrayView("\0\0\xFE\xFF", 4))) &&
+            TextCodec::decode(UTF32, data, result.text)) {
+            return found(UTF32);
+        }
         const qsizetype head16 = qMin<qsizetype>(2, data.size());
         if ((std::memchr(bytes, 0xFE, size_t(head16)) ||
              std::memchr(bytes, 0xFF, size_t(head16))) &&
@@ -223,15 +218,14 @@ DecodedContents EncodingManager::automaticDistinctionWithData(QByteArray data, b
         }
     }
 
-    const QList<quint64> list = encodingList();
-    if (const quint64 detected = EncodingDetector::detect(data, list, result.text);
+    if (const quint64 detected = EncodingDetector::detect(data, offeredEncodings(), result.text);
         detected != StringEncoding::NoEncoding) {
         return found(detected);
     }
     // Unmarked UTF-16 only for data that holds NUL bytes, as the detection has it: nearly any
     // even number of bytes decodes as UTF-16, and loses every line.
     const bool mayBeUtf16 = data.contains('\0');
-    for (const quint64 encoding : list) {
+    for (const quint64 encoding : encodingList()) {
         if (encoding != Separator && (encoding != UTF16 || mayBeUtf16) &&
             TextCodec::decode(encoding, data, result.text)) {
             return found(encoding);
@@ -331,17 +325,6 @@ DecodedContents EncodingManager::contentsOfURL(const QUrl& url, quint64 encoding
 }
 
 // Line breaks
-
-void EncodingManager::makeLineBreaksOfPopUpMenu(QComboBox* popUp, qsizetype selectLineBreaks)
-{
-    popUp->clear();
-    for (int style = 0; style < 3; ++style) {
-        popUp->addItem(lineBreaksLongTitle(style), style);
-        popUp->setItemData(style, style, TagRole);
-    }
-    popUp->setCurrentIndex(selectLineBreaks >= 0 && selectLineBreaks < 3 ? int(selectLineBreaks)
-                                                                         : -1);
-}
 
 qsizetype EncodingManager::scanLineBreaks(const QUrl& url, quint64 encoding)
 {

@@ -13,8 +13,6 @@
 #include <optional>
 #include <utility>
 
-class QComboBox;
-
 /// A file's text decoded once: the encoding it was read in and the text, with its line
 /// breaks as they are in the file, and the line-break style a scan of that text finds.
 /// The editor holds LF line breaks (replaceLineBreaks(0, text)); the style found here is
@@ -83,11 +81,13 @@ public:
     /// Safe to call from a worker thread that detects a large file's encoding.
     QList<quint64> encodingList();
     void setEncodingList(const QList<quint64>& encodingList);
-
-    /// Refills `popUp` with the encoding list, optionally headed by "Automatic", and
-    /// selects `selectedEncoding` (all ones selects "Automatic").
-    void makeEncodingOfPopUpMenu(QComboBox* popUp, quint64 selectedEncoding,
-                                 bool withAutomaticMenu);
+    /// The encodings offered after the list (Windows-1251, KOI8-R, UTF-32, …), in menu order
+    /// with separators between groups; none of them is in encodingList().
+    static QList<quint64> otherEncodingList();
+    /// What detection may answer: encodingList(), a separator, then otherEncodingList().
+    QList<quint64> offeredEncodings();
+    /// The title of the group of other encodings in menus and pop-ups.
+    static QString otherEncodingsTitle() { return QStringLiteral("Other Encodings"); }
 
     /// The encoding of a file's bytes, or all ones when the file cannot be read, is empty,
     /// or decodes in no offered encoding. `priority` prefers the Japanese encodings.
@@ -113,9 +113,6 @@ public:
 
     // Line breaks
 
-    /// Refills `popUp` with the three styles (tags 0, 1, 2) and selects `selectLineBreaks`;
-    /// a style outside 0…2 leaves no item selected.
-    void makeLineBreaksOfPopUpMenu(QComboBox* popUp, qsizetype selectLineBreaks);
     /// The style of a file read in `encoding`: 2 when it has a CRLF anywhere, else 1 when
     /// it has a CR, else 0 when it has an LF, else NSNotFound (also when it does not decode).
     qsizetype scanLineBreaks(const QUrl& url, quint64 encoding);

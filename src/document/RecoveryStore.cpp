@@ -1,7 +1,7 @@
 #include "document/RecoveryStore.h"
 
 #include "document/Document.h"
-#include "document/DocumentController.h"
+#include "document/DocumentOpener.h"
 #include "document/DocumentTextCopy.h"
 #include "platform/FileManager.h"
 
@@ -575,9 +575,9 @@ QList<RecoveryStore::Entry> RecoveryStore::orphanedEntries() const
     return entries;
 }
 
-Document* RecoveryStore::reopen(const Entry& entry, QStringList& notices)
+Document* RecoveryStore::reopen(DocumentOpener& controller, const Entry& entry,
+                                QStringList& notices)
 {
-    DocumentController& controller = DocumentController::sharedDocumentController();
     const std::vector<Document*>& open = controller.documents();
     // Two ended editors may have had the same file: the second text comes back untitled.
     const bool hasFile =
@@ -640,12 +640,12 @@ void RecoveryStore::adoptCopy(Document* document, const Entry& entry)
     }
 }
 
-RecoveryStore::Recovery RecoveryStore::recoverOrphans()
+RecoveryStore::Recovery RecoveryStore::recoverOrphans(DocumentOpener& documents)
 {
     Recovery recovery;
     for (const Orphan& orphan : takeOrphans(_root, _folder)) {
         for (const Entry& entry : copiesIn(orphan.folder)) {
-            adoptCopy(reopen(entry, recovery.notices), entry);
+            adoptCopy(reopen(documents, entry, recovery.notices), entry);
             ++recovery.count;
         }
         removeFolderIfDone(orphan.folder);

@@ -13,6 +13,7 @@
 #include <vector>
 
 class Document;
+class DocumentOpener;
 
 /// Keeps a recovery copy of every document with unsaved changes, untitled ones included, in
 /// the user's data folder, so that a crash, a killed process, a power cut or a full disk
@@ -74,6 +75,8 @@ public:
     bool writeCopy(Document* document);
     /// The file holding the document's copy; empty while it has none.
     QString copyFile(Document* document) const;
+    /// The folder that holds every editor's folder of copies.
+    QString root() const { return _root; }
     /// The folder this process writes its copies into (created on first use); empty when
     /// it cannot be created (errorString() says why).
     QString folder();
@@ -87,9 +90,10 @@ public:
 
     /// The copies left by editors that are no longer running, oldest folder first.
     QList<Entry> orphanedEntries() const;
-    /// Opens every orphaned copy again as a document with unsaved changes (in its file's
-    /// window when the file still exists) and makes the copy this editor's own.
-    Recovery recoverOrphans();
+    /// Opens every orphaned copy again, through `documents`, as a document with unsaved
+    /// changes (in its file's window when the file still exists) and makes the copy this
+    /// editor's own.
+    Recovery recoverOrphans(DocumentOpener& documents);
 
 Q_SIGNALS:
     /// Copies cannot be kept, or one could not be written: `message` says which and the
@@ -109,7 +113,7 @@ private:
     void removeCopy(Document* document);
     void fail(const QString& message);
     void adoptCopy(Document* document, const Entry& entry);
-    Document* reopen(const Entry& entry, QStringList& notices);
+    Document* reopen(DocumentOpener& documents, const Entry& entry, QStringList& notices);
 
     QString _root;
     QString _folder;

@@ -3,6 +3,7 @@
 #include "document/TextMirror.h"
 #include "editor/BraceMatcher.h"
 #include "editor/CompletionDocumentWords.h"
+#include "editor/CompletionManager.h"
 #include "editor/EditorController.h"
 #include "editor/FindIndicator.h"
 #include "editor/GutterView.h"
@@ -17,7 +18,6 @@
 #include "platform/SystemBeep.h"
 #include "platform/UserDefaults.h"
 #include "syntax/CompletionCandidates.h"
-#include "syntax/CompletionManager.h"
 #include "syntax/SyntaxDefinitionFolder.h"
 #include "syntax/SyntaxManager.h"
 

@@ -1,7 +1,11 @@
 #include "platform/FileManager.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QStandardPaths>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace {
 
@@ -46,4 +50,18 @@ QString FileManager::syntaxDefinitionDirectoryPathInPath(const QString& fileName
 QString FileManager::scriptDirectoryPathInPath(const QString& fileName)
 {
     return joined(joined(applicationSupportDirectoryPath(), QStringLiteral("Script")), fileName);
+}
+
+QString FileManager::backupDirectoryPath()
+{
+    return joined(applicationSupportDirectoryPath(), QStringLiteral("Backups"));
+}
+
+bool FileManager::isWritableFile(const QString& path)
+{
+    const QFileInfo info(path);
+    const QString target = info.exists() ? info.absoluteFilePath() : info.absolutePath();
+    // The effective user and capabilities, as open() will see them (not the real ones that
+    // plain access() asks about).
+    return faccessat(AT_FDCWD, QFile::encodeName(target).constData(), W_OK, AT_EACCESS) == 0;
 }

@@ -23,5 +23,11 @@ public:
     /// The script folder, or the file of that name inside it (neither is created).
     static QString scriptDirectoryPathInPath(const QString& fileName = {});
 
+    /// The folder a save keeps the old bytes of a file in while it writes the file in place.
+    static QString backupDirectoryPath();
+    /// Whether this process may write the file: its permissions, ACLs and a read-only mount
+    /// all count. A missing file counts as writable when its folder is.
+    static bool isWritableFile(const QString& path);
+
     static QString applicationName() { return QStringLiteral("Tessaran"); }
 };

@@ -58,6 +58,23 @@ constexpr CodecRow codecRows[] = {
     {0x600, B::Ascii, nullptr},      {0xBFF, B::NonLossyAscii, nullptr},
 };
 
+// The encodings offered beyond the list. Debian's ICU data leaves ISO 8859-16 out, and ICU's
+// DOS code pages swap 0x1A, 0x1C and 0x7F among the controls (Ctrl-Z would read as U+001C), so
+// those come from iconv, which maps them as the code pages' own tables do.
+constexpr CodecRow otherCodecRows[] = {
+    {0x14000100, B::Icu, "UTF-16LE"}, {0x10000100, B::Icu, "UTF-16BE"},
+    {0x0C000100, B::Utf32, nullptr},  {0x1C000100, B::Icu, "UTF-32LE"},
+    {0x18000100, B::Icu, "UTF-32BE"}, {0x20F, B::Icu, "ISO-8859-15"},
+    {0x410, B::Iconv, "CP850"},       {0x20A, B::Icu, "ISO-8859-10"},
+    {0x20E, B::Icu, "ISO-8859-14"},   {0x412, B::Iconv, "CP852"},
+    {0x210, B::Iconv, "ISO-8859-16"}, {0x20D, B::Icu, "ISO-8859-13"},
+    {0x507, B::Icu, "windows-1257"},  {0x502, B::Icu, "windows-1251"},
+    {0xA02, B::Icu, "KOI8-R"},        {0xA08, B::Icu, "KOI8-U"},
+    {0x41B, B::Iconv, "CP866"},       {0x413, B::Iconv, "CP855"},
+    {0x503, B::Icu, "windows-1253"},  {0x504, B::Icu, "windows-1254"},
+    {0x206, B::Icu, "ISO-8859-6"},    {0x208, B::Icu, "ISO-8859-8"},
+};
+
 char16_t* unitsOf(QString& text)
 {
     return reinterpret_cast<char16_t*>(text.data());
@@ -426,6 +443,34 @@ bool utf16Encode(QStringView text, QByteArray& data)
     return true;
 }
 
+// --- UTF-32 ---------------------------------------------------------------------------
+
+// Like UTF-16: a byte-order mark chooses the order and is not part of the text; unmarked
+// data are big-endian, as the standard has it, unless only the other order decodes. Written
+// little-endian with a mark.
+bool utf32Decode(QByteArrayView data, QString& text)
+{
+    if (data.size() % 4 != 0) {
+        return false;
+    }
+    if (data.startsWith(QByteArrayView("\xFF\xFE\0\0", 4))) {
+        return icuDecode("UTF-32LE", data.sliced(4), text);
+    }
+    if (data.startsWith(QByteArrayView("\0\0\xFE\xFF", 4))) {
+        return icuDecode("UTF-32BE", data.sliced(4), text);
+    }
+    return icuDecode("UTF-32BE", data, text) || icuDecode("UTF-32LE", data, text);
+}
+
+bool utf32Encode(QStringView text, QByteArray& data)
+{
+    if (!UnicodeText::isWellFormed(text) || !icuEncode("UTF-32LE", text, data)) {
+        return false;
+    }
+    data.prepend(QByteArrayView("\xFF\xFE\0\0", 4));
+    return true;
+}
+
 } // namespace
 
 TextCodec::TextCodec(quint64 encoding, Backend backend, const char* converterName)
@@ -439,6 +484,10 @@ const TextCodec* TextCodec::codecForEncoding(quint64 encoding)
     static const std::vector<TextCodec> codecs = [] {
         std::vector<TextCodec> all;
         for (const CodecRow& row : codecRows) {
+            all.emplace_back(StringEncoding::convertEncodingToNSStringEncoding(row.encoding),
+                             row.backend, row.converterName);
+        }
+        for (const CodecRow& row : otherCodecRows) {
             all.emplace_back(StringEncoding::convertEncodingToNSStringEncoding(row.encoding),
                              row.backend, row.converterName);
         }
@@ -489,6 +538,8 @@ bool TextCodec::decode(QByteArrayView data, QString& text) const
         return UnicodeText::decodeUtf8(data, text);
     case Backend::Utf16:
         return utf16Decode(data, text);
+    case Backend::Utf32:
+        return utf32Decode(data, text);
     case Backend::Ascii:
         if (!UnicodeText::isAscii(data)) {
             return false;
@@ -523,6 +574,8 @@ bool TextCodec::encode(QStringView text, QByteArray& data) const
         return true;
     case Backend::Utf16:
         return utf16Encode(text, data);
+    case Backend::Utf32:
+        return utf32Encode(text, data);
     case Backend::Ascii:
         return asciiEncode(text, data);
     case Backend::NonLossyAscii:

@@ -11,8 +11,10 @@
 /// any invalid or unmapped byte sequence, encoding on any character the encoding cannot
 /// hold: nothing is ever replaced or dropped silently.
 ///
-/// Byte-order marks: UTF-8 and UTF-16 drop a leading one when decoding. UTF-16 is written
-/// with a byte-order mark, little-endian.
+/// Byte-order marks: UTF-8, UTF-16 and UTF-32 drop a leading one when decoding. UTF-16 and
+/// UTF-32 are written with a byte-order mark, little-endian. Their variants of one byte order
+/// (UTF-16LE, …) take a leading mark for a character like any other, so that they write back
+/// the bytes they read.
 class TextCodec
 {
 public:
@@ -34,7 +36,7 @@ public:
     /// Where a codec's conversion comes from. IcuEuc is ICU's for an EUC encoding, whose
     /// converters also take the C1 control bytes 0x80-0x9F as characters; strict EUC has
     /// none (0x8E and 0x8F only lead sequences), so they are refused both ways.
-    enum class Backend { Utf8, Utf16, Ascii, NonLossyAscii, Icu, IcuEuc, Iconv, Table };
+    enum class Backend { Utf8, Utf16, Utf32, Ascii, NonLossyAscii, Icu, IcuEuc, Iconv, Table };
     TextCodec(quint64 encoding, Backend backend, const char* converterName);
 
 private:

@@ -1,8 +1,8 @@
 #include "scripts/ScriptLibrary.h"
 
-#include "app/Application.h"
 #include "platform/FileManager.h"
 #include "platform/TextCodec.h"
+#include "scripts/ScriptManager.h"
 
 #include <QDir>
 #include <QFile>
@@ -69,7 +69,7 @@ ScriptObjectList ScriptLibrary::entries(const ScriptObjectPtr& folder)
     if (folder) {
         return folder->children().value_or(ScriptObjectList());
     }
-    return Application::instance()->scriptDataSource().value_or(ScriptObjectList());
+    return ScriptManager::sharedScriptManager().scriptDataSource().value_or(ScriptObjectList());
 }
 
 void ScriptLibrary::setEntries(const ScriptObjectPtr& folder, const ScriptObjectList& list)
@@ -77,13 +77,13 @@ void ScriptLibrary::setEntries(const ScriptObjectPtr& folder, const ScriptObject
     if (folder) {
         folder->setChildren(list);
     } else {
-        Application::instance()->setScriptDataSource(list);
+        ScriptManager::sharedScriptManager().setScriptDataSource(list);
     }
 }
 
 void ScriptLibrary::changed()
 {
-    Application::instance()->postScriptDataSourceChanged();
+    ScriptManager::sharedScriptManager().postScriptDataSourceChanged();
 }
 
 bool ScriptLibrary::locate(const ScriptObjectPtr& node, ScriptObjectPtr& folder, qsizetype& index)

@@ -1,20 +1,16 @@
 #include "scripts/ScriptManager.h"
 
-#include "app/Application.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
 #include "document/EncodingManager.h"
 #include "editor/TextView.h"
 #include "platform/PropertyList.h"
 #include "platform/Regex.h"
 #include "platform/TextCodec.h"
 #include "platform/UserDefaults.h"
-#include "scripts/JavaScriptRunner.h"
 #include "scripts/ScriptAlert.h"
 #include "scripts/ScriptFolderWatcher.h"
-#include "scripts/ScriptingService.h"
-#include "window/DocumentWindow.h"
-#include "window/WindowController.h"
+#include "scripts/ScriptLibrary.h"
+#include "scripts/ScriptTarget.h"
 
 #include <QApplication>
 #include <QDir>
@@ -67,7 +63,7 @@ ScriptManager::ScriptManager(QObject* parent)
 {
     // Every change of the library reaches the settings file at once: a run that ends
     // without the termination step must not take the library with it.
-    connect(Application::instance(), &Application::scriptDataSourceChanged, this,
+    connect(this, &ScriptManager::scriptDataSourceChanged, this,
             &ScriptManager::writeScriptDataSource);
 }
 
@@ -85,7 +81,7 @@ void ScriptManager::setOutputLimit(qint64 bytes)
 
 ScriptManager& ScriptManager::sharedScriptManager()
 {
-    static ScriptManager* manager = new ScriptManager(Application::instance());
+    static ScriptManager* manager = new ScriptManager(QCoreApplication::instance());
     return *manager;
 }
 
@@ -117,13 +113,12 @@ std::optional<ScriptObjectList> ScriptManager::unarchivedScriptDataSource(const 
 void ScriptManager::readScriptDataSource()
 {
     const QByteArray data = UserDefaults::standardUserDefaults().dataForKey(kScriptAllItems);
-    Application::instance()->setScriptDataSource(
-        unarchivedScriptDataSource(data).value_or(ScriptObjectList()));
+    setScriptDataSource(unarchivedScriptDataSource(data).value_or(ScriptObjectList()));
 }
 
 void ScriptManager::writeScriptDataSource()
 {
-    const auto& nodes = Application::instance()->scriptDataSource();
+    const auto& nodes = _scriptDataSource;
     UserDefaults& defaults = UserDefaults::standardUserDefaults();
     defaults.setObject(archivedScriptDataSource(nodes.value_or(ScriptObjectList())),
                        kScriptAllItems);
@@ -230,19 +225,18 @@ QString ScriptManager::decodeOutputPiece(QByteArray& pending, const QByteArray& 
 
 // Running ------------------------------------------------------------------------------
 
-TextView* ScriptManager::frontTextView()
+TextView* ScriptManager::frontTextView() const
 {
-    DocumentController& documents = DocumentController::sharedDocumentController();
-    WindowController* controller = documents.windowControllerOf(documents.currentDocument());
-    return controller ? controller->textView() : nullptr;
+    return _target ? _target->textViewOf(_target->currentDocument()) : nullptr;
 }
 
 void ScriptManager::runScriptWithSource(const QString& source, const QString& scriptName)
 {
     if (scriptName == u"AppleScript") {
-        const JavaScriptRunner::Result result = JavaScriptRunner::run(source);
-        if (result.outcome == JavaScriptRunner::Outcome::CompileError) {
-            ScriptAlert::show(tr("Error Script"), result.errorText(), true);
+        const std::optional<QString> error =
+            _target ? _target->runInProcessScript(source, QString()) : std::nullopt;
+        if (error) {
+            ScriptAlert::show(tr("Error Script"), *error, true);
         }
         return;
     }
@@ -330,8 +324,7 @@ void ScriptManager::startProcess(const QStringList& arguments)
     });
 
     // The output goes to the document in front now, whichever window is in front later.
-    DocumentController& documents = DocumentController::sharedDocumentController();
-    setOutputDocument(documents.currentDocument());
+    setOutputDocument(_target ? _target->currentDocument() : nullptr);
     process->start();
     Q_EMIT processStarted();
 
@@ -347,15 +340,14 @@ void ScriptManager::startProcess(const QStringList& arguments)
 
 void ScriptManager::setOutputDocument(Document* document)
 {
-    WindowController* controller =
-        DocumentController::sharedDocumentController().windowControllerOf(document);
     _outputDocument = document;
-    _outputView = controller ? controller->textView() : nullptr;
+    _outputView = _target ? _target->textViewOf(document) : nullptr;
     _hasOutputWindow = _outputView != nullptr;
-    if (controller && _task) {
+    QWidget* window = _target ? _target->windowOf(document) : nullptr;
+    if (window && _task) {
         // Closing that window ends the script: nothing else may receive its output.
         QProcess* process = _task;
-        connect(controller->window(), &QObject::destroyed, process, [this, process] {
+        connect(window, &QObject::destroyed, process, [this, process] {
             if (process == _task && _isFindRunning) {
                 stopProcess();
             }
@@ -397,7 +389,7 @@ void ScriptManager::insertOutput(const QString& text)
         _isNewWindow = false;
         // The new window receives the rest of the output, even before the window system
         // has made it the key window.
-        setOutputDocument(DocumentController::sharedDocumentController().newDocument());
+        setOutputDocument(_target ? _target->newDocument() : nullptr);
     }
     if (!_hasOutputWindow) {
         // No document was in front when the script started.
@@ -496,25 +488,31 @@ void ScriptManager::runRegisterAppleScriptWithPath(const QString& path)
         ScriptAlert::show(tr("Error"), tr("No entries found."), false, true);
         return;
     }
-    const JavaScriptRunner::Result result = JavaScriptRunner::run(*source, path);
-    if (result.outcome == JavaScriptRunner::Outcome::CompileError) {
-        ScriptAlert::show(tr("Error"), result.errorText(), false, true);
+    const std::optional<QString> error =
+        _target ? _target->runInProcessScript(*source, path) : std::nullopt;
+    if (error) {
+        ScriptAlert::show(tr("Error"), *error, false, true);
     }
 }
 
-// The scripting interface ---------------------------------------------------------------
+void ScriptManager::runRegisterScript(const ScriptObjectPtr& node)
+{
+    if (!node || !node->isLeaf()) {
+        return;
+    }
+    const QFileInfo file(ScriptLibrary::filePathOf(node));
+    if (!file.exists() || file.isDir()) {
+        ScriptAlert::show(tr("No such file or directory."), tr("Notice"));
+        return;
+    }
+    runRegisterScriptWithPath(file.filePath());
+}
+
+// Watching the Script folder -----------------------------------------------------------
 
 void ScriptManager::bootUp()
 {
-    ScriptingService::sharedScriptingService().registerOnSessionBus();
     if (!_folderWatcher) {
         _folderWatcher = new ScriptFolderWatcher(this);
     }
-}
-
-void ScriptManager::openScriptDictionary()
-{
-    const QString xml = ScriptingService::introspectionXml();
-    Document* document = DocumentController::sharedDocumentController().newDocument();
-    document->textStorage()->setPlainText(xml);
 }

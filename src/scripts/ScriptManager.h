@@ -15,6 +15,7 @@
 class Document;
 class QTemporaryFile;
 class ScriptFolderWatcher;
+class ScriptTarget;
 class TextView;
 class UserDefaults;
 
@@ -32,6 +33,20 @@ class ScriptManager : public QObject
 
 public:
     static ScriptManager& sharedScriptManager();
+
+    /// What scripts act on; none until the application sets it, and then scripts find no
+    /// document.
+    ScriptTarget* target() const { return _target; }
+    void setTarget(ScriptTarget* target) { _target = target; }
+
+    /// The top-level entries of the script library; none until the library is read.
+    const std::optional<ScriptObjectList>& scriptDataSource() const { return _scriptDataSource; }
+    void setScriptDataSource(std::optional<ScriptObjectList> nodes)
+    {
+        _scriptDataSource = std::move(nodes);
+    }
+    /// Tells every Scripts menu and script pane that the library changed.
+    void postScriptDataSourceChanged() { Q_EMIT scriptDataSourceChanged(); }
 
     /// The command and options of a script's "#!" line.
     struct Interpreter {
@@ -73,6 +88,8 @@ public:
     void runRegisterScriptWithPath(const QString& path);
     /// Runs an in-process script file (".js"); other files cannot be loaded here.
     void runRegisterAppleScriptWithPath(const QString& path);
+    /// Runs a library script after checking that its file exists (runRegisterScript:).
+    void runRegisterScript(const ScriptObjectPtr& node);
     /// Starts the child: `arguments` is the program followed by its arguments.
     void startProcess(const QStringList& arguments);
     /// Receives one piece of output; an empty piece is the end of the output.
@@ -88,14 +105,11 @@ public:
     /// The process started last (kept after it ends); null before the first.
     QProcess* task() const { return _task; }
 
-    /// Registers the scripting interface on the session bus and starts watching the Script
-    /// folder for scripts put there by hand (once, at launch).
+    /// Starts watching the Script folder for scripts put there by hand (once, at launch).
     void bootUp();
-    /// Opens the scripting interface's description as a new document.
-    void openScriptDictionary();
 
     /// The text view scripts act on: the main text view of the front document's window.
-    static TextView* frontTextView();
+    TextView* frontTextView() const;
 
     /// Loads the library from "ScriptAllItems" into the application's scriptDataSource;
     /// an empty library when the setting is missing or cannot be read.
@@ -115,6 +129,8 @@ Q_SIGNALS:
     void processStarted();
     /// The running child ended (after its last output was inserted) or was stopped.
     void processStopped();
+    /// The script library changed: menus are rebuilt, panes reloaded.
+    void scriptDataSourceChanged();
 
 private:
     explicit ScriptManager(QObject* parent = nullptr);
@@ -123,6 +139,8 @@ private:
     void setOutputDocument(Document* document);
     void insertOutput(const QString& text);
 
+    ScriptTarget* _target = nullptr;
+    std::optional<ScriptObjectList> _scriptDataSource;
     QPointer<QProcess> _task;
     bool _isFindRunning = false;
     bool _isNewWindow = false;

@@ -1,6 +1,5 @@
 #include "scripts/ScriptSheet.h"
 
-#include "app/Application.h"
 #include "scripts/ScriptLibrary.h"
 
 #include <QComboBox>

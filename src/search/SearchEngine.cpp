@@ -4,8 +4,52 @@
 #include "platform/Scanner.h"
 #include "platform/TextLines.h"
 
+#include <unicode/uchar.h>
+
+namespace {
+
+/// ICU's `\w`: [\p{Alphabetic}\p{Mark}\p{Decimal_Number}\p{Connector_Punctuation}\u200c\u200d].
+bool isWordCharacter(char32_t c)
+{
+    constexpr uint32_t categories = U_GC_M_MASK | U_GC_ND_MASK | U_GC_PC_MASK;
+    return u_hasBinaryProperty(UChar32(c), UCHAR_ALPHABETIC) ||
+           (U_GET_GC_MASK(UChar32(c)) & categories) != 0 || c == 0x200C || c == 0x200D;
+}
+
+/// Whether position `p` of `text` lies inside a word: word characters on both sides.
+bool isInsideWord(QStringView text, qsizetype p)
+{
+    if (p <= 0 || p >= text.size()) {
+        return false;
+    }
+    char32_t before = text[p - 1].unicode();
+    if (QChar::isLowSurrogate(before) && p >= 2 && text[p - 2].isHighSurrogate()) {
+        before = QChar::surrogateToUcs4(text[p - 2], text[p - 1]);
+    }
+    char32_t after = text[p].unicode();
+    if (QChar::isHighSurrogate(after) && p + 1 < text.size() && text[p + 1].isLowSurrogate()) {
+        after = QChar::surrogateToUcs4(text[p], text[p + 1]);
+    }
+    return isWordCharacter(before) && isWordCharacter(after);
+}
+
+} // namespace
+
+bool SearchEngine::isWholeWord(QStringView text, Range range)
+{
+    return !isInsideWord(text, range.location) && !isInsideWord(text, range.max());
+}
+
+QString SearchEngine::wholeWordPattern(const QString& pattarn)
+{
+    // At each end: no word character before, or none after, as isWholeWord() asks. The group
+    // captures nothing, so the pattern's own groups keep their numbers.
+    static const QString boundary = QStringLiteral("(?:(?<!\\w)|(?!\\w))");
+    return boundary + QStringLiteral("(?:") + pattarn + u')' + boundary;
+}
+
 std::vector<Range> SearchEngine::findAllString(const QString& string, const QString& findString,
-                                               bool caseSensitive)
+                                               bool caseSensitive, bool wholeWord)
 {
     std::vector<Range> result;
     if (findString.isEmpty()) {
@@ -19,7 +63,9 @@ std::vector<Range> SearchEngine::findAllString(const QString& string, const QStr
         if (!scanner.scanString(findString)) {
             break;
         }
-        result.push_back({start, findString.size()});
+        if (!wholeWord || isWholeWord(string, {start, findString.size()})) {
+            result.push_back({start, findString.size()});
+        }
         scanner.setScanLocation(start + 1);
     }
     return result;
@@ -40,10 +86,15 @@ unsigned SearchEngine::regularExpressionOptions(bool caseSensitive, bool multiLi
 std::vector<Range> SearchEngine::findRegularExpressionOfAllString(const QString& string,
                                                                   const QString& pattarn,
                                                                   bool caseSensitive,
-                                                                  bool multiLine)
+                                                                  bool multiLine, bool wholeWord)
 {
     std::vector<Range> result;
-    const Regex regex(pattarn, regularExpressionOptions(caseSensitive, multiLine));
+    const unsigned options = regularExpressionOptions(caseSensitive, multiLine);
+    // A broken pattern finds nothing, even where the parentheses around it would balance it.
+    if (wholeWord && !Regex(pattarn, options).isValid()) {
+        return result;
+    }
+    const Regex regex(wholeWord ? wholeWordPattern(pattarn) : pattarn, options);
     regex.forEachMatch(string, [&result](const Regex::Match& match) {
         if (match.groups.size() == 1) {
             result.push_back(match.range());

@@ -81,6 +81,7 @@ SearchManager::SearchManager()
     _caseSensitive = defaults.boolForKey(QStringLiteral("SearchCaseSensitive"));
     _regularExpressions = defaults.boolForKey(QStringLiteral("SearchRegularExpression"));
     _previous = defaults.boolForKey(QStringLiteral("SearchPrevious"));
+    _wholeWord = defaults.boolForKey(QStringLiteral("SearchWholeWord"));
     _allowMultiLine = defaults.boolForKey(QStringLiteral("AllowMultiLineSearching"));
     _selectColor = QColor::fromRgbF(0.4f, 0.8f, 1.0f, 0.2f);
     _cacheExpiry = new QTimer(this);
@@ -219,11 +220,11 @@ QString SearchManager::searchString(const QString& searchString, bool previous,
     std::vector<Range> ranges;
     QString label;
     if (_regularExpressions) {
-        ranges =
-            findRegularExpressionOfAllString(text, searchString, _caseSensitive, _allowMultiLine);
+        ranges = SearchEngine::findRegularExpressionOfAllString(text, searchString, _caseSensitive,
+                                                                _allowMultiLine, _wholeWord);
         label = QStringLiteral("ICU-comaptible : %1 Matches").arg(qint64(ranges.size()));
     } else {
-        ranges = findAllString(text, searchString, _caseSensitive);
+        ranges = SearchEngine::findAllString(text, searchString, _caseSensitive, _wholeWord);
         label = QStringLiteral("Find String : %1 Matches").arg(qint64(ranges.size()));
     }
     QTextDocument* textStorage = layoutManager->textStorage();

@@ -40,6 +40,9 @@ public:
     void setRegularExpressions(bool value) { setOption(_regularExpressions, value); }
     bool previous() const { return _previous; }
     void setPrevious(bool value) { setOption(_previous, value); }
+    /// Only occurrences that cut no word in two count, in both modes.
+    bool wholeWord() const { return _wholeWord; }
+    void setWholeWord(bool value) { setOption(_wholeWord, value); }
     /// Some text carries the engine's background colour.
     bool backgroundHighlight() const { return _backgroundHighlight; }
     void setBackgroundHighlight(bool value) { _backgroundHighlight = value; }
@@ -117,6 +120,7 @@ private:
     bool _caseSensitive = false;
     bool _regularExpressions = false;
     bool _previous = false;
+    bool _wholeWord = false;
     bool _allowMultiLine = false;
     bool _backgroundHighlight = false;
     bool _isReplacing = false;

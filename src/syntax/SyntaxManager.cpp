@@ -1,6 +1,6 @@
 #include "syntax/SyntaxManager.h"
 
-#include "editor/EditorController.h"
+#include "platform/ColorArchive.h"
 #include "platform/Regex.h"
 #include "platform/UserDefaults.h"
 #include "syntax/SyntaxColoringEngine.h"
@@ -48,8 +48,8 @@ void SyntaxManager::updatePreferences()
 {
     const UserDefaults& defaults = UserDefaults::standardUserDefaults();
     for (int c = 0; c < SyntaxColoring::CategoryCount; ++c) {
-        _colors[size_t(c)] = EditorController::keyedUnarchiverOfUserDefaults(
-            defaults, SyntaxColoring::colorKeyForCategory(SyntaxColoring::Category(c)));
+        _colors[size_t(c)] = ColorArchive::unarchive(
+            defaults.dataForKey(SyntaxColoring::colorKeyForCategory(SyntaxColoring::Category(c))));
     }
 }
 

@@ -1,10 +1,9 @@
 #include "window/SidebarView.h"
 
-#include "app/Application.h"
-#include "scripts/ScriptController.h"
-#include "search/GotoController.h"
-#include "search/SearchController.h"
+#include "window/GotoController.h"
 #include "window/InfoController.h"
+#include "window/ScriptController.h"
+#include "window/SearchController.h"
 
 #include <QBoxLayout>
 #include <QLineEdit>

@@ -1,23 +1,23 @@
 #include "window/WindowController.h"
 
-#include "app/Application.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
 #include "document/EncodingManager.h"
+#include "editor/CompletionManager.h"
 #include "editor/EditorController.h"
 #include "editor/LayoutManager.h"
 #include "editor/SpellCheckingController.h"
 #include "editor/TextView.h"
 #include "editor/UndoActionNames.h"
 #include "platform/FileManager.h"
+#include "platform/NotificationCenter.h"
 #include "platform/SpellChecker.h"
 #include "platform/StringEncoding.h"
 #include "platform/TextCodec.h"
 #include "platform/UserDefaults.h"
 #include "search/SearchManager.h"
-#include "syntax/CompletionManager.h"
 #include "syntax/SyntaxDefinitionFolder.h"
 #include "syntax/SyntaxManager.h"
+#include "window/CaretPosition.h"
 #include "window/CharacterCounter.h"
 #include "window/DiskChangeNotices.h"
 #include "window/DocumentWindow.h"
@@ -65,9 +65,11 @@ WindowController::WindowController(Document* document)
     _sidebarView = new SidebarView(this);
     _sidebarView->placeBeside(_window->splitView());
     _counter = new CharacterCounter(document->textStorage());
-    connect(Application::instance(), &Application::NotifUpdatePreferences, this,
+    connect(&NotificationCenter::defaultCenter(), &NotificationCenter::NotifUpdatePreferences, this,
             &WindowController::updatePreferences);
+    _fileIsReadOnly = isReadOnlyFile(document->fileURL());
     connect(document, &Document::documentInformationChanged, this, [this] {
+        _fileIsReadOnly = isReadOnlyFile(_document->fileURL());
         // A new document named on the command line, or saved under a new name, takes the
         // syntax of its extension at once when the window chooses by file type.
         const QString file = _document->fileURL();
@@ -154,13 +156,21 @@ void WindowController::addPane()
     connect(view, &TextView::selectionChanged, this,
             [this, view] { textViewDidChangeSelection(view); });
     connect(view, &TextView::mouseDown, this, &WindowController::textViewMouseDown);
+    connect(view, &QPlainTextEdit::cursorPositionChanged, this, [this, view] {
+        if (view == textView()) {
+            showCaretPosition();
+        }
+    });
     // The pane clicked or given the focus last is the one menu commands act on.
     connect(qApp, &QApplication::focusChanged, view, [this, view](QWidget*, QWidget* now) {
         if (now == view) {
             _mainTextView = view;
+            showCaretPosition();
         }
     });
     view->setFocus();
+    // A pane not yet shown does not take the focus at once, and is in front all the same.
+    showCaretPosition();
 }
 
 void WindowController::textViewMouseDown(TextView* view)
@@ -243,7 +253,8 @@ void WindowController::updateTitle()
         return;
     }
     _window->setWindowFilePath(_document->fileURL());
-    _window->setWindowTitle(_document->displayName() + QStringLiteral("[*]"));
+    _window->setWindowTitle(_document->displayName() + QStringLiteral("[*]") +
+                            (_fileIsReadOnly ? QStringLiteral(" — Read-Only") : QString()));
     _window->setWindowModified(_document->isDocumentEdited());
 }
 
@@ -525,7 +536,28 @@ QString WindowController::toolbarInformation() const
     if (!_selectedSyntaxName.isEmpty() && _syntaxColouring) {
         text += QStringLiteral("   ") + _selectedSyntaxName;
     }
+    if (const TextView* view = textView()) {
+        text += QStringLiteral("   ") + CaretPosition::statusText(view->textCursor());
+    }
+    if (_fileIsReadOnly) {
+        text += QStringLiteral("   Read-Only");
+    }
     return text;
+}
+
+bool WindowController::isReadOnlyFile(const QString& path)
+{
+    return !path.isEmpty() && QFileInfo::exists(path) && !FileManager::isWritableFile(path);
+}
+
+void WindowController::showCaretPosition()
+{
+    // Only the line changes: the information pane has nothing to refresh.
+    const QString text = toolbarInformation();
+    if (_window && _window->infoField()->text() != text) {
+        _window->infoField()->setText(text);
+        Q_EMIT toolbarInformationChanged(text);
+    }
 }
 
 void WindowController::updateToolbarInformation()
@@ -605,7 +637,6 @@ void WindowController::updatePreferences(QObject* sender)
                                                                       : Qt::Vertical);
     }
     _document->updatePreferences();
-    DocumentController::sharedDocumentController().updatePreferences();
 }
 
 // Document commands --------------------------------------------------------------------

@@ -157,6 +157,10 @@ private:
     void textViewDidChangeSelection(TextView* view);
     void textViewMouseDown(TextView* view);
     void showWholeCount();
+    /// Puts the caret's new place into the status line.
+    void showCaretPosition();
+    /// A file this process may not write: the title and the status line say so.
+    static bool isReadOnlyFile(const QString& path);
     void setWindowIdentifier(const QString& identifier);
     void updateTitle();
     void writeWindowIdentifier(const QString& syntaxName);
@@ -187,6 +191,7 @@ private:
     bool _syntaxColouring = false;
     bool _defaultForFileType = false;
     QString _selectedSyntaxName;
+    bool _fileIsReadOnly = false;
     // The file whose name the syntax was last chosen for (empty: none).
     QString _syntaxFileURL;
     QString _windowIdentifier;

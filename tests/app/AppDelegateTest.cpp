@@ -4,6 +4,7 @@
 #include "app/Application.h"
 #include "editor/EditorController.h"
 #include "platform/ColorArchive.h"
+#include "platform/NotificationCenter.h"
 #include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
 
@@ -68,6 +69,7 @@ TEST(AppDelegate, ShippedDefaultsCoverEverySettingKey)
                           "SearchCaseSensitive",
                           "SearchRegularExpression",
                           "SearchPrevious",
+                          "SearchWholeWord",
                           "AllowMultiLineSearching"};
     for (const char* key : keys) {
         EXPECT_TRUE(shipped->contains(key)) << key;
@@ -152,7 +154,8 @@ TEST(AppDelegate, LaunchQuestionsAndTheSettingsBroadcast)
     EXPECT_FALSE(delegate.applicationShouldHandleReopen(true));
 
     QObject sender;
-    QSignalSpy spy(app, &Application::NotifUpdatePreferences);
+    QSignalSpy spy(&NotificationCenter::defaultCenter(),
+                   &NotificationCenter::NotifUpdatePreferences);
     app->postUpdatePreferences(&sender);
     ASSERT_EQ(spy.count(), 1);
     EXPECT_EQ(spy.at(0).at(0).value<QObject*>(), &sender);

@@ -1,8 +1,8 @@
 #include "app/CommandLineOpener.h"
 
 #include "TestSupport.h"
+#include "app/DocumentController.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
 #include "editor/TextView.h"
 #include "window/DocumentWindow.h"
 #include "window/WindowController.h"
@@ -77,6 +77,13 @@ TEST(CommandLineOpener, FilesPositionsEncodingsAndNewNames)
     EXPECT_EQ(shiftJis[0]->documentEncoding(), 0x80000A01u);
     EXPECT_EQ(shiftJis[0]->string(), QStringLiteral("\u65e5\u672c\n"));
     EXPECT_FALSE(controller.isOpenPanel());
+    // An encoding beyond the list, over the detection, which reads these bytes as KOI8-R.
+    const QString russian = TestSupport::writeFile(dir + "/r.txt", "\xf0\xd2\xc9\xd7\xc5\xd4\n");
+    const QList<Document*> cyrillic =
+        CommandLineOpener::open(CommandLine::parse({"--encoding", "windows-1251", russian}));
+    ASSERT_EQ(cyrillic.size(), 1);
+    EXPECT_EQ(cyrillic[0]->documentEncoding(), 0x80000502u);
+    EXPECT_EQ(cyrillic[0]->string(), QStringLiteral("рТЙЧЕФ\n"));
 
     EXPECT_TRUE(CommandLineOpener::unreadableFiles(CommandLine::parse({source, fresh})).isEmpty());
     EXPECT_EQ(CommandLineOpener::unreadableFiles(CommandLine::parse({dir, dir + "/no/x"})).size(),

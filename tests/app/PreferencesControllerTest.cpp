@@ -5,13 +5,14 @@
 #include "app/ColorWell.h"
 #include "app/FontWell.h"
 #include "app/MainMenu.h"
+#include "app/SyntaxDefinitionEditor.h"
 #include "document/Document.h"
 #include "platform/ColorArchive.h"
 #include "platform/FileManager.h"
+#include "platform/NotificationCenter.h"
 #include "platform/PropertyList.h"
 #include "platform/SpellChecker.h"
 #include "platform/UserDefaults.h"
-#include "syntax/SyntaxDefinitionEditor.h"
 #include "window/DocumentWindow.h"
 #include "window/WindowController.h"
 
@@ -132,7 +133,7 @@ TEST(PreferencesController, EverySettingHasABoundControl)
                               "CharacterEntity",         "SearchReplaceAndFindNext",
                               "SearchReplaceAll",        "SearchCaseSensitive",
                               "SearchRegularExpression", "SearchPrevious",
-                              "AllowMultiLineSearching"};
+                              "AllowMultiLineSearching", "SearchWholeWord"};
     for (const char* key : booleans) {
         auto* box = window->findChild<QCheckBox*>(key);
         ASSERT_NE(box, nullptr) << key;
@@ -232,7 +233,8 @@ TEST(PreferencesController, ColourPresetsWriteAllSixteenColours)
 
 TEST(PreferencesController, OpenWindowsTakeUpChangesWhenTheWindowCloses)
 {
-    QSignalSpy spy(Application::instance(), &Application::NotifUpdatePreferences);
+    QSignalSpy spy(&NotificationCenter::defaultCenter(),
+                   &NotificationCenter::NotifUpdatePreferences);
     {
         // Closing without changes still broadcasts, with the controller as the object.
         PreferencesController controller;

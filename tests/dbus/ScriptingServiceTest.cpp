@@ -1,9 +1,9 @@
 // The scripting interface seen by another program: a second connection to the private
 // session bus calls the editor's service as gdbus or busctl would.
-#include "scripts/ScriptingService.h"
+#include "app/ScriptingService.h"
 
+#include "app/DocumentController.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
 #include "editor/TextView.h"
 #include "scripts/ScriptManager.h"
 #include "window/DocumentWindow.h"
@@ -79,8 +79,8 @@ QString frontDocumentPath()
 TEST(ScriptingService, DocumentsOverTheSessionBus)
 {
     ASSERT_TRUE(client().isConnected()) << "no session bus";
-    ScriptManager::sharedScriptManager().bootUp();
     ScriptingService& service = ScriptingService::sharedScriptingService();
+    service.registerOnSessionBus();
     ASSERT_TRUE(service.isRegistered());
     EXPECT_TRUE(service.ownsServiceName());
 

@@ -1,8 +1,8 @@
 // Autosave as a user meets it: while they type, a recovery copy keeps up with the text; the
 // file itself changes only when they save, so "Don't Save" and Revert to Saved find it as it was.
 #include "TestSupport.h"
+#include "app/DocumentController.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
 #include "document/DocumentTextCopy.h"
 #include "document/RecoveryStore.h"
 #include "platform/UserDefaults.h"

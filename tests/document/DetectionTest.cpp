@@ -62,3 +62,29 @@ TEST(Detection, PlainAsciiIsUtf8UnlessJapaneseComesFirst)
     const QByteArray wide = TextCodec::encode(10, QStringLiteral("plain text\n"))->mid(2);
     EXPECT_EQ(manager.automaticDistinctionWithData(wide, false).text, "plain text\n");
 }
+
+TEST(Detection, LegacyCyrillicAndShortChineseOpenInTheirOwnEncoding)
+{
+    const struct {
+        const char* file;
+        quint64 encoding;
+        QString text;
+    } cases[] = {
+        {"ru-windows-1251.txt", 0x80000502, QStringLiteral("не удалось открыть %s для чтения\n")},
+        {"bg-windows-1251.txt", 0x80000502, QStringLiteral("Грешно системно извикване\n")},
+        {"ru-koi8-r.txt", 0x80000A02, QStringLiteral("входная строка слишком велика\n")},
+        // Ukrainian letters are where KOI8-R has box drawing.
+        {"uk-koi8-u.txt", 0x80000A08, QStringLiteral("помилка під час синхронізації %s\n")},
+        {"ru-ibm866.txt", 0x8000041B, QStringLiteral("неверный номер начальной строки\n")},
+        {"zh_CN-gb2312-word.txt", 0x80000632, QStringLiteral("总线错误\n")},
+        {"zh_TW-big5-word.txt", 0x80000423, QStringLiteral("管線損壞\n")},
+    };
+    EncodingManager& manager = EncodingManager::sharedEncodingManager();
+    for (const auto& c : cases) {
+        const DecodedContents contents =
+            manager.automaticDistinctionWithData(fixture(c.file), false);
+        EXPECT_EQ(nameOf(contents.encoding).toStdString(), nameOf(c.encoding).toStdString())
+            << c.file;
+        EXPECT_EQ(contents.text.toStdString(), c.text.toStdString()) << c.file;
+    }
+}

@@ -1,8 +1,8 @@
 #include "document/Document.h"
 
 #include "TestSupport.h"
-#include "document/DocumentController.h"
 #include "platform/ExtendedAttributes.h"
+#include "platform/TextCodec.h"
 #include "platform/UserDefaults.h"
 
 #include <QDir>
@@ -27,17 +27,6 @@ bool xattrsWork(const QString& dir)
     return ExtendedAttributes::write(probe, "com.apple.TextEncoding", "utf-8;134217984");
 }
 
-struct ReadingFlags {
-    ~ReadingFlags()
-    {
-        DocumentController& controller = DocumentController::sharedDocumentController();
-        controller.setIsOpenPanel(false);
-        controller.setIsRevertTo(false);
-        controller.setIsReopen(false);
-        controller.setOpenPanelEncoding(kNone);
-    }
-};
-
 } // namespace
 
 TEST(Document, NewDocumentTakesTheDefaults)
@@ -57,22 +46,18 @@ TEST(Document, NewDocumentTakesTheDefaults)
 
 TEST(Document, EncodingChoiceFollowsHowTheReadStarted)
 {
-    ReadingFlags cleanup;
     const QString dir = TestSupport::makeTempDir();
     // "é" in Latin-1: not UTF-8, so detection cannot mistake it for that.
     const QString latin = TestSupport::writeFile(dir + "/latin.txt", "caf\xe9\n");
     const QString utf8 = TestSupport::writeFile(dir + "/utf8.txt", "caf\xc3\xa9\n");
-    DocumentController& controller = DocumentController::sharedDocumentController();
+    using Request = Document::ReadRequest;
 
-    // Open panel with an encoding chosen: that encoding, and the flag is consumed.
-    controller.setIsOpenPanel(true);
-    controller.setOpenPanelEncoding(kMacRoman);
+    // Open panel with an encoding chosen: that encoding.
     Document chosen;
-    ASSERT_TRUE(chosen.readFromURL(latin, QString()));
+    ASSERT_TRUE(chosen.readFromURL(latin, QString(), nullptr, {Request::OpenPanel, kMacRoman}));
     EXPECT_EQ(chosen.documentEncoding(), kMacRoman);
     // 0xE9 is "È" in Mac OS Roman.
     EXPECT_EQ(chosen.string(), QStringLiteral("caf\u00c8\n"));
-    EXPECT_FALSE(controller.isOpenPanel());
 
     // Any other read detects.
     Document detected;
@@ -87,15 +72,12 @@ TEST(Document, EncodingChoiceFollowsHowTheReadStarted)
     ASSERT_TRUE(detected.revertToContentsOfURL(utf8, QString()));
     EXPECT_EQ(detected.documentEncoding(), kLatin1);
     EXPECT_EQ(detected.string(), QStringLiteral("caf\u00c3\u00a9\n"));
-    EXPECT_FALSE(controller.isRevertTo());
 
     // Reopening at launch does the same.
-    controller.setIsReopen(true);
     Document reopened;
     reopened.setDocumentEncoding(kMacRoman);
-    ASSERT_TRUE(reopened.readFromURL(latin, QString()));
+    ASSERT_TRUE(reopened.readFromURL(latin, QString(), nullptr, {Request::Reopen}));
     EXPECT_EQ(reopened.documentEncoding(), kMacRoman);
-    EXPECT_FALSE(controller.isReopen());
 
     if (xattrsWork(dir)) {
         // The attribute wins over detection and over the current encoding.
@@ -103,10 +85,8 @@ TEST(Document, EncodingChoiceFollowsHowTheReadStarted)
         Document byAttribute;
         ASSERT_TRUE(byAttribute.readFromURL(utf8, QString()));
         EXPECT_EQ(byAttribute.documentEncoding(), kLatin1);
-        controller.setIsOpenPanel(true);
-        controller.setOpenPanelEncoding(kNone);
         Document automatic;
-        ASSERT_TRUE(automatic.readFromURL(utf8, QString()));
+        ASSERT_TRUE(automatic.readFromURL(utf8, QString(), nullptr, {Request::OpenPanel, kNone}));
         EXPECT_EQ(automatic.documentEncoding(), kLatin1);
     }
 }
@@ -246,7 +226,7 @@ TEST(Document, AttributeValues)
     EXPECT_EQ(Document::textEncodingAttributeOfURL(file), kNone);
 }
 
-TEST(Document, DuplicateReplaceAndPdf)
+TEST(Document, DuplicateAndReplace)
 {
     const QString dir = TestSupport::makeTempDir();
     const QString file = TestSupport::writeFile(dir + "/notes.txt", "first\r\nsecond\r\n");
@@ -267,15 +247,6 @@ TEST(Document, DuplicateReplaceAndPdf)
     EXPECT_EQ(copy->documentLineBreaks(), 2);
     EXPECT_TRUE(copy->fileURL().isEmpty());
     EXPECT_FALSE(copy->textStorage()->isUndoAvailable());
-
-    // An export writes a PDF and replaces an older file only when it succeeds.
-    const QString pdf = TestSupport::writeFile(dir + "/notes.pdf", "old");
-    QString error;
-    ASSERT_TRUE(document.exportAsPDFTo(pdf, &error)) << error.toStdString();
-    EXPECT_TRUE(TestSupport::readFile(pdf).startsWith("%PDF"));
-    EXPECT_FALSE(document.exportAsPDFTo(dir + "/missing/notes.pdf", &error));
-    EXPECT_TRUE(error.contains("notes.pdf"));
-    EXPECT_EQ(QDir(dir).entryList(QDir::Files | QDir::Hidden).size(), 2);
 }
 
 TEST(Document, LargeFilesGoInPieceByPieceAndAreWholeForEveryReader)
@@ -315,24 +286,55 @@ TEST(Document, LargeFilesGoInPieceByPieceAndAreWholeForEveryReader)
     EXPECT_EQ(document.textStorage()->toPlainText(), expected);
 }
 
-TEST(Document, AFileAlreadyOpenLeavesTheOpenPanelsEncodingToTheNextFile)
+TEST(Document, OtherEncodingsAreDetectedSavedByteForByteAndNamedByTheAttribute)
 {
-    ReadingFlags cleanup;
+    constexpr quint64 kWindowsCyrillic = 0x80000502;
+    constexpr quint64 kKOI8R = 0x80000A02;
+    // Messages of a Russian translation, in the code page Windows used for them.
+    const QString russian =
+        QStringLiteral("не удалось открыть %s для чтения\r\nвходная строка слишком велика\r\n"
+                       "неверный номер начальной строки\r\nзаданы несколько программ сжатия\r\n");
+    const QString wide = QStringLiteral("plain text, Привет\n");
+    const struct {
+        const char* name;
+        quint64 encoding;
+        QString text;
+    } cases[] = {
+        {"windows-1251", kWindowsCyrillic, russian},
+        {"KOI8-U", 0x80000A08, QStringLiteral("помилка під час синхронізації %s\n")},
+        // Without a byte-order mark, written back without one, in the same order.
+        {"UTF-16LE", 0x94000100, wide},
+        {"UTF-16BE", 0x90000100, wide},
+        {"UTF-32LE", 0x9C000100, wide},
+        // With one: a UTF-16 mark begins the UTF-32 mark, which must not read as a NUL.
+        {"UTF-32", 0x8C000100, wide},
+    };
     const QString dir = TestSupport::makeTempDir();
-    const QString open = TestSupport::writeFile(dir + "/open.txt", "caf\xe9\n");
-    const QString next = TestSupport::writeFile(dir + "/next.txt", "caf\xe9\n");
-    DocumentController& controller = DocumentController::sharedDocumentController();
-    Document* first = controller.openDocumentWithContentsOfURL(open, false);
-    ASSERT_NE(first, nullptr);
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const QString path = dir + u'/' + QLatin1String(c.name) + ".txt";
+        const QByteArray bytes = TextCodec::encode(c.encoding, c.text).value_or(QByteArray());
+        ASSERT_FALSE(bytes.isEmpty());
+        TestSupport::writeFile(path, bytes);
+        Document document;
+        ASSERT_TRUE(document.readFromURL(path, QString()));
+        EXPECT_EQ(document.documentEncoding(), c.encoding);
+        EXPECT_EQ(document.string(), QString(c.text).replace(u"\r\n"_qs, u"\n"_qs));
+        ASSERT_TRUE(document.writeSafelyToURL(path, QString(), Document::Save));
+        EXPECT_EQ(TestSupport::readFile(path), bytes);
+    }
 
-    // The open panel's choice of two files, the first of them open already.
-    controller.setIsOpenPanel(true);
-    controller.setOpenPanelEncoding(kMacRoman);
-    EXPECT_EQ(controller.openDocumentWithContentsOfURL(open, false), first);
-    Document* second = controller.openDocumentWithContentsOfURL(next, false);
-    ASSERT_NE(second, nullptr);
-    EXPECT_EQ(second->documentEncoding(), kMacRoman);
-    EXPECT_EQ(second->string(), QStringLiteral("caf\u00c8\n"));
-    EXPECT_FALSE(controller.isOpenPanel());
-    controller.discardAllDocuments();
+    const QString file = dir + "/windows-1251.txt";
+    if (!xattrsWork(dir)) {
+        GTEST_SKIP() << "no extended attributes here";
+    }
+    // The attribute holds the IANA name and reading it back chooses the encoding over detection.
+    ASSERT_TRUE(Document::setTextEncodingAttribute(kKOI8R, file));
+    EXPECT_EQ(ExtendedAttributes::read(file, "com.apple.TextEncoding").value_or(""), "KOI8-R;2562");
+    Document byAttribute;
+    ASSERT_TRUE(byAttribute.readFromURL(file, QString()));
+    EXPECT_EQ(byAttribute.documentEncoding(), kKOI8R);
+    // Another program's attribute may hold the name alone.
+    ExtendedAttributes::write(file, "com.apple.TextEncoding", "windows-1251");
+    EXPECT_EQ(Document::textEncodingAttributeOfURL(file), kWindowsCyrillic);
 }

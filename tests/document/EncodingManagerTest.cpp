@@ -4,7 +4,6 @@
 #include "platform/Range.h"
 #include "platform/TextCodec.h"
 
-#include <QComboBox>
 #include <QDir>
 #include <QFile>
 #include <QtConcurrent>
@@ -123,50 +122,6 @@ TEST(EncodingManager, ListFollowsTheTableWithSeparatorsBetweenGroups)
     manager.setEncodingList({4, EncodingManager::Separator, 10});
     EXPECT_EQ(manager.encodingList(), (QList<quint64>{4, EncodingManager::Separator, 10}));
     EXPECT_EQ(&EncodingManager::sharedEncodingManager(), &EncodingManager::sharedEncodingManager());
-}
-
-TEST(EncodingManager, EncodingPopUpKeepsItemIndexesInStepWithTheList)
-{
-    EncodingManager manager;
-    QComboBox popUp;
-    popUp.addItem(QStringLiteral("stale"));
-    const auto encodingAt = [&](int index) {
-        return popUp.itemData(index, EncodingManager::RepresentedObjectRole).value<quint64>();
-    };
-    const auto isSeparator = [&](int index) {
-        return popUp.itemData(index, Qt::AccessibleDescriptionRole).toString() ==
-               QLatin1String("separator");
-    };
-
-    manager.makeEncodingOfPopUpMenu(&popUp, 4, true);
-    ASSERT_EQ(popUp.count(), 66);
-    EXPECT_EQ(popUp.itemText(0), "Automatic");
-    EXPECT_EQ(popUp.itemData(0, EncodingManager::TagRole).toInt(), -1);
-    EXPECT_EQ(encodingAt(0), None);
-    EXPECT_TRUE(isSeparator(1));
-    EXPECT_TRUE(isSeparator(6)); // list entry 4
-    EXPECT_EQ(popUp.currentIndex(), 7);
-    EXPECT_EQ(popUp.currentText(), "Unicode (UTF-8)");
-    EXPECT_EQ(encodingAt(popUp.currentIndex()), 4u);
-    EXPECT_EQ(popUp.itemData(7, EncodingManager::TagRole).toInt(), 0);
-
-    manager.makeEncodingOfPopUpMenu(&popUp, None, true);
-    EXPECT_EQ(popUp.currentIndex(), 0);
-    manager.makeEncodingOfPopUpMenu(&popUp, 7, true); // the last entry
-    EXPECT_EQ(popUp.currentIndex(), 65);
-    EXPECT_EQ(popUp.currentText(), "Non-lossy ASCII");
-
-    manager.makeEncodingOfPopUpMenu(&popUp, 0x80000628, false);
-    ASSERT_EQ(popUp.count(), 64);
-    EXPECT_EQ(popUp.currentIndex(), 3);
-    EXPECT_EQ(encodingAt(3), 0x80000628u);
-    EXPECT_TRUE(isSeparator(4));
-    // Nothing to select: the first item stays selected, with or without "Automatic".
-    manager.makeEncodingOfPopUpMenu(&popUp, None, false);
-    EXPECT_EQ(popUp.currentIndex(), 0);
-    EXPECT_EQ(encodingAt(0), ShiftJIS);
-    manager.makeEncodingOfPopUpMenu(&popUp, 0x80000502, true);
-    EXPECT_EQ(popUp.currentIndex(), 0);
 }
 
 TEST(EncodingManager, DetectionProbesByteOrderMarksBeforeAnythingElse)
@@ -386,27 +341,8 @@ TEST(EncodingManager, ReplacingLineBreaksCollapsesPairsFirst)
     EXPECT_EQ(manager.carrigeReturn_lineFeed(), u"\r\n"_qs);
 }
 
-TEST(EncodingManager, LineBreakPopUpAndTitles)
+TEST(EncodingManager, LineBreakTitles)
 {
-    EncodingManager manager;
-    QComboBox popUp;
-    manager.makeLineBreaksOfPopUpMenu(&popUp, 2);
-    ASSERT_EQ(popUp.count(), 3);
-    EXPECT_EQ(popUp.itemText(0), "OS X / Unix (LF)");
-    EXPECT_EQ(popUp.itemText(1), "Classic Mac (CR)");
-    EXPECT_EQ(popUp.itemText(2), "Windows (CRLF)");
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(popUp.itemData(i, EncodingManager::TagRole).toInt(), i);
-    }
-    EXPECT_EQ(popUp.currentIndex(), 2);
-    manager.makeLineBreaksOfPopUpMenu(&popUp, 0);
-    EXPECT_EQ(popUp.count(), 3);
-    EXPECT_EQ(popUp.currentIndex(), 0);
-    manager.makeLineBreaksOfPopUpMenu(&popUp, 3);
-    EXPECT_EQ(popUp.currentIndex(), -1);
-    manager.makeLineBreaksOfPopUpMenu(&popUp, NSNotFound);
-    EXPECT_EQ(popUp.currentIndex(), -1);
-
     EXPECT_EQ(EncodingManager::lineBreaksShortTitle(0), "OS X/Unix(LF)");
     EXPECT_EQ(EncodingManager::lineBreaksShortTitle(1), "Classic Mac(CR)");
     EXPECT_EQ(EncodingManager::lineBreaksShortTitle(2), "Windows(CRLF)");

@@ -2,7 +2,6 @@
 // neither takes the window away for long.
 #include "TestSupport.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
 #include "document/EncodingManager.h"
 
 #include <QFile>
@@ -18,7 +17,6 @@
 namespace {
 
 constexpr quint64 kUTF8 = 4;
-constexpr quint64 kNone = ~quint64(0);
 
 // Opens `path` in a new document.
 struct Opened {
@@ -26,10 +24,10 @@ struct Opened {
     QString error;
 };
 
-Opened open(Document& document, const QString& path)
+Opened open(Document& document, const QString& path, Document::ReadRequest request = {})
 {
     Opened result;
-    result.ok = document.readFromURL(path, QString(), &result.error);
+    result.ok = document.readFromURL(path, QString(), &result.error, request);
     return result;
 }
 
@@ -70,13 +68,8 @@ TEST(HostileFiles, BinaryAndInvalidUtf8OpenWithEveryByteKept)
     EXPECT_EQ(TestSupport::readFile(copy), invalid);
 
     // ...and is refused, with a message, when UTF-8 is asked for.
-    DocumentController& controller = DocumentController::sharedDocumentController();
-    controller.setIsOpenPanel(true);
-    controller.setOpenPanelEncoding(kUTF8);
     Document strict;
-    const Opened refused = open(strict, invalidPath);
-    controller.setIsOpenPanel(false);
-    controller.setOpenPanelEncoding(kNone);
+    const Opened refused = open(strict, invalidPath, {Document::ReadRequest::OpenPanel, kUTF8});
     EXPECT_FALSE(refused.ok);
     EXPECT_EQ(refused.error.toStdString(),
               "The file “invalid.txt” could not be opened using text encoding Unicode (UTF-8).");

@@ -4,8 +4,8 @@
 #include "document/RecoveryStore.h"
 
 #include "TestSupport.h"
+#include "app/DocumentController.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
 
 #include <QDir>
 #include <QFile>
@@ -168,7 +168,7 @@ TEST(RecoveryStore, OrphansComeBackWhateverTheirLockSaysAndKeepTheStateOfTheirFi
 
     RecoveryStore store(root);
     EXPECT_EQ(store.orphanedEntries().size(), 4);
-    const RecoveryStore::Recovery recovery = store.recoverOrphans();
+    const RecoveryStore::Recovery recovery = store.recoverOrphans(controller);
     EXPECT_EQ(recovery.count, 4);
     ASSERT_EQ(controller.documents().size(), 4u);
     ASSERT_EQ(recovery.notices.size(), 2) << recovery.notices.join("\n").toStdString();

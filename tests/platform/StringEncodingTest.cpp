@@ -61,21 +61,24 @@ TEST(StringEncoding, NamesAreUniqueAndIanaNamesConvertBothWays)
         EXPECT_EQ(StringEncoding::convertIANACharSetNameToEncoding(iana), cf) << iana.toStdString();
         EXPECT_EQ(StringEncoding::convertIANACharSetNameToEncoding(iana.toUpper()), cf);
     }
-    EXPECT_EQ(displayNames.size(), 51);
+    EXPECT_EQ(displayNames.size(), 51 + 22);
     EXPECT_EQ(StringEncoding::localizedNameOfStringEncoding(4), "Unicode (UTF-8)");
     EXPECT_EQ(StringEncoding::localizedNameOfStringEncoding(0x80000A01), "Japanese (Shift JIS)");
     EXPECT_EQ(StringEncoding::localizedNameOfStringEncoding(30), "Western (Mac OS Roman)");
-    EXPECT_TRUE(StringEncoding::localizedNameOfStringEncoding(0x80000502).isEmpty());
+    EXPECT_EQ(StringEncoding::localizedNameOfStringEncoding(0x80000502), "Cyrillic (Windows)");
+    EXPECT_TRUE(StringEncoding::localizedNameOfStringEncoding(0x80000A07).isEmpty()); // VISCII
 
     EXPECT_EQ(StringEncoding::convertEncodingToIANACharSetName(0x8000100), "UTF-8");
     EXPECT_EQ(StringEncoding::convertEncodingToIANACharSetName(0xA01), "Shift_JIS");
     EXPECT_EQ(StringEncoding::convertEncodingToIANACharSetName(0x0), "macintosh");
-    EXPECT_TRUE(StringEncoding::convertEncodingToIANACharSetName(0x502).isNull());
+    EXPECT_EQ(StringEncoding::convertEncodingToIANACharSetName(0x502), "windows-1251");
+    EXPECT_TRUE(StringEncoding::convertEncodingToIANACharSetName(0xA07).isNull());
 
     const std::pair<const char*, quint32> aliases[] = {
         {"utf-8", 0x8000100}, {"UTF8", 0x8000100}, {"shift_jis", 0xA01},    {"SJIS", 0xA01},
         {"x-mac-roman", 0x0}, {"Latin1", 0x201},   {"euc-jp", 0x920},       {"windows-31j", 0x420},
         {"big5", 0x423},      {"gbk", 0x421},      {" iso-8859-5 ", 0x205}, {"us-ascii", 0x600},
+        {"cp1251", 0x502},    {"koi8-u", 0xA08},   {"cp866", 0x41B},        {"latin-9", 0x20F},
     };
     for (const auto& [alias, cf] : aliases) {
         EXPECT_EQ(StringEncoding::convertIANACharSetNameToEncoding(alias), cf) << alias;

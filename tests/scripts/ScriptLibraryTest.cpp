@@ -3,16 +3,17 @@
 
 #include "ScriptTestSupport.h"
 #include "TestSupport.h"
+#include "app/AppDelegate.h"
 #include "app/Application.h"
+#include "app/ScriptCommands.h"
+#include "app/ScriptMenu.h"
 #include "platform/FileManager.h"
 #include "platform/UserDefaults.h"
-#include "scripts/ScriptCommands.h"
-#include "scripts/ScriptController.h"
 #include "scripts/ScriptFolderWatcher.h"
 #include "scripts/ScriptManager.h"
-#include "scripts/ScriptMenu.h"
 #include "scripts/ScriptSheet.h"
 #include "scripts/ScriptTreeModel.h"
+#include "window/ScriptController.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -41,7 +42,7 @@ protected:
     {
         QDir(FileManager::scriptDirectoryPathInPath()).removeRecursively();
         QDir().mkpath(FileManager::scriptDirectoryPathInPath());
-        Application::instance()->setScriptDataSource(ScriptObjectList());
+        ScriptManager::sharedScriptManager().setScriptDataSource(ScriptObjectList());
     }
     void TearDown() override { closeAllDocuments(); }
 
@@ -58,7 +59,7 @@ protected:
         if (folder) {
             folder->setChildren(list);
         } else {
-            Application::instance()->setScriptDataSource(list);
+            ScriptManager::sharedScriptManager().setScriptDataSource(list);
         }
         return node;
     }
@@ -247,7 +248,7 @@ TEST_F(ScriptLibraryTest, ScriptsMenuFollowsTheLibrary)
     ScriptObjectPtr c = ScriptLibrary::addScriptFolder(QStringLiteral("C"), b);
     addFile(QStringLiteral("deep.sh"), c);
     ScriptObjectPtr gone = addFile(QStringLiteral("gone.sh"), nullptr);
-    Application::instance()->postScriptDataSourceChanged();
+    ScriptManager::sharedScriptManager().postScriptDataSourceChanged();
     for (Document* document : {one, two}) {
         QMenu* scripts = scriptsMenuOf(document);
         EXPECT_EQ(itemTitles(scripts), QStringList({"-", "A", "gone", "-", "Import Script...",
@@ -281,7 +282,7 @@ TEST_F(ScriptLibraryTest, ScriptsMenuFollowsTheLibrary)
 
     // Running one that is there inserts its output.
     QSignalSpy stopped(&ScriptManager::sharedScriptManager(), &ScriptManager::processStopped);
-    ScriptCommands::runRegisterScript(c->childAtIndex(0));
+    ScriptManager::sharedScriptManager().runRegisterScript(c->childAtIndex(0));
     ASSERT_TRUE(stopped.wait(5000));
     EXPECT_EQ(two->string(), "deep.sh\n");
     Q_UNUSED(gone);
@@ -303,7 +304,7 @@ TEST_F(ScriptLibraryTest, ImportDictionaryAndReadMe)
     EXPECT_EQ(ScriptLibrary::entries(nullptr).size(), 3);
 
     DocumentController& documents = DocumentController::sharedDocumentController();
-    ScriptManager::sharedScriptManager().openScriptDictionary();
+    Application::instance()->delegate().openScriptDictionary(nullptr);
     ASSERT_FALSE(documents.documents().empty());
     const QString xml = documents.documents().back()->string();
     EXPECT_TRUE(xml.contains("<property name=\"textRange\" type=\"ax\" access=\"readwrite\"/>"));

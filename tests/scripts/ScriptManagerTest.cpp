@@ -3,7 +3,7 @@
 
 #include "ScriptTestSupport.h"
 #include "TestSupport.h"
-#include "scripts/JavaScriptRunner.h"
+#include "app/JavaScriptRunner.h"
 
 #include <QAction>
 #include <QDir>

@@ -1,6 +1,5 @@
 #include "scripts/ScriptObject.h"
 
-#include "app/Application.h"
 #include "platform/UserDefaults.h"
 #include "scripts/ScriptManager.h"
 
@@ -36,7 +35,7 @@ TEST(ScriptObject, PathsTitlesAndChildren)
 
 TEST(ScriptManager, LibraryRoundTripsThroughTheSettings)
 {
-    Application* app = Application::instance();
+    ScriptManager& manager = ScriptManager::sharedScriptManager();
     auto tools = ScriptObject::initWithPath("Tools", false);
     auto sum = ScriptObject::initWithPath("Sum.pl", true);
     sum->setInitApp(true);
@@ -45,13 +44,14 @@ TEST(ScriptManager, LibraryRoundTripsThroughTheSettings)
     tools->addChildren(sum);
     tools->addChildren(nested);
     tools->addChildren(ScriptObject::initWithPath("Empty", false));
-    app->setScriptDataSource(ScriptObjectList{tools, ScriptObject::initWithPath("Top.rb", true)});
+    manager.setScriptDataSource(
+        ScriptObjectList{tools, ScriptObject::initWithPath("Top.rb", true)});
 
-    ScriptManager::sharedScriptManager().writeScriptDataSource();
-    app->setScriptDataSource(std::nullopt);
-    ScriptManager::sharedScriptManager().readScriptDataSource();
+    manager.writeScriptDataSource();
+    manager.setScriptDataSource(std::nullopt);
+    manager.readScriptDataSource();
 
-    const auto& library = app->scriptDataSource();
+    const auto& library = manager.scriptDataSource();
     ASSERT_TRUE(library.has_value());
     ASSERT_EQ(library->size(), 2);
     const auto& back = library->at(0);
@@ -70,12 +70,12 @@ TEST(ScriptManager, LibraryRoundTripsThroughTheSettings)
 
     // No setting, or one that is not an archive, gives an empty library.
     UserDefaults::standardUserDefaults().setObject(QByteArray("garbage"), "ScriptAllItems");
-    ScriptManager::sharedScriptManager().readScriptDataSource();
-    ASSERT_TRUE(app->scriptDataSource().has_value());
-    EXPECT_TRUE(app->scriptDataSource()->isEmpty());
+    manager.readScriptDataSource();
+    ASSERT_TRUE(manager.scriptDataSource().has_value());
+    EXPECT_TRUE(manager.scriptDataSource()->isEmpty());
     UserDefaults::standardUserDefaults().removeObjectForKey("ScriptAllItems");
-    app->setScriptDataSource(std::nullopt);
-    ScriptManager::sharedScriptManager().readScriptDataSource();
-    ASSERT_TRUE(app->scriptDataSource().has_value());
-    EXPECT_TRUE(app->scriptDataSource()->isEmpty());
+    manager.setScriptDataSource(std::nullopt);
+    manager.readScriptDataSource();
+    ASSERT_TRUE(manager.scriptDataSource().has_value());
+    EXPECT_TRUE(manager.scriptDataSource()->isEmpty());
 }

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "app/DocumentController.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
 #include "editor/TextView.h"
 #include "scripts/ScriptAlert.h"
 #include "window/DocumentWindow.h"

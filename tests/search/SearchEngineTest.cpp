@@ -56,6 +56,62 @@ TEST(SearchEngine, ReplaceAllShiftsThroughTheChangingText)
     EXPECT_EQ(SearchEngine::replaceAllEdits({{0, 2}, {1, 2}, {2, 2}}, 1), (R{{0, 2}, {1, 2}}));
 }
 
+TEST(SearchEngine, WholeWordOccurrences)
+{
+    // Plain text and regular expressions agree on what a word is.
+    enum Modes { Plain = 1, Expression = 2, Both = 3 };
+    struct Case {
+        const char* text;
+        const char* find;
+        int modes;
+        R expected;
+    };
+    const Case cases[] = {
+        // At the start and the end of the text; inside a word; before an underscore.
+        {"cat concat cat_ cat", "cat", Both, {{0, 3}, {16, 3}}},
+        {"_cat cat_id cat", "cat", Both, {{12, 3}}},
+        // Letters of other scripts and combining marks are word characters.
+        {"naïve naïveté", "naïve", Both, {{0, 5}}},
+        {"слово словом слово", "слово", Both, {{0, 5}, {13, 5}}},
+        {"cafe\u0301 cafe", "cafe", Both, {{6, 4}}},
+        {"x\U0001D400 \U0001D400", "\U0001D400", Both, {{4, 2}}},
+        {"x\U0001D400 x", "x", Both, {{4, 1}}},
+        // Digits belong to words; punctuation and blanks do not.
+        {"a1 1 11 (1)", "1", Both, {{3, 1}, {9, 1}}},
+        // An occurrence that begins or ends with a non-word character cuts no word there.
+        {"f(x) gf(y)", "f(", Plain, {{0, 2}}},
+        {"f(x)", "(x)", Plain, {{1, 3}}},
+        {"f(x)", "\\(x\\)", Expression, {{1, 3}}},
+        // A regular expression takes the alternative that is a whole word.
+        {"ab a", "a|ab", Expression, {{0, 2}, {3, 1}}},
+        {"a12 34 5b", "\\d+", Expression, {{4, 2}}},
+        // With groups, the match is a whole word and its groups are the occurrences.
+        {"cat concat", "(c)(at)", Expression, {{0, 1}, {1, 2}}},
+        // A pattern that does not compile finds nothing, even where parentheses would
+        // balance it.
+        {"ab", "a)(?:b", Expression, {}},
+    };
+    for (const Case& c : cases) {
+        const QString text = QString::fromUtf8(c.text);
+        const QString find = QString::fromUtf8(c.find);
+        if (c.modes & Plain) {
+            EXPECT_EQ(SearchEngine::findAllString(text, find, true, true), c.expected)
+                << "plain " << c.find << " in " << c.text;
+        }
+        if (c.modes & Expression) {
+            EXPECT_EQ(SearchEngine::findRegularExpressionOfAllString(text, find, true, false, true),
+                      c.expected)
+                << "expression " << c.find << " in " << c.text;
+        }
+    }
+    // Case does not matter when told so; without the option every occurrence counts.
+    EXPECT_EQ(SearchEngine::findAllString("Cat CAT cats", "cat", false, true), (R{{0, 3}, {4, 3}}));
+    EXPECT_EQ(
+        SearchEngine::findRegularExpressionOfAllString("Cat CAT cats", "cat", false, false, true),
+        (R{{0, 3}, {4, 3}}));
+    EXPECT_EQ(SearchEngine::findAllString("cat concat", "cat", true, false).size(), 2u);
+}
+
 TEST(SearchEngine, LineDescriptions)
 {
     qint64 from = 0, to = 0, relative = 0;

@@ -3,7 +3,7 @@
 // function list is built, and the engine agrees with the step-by-step model while the
 // files are edited.
 #include "SyntaxTestSupport.h"
-#include "document/DocumentController.h"
+#include "app/DocumentController.h"
 #include "platform/PropertyList.h"
 #include "syntax/FunctionMenu.h"
 #include "syntax/SyntaxManager.h"

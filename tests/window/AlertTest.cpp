@@ -1,8 +1,8 @@
 // What the alerts of the document window ask, as the user reads them: the question in the
 // body, where nothing cuts it off, and the explanation below it.
 #include "TestSupport.h"
+#include "app/DocumentController.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
 #include "window/DocumentWindow.h"
 #include "window/WindowController.h"
 

@@ -1,8 +1,8 @@
 #include "window/DiskChangeNotices.h"
 
 #include "TestSupport.h"
+#include "app/DocumentController.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
 #include "editor/TextView.h"
 #include "editor/UndoActionNames.h"
 #include "platform/FileWatcher.h"

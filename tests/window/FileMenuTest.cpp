@@ -1,8 +1,8 @@
 // The File menu's Save As panel and Duplicate, used as a user uses them in a document window.
 #include "TestSupport.h"
+#include "app/DocumentController.h"
 #include "app/MainMenu.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
 #include "platform/UserDefaults.h"
 #include "window/DocumentWindow.h"
 #include "window/WindowController.h"

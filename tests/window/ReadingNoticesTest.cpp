@@ -1,8 +1,8 @@
 #include "window/ReadingNotices.h"
 
 #include "TestSupport.h"
+#include "app/DocumentController.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
 #include "editor/TextView.h"
 #include "window/DocumentWindow.h"
 #include "window/InformationBar.h"

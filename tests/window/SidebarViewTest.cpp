@@ -10,12 +10,12 @@
 #include "editor/TextView.h"
 #include "editor/UndoActionNames.h"
 #include "platform/UserDefaults.h"
-#include "scripts/ScriptController.h"
-#include "search/GotoController.h"
-#include "search/SearchController.h"
 #include "search/SearchManager.h"
 #include "window/DocumentWindow.h"
+#include "window/GotoController.h"
 #include "window/InfoController.h"
+#include "window/ScriptController.h"
+#include "window/SearchController.h"
 #include "window/WindowController.h"
 
 #include <QAction>
@@ -79,6 +79,7 @@ void resetEngine()
     search.setRegularExpressions(false);
     search.setCaseSensitive(true);
     search.setReplaceAll(false);
+    search.setWholeWord(false);
     search.setBackgroundHighlight(false);
 }
 
@@ -307,6 +308,54 @@ TEST(SidebarView, SearchPaneAndFindCommands)
     EXPECT_EQ(third.controller->textView()->textCursor().selectedText(), "beta");
     EXPECT_EQ(third.action("findMenu", "Jump to Selection")->shortcut(), QKeySequence("Ctrl+J"));
     EXPECT_EQ(third.action("findMenu", "Go to Line…")->shortcut(), QKeySequence("Ctrl+L"));
+    resetEngine();
+}
+
+TEST(SidebarView, WholeWordOptionAndTheReplaceShortcut)
+{
+    resetEngine();
+    Window window(QStringLiteral("cat concat cat_ cat"));
+    // Ctrl+H: the search pane, ready to type the replacement.
+    QAction* replace = window.action("findMenu", "Replace…");
+    ASSERT_NE(replace, nullptr);
+    EXPECT_EQ(replace->shortcut(), QKeySequence("Ctrl+H"));
+    replace->trigger();
+    ASSERT_TRUE(window.controller->isSidebarView());
+    EXPECT_EQ(window.controller->lastSelectedType(), SidebarView::SearchType);
+    SearchController* pane = window.sidebar()->searchController();
+    EXPECT_TRUE(pane->replaceFeild()->hasFocus());
+
+    // The option is a setting, like the others, and the engine follows it.
+    QCheckBox* wholeWord = pane->wholeWordCheckButton();
+    EXPECT_EQ(wholeWord->text(), "Whole Word");
+    EXPECT_FALSE(wholeWord->isChecked());
+    wholeWord->click();
+    EXPECT_TRUE(SearchManager::sharedSearchManager().wholeWord());
+    EXPECT_TRUE(UserDefaults::standardUserDefaults().boolForKey("SearchWholeWord"));
+
+    // Find paints and counts the whole words only; Replace All replaces only them.
+    QTest::keyClicks(pane->replaceFeild(), "dog");
+    QTest::keyClicks(pane->searchField(), "cat");
+    QTest::keyClick(pane->searchField(), Qt::Key_Return);
+    EXPECT_EQ(pane->findLabel()->text(), "Find String : 2 Matches");
+    LayoutManager* layout = window.controller->textView()->layoutManager();
+    EXPECT_EQ(layout->backgroundHighlights({0, 19}).size(), 2u);
+    EXPECT_EQ(window.controller->textView()->textCursor().selectionStart(), 16);
+    window.action("findMenu", "Replace All")->trigger();
+    EXPECT_EQ(window.document->string(), "dog concat cat_ dog");
+
+    // The same in a regular expression; a second window's pane shows the option on.
+    pane->regularExpressionCheckButton()->setChecked(true);
+    QTest::keyClick(pane->searchField(), Qt::Key_Return);
+    EXPECT_EQ(pane->findLabel()->text(), "ICU-comaptible : 0 Matches");
+    Window other(QStringLiteral("x"), QString(), false);
+    other.controller->swicthSidebarType(SidebarView::SearchType);
+    EXPECT_TRUE(other.sidebar()->searchController()->wholeWordCheckButton()->isChecked());
+
+    wholeWord->click();
+    pane->regularExpressionCheckButton()->setChecked(false);
+    UserDefaults::standardUserDefaults().removeObjectForKey("SearchWholeWord");
+    UserDefaults::standardUserDefaults().removeObjectForKey("SearchRegularExpression");
     resetEngine();
 }
 

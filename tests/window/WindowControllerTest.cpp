@@ -1,9 +1,10 @@
 #include "window/WindowController.h"
 
 #include "TestSupport.h"
+#include "app/DocumentController.h"
 #include "app/MainMenu.h"
 #include "document/Document.h"
-#include "document/DocumentController.h"
+#include "document/PermissionsEnforced.h"
 #include "editor/TextView.h"
 #include "platform/UserDefaults.h"
 #include "window/CharacterCounter.h"
@@ -11,6 +12,8 @@
 
 #include <QAction>
 #include <QCursor>
+#include <QFile>
+#include <QFileInfo>
 #include <QImage>
 #include <QLabel>
 #include <QLocale>
@@ -22,6 +25,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace {
 
@@ -54,7 +59,7 @@ TEST(WindowController, StatusLine)
     Window perl(QStringLiteral("ab\ncd\nef"), QStringLiteral("None:Perl"));
     EXPECT_EQ(perl.controller->infoCharacters(), 6);
     EXPECT_EQ(perl.controller->toolbarInformation(),
-              "Characters: 6   Unicode (UTF-8)   OS X/Unix(LF)   Perl");
+              "Characters: 6   Unicode (UTF-8)   OS X/Unix(LF)   Perl   Line 1, Column 1");
 
     // Selecting from the b to the c, across one line feed, counts 2.
     TextView* view = perl.controller->textView();
@@ -70,6 +75,74 @@ TEST(WindowController, StatusLine)
     // The count follows edits without a selection.
     QTest::keyClicks(big.controller->textView(), "yz");
     EXPECT_EQ(big.controller->infoCharacters(), 12348);
+}
+
+TEST(WindowController, StatusLineFollowsTheCaretAndSaysAFileIsReadOnly)
+{
+    // The front pane's caret, after the document's parts; a tab and a character outside the
+    // BMP are one column each.
+    Window window(QStringLiteral("ab\n\tc\U0001F600d\nlast"));
+    DocumentWindow* shown = window.controller->window();
+    shown->show();
+    shown->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(shown));
+    const auto status = [&] { return shown->infoField()->text(); };
+    TextView* first = window.controller->textView();
+    EXPECT_TRUE(status().endsWith("   Line 1, Column 1")) << status().toStdString();
+    const struct {
+        Qt::Key key;
+        Qt::KeyboardModifiers modifiers;
+        const char* expected;
+    } moves[] = {
+        {Qt::Key_Down, Qt::NoModifier, "Line 2, Column 1"},
+        {Qt::Key_End, Qt::NoModifier, "Line 2, Column 5"},
+        {Qt::Key_Left, Qt::NoModifier, "Line 2, Column 4"},
+        {Qt::Key_Left, Qt::NoModifier, "Line 2, Column 3"},
+        {Qt::Key_X, Qt::NoModifier, "Line 2, Column 4"},
+        // A selection shows where its moving end is.
+        {Qt::Key_Up, Qt::ShiftModifier, "Line 1, Column 3"},
+        {Qt::Key_Down, Qt::ShiftModifier, "Line 2, Column 4"},
+        {Qt::Key_Down, Qt::NoModifier, "Line 3, Column 5"},
+    };
+    for (const auto& move : moves) {
+        QTest::keyClick(first, move.key, move.modifiers);
+        EXPECT_TRUE(status().endsWith(QLatin1String("   ") + QLatin1String(move.expected)))
+            << move.expected << " / " << status().toStdString();
+    }
+
+    // With two panes, the status line follows the one in front.
+    window.controller->toggleSplitView(window.controller);
+    TextView* second = window.controller->textView();
+    ASSERT_NE(second, first);
+    EXPECT_TRUE(status().endsWith("   Line 1, Column 1")) << status().toStdString();
+    window.controller->toggleFocusOnNextSplitPane(window.controller);
+    EXPECT_TRUE(status().endsWith("   Line 3, Column 5")) << status().toStdString();
+    QTest::keyClick(second, Qt::Key_Down);
+    EXPECT_TRUE(status().endsWith("   Line 3, Column 5")) << status().toStdString();
+
+    // A file this user may not write says so in the title and the status line when opened.
+    const QString dir = TestSupport::makeTempDir();
+    const QString locked = TestSupport::writeFile(dir + "/locked.txt", "text\n");
+    const QString writable = TestSupport::writeFile(dir + "/writable.txt", "text\n");
+    ASSERT_TRUE(QFile::setPermissions(locked, QFile::ReadOwner | QFile::ReadGroup));
+    PermissionsEnforced enforced;
+    if (const int fd = ::open(QFile::encodeName(locked).constData(), O_WRONLY); fd >= 0) {
+        ::close(fd);
+        GTEST_SKIP() << "this user may write any file: there is no read-only file to open";
+    }
+    DocumentController& documents = DocumentController::sharedDocumentController();
+    for (const QString& path : {locked, writable}) {
+        Document* document = documents.openDocumentWithContentsOfURL(path);
+        ASSERT_NE(document, nullptr);
+        WindowController* controller = documents.windowControllerOf(document);
+        const bool readOnly = path == locked;
+        EXPECT_EQ(controller->window()->windowTitle(),
+                  QFileInfo(path).fileName() + (readOnly ? "[*] — Read-Only" : "[*]"));
+        const QString end = readOnly ? "   Line 1, Column 1   Read-Only" : "   Line 1, Column 1";
+        EXPECT_TRUE(controller->window()->infoField()->text().endsWith(end))
+            << controller->window()->infoField()->text().toStdString();
+    }
+    documents.discardAllDocuments();
 }
 
 TEST(WindowController, StatusLineNeverShowsAnOlderCount)
@@ -157,7 +230,14 @@ TEST(WindowController, EncodingLineBreakAndSyntaxItems)
     int items = 0;
     int separators = 0;
     int checked = 0;
-    for (QAction* item : encodings->actions()) {
+    QList<QAction*> list = encodings->actions();
+    // The list's 51 encodings, then a separator and the submenu of the others.
+    ASSERT_GE(list.size(), 2);
+    QMenu* others = list.takeLast()->menu();
+    ASSERT_NE(others, nullptr);
+    EXPECT_EQ(others->title(), "Other Encodings");
+    EXPECT_TRUE(list.takeLast()->isSeparator());
+    for (QAction* item : list) {
         if (item->isSeparator()) {
             ++separators;
             continue;
@@ -169,6 +249,19 @@ TEST(WindowController, EncodingLineBreakAndSyntaxItems)
     EXPECT_EQ(items, 51);
     EXPECT_EQ(separators, 13);
     EXPECT_EQ(checked, 1);
+    // Choosing one of the others reopens in it, through the Encoding menu's own handling.
+    QAction* cyrillic = nullptr;
+    for (QAction* item : others->actions()) {
+        if (item->text() == u"Cyrillic (Windows)") {
+            cyrillic = item;
+        }
+    }
+    ASSERT_NE(cyrillic, nullptr);
+    cyrillic->trigger();
+    EXPECT_EQ(window.document->documentEncoding(), 0x80000502u);
+    EXPECT_TRUE(window.controller->toolbarInformation().contains("Cyrillic (Windows)"));
+    window.controller->validateMenuItem(cyrillic);
+    EXPECT_TRUE(cyrillic->isChecked());
 
     QMenu* lineBreaks = menu.menuNamed("lineBreaksMenu");
     window.controller->setLineBreaks(2);
@@ -230,7 +323,6 @@ TEST(WindowController, WindowsOpenAtTheEndOfARunComeBackAtTheNext)
     EXPECT_EQ(back->string(), QStringLiteral("print \"caf\u00e9\";\n"));
     EXPECT_EQ(back->windowIdentifier(), "2:Perl");
     EXPECT_EQ(controller.windowControllerOf(back)->selectedSyntaxName(), "Perl");
-    EXPECT_FALSE(controller.isReopen());
     // What was remembered is used once.
     controller.discardAllDocuments();
     EXPECT_EQ(controller.reopenDocumentsOfLastRun(), 0);

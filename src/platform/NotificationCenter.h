@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QObject>
+
+/// The application-wide object whose signals stand in for notifications. It lives below
+/// every subsystem, so that windows and managers listen to it without knowing the
+/// application object that posts.
+class NotificationCenter : public QObject
+{
+    Q_OBJECT
+
+public:
+    static NotificationCenter& defaultCenter();
+
+Q_SIGNALS:
+    /// Every open window re-reads the settings (sent when the preferences window closes);
+    /// `object` is the sender.
+    void NotifUpdatePreferences(QObject* object);
+
+private:
+    NotificationCenter() = default;
+};

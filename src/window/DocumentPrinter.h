@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QString>
+
+class Document;
+class QPrinter;
+
+/// Prints a document's text, on paper or into a PDF file, with its print settings
+/// (Document::printInfo()).
+class DocumentPrinter
+{
+public:
+    /// Prints the text on `printer` with the document's print settings.
+    static void printOperationWithSettings(Document& document, QPrinter* printer);
+    /// Writes the printed pages as a PDF file; an older file at `path` is replaced only when
+    /// the new one is complete.
+    static bool exportAsPDFTo(Document& document, const QString& path, QString* error = nullptr);
+};

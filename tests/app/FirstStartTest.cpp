@@ -1,0 +1,102 @@
+#include "TestSupport.h"
+#include "app/AppDelegate.h"
+#include "app/Application.h"
+#include "app/DocumentController.h"
+#include "document/Document.h"
+#include "platform/FileManager.h"
+#include "platform/PropertyList.h"
+#include "platform/UserDefaults.h"
+#include "scripts/ScriptManager.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+void startWithEmptySupportFolder()
+{
+    QDir(FileManager::applicationSupportDirectoryPath()).removeRecursively();
+    UserDefaults::standardUserDefaults().removeObjectForKey("FirstStartupApplication");
+    UserDefaults::standardUserDefaults().removeObjectForKey("ScriptAllItems");
+    ScriptManager::sharedScriptManager().setScriptDataSource(std::nullopt);
+}
+
+} // namespace
+
+TEST(FirstStart, InstallsDefinitionsScriptsAndTheExampleLibrary)
+{
+    startWithEmptySupportFolder();
+    DocumentController::sharedDocumentController().awakeFromNib();
+
+    const QDir syntax(FileManager::syntaxDefinitionDirectoryPathInPath());
+    EXPECT_EQ(syntax.entryList(QDir::Files).size(), 17);
+    for (const QString& name : DocumentController::shippedSyntaxNames()) {
+        const auto definition = PropertyList::readDictionary(syntax.filePath(name + ".plist"));
+        ASSERT_TRUE(definition.has_value()) << name.toStdString();
+        EXPECT_EQ(definition->value("Name").toString(), name);
+        EXPECT_FALSE(definition->value("Extensions").toList().isEmpty()) << name.toStdString();
+    }
+
+    const QDir scripts(FileManager::scriptDirectoryPathInPath());
+    EXPECT_EQ(scripts.entryList(QDir::Files).size(), 7);
+    EXPECT_TRUE(QFileInfo(scripts.filePath("Put a phrase in brace.sh")).isExecutable());
+    // The user's copies are theirs to edit.
+    EXPECT_TRUE(QFileInfo(syntax.filePath("C.plist")).isWritable());
+
+    const auto& library = ScriptManager::sharedScriptManager().scriptDataSource();
+    ASSERT_TRUE(library.has_value());
+    ASSERT_EQ(library->size(), 2);
+    EXPECT_EQ(library->at(0)->title(), "Exsample for AppleScript");
+    EXPECT_EQ(library->at(1)->title(), "Exsample for ShellScript");
+    ASSERT_EQ(library->at(0)->numberOfChildren(), 5);
+    ASSERT_EQ(library->at(1)->numberOfChildren(), 2);
+    EXPECT_EQ(library->at(0)->childAtIndex(0)->title(), "Insert to current date");
+    EXPECT_EQ(library->at(1)->childAtIndex(1)->path(), "Output to calendar.sh");
+    EXPECT_TRUE(library->at(1)->childAtIndex(1)->initApp());
+    EXPECT_TRUE(library->at(1)->childAtIndex(1)->isLeaf());
+    EXPECT_FALSE(UserDefaults::standardUserDefaults().boolForKey("FirstStartupApplication"));
+
+    // A later start copies nothing and restores the library from the settings.
+    QFile::remove(syntax.filePath("Perl.plist"));
+    Application::instance()->delegate().applicationWillTerminate();
+    ScriptManager::sharedScriptManager().setScriptDataSource(std::nullopt);
+    DocumentController::sharedDocumentController().awakeFromNib();
+    EXPECT_FALSE(QFile::exists(syntax.filePath("Perl.plist")));
+    ASSERT_TRUE(ScriptManager::sharedScriptManager().scriptDataSource().has_value());
+    EXPECT_EQ(ScriptManager::sharedScriptManager().scriptDataSource()->size(), 2);
+}
+
+TEST(FirstStart, NeverReplacesTheUsersFiles)
+{
+    startWithEmptySupportFolder();
+    const QString userC = TestSupport::writeFile(
+        FileManager::syntaxDefinitionDirectoryPathInPath("C.plist"), "my own C definition");
+    const QString userScript = TestSupport::writeFile(
+        FileManager::scriptDirectoryPathInPath("Output to calendar.sh"), "#!/bin/sh\necho mine\n");
+    DocumentController::sharedDocumentController().awakeFromNib();
+    EXPECT_EQ(TestSupport::readFile(userC), "my own C definition");
+    EXPECT_EQ(TestSupport::readFile(userScript), "#!/bin/sh\necho mine\n");
+    // The node is made whether or not the copy took place.
+    EXPECT_EQ(ScriptManager::sharedScriptManager().scriptDataSource()->at(1)->numberOfChildren(),
+              2);
+    EXPECT_TRUE(QFile::exists(FileManager::syntaxDefinitionDirectoryPathInPath("Perl.plist")));
+}
+
+TEST(FirstStart, ReadsItsSettingsAndClearsTheReadingFlags)
+{
+    UserDefaults& defaults = UserDefaults::standardUserDefaults();
+    defaults.setInteger(45, "AutosavingDelay");
+    defaults.setUnsignedInteger(8, "OpenDefaultsTextEncoding");
+    DocumentController& controller = DocumentController::sharedDocumentController();
+    controller.setIsOpenPanel(true);
+    controller.awakeFromNib();
+    EXPECT_EQ(Document().autosavingDelay(), 45);
+    EXPECT_EQ(controller.openDefaultsTextEncoding(), 8u);
+    EXPECT_FALSE(controller.isOpenPanel());
+    defaults.removeObjectForKey("AutosavingDelay");
+    defaults.removeObjectForKey("OpenDefaultsTextEncoding");
+    EXPECT_EQ(defaults.unsignedIntegerForKey("OpenDefaultsTextEncoding"), ~quint64(0));
+}

@@ -1,0 +1,24 @@
+#include "window/DocumentPrinter.h"
+
+#include "TestSupport.h"
+#include "document/Document.h"
+
+#include <QDir>
+
+#include <gtest/gtest.h>
+
+TEST(DocumentPrinter, PdfExportReplacesAnOlderFileOnlyWhenItSucceeds)
+{
+    const QString dir = TestSupport::makeTempDir();
+    const QString file = TestSupport::writeFile(dir + "/notes.txt", "first\r\nsecond\r\n");
+    Document document;
+    ASSERT_TRUE(document.readFromURL(file, QString()));
+
+    const QString pdf = TestSupport::writeFile(dir + "/notes.pdf", "old");
+    QString error;
+    ASSERT_TRUE(DocumentPrinter::exportAsPDFTo(document, pdf, &error)) << error.toStdString();
+    EXPECT_TRUE(TestSupport::readFile(pdf).startsWith("%PDF"));
+    EXPECT_FALSE(DocumentPrinter::exportAsPDFTo(document, dir + "/missing/notes.pdf", &error));
+    EXPECT_TRUE(error.contains("notes.pdf"));
+    EXPECT_EQ(QDir(dir).entryList(QDir::Files | QDir::Hidden).size(), 2);
+}

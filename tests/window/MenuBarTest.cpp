@@ -1,0 +1,211 @@
+#include "TestSupport.h"
+#include "app/HelpMenu.h"
+#include "app/MainMenu.h"
+#include "document/Document.h"
+#include "app/DocumentController.h"
+#include "platform/FileManager.h"
+#include "platform/FileTitles.h"
+#include "platform/UserDefaults.h"
+#include "window/DocumentWindow.h"
+#include "window/WindowController.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTextDocument>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace {
+
+struct Window {
+    Document* document = new Document;
+    WindowController* controller = nullptr;
+    MainMenu* menu = nullptr;
+
+    Window()
+    {
+        controller = new WindowController(document);
+        controller->windowDidLoad();
+        menu = new MainMenu(controller);
+    }
+    ~Window() { delete document; }
+
+    QAction* action(const char* menuName, const char* objectName) const
+    {
+        QMenu* menu_ = menu->menuNamed(QString::fromLatin1(menuName));
+        return menu_ ? menu_->findChild<QAction*>(QString::fromLatin1(objectName)) : nullptr;
+    }
+};
+
+/// Chooses File > Open… in the document's window, and has `answer` deal with the panel.
+void openFromTheMenu(Document* document, const std::function<void(QFileDialog*)>& answer)
+{
+    DocumentWindow* window =
+        DocumentController::sharedDocumentController().windowControllerOf(document)->window();
+    QAction* open = nullptr;
+    for (QAction* item : window->menuBar()->findChild<QMenu*>("fileMenu")->actions()) {
+        open = item->text() == "&Open…" ? item : open;
+    }
+    ASSERT_NE(open, nullptr);
+    QTimer::singleShot(0, [answer] {
+        auto* panel = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+        ASSERT_NE(panel, nullptr);
+        answer(panel);
+    });
+    open->trigger();
+}
+
+QStringList titlesOf(QMenu* menu)
+{
+    QStringList titles;
+    for (QAction* item : menu->actions()) {
+        if (!item->isSeparator()) {
+            titles << item->text();
+        }
+    }
+    return titles;
+}
+
+} // namespace
+
+TEST(MenuBar, OpenRecentTellsFilesOfTheSameNameApart)
+{
+    const QString dir = TestSupport::makeTempDir();
+    const QString top = QFileInfo(dir).fileName();
+    DocumentController& documents = DocumentController::sharedDocumentController();
+    documents.clearRecentDocuments();
+    // Newest first in the menu.
+    for (const char* file :
+         {"/b/x/f.txt", "/x/f.txt", "/notes.txt", "/tests/app/main.cpp", "/src/app/main.cpp"}) {
+        documents.noteNewRecentDocumentURL(dir + QLatin1String(file));
+    }
+    Window window;
+    QMenu* recent = window.menu->menuNamed(QStringLiteral("openRecentMenu"));
+    ASSERT_NE(recent, nullptr);
+    QMetaObject::invokeMethod(recent, "aboutToShow");
+    EXPECT_EQ(titlesOf(recent),
+              QStringList({"main.cpp — src/app", "main.cpp — tests/app", "notes.txt",
+                           "f.txt — " + top + "/x", "f.txt — b/x", "Clear Menu"}));
+    EXPECT_EQ(recent->actions().first()->toolTip(), dir + "/src/app/main.cpp");
+
+    // Where only the whole folder tells them apart, it is shown, the home folder as "~".
+    documents.clearRecentDocuments();
+    const QString home = QDir::homePath();
+    documents.noteNewRecentDocumentURL(home + "/a/f.txt");
+    documents.noteNewRecentDocumentURL("/a/f.txt");
+    QMetaObject::invokeMethod(recent, "aboutToShow");
+    EXPECT_EQ(titlesOf(recent), QStringList({"f.txt — /a", "f.txt — ~/a", "Clear Menu"}));
+    documents.clearRecentDocuments();
+}
+
+TEST(MenuBar, OpenPanelStartsInTheFrontDocumentsFolder)
+{
+    const QString dir = TestSupport::makeTempDir();
+    const QString first = TestSupport::writeFile(dir + "/one/a.txt", "a");
+    const QString second = TestSupport::writeFile(dir + "/two/b.txt", "b");
+    DocumentController& documents = DocumentController::sharedDocumentController();
+    documents.discardAllDocuments();
+    Document* front = documents.openDocumentWithContentsOfURL(first);
+    ASSERT_NE(front, nullptr);
+    QString startedIn;
+    openFromTheMenu(front, [&](QFileDialog* panel) {
+        startedIn = panel->directory().absolutePath();
+        panel->setDirectory(dir + "/two");
+        panel->selectFile(second);
+        static_cast<QDialog*>(panel)->accept(); // as the Open button does
+    });
+    EXPECT_EQ(startedIn, dir + "/one");
+    ASSERT_EQ(documents.documents().size(), 2u);
+    EXPECT_EQ(documents.documents().back()->fileURL(), second);
+    // The window's own document counts, whatever folder the panel was in last.
+    openFromTheMenu(front, [&](QFileDialog* panel) {
+        startedIn = panel->directory().absolutePath();
+        panel->reject();
+    });
+    EXPECT_EQ(startedIn, dir + "/one");
+
+    // With an untitled document in front, where it was last confirmed (a setting, so also
+    // after a restart).
+    documents.discardAllDocuments();
+    openFromTheMenu(documents.newDocument(), [&](QFileDialog* panel) {
+        startedIn = panel->directory().absolutePath();
+        panel->reject();
+    });
+    EXPECT_EQ(startedIn, dir + "/two");
+    documents.discardAllDocuments();
+}
+
+TEST(MenuBar, HelpMenuShowsAboutAndFindsTheReadMe)
+{
+    Window window;
+    QMenuBar* bar = window.controller->window()->menuBar();
+    QMenu* help = window.menu->menuNamed(QStringLiteral("helpMenu"));
+    ASSERT_NE(help, nullptr);
+    EXPECT_EQ(bar->actions().last(), help->menuAction());
+    QAction* about = window.action("helpMenu", "about");
+    QAction* readMe = window.action("helpMenu", "readMe");
+    ASSERT_NE(about, nullptr);
+    ASSERT_NE(readMe, nullptr);
+    EXPECT_EQ(about->text(), "&About Tessaran");
+
+    // About: version, licence, and the folders where the editor keeps things.
+    about->trigger();
+    auto* box = window.controller->window()->findChild<QMessageBox*>("aboutBox");
+    ASSERT_NE(box, nullptr);
+    const QString text = box->text();
+    EXPECT_TRUE(text.contains(TESSARAN_VERSION));
+    EXPECT_TRUE(text.contains("Licence"));
+    for (const QString& path : {UserDefaults::standardUserDefaults().path(),
+                                FileManager::syntaxDefinitionDirectoryPathInPath(),
+                                FileManager::scriptDirectoryPathInPath(),
+                                FileManager::applicationSupportDirectoryPath() + "/Recovery",
+                                FileManager::applicationSupportDirectoryPath() + "/Backups"}) {
+        EXPECT_TRUE(text.contains(FileTitles::abbreviatedPath(path).toHtmlEscaped()))
+            << path.toStdString() << "\n"
+            << text.toStdString();
+    }
+    box->close();
+
+    // The README is found beside the program in a build folder...
+    const QString buildDir = QFileInfo(TESSARAN_EXECUTABLE).absolutePath();
+    const QString shipped = TESSARAN_SOURCE_DIR "/README.md";
+    EXPECT_EQ(HelpMenu::readMePath(buildDir), buildDir + "/README.md");
+    EXPECT_EQ(TestSupport::readFile(HelpMenu::readMePath(buildDir)),
+              TestSupport::readFile(shipped));
+    // ...and in an installation, where the build installs it.
+    const QString cmake = QStandardPaths::findExecutable("cmake");
+    if (!cmake.isEmpty()) {
+        const QString prefix = TestSupport::makeTempDir() + "/prefix";
+        QProcess install;
+        install.start(cmake, {"--install", buildDir, "--prefix", prefix});
+        ASSERT_TRUE(install.waitForFinished(120000));
+        ASSERT_EQ(install.exitCode(), 0) << install.readAllStandardError().toStdString();
+        const QString installed = HelpMenu::readMePath(prefix + "/bin");
+        EXPECT_TRUE(installed.startsWith(prefix + "/share/doc/")) << installed.toStdString();
+        EXPECT_EQ(TestSupport::readFile(installed), TestSupport::readFile(shipped));
+    }
+
+    // Elsewhere (this test program's folder) it is not found, and the menu item says so.
+    if (!HelpMenu::readMePath(QCoreApplication::applicationDirPath()).isEmpty()) {
+        GTEST_SKIP() << "a README is installed on this machine";
+    }
+    readMe->trigger();
+    auto* missing = window.controller->window()->findChild<QMessageBox*>("readMeMissing");
+    ASSERT_NE(missing, nullptr);
+    EXPECT_EQ(missing->text(), "The ReadMe could not be found.");
+    EXPECT_TRUE(missing->informativeText().contains(
+        HelpMenu::readMeCandidates(QCoreApplication::applicationDirPath()).first()));
+    missing->close();
+}

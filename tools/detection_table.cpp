@@ -236,7 +236,8 @@ void measure(const Case& row, const char* length, const QList<Sample>& samples, 
     if (samples.isEmpty()) {
         return;
     }
-    EncodingManager& manager = EncodingManager::sharedEncodingManager();
+    // No application here: the tool makes the one manager it needs.
+    static EncodingManager manager;
     int right = 0;
     std::map<QString, int> answers;
     for (const Sample& sample : samples) {

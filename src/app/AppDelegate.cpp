@@ -19,16 +19,6 @@ AppDelegate::AppDelegate(QObject* parent)
     : QObject(parent)
 {}
 
-void AppDelegate::initialize()
-{
-    static bool done = false;
-    if (done) {
-        return;
-    }
-    done = true;
-    registerDefaults(QStringLiteral(":/DefaultValues.plist"), UserDefaults::standardUserDefaults());
-}
-
 QList<QPair<QString, QColor>> AppDelegate::defaultColors()
 {
     const QColor darkGray = QColor::fromRgbF(1.0f / 3, 1.0f / 3, 1.0f / 3);

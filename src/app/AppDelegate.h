@@ -16,8 +16,6 @@ class AppDelegate : public QObject
 public:
     explicit AppDelegate(QObject* parent = nullptr);
 
-    /// Registers the defaults with the standard store, once per process.
-    static void initialize();
     /// Reads the defaults resource at `resourcePath`, adds the sixteen colours, normalises
     /// "OpenDefaultsTextEncoding" and registers the result with `defaults`. Returns false,
     /// registering nothing, when the resource is missing or is not a dictionary.

@@ -1,11 +1,11 @@
 #include "app/Application.h"
 
 #include "app/AppDelegate.h"
+#include "app/AppRoot.h"
 #include "app/CommandLine.h"
 #include "app/CommandLineOpener.h"
 #include "app/DocumentController.h"
 #include "app/ScriptCommands.h"
-#include "app/ScriptHost.h"
 #include "app/SingleInstance.h"
 #include "app/TerminationSignals.h"
 #include "document/RecoveryStore.h"
@@ -30,11 +30,8 @@ Application::Application(int& argc, char** argv)
     // The installed theme icon when there is one, else the copy built into the program.
     setWindowIcon(QIcon::fromTheme(QStringLiteral("tessaran"),
                                    QIcon(QStringLiteral(":/Images/tessaran.png"))));
-    // The defaults are registered before any other object reads a setting.
-    AppDelegate::initialize();
+    _root = std::make_unique<AppRoot>(UserDefaults::standardPath());
     _delegate = new AppDelegate(this);
-    _scriptHost = std::make_unique<ScriptHost>(DocumentController::sharedDocumentController());
-    ScriptManager::sharedScriptManager().setTarget(_scriptHost.get());
 }
 
 Application::~Application()
@@ -43,10 +40,8 @@ Application::~Application()
     DocumentController::sharedDocumentController().discardAllDocuments();
     // Tab windows left without tabs are on their way out; no event loop is left to finish it.
     qDeleteAll(TabWindow::tabWindows());
-    ScriptManager::sharedScriptManager().setTarget(nullptr);
-    // The settings reach the disk now, while the program's folders are certain to be there,
-    // not from a static destructor after main() has returned.
-    UserDefaults::standardUserDefaults().synchronize();
+    // The shared objects go now, while the application can still take their windows down.
+    _root.reset();
 }
 
 Application* Application::instance()

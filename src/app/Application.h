@@ -5,8 +5,8 @@
 #include <memory>
 
 class AppDelegate;
+class AppRoot;
 class CommandLine;
-class ScriptHost;
 
 /// The application object: one per process. It runs the editor from start to end and posts
 /// the application-wide notifications (NotificationCenter).
@@ -22,6 +22,8 @@ public:
     static Application* instance();
 
     AppDelegate& delegate() { return *_delegate; }
+    /// The shared objects of the editor (built with the application, gone before it).
+    AppRoot& root() { return *_root; }
 
     /// Runs the editor: start-up, the event loop, termination. Returns the exit status.
     int run(const CommandLine& commandLine);
@@ -46,8 +48,7 @@ private:
     /// Shows a warning without waiting for it to be dismissed.
     void showAlert(const QString& title, const QString& text, const QString& informativeText);
 
+    std::unique_ptr<AppRoot> _root;
     AppDelegate* _delegate = nullptr;
-    /// What scripts act on, handed to the script manager.
-    std::unique_ptr<ScriptHost> _scriptHost;
     bool _terminating = false;
 };

@@ -8,6 +8,7 @@
 #include "editor/TextView.h"
 #include "platform/FileManager.h"
 #include "platform/NotificationCenter.h"
+#include "platform/SharedInstance.h"
 #include "platform/StringEncoding.h"
 #include "platform/UserDefaults.h"
 #include "scripts/ScriptManager.h"
@@ -87,8 +88,7 @@ DocumentController::DocumentController(QObject* parent)
 
 DocumentController& DocumentController::sharedDocumentController()
 {
-    static DocumentController* controller = new DocumentController(Application::instance());
-    return *controller;
+    return SharedInstance<DocumentController>::object();
 }
 
 const QStringList& DocumentController::shippedSyntaxNames()

@@ -24,6 +24,8 @@ class DocumentController : public QObject, public DocumentOpener
 public:
     static DocumentController& sharedDocumentController();
 
+    explicit DocumentController(QObject* parent = nullptr);
+
     /// The start-up set-up, run once when the application has started: the open panel's
     /// default encoding and flag, the support folders, and either the first-start
     /// installation or the restoration of the script library.
@@ -120,7 +122,6 @@ public:
     static const QStringList& shippedShellScripts();
 
 private:
-    explicit DocumentController(QObject* parent = nullptr);
     void installShippedResources();
     /// Where a document's window shows: as the setting "OpenDocumentsInTabs" says, or, for a
     /// window brought back from the last run, as it was: a window of its own, or the last tab

@@ -7,6 +7,7 @@
 #include "app/SyntaxDefinitionEditor.h"
 #include "document/EncodingManager.h"
 #include "platform/ColorArchive.h"
+#include "platform/SharedInstance.h"
 #include "platform/SpellChecker.h"
 #include "platform/UserDefaults.h"
 #include "window/EncodingPopUp.h"
@@ -52,9 +53,7 @@ QString key(const char* name)
 
 PreferencesController& PreferencesController::sharedPreferencesController()
 {
-    // Kept until the process ends, like the other shared objects of the application.
-    static auto* controller = new PreferencesController;
-    return *controller;
+    return SharedInstance<PreferencesController>::object();
 }
 
 PreferencesController::PreferencesController() = default;

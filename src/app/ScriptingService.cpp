@@ -4,6 +4,7 @@
 #include "app/ApplicationAdaptor.h"
 #include "app/DocumentAdaptor.h"
 #include "app/ScriptingDocument.h"
+#include "platform/SharedInstance.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
@@ -30,8 +31,7 @@ ScriptingService::ScriptingService(QObject* parent)
 
 ScriptingService& ScriptingService::sharedScriptingService()
 {
-    static ScriptingService* service = new ScriptingService(Application::instance());
-    return *service;
+    return SharedInstance<ScriptingService>::object();
 }
 
 bool ScriptingService::registerOnSessionBus()

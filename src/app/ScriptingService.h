@@ -24,6 +24,8 @@ public:
 
     static ScriptingService& sharedScriptingService();
 
+    explicit ScriptingService(QObject* parent = nullptr);
+
     /// Registers the objects and, when no other instance holds it, the service name.
     /// False when there is no session bus. A second instance keeps its objects under its
     /// own unique bus name and leaves the first one's name alone.
@@ -38,8 +40,6 @@ public:
     static QString introspectionXml();
 
 private:
-    explicit ScriptingService(QObject* parent = nullptr);
-
     bool _registered = false;
     bool _ownsName = false;
     quint64 _nextDocumentNumber = 1;

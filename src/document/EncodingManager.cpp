@@ -3,6 +3,7 @@
 #include "document/EncodingDetector.h"
 #include "platform/LargeBuffer.h"
 #include "platform/Range.h"
+#include "platform/SharedInstance.h"
 #include "platform/TextCodec.h"
 
 #include <QFile>
@@ -101,8 +102,7 @@ bool readWholeFile(const QUrl& url, QByteArray& data)
 
 EncodingManager& EncodingManager::sharedEncodingManager()
 {
-    static EncodingManager* shared = new EncodingManager;
-    return *shared;
+    return SharedInstance<EncodingManager>::object();
 }
 
 EncodingManager::EncodingManager()

@@ -4,6 +4,7 @@
 #include "document/DocumentOpener.h"
 #include "document/DocumentTextCopy.h"
 #include "platform/FileManager.h"
+#include "platform/SharedInstance.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -293,15 +294,16 @@ RecoveryStore::~RecoveryStore()
 
 RecoveryStore& RecoveryStore::sharedRecoveryStore()
 {
+    return SharedInstance<RecoveryStore>::object();
+}
+
+QString RecoveryStore::standardRoot()
+{
     // Not created on the way: a missing data folder is reported when the first copy is due.
-    static RecoveryStore* store = [] {
-        const QString data = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
-        return new RecoveryStore(data.isEmpty() ? QString()
-                                                : data + u'/' + FileManager::applicationName() +
-                                                      QStringLiteral("/Recovery"),
-                                 QCoreApplication::instance());
-    }();
-    return *store;
+    const QString data = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+    return data.isEmpty()
+               ? QString()
+               : data + u'/' + FileManager::applicationName() + QStringLiteral("/Recovery");
 }
 
 void RecoveryStore::fail(const QString& message)

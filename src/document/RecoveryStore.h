@@ -56,7 +56,10 @@ public:
     /// Removes this editor's folder with its copies, unless keepCopiesForNextStart() ran.
     ~RecoveryStore() override;
 
+    /// The store of the application's root.
     static RecoveryStore& sharedRecoveryStore();
+    /// $XDG_DATA_HOME/Tessaran/Recovery; empty without a data folder.
+    static QString standardRoot();
 
     /// Writes a copy of the document whenever it asks for one (see
     /// Document::recoveryCopyDue), and removes the copy once the document is saved,

@@ -2,6 +2,7 @@
 
 #include "editor/CompletionPanel.h"
 #include "editor/TextView.h"
+#include "platform/SharedInstance.h"
 
 #include <QApplication>
 #include <QEvent>
@@ -22,8 +23,7 @@ const QString kNoCompletions = QStringLiteral("No Completions");
 
 CompletionManager& CompletionManager::sharedCompletionManager()
 {
-    static CompletionManager* manager = new CompletionManager;
-    return *manager;
+    return SharedInstance<CompletionManager>::object();
 }
 
 CompletionManager::CompletionManager() = default;

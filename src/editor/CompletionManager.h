@@ -21,6 +21,7 @@ class CompletionManager : public QObject
 
 public:
     static CompletionManager& sharedCompletionManager();
+    CompletionManager();
     ~CompletionManager() override;
 
     /// Shows the list for the partial word before `textView`'s insertion point and puts the
@@ -61,7 +62,6 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    CompletionManager();
     void tableViewSelectionDidChange();
     void doubleClickedTableViewRow();
     void insertSelectedCandidate();

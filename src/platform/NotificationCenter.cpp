@@ -1,8 +1,8 @@
 #include "platform/NotificationCenter.h"
 
+#include "platform/SharedInstance.h"
+
 NotificationCenter& NotificationCenter::defaultCenter()
 {
-    // Never destroyed: receivers may still disconnect from it while static objects go.
-    static NotificationCenter* center = new NotificationCenter;
-    return *center;
+    return SharedInstance<NotificationCenter>::object();
 }

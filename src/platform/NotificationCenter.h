@@ -10,13 +10,13 @@ class NotificationCenter : public QObject
     Q_OBJECT
 
 public:
+    /// The center of the application's root.
     static NotificationCenter& defaultCenter();
+
+    NotificationCenter() = default;
 
 Q_SIGNALS:
     /// Every open window re-reads the settings (sent when the preferences window closes);
     /// `object` is the sender.
     void NotifUpdatePreferences(QObject* object);
-
-private:
-    NotificationCenter() = default;
 };

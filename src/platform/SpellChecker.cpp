@@ -1,5 +1,7 @@
 #include "platform/SpellChecker.h"
 
+#include "platform/SharedInstance.h"
+
 #include <QLocale>
 #include <QTextBoundaryFinder>
 
@@ -32,8 +34,7 @@ bool isWordToCheck(QStringView word)
 
 SpellChecker& SpellChecker::sharedSpellChecker()
 {
-    static SpellChecker checker;
-    return checker;
+    return SharedInstance<SpellChecker>::object();
 }
 
 SpellChecker::SpellChecker()

@@ -1,5 +1,7 @@
 #include "platform/UserDefaults.h"
 
+#include "platform/SharedInstance.h"
+
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
@@ -12,12 +14,6 @@ QString defaultSettingsPath()
 {
     return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
            QStringLiteral("/Tessaran/Tessaran.conf");
-}
-
-std::unique_ptr<UserDefaults>& standardInstance()
-{
-    static std::unique_ptr<UserDefaults> instance;
-    return instance;
 }
 
 bool parsesAsBool(const QVariant& value)
@@ -39,22 +35,12 @@ bool parsesAsBool(const QVariant& value)
 
 UserDefaults& UserDefaults::standardUserDefaults()
 {
-    auto& instance = standardInstance();
-    if (!instance) {
-        instance = std::make_unique<UserDefaults>(defaultSettingsPath());
-    }
-    return *instance;
+    return SharedInstance<UserDefaults>::object();
 }
 
-void UserDefaults::setStandardUserDefaultsPath(const QString& path)
+QString UserDefaults::standardPath()
 {
-    auto& instance = standardInstance();
-    QVariantMap registered;
-    if (instance) {
-        registered = instance->_registered;
-    }
-    instance = std::make_unique<UserDefaults>(path);
-    instance->_registered = registered;
+    return defaultSettingsPath();
 }
 
 UserDefaults::UserDefaults(const QString& path)

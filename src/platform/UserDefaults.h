@@ -14,11 +14,10 @@
 class UserDefaults
 {
 public:
-    /// The application's store: $XDG_CONFIG_HOME/Tessaran/Tessaran.conf.
+    /// The store of the application's root (normally at standardPath()).
     static UserDefaults& standardUserDefaults();
-    /// Points the application's store at another file (tests, benchmarks); the registered
-    /// defaults are kept.
-    static void setStandardUserDefaultsPath(const QString& path);
+    /// $XDG_CONFIG_HOME/Tessaran/Tessaran.conf.
+    static QString standardPath();
 
     explicit UserDefaults(const QString& path);
     ~UserDefaults();

@@ -5,6 +5,7 @@
 #include "editor/TextView.h"
 #include "platform/PropertyList.h"
 #include "platform/Regex.h"
+#include "platform/SharedInstance.h"
 #include "platform/TextCodec.h"
 #include "platform/UserDefaults.h"
 #include "scripts/ScriptAlert.h"
@@ -81,8 +82,7 @@ void ScriptManager::setOutputLimit(qint64 bytes)
 
 ScriptManager& ScriptManager::sharedScriptManager()
 {
-    static ScriptManager* manager = new ScriptManager(QCoreApplication::instance());
-    return *manager;
+    return SharedInstance<ScriptManager>::object();
 }
 
 QByteArray ScriptManager::archivedScriptDataSource(const ScriptObjectList& nodes)

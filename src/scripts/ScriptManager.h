@@ -34,6 +34,9 @@ class ScriptManager : public QObject
 public:
     static ScriptManager& sharedScriptManager();
 
+    explicit ScriptManager(QObject* parent = nullptr);
+    ~ScriptManager() override;
+
     /// What scripts act on; none until the application sets it, and then scripts find no
     /// document.
     ScriptTarget* target() const { return _target; }
@@ -133,8 +136,6 @@ Q_SIGNALS:
     void scriptDataSourceChanged();
 
 private:
-    explicit ScriptManager(QObject* parent = nullptr);
-    ~ScriptManager() override;
     /// Makes the window of `document` the one that receives the output.
     void setOutputDocument(Document* document);
     void insertOutput(const QString& text);

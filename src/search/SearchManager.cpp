@@ -4,6 +4,7 @@
 #include "editor/LayoutManager.h"
 #include "editor/TextView.h"
 #include "editor/UndoActionNames.h"
+#include "platform/SharedInstance.h"
 #include "platform/UserDefaults.h"
 #include "search/SearchEngine.h"
 
@@ -69,8 +70,7 @@ template <class Edit> void undoableStep(QTextDocument* textStorage, const QStrin
 
 SearchManager& SearchManager::sharedSearchManager()
 {
-    static SearchManager* manager = new SearchManager;
-    return *manager;
+    return SharedInstance<SearchManager>::object();
 }
 
 SearchManager::SearchManager()

@@ -25,6 +25,8 @@ class SearchManager : public QObject
 public:
     static SearchManager& sharedSearchManager();
 
+    SearchManager();
+
     // Strings and flags shared by every window.
     void searchTextFieldDidChange(const QString& searchString, const QString& replaceString);
     QString searchString() const { return _searchString; }
@@ -105,7 +107,6 @@ Q_SIGNALS:
     void optionsChanged();
 
 private:
-    SearchManager();
     void setOption(bool& option, bool value);
     /// Keeps the highlighted state true to what `layoutManager`'s document shows: others
     /// (an edit, a change of wrapping or of the settings) take the highlights away too.

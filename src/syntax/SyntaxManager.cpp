@@ -2,6 +2,7 @@
 
 #include "platform/ColorArchive.h"
 #include "platform/Regex.h"
+#include "platform/SharedInstance.h"
 #include "platform/UserDefaults.h"
 #include "syntax/SyntaxColoringEngine.h"
 
@@ -35,8 +36,7 @@ struct FunctionItem {
 
 SyntaxManager& SyntaxManager::sharedSyntaxManager()
 {
-    static SyntaxManager manager;
-    return manager;
+    return SharedInstance<SyntaxManager>::object();
 }
 
 SyntaxManager::SyntaxManager()

@@ -10,6 +10,7 @@
 #include "editor/CompletionManager.h"
 #include "editor/TextView.h"
 #include "platform/NotificationCenter.h"
+#include "platform/Preferences.h"
 #include "platform/SpellChecker.h"
 #include "platform/UserDefaults.h"
 #include "scripts/ScriptManager.h"
@@ -27,14 +28,25 @@ std::unique_ptr<UserDefaults> makeUserDefaults(const QString& path)
     return store;
 }
 
+// Each NotifUpdatePreferences has the settings read once, and each changed part pushed to
+// its followers, before anyone else hears of it: connected first, it is answered first.
+std::unique_ptr<Preferences> makePreferences(const UserDefaults& store, NotificationCenter& center)
+{
+    auto preferences = std::make_unique<Preferences>(store);
+    QObject::connect(&center, &NotificationCenter::NotifUpdatePreferences, preferences.get(),
+                     &Preferences::reload);
+    return preferences;
+}
+
 } // namespace
 
 AppRoot::AppRoot(const QString& settingsPath)
     : _userDefaults(makeUserDefaults(settingsPath))
     , _notificationCenter(std::make_unique<NotificationCenter>())
+    , _preferences(makePreferences(*_userDefaults, *_notificationCenter))
     , _encodingManager(std::make_unique<EncodingManager>())
     , _spellChecker(std::make_unique<SpellChecker>())
-    , _syntaxManager(std::make_unique<SyntaxManager>())
+    , _syntaxManager(std::make_unique<SyntaxManager>(_preferences->values().syntaxColors))
     , _completionManager(std::make_unique<CompletionManager>())
     , _searchManager(std::make_unique<SearchManager>())
     , _recoveryStore(std::make_unique<RecoveryStore>(RecoveryStore::standardRoot()))
@@ -44,6 +56,9 @@ AppRoot::AppRoot(const QString& settingsPath)
     , _scriptingService(std::make_unique<ScriptingService>())
     , _preferencesController(std::make_unique<PreferencesController>())
 {
+    QObject::connect(
+        &*_preferences, &Preferences::syntaxColorsChanged, &*_preferences,
+        [this](const SyntaxColors& colors) { _syntaxManager->updatePreferences(colors); });
     _scriptManager->setTarget(_scriptHost.get());
 }
 

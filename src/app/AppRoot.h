@@ -10,6 +10,7 @@ class CompletionManager;
 class DocumentController;
 class EncodingManager;
 class NotificationCenter;
+class Preferences;
 class PreferencesController;
 class RecoveryStore;
 class ScriptHost;
@@ -37,6 +38,7 @@ public:
 
     UserDefaults& userDefaults() const { return *_userDefaults; }
     NotificationCenter& notificationCenter() const { return *_notificationCenter; }
+    Preferences& preferences() const { return *_preferences; }
     EncodingManager& encodingManager() const { return *_encodingManager; }
     SpellChecker& spellChecker() const { return *_spellChecker; }
     SyntaxManager& syntaxManager() const { return *_syntaxManager; }
@@ -52,6 +54,7 @@ private:
     // In building order; members go in the reverse order.
     SharedInstance<UserDefaults> _userDefaults;
     SharedInstance<NotificationCenter> _notificationCenter;
+    SharedInstance<Preferences> _preferences;
     SharedInstance<EncodingManager> _encodingManager;
     SharedInstance<SpellChecker> _spellChecker;
     SharedInstance<SyntaxManager> _syntaxManager;

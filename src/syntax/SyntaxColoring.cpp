@@ -18,11 +18,6 @@ QString SyntaxColoring::keyForCategory(Category category)
     return QString::fromLatin1(CategoryKeys[category]);
 }
 
-QString SyntaxColoring::colorKeyForCategory(Category category)
-{
-    return keyForCategory(category) + QStringLiteral("Color");
-}
-
 SyntaxColoring::SyntaxColoring(Range range, qsizetype textLength, std::vector<Run> rangeRuns,
                                std::vector<BlockLayer> blocks, quint16 interruptedCategories)
     : _range(range)

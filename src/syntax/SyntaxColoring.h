@@ -37,8 +37,6 @@ public:
 
     /// The definition key of a category ("Keywords").
     static QString keyForCategory(Category category);
-    /// The settings key of a category's colour ("KeywordsColor").
-    static QString colorKeyForCategory(Category category);
 
     struct Run {
         qsizetype location = 0;

@@ -1,9 +1,7 @@
 #include "syntax/SyntaxManager.h"
 
-#include "platform/ColorArchive.h"
 #include "platform/Regex.h"
 #include "platform/SharedInstance.h"
-#include "platform/UserDefaults.h"
 #include "syntax/SyntaxColoringEngine.h"
 
 #include <algorithm>
@@ -39,18 +37,22 @@ SyntaxManager& SyntaxManager::sharedSyntaxManager()
     return SharedInstance<SyntaxManager>::object();
 }
 
-SyntaxManager::SyntaxManager()
+SyntaxManager::SyntaxManager(const SyntaxColors& colors)
 {
-    updatePreferences();
+    updatePreferences(colors);
 }
 
-void SyntaxManager::updatePreferences()
+void SyntaxManager::updatePreferences(const SyntaxColors& colors)
 {
-    const UserDefaults& defaults = UserDefaults::standardUserDefaults();
-    for (int c = 0; c < SyntaxColoring::CategoryCount; ++c) {
-        _colors[size_t(c)] = ColorArchive::unarchive(
-            defaults.dataForKey(SyntaxColoring::colorKeyForCategory(SyntaxColoring::Category(c))));
-    }
+    _colors[SyntaxColoring::Blockwords] = colors.blockwords;
+    _colors[SyntaxColoring::Keywords] = colors.keywords;
+    _colors[SyntaxColoring::Commands] = colors.commands;
+    _colors[SyntaxColoring::Values] = colors.values;
+    _colors[SyntaxColoring::Numbers] = colors.numbers;
+    _colors[SyntaxColoring::Strings] = colors.strings;
+    _colors[SyntaxColoring::Characters] = colors.characters;
+    _colors[SyntaxColoring::Preprocessor] = colors.preprocessor;
+    _colors[SyntaxColoring::Comments] = colors.comments;
 }
 
 std::optional<SyntaxColoring> SyntaxManager::syntaxColoringRange(Range range, const QString& text,

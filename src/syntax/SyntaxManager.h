@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Range.h"
+#include "platform/SyntaxColors.h"
 #include "syntax/SyntaxColoring.h"
 
 #include <QColor>
@@ -15,8 +16,8 @@
 
 class SyntaxColoringEngine;
 
-/// The application's one syntax manager: the colours of the nine categories, read from the
-/// settings, the guards of the colouring, function-list and completion passes, and the
+/// The application's one syntax manager: the colours of the nine categories, pushed from
+/// the settings, the guards of the colouring, function-list and completion passes, and the
 /// builder of the function list. The matching itself is done by each text's
 /// SyntaxColoringEngine, which keeps what it found between edits.
 class SyntaxManager
@@ -24,13 +25,13 @@ class SyntaxManager
 public:
     static SyntaxManager& sharedSyntaxManager();
 
-    /// Reads the colours.
-    SyntaxManager();
+    /// Colours with `colors` (none by default).
+    explicit SyntaxManager(const SyntaxColors& colors = {});
     SyntaxManager(const SyntaxManager&) = delete;
     SyntaxManager& operator=(const SyntaxManager&) = delete;
 
-    /// Reads the nine colours again (each window asks after a settings change).
-    void updatePreferences();
+    /// Takes up the nine colours of the settings (pushed when they change).
+    void updatePreferences(const SyntaxColors& colors);
 
     QColor blockwordsColor() const { return _colors[SyntaxColoring::Blockwords]; }
     QColor keywordsColor() const { return _colors[SyntaxColoring::Keywords]; }

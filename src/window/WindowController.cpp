@@ -605,7 +605,6 @@ void WindowController::resetupInitialTextViewSharedState()
 void WindowController::updatePreferences(QObject* sender)
 {
     Q_UNUSED(sender);
-    SyntaxManager::sharedSyntaxManager().updatePreferences();
     for (TextView* view : textViews()) {
         view->updatePreferences();
         // An edit saved by the definitions' editor reaches the window, coloured anew.

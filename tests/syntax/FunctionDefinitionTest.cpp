@@ -1,7 +1,5 @@
 #include "SyntaxTestSupport.h"
-#include "platform/ColorArchive.h"
 #include "platform/PropertyList.h"
-#include "platform/UserDefaults.h"
 #include "syntax/FunctionDefinitionIndex.h"
 #include "syntax/FunctionMenu.h"
 #include "syntax/SyntaxManager.h"
@@ -205,20 +203,28 @@ TEST(FunctionMenu, KindsNameTheirImagesAndUnknownKindsShowNone)
 
 // --- The manager --------------------------------------------------------------------
 
-TEST(SyntaxManager, ColoursAreReadFromTheSettingsAndAgainOnRequest)
+TEST(SyntaxManager, EachCategoryTakesItsOwnColour)
 {
-    UserDefaults& defaults = UserDefaults::standardUserDefaults();
-    defaults.setObject(ColorArchive::archivedData(QColor(255, 0, 0)), "KeywordsColor");
-    defaults.setObject(ColorArchive::archivedData(QColor(0, 128, 0)), "CommentsColor");
-    SyntaxManager manager;
-    EXPECT_EQ(manager.keywordsColor(), QColor(255, 0, 0));
-    EXPECT_EQ(manager.colorForCategory(SyntaxColoring::Comments), QColor(0, 128, 0));
-
-    defaults.setObject(ColorArchive::archivedData(QColor(0, 0, 255)), "KeywordsColor");
-    EXPECT_EQ(manager.keywordsColor(), QColor(255, 0, 0));
-    manager.updatePreferences();
+    SyntaxColors colors;
+    colors.blockwords = QColor(1, 0, 0);
+    colors.keywords = QColor(2, 0, 0);
+    colors.commands = QColor(3, 0, 0);
+    colors.values = QColor(4, 0, 0);
+    colors.numbers = QColor(5, 0, 0);
+    colors.strings = QColor(6, 0, 0);
+    colors.characters = QColor(7, 0, 0);
+    colors.preprocessor = QColor(8, 0, 0);
+    colors.comments = QColor(9, 0, 0);
+    SyntaxManager manager(colors);
+    for (int c = 0; c < SyntaxColoring::CategoryCount; ++c) {
+        const auto category = SyntaxColoring::Category(c);
+        // The categories are numbered in painting order: Blockwords first, Comments last.
+        EXPECT_EQ(manager.colorForCategory(category), QColor(c + 1, 0, 0))
+            << qPrintable(SyntaxColoring::keyForCategory(category));
+    }
+    colors.keywords = QColor(0, 0, 255);
+    manager.updatePreferences(colors);
     EXPECT_EQ(manager.keywordsColor(), QColor(0, 0, 255));
-    EXPECT_EQ(&SyntaxManager::sharedSyntaxManager(), &SyntaxManager::sharedSyntaxManager());
 }
 
 TEST(SyntaxManager, ColouringAnEmptyRangeDoesNothing)

@@ -5,7 +5,6 @@
 #include "editor/TextView.h"
 #include "editor/UndoActionNames.h"
 #include "platform/SharedInstance.h"
-#include "platform/UserDefaults.h"
 #include "search/SearchEngine.h"
 
 #include <QApplication>
@@ -73,16 +72,15 @@ SearchManager& SearchManager::sharedSearchManager()
     return SharedInstance<SearchManager>::object();
 }
 
-SearchManager::SearchManager()
+SearchManager::SearchManager(const SearchSettings& settings)
+    : _replaceAndFindNext(settings.replaceAndFindNext)
+    , _replaceAll(settings.replaceAll)
+    , _caseSensitive(settings.caseSensitive)
+    , _regularExpressions(settings.regularExpression)
+    , _previous(settings.previous)
+    , _wholeWord(settings.wholeWord)
+    , _allowMultiLine(settings.allowMultiLine)
 {
-    const UserDefaults& defaults = UserDefaults::standardUserDefaults();
-    _replaceAndFindNext = defaults.boolForKey(QStringLiteral("SearchReplaceAndFindNext"));
-    _replaceAll = defaults.boolForKey(QStringLiteral("SearchReplaceAll"));
-    _caseSensitive = defaults.boolForKey(QStringLiteral("SearchCaseSensitive"));
-    _regularExpressions = defaults.boolForKey(QStringLiteral("SearchRegularExpression"));
-    _previous = defaults.boolForKey(QStringLiteral("SearchPrevious"));
-    _wholeWord = defaults.boolForKey(QStringLiteral("SearchWholeWord"));
-    _allowMultiLine = defaults.boolForKey(QStringLiteral("AllowMultiLineSearching"));
     _selectColor = QColor::fromRgbF(0.4f, 0.8f, 1.0f, 0.2f);
     _cacheExpiry = new QTimer(this);
     _cacheExpiry->setSingleShot(true);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Range.h"
+#include "platform/SearchSettings.h"
 
 #include <QColor>
 #include <QObject>
@@ -25,7 +26,8 @@ class SearchManager : public QObject
 public:
     static SearchManager& sharedSearchManager();
 
-    SearchManager();
+    /// Starts with the options of `settings`.
+    explicit SearchManager(const SearchSettings& settings = {});
 
     // Strings and flags shared by every window.
     void searchTextFieldDidChange(const QString& searchString, const QString& replaceString);

@@ -1,6 +1,7 @@
 #include "window/SearchController.h"
 
 #include "editor/TextView.h"
+#include "platform/Preferences.h"
 #include "platform/UserDefaults.h"
 #include "search/SearchManager.h"
 #include "window/DocumentWindow.h"
@@ -40,11 +41,11 @@ void rebuildEveryRecentMenu()
     }
 }
 
-/// A check box bound to a setting: it shows the setting and writes it when clicked.
-QCheckBox* boundCheckBox(const QString& title, const QString& key, QWidget* parent)
+/// A check box bound to a setting: it shows the setting (`value`) and writes it when clicked.
+QCheckBox* boundCheckBox(const QString& title, QLatin1StringView key, bool value, QWidget* parent)
 {
     auto* box = new QCheckBox(title, parent);
-    box->setChecked(UserDefaults::standardUserDefaults().boolForKey(key));
+    box->setChecked(value);
     QObject::connect(box, &QCheckBox::toggled, box, [key](bool checked) {
         UserDefaults::standardUserDefaults().setBool(checked, key);
     });
@@ -52,8 +53,6 @@ QCheckBox* boundCheckBox(const QString& title, const QString& key, QWidget* pare
 }
 
 } // namespace
-
-const QString SearchController::RecentSearchesKey = QStringLiteral("RecentSearchStrings");
 
 SearchController::SearchController(WindowController* windowController, QWidget* parent)
     : QWidget(parent)
@@ -93,18 +92,21 @@ SearchController::SearchController(WindowController* windowController, QWidget* 
     buttons->addWidget(findButton);
     layout->addLayout(buttons);
 
-    _caseSensitiveCheckButton =
-        boundCheckBox(tr("Case Sensitive"), QStringLiteral("SearchCaseSensitive"), this);
+    const SearchSettings settings = Preferences::sharedPreferences().current().search;
+    _caseSensitiveCheckButton = boundCheckBox(
+        tr("Case Sensitive"), SettingsKey::SearchCaseSensitive, settings.caseSensitive, this);
     _wholeWordCheckButton =
-        boundCheckBox(tr("Whole Word"), QStringLiteral("SearchWholeWord"), this);
+        boundCheckBox(tr("Whole Word"), SettingsKey::SearchWholeWord, settings.wholeWord, this);
     _regularExpressionCheckButton =
-        boundCheckBox(tr("Regular Expression"), QStringLiteral("SearchRegularExpression"), this);
+        boundCheckBox(tr("Regular Expression"), SettingsKey::SearchRegularExpression,
+                      settings.regularExpression, this);
     _previousCheckButton =
-        boundCheckBox(tr("Search Backwards"), QStringLiteral("SearchPrevious"), this);
-    _replaceAndFindNextCheckButton = boundCheckBox(
-        tr("Replace and Find Next"), QStringLiteral("SearchReplaceAndFindNext"), this);
+        boundCheckBox(tr("Search Backwards"), SettingsKey::SearchPrevious, settings.previous, this);
+    _replaceAndFindNextCheckButton =
+        boundCheckBox(tr("Replace and Find Next"), SettingsKey::SearchReplaceAndFindNext,
+                      settings.replaceAndFindNext, this);
     _replaceAllCheckButton =
-        boundCheckBox(tr("Replace All"), QStringLiteral("SearchReplaceAll"), this);
+        boundCheckBox(tr("Replace All"), SettingsKey::SearchReplaceAll, settings.replaceAll, this);
     for (QCheckBox* box :
          {_caseSensitiveCheckButton, _wholeWordCheckButton, _regularExpressionCheckButton,
           _previousCheckButton, _replaceAndFindNextCheckButton, _replaceAllCheckButton}) {
@@ -250,7 +252,9 @@ void SearchController::makeRecentMenuItems()
 
 QStringList SearchController::recentSearches()
 {
-    return UserDefaults::standardUserDefaults().objectForKey(RecentSearchesKey).toStringList();
+    return UserDefaults::standardUserDefaults()
+        .objectForKey(SettingsKey::RecentSearchStrings)
+        .toStringList();
 }
 
 void SearchController::addRecentSearch(const QString& string)
@@ -264,13 +268,13 @@ void SearchController::addRecentSearch(const QString& string)
     while (recents.size() > MaximumRecents) {
         recents.removeLast();
     }
-    UserDefaults::standardUserDefaults().setObject(recents, RecentSearchesKey);
+    UserDefaults::standardUserDefaults().setObject(recents, SettingsKey::RecentSearchStrings);
     rebuildEveryRecentMenu();
 }
 
 void SearchController::clearRecentSearches()
 {
-    UserDefaults::standardUserDefaults().removeObjectForKey(RecentSearchesKey);
+    UserDefaults::standardUserDefaults().removeObjectForKey(SettingsKey::RecentSearchStrings);
     // Rebuilding from a menu's own item would delete it while it is being triggered.
     QMetaObject::invokeMethod(
         qApp, [] { rebuildEveryRecentMenu(); }, Qt::QueuedConnection);

@@ -18,8 +18,6 @@ class SearchController : public QWidget
     Q_OBJECT
 
 public:
-    /// The settings key of the recent search strings, newest first.
-    static const QString RecentSearchesKey;
     /// How many recent search strings are kept.
     static constexpr int MaximumRecents = 10;
 

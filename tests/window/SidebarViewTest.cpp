@@ -9,6 +9,7 @@
 #include "editor/LayoutManager.h"
 #include "editor/TextView.h"
 #include "editor/UndoActionNames.h"
+#include "platform/PreferencesValues.h"
 #include "platform/UserDefaults.h"
 #include "search/SearchManager.h"
 #include "window/DocumentWindow.h"
@@ -229,7 +230,7 @@ TEST(SidebarView, SplitPanes)
 TEST(SidebarView, SearchPaneAndFindCommands)
 {
     resetEngine();
-    UserDefaults::standardUserDefaults().removeObjectForKey(SearchController::RecentSearchesKey);
+    UserDefaults::standardUserDefaults().removeObjectForKey(SettingsKey::RecentSearchStrings);
     Window window(QStringLiteral("foo bar foo baz foo"));
     window.controller->swicthSidebarType(SidebarView::SearchType);
     SearchController* pane = window.sidebar()->searchController();
@@ -264,7 +265,7 @@ TEST(SidebarView, SearchPaneAndFindCommands)
     EXPECT_EQ(items[0]->property("tag").toInt(), 1000);
     EXPECT_TRUE(items[1]->isSeparator());
     EXPECT_EQ(UserDefaults::standardUserDefaults()
-                  .objectForKey(SearchController::RecentSearchesKey)
+                  .objectForKey(SettingsKey::RecentSearchStrings)
                   .toStringList(),
               QStringList{"foo"});
 

@@ -2,7 +2,9 @@
 // happens on the main thread once per autosave delay while the document has unsaved changes.
 #include "BenchSupport.h"
 #include "document/Document.h"
+#include "document/EncodingManager.h"
 #include "document/RecoveryStore.h"
+#include "platform/Preferences.h"
 
 #include <QTemporaryDir>
 #include <QTextDocument>
@@ -17,7 +19,8 @@ void BM_RecoveryCopyOf20MB(benchmark::State& state)
     while (text.size() < 20'000'000) {
         text += BenchSupport::mixedSourceText();
     }
-    Document document;
+    Document document(EncodingManager::sharedEncodingManager(),
+                      Preferences::sharedPreferences().values().document);
     document.setTextStorage(text);
     const QTemporaryDir root;
     RecoveryStore store(root.path());
@@ -39,7 +42,8 @@ void BM_RecoverySnapshotOf20MB(benchmark::State& state)
     while (text.size() < 20'000'000) {
         text += BenchSupport::mixedSourceText();
     }
-    Document document;
+    Document document(EncodingManager::sharedEncodingManager(),
+                      Preferences::sharedPreferences().values().document);
     document.setTextStorage(text);
     for (auto _ : state) {
         benchmark::DoNotOptimize(document.string().toUtf8());

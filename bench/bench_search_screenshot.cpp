@@ -5,7 +5,9 @@
 #include "app/Application.h"
 #include "app/MainMenu.h"
 #include "document/Document.h"
+#include "document/EncodingManager.h"
 #include "editor/TextView.h"
+#include "platform/Preferences.h"
 #include "window/DocumentWindow.h"
 #include "window/SearchController.h"
 #include "window/SidebarView.h"
@@ -68,7 +70,8 @@ int main(int argc, char** argv)
     const QString output = argc > 1 ? QString::fromLocal8Bit(argv[1])
                                     : QStringLiteral("/work/screens/search-pane.png");
 
-    auto* document = new Document;
+    auto* document = new Document(EncodingManager::sharedEncodingManager(),
+                                  Preferences::sharedPreferences().values().document);
     document->textStorage()->setPlainText(QString::fromUtf8(kText));
     auto* controller = new WindowController(document);
     controller->windowDidLoad();

@@ -5,9 +5,11 @@
 #include "BenchSupport.h"
 #include "app/Application.h"
 #include "document/Document.h"
+#include "document/EncodingManager.h"
 #include "editor/LayoutManager.h"
 #include "editor/SpellCheckingController.h"
 #include "editor/TextView.h"
+#include "platform/Preferences.h"
 #include "platform/UserDefaults.h"
 #include "window/DocumentWindow.h"
 #include "window/WindowController.h"
@@ -67,7 +69,8 @@ Window& window()
     UserDefaults::standardUserDefaults().setBool(true, QStringLiteral("AllowSpellChecking"));
     UserDefaults::standardUserDefaults().setObject(QStringLiteral("en_US"),
                                                    QStringLiteral("SpellCheckLanguage"));
-    w.document = new Document;
+    w.document = new Document(EncodingManager::sharedEncodingManager(),
+                              Preferences::sharedPreferences().values().document);
     w.document->textStorage()->setUndoRedoEnabled(false);
     w.document->textStorage()->setPlainText(text);
     w.document->textStorage()->setUndoRedoEnabled(true);

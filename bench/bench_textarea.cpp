@@ -3,6 +3,7 @@
 // the first part is in, then the whole), the memory it takes, jumps to random lines
 // wrapped and not, typing in the middle until the repaint, and typing in a 1 MB line.
 #include "BenchSupport.h"
+#include "document/EncodingManager.h"
 #include "document/TextBuilder.h"
 #include "document/TextLoader.h"
 #include "document/TextStore.h"
@@ -141,7 +142,7 @@ std::unique_ptr<Pane> openLarge(bool wrap)
     timer.start();
     pane->area.setTextStore(&pane->store);
     pane->area.setLoading(true);
-    TextLoader loader;
+    TextLoader loader(EncodingManager::sharedEncodingManager());
     bool done = false;
     QObject::connect(&loader, &TextLoader::partLoaded, [&](const TextSnapshot& part) {
         pane->store.setLoadedText(part);

@@ -3,6 +3,7 @@
 // position ↔ line lookups, a snapshot read on a worker while the text is edited, and a
 // regular expression through the snapshot's UText against one through a QString copy.
 #include "BenchSupport.h"
+#include "document/EncodingManager.h"
 #include "document/SnapshotUText.h"
 #include "document/TextChunkIterator.h"
 #include "document/TextLoader.h"
@@ -108,7 +109,8 @@ TextStore& largeStore()
 {
     static std::unique_ptr<TextStore> store;
     if (!store) {
-        const TextLoader::Result loaded = TextLoader::load(cSourceFile(100'000'000), UTF8, false);
+        const TextLoader::Result loaded = TextLoader::load(EncodingManager::sharedEncodingManager(),
+                                                           cSourceFile(100'000'000), UTF8, false);
         if (loaded.status != TextLoader::Status::Loaded) {
             std::fprintf(stderr, "The 100 MB file did not load.\n");
             std::abort();
@@ -132,7 +134,8 @@ void BM_Load(benchmark::State& state)
         QElapsedTimer timer;
         timer.start();
         const double cpuBefore = threadCpuMs();
-        TextLoader::Result result = TextLoader::load(path, encoding, false);
+        TextLoader::Result result =
+            TextLoader::load(EncodingManager::sharedEncodingManager(), path, encoding, false);
         const double ms = timer.nsecsElapsed() / 1e6;
         state.SetIterationTime(ms / 1000);
         if (result.status != TextLoader::Status::Loaded) {

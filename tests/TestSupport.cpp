@@ -1,5 +1,7 @@
 #include "TestSupport.h"
 
+#include "platform/Preferences.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -31,6 +33,16 @@ QByteArray readFile(const QString& path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+EncodingManager& encodings()
+{
+    return EncodingManager::sharedEncodingManager();
+}
+
+DocumentSettings documentSettings()
+{
+    return Preferences::sharedPreferences().current().document;
 }
 
 } // namespace TestSupport

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "app/AppRoot.h"
+#include "document/Document.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -12,4 +15,29 @@ QString makeTempDir();
 QString writeFile(const QString& path, const QByteArray& bytes);
 QByteArray readFile(const QString& path);
 
+/// What a document is made with: the root's encoding manager, and the document settings
+/// of its settings store (the shipped defaults unless a test changed them).
+EncodingManager& encodings();
+DocumentSettings documentSettings();
+
 } // namespace TestSupport
+
+/// An application root of a test's own, on a settings file of its own (the shipped defaults
+/// until the test writes one): while it lives, the shared objects are its, and what the
+/// test sets leaves the other tests alone.
+class TestRoot : public AppRoot
+{
+public:
+    TestRoot()
+        : AppRoot(TestSupport::makeTempDir() + QStringLiteral("/Tessaran.conf"))
+    {}
+};
+
+/// A document made as the application makes one (see TestSupport::documentSettings()).
+class TestDocument : public Document
+{
+public:
+    explicit TestDocument(QObject* parent = nullptr)
+        : Document(TestSupport::encodings(), TestSupport::documentSettings(), parent)
+    {}
+};

@@ -9,6 +9,7 @@
 
 #include "PrivateHome.h"
 #include "app/Application.h"
+#include "document/EncodingManager.h"
 #include "document/TextLoader.h"
 #include "document/TextStore.h"
 #include "editor/TextArea.h"
@@ -139,7 +140,7 @@ int main(int argc, char** argv)
 
     QElapsedTimer timer;
     timer.start();
-    TextLoader loader;
+    TextLoader loader(EncodingManager::sharedEncodingManager());
     bool done = false;
     bool ok = true;
     area.setLoading(true);

@@ -64,6 +64,8 @@ AppRoot::AppRoot(const QString& settingsPath)
 
 AppRoot::~AppRoot()
 {
+    // Windows and their panes go first, while everything they use is still there.
+    _documentController->discardAllDocuments();
     // Scripts find no document from here on: the host goes before the controller it reads.
     _scriptManager->setTarget(nullptr);
     _scriptHost.reset();

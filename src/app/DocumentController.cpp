@@ -8,6 +8,7 @@
 #include "editor/TextView.h"
 #include "platform/FileManager.h"
 #include "platform/NotificationCenter.h"
+#include "platform/Preferences.h"
 #include "platform/SharedInstance.h"
 #include "platform/StringEncoding.h"
 #include "platform/UserDefaults.h"
@@ -292,9 +293,17 @@ Document* DocumentController::addDocument(Document* document, bool display, Plac
     return document;
 }
 
+Document* DocumentController::makeDocument()
+{
+    // The settings as the store holds them now: a document opened while the preferences
+    // window is open starts from what it shows.
+    return new Document(EncodingManager::sharedEncodingManager(),
+                        Preferences::sharedPreferences().current().document, this);
+}
+
 Document* DocumentController::newDocument()
 {
-    return addDocument(new Document(this), true);
+    return addDocument(makeDocument(), true);
 }
 
 Document* DocumentController::duplicateDocument(Document* document)
@@ -334,7 +343,7 @@ Document* DocumentController::openDocumentWithContentsOfURL(const QString& path,
             return document;
         }
     }
-    auto* document = new Document(this);
+    auto* document = makeDocument();
     // The open panel's choice is for the next file read, once.
     Document::ReadRequest request;
     if (_isOpenPanel) {
@@ -740,7 +749,7 @@ Document* DocumentController::reopenDocument(const QString& path, quint64 encodi
             return open;
         }
     }
-    auto* document = new Document(this);
+    auto* document = makeDocument();
     document->setDocumentEncoding(encoding);
     document->setWindowIdentifier(identifier);
     QString error;

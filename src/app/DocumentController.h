@@ -122,6 +122,9 @@ public:
     static const QStringList& shippedShellScripts();
 
 private:
+    /// A new document of this controller, with the shared encoding manager and the
+    /// document settings.
+    Document* makeDocument();
     void installShippedResources();
     /// Where a document's window shows: as the setting "OpenDocumentsInTabs" says, or, for a
     /// window brought back from the last run, as it was: a window of its own, or the last tab

@@ -7,7 +7,6 @@
 #include "platform/SafeFileWriter.h"
 #include "platform/StringEncoding.h"
 #include "platform/TextCodec.h"
-#include "platform/UserDefaults.h"
 
 #include <QAbstractUndoItem>
 #include <QFile>
@@ -122,8 +121,10 @@ QString saveFailureMessage(const QString& name, const SafeFileWriter& writer)
 
 } // namespace
 
-Document::Document(QObject* parent)
+Document::Document(EncodingManager& encodings, const DocumentSettings& settings, QObject* parent)
     : QObject(parent)
+    , _encodings(encodings)
+    , _settings(settings)
     , _textStorage(new QTextDocument(this))
     , _untitledNumber(nextUntitledNumber())
     , _autosaveTimer(new QTimer(this))
@@ -132,10 +133,8 @@ Document::Document(QObject* parent)
     _textStorage->setDocumentLayout(new QPlainTextDocumentLayout(_textStorage));
     _textStorage->setUndoRedoEnabled(false);
     _fileType = kPlainTextType;
-    UserDefaults& defaults = UserDefaults::standardUserDefaults();
-    _documentEncoding = defaults.unsignedIntegerForKey(QStringLiteral("DefaultsTextEncoding"));
-    _documentLineBreaks = defaults.integerForKey(QStringLiteral("DefaultsLineBreaks"));
-    updatePreferences();
+    _documentEncoding = settings.defaultsTextEncoding;
+    _documentLineBreaks = settings.defaultsLineBreaks;
     _textStorage->setUndoRedoEnabled(true);
     _textStorage->setModified(false);
 
@@ -188,7 +187,8 @@ void Document::scheduleAutosave()
     if (_autosaveTimer->isActive()) {
         return;
     }
-    const qint64 delay = std::clamp<qint64>(_autosavingDelay, minimumAutosavingDelay, 24 * 3600);
+    const qint64 delay =
+        std::clamp<qint64>(_settings.autosavingDelay, minimumAutosavingDelay, 24 * 3600);
     _autosaveTimer->start(int(delay) * 1000);
 }
 
@@ -241,13 +241,9 @@ bool Document::isDocumentEdited() const
     return _textStorage->isModified();
 }
 
-void Document::updatePreferences()
+void Document::updatePreferences(const DocumentSettings& settings)
 {
-    UserDefaults& defaults = UserDefaults::standardUserDefaults();
-    _priorityToJapaneseEncoding = defaults.boolForKey(QStringLiteral("PriorityToJapaneseEncoding"));
-    _UTF8AppendByBOM = defaults.boolForKey(QStringLiteral("UTF8AppendByBOM"));
-    _savePanelExtensionHidden = defaults.boolForKey(QStringLiteral("SavePanelExtensionHidden"));
-    _autosavingDelay = defaults.integerForKey(QStringLiteral("AutosavingDelay"));
+    _settings = settings;
 }
 
 bool Document::readFromURL(const QString& path, const QString& type, QString* error,
@@ -303,8 +299,9 @@ bool Document::loadContents(const QString& path, quint64 encoding, QString* erro
     const std::optional<FileStamp> stamp = FileStamp::ofFile(path);
     // No encoding takes more than 8 bytes a character (escape sequences included): a longer
     // run of bytes without a line break is refused before the time to decode it is spent.
-    DecodedContents contents = EncodingManager::sharedEncodingManager().contentsOfURL(
-        QUrl::fromLocalFile(path), encoding, _priorityToJapaneseEncoding, maximumLineLength * 8);
+    DecodedContents contents =
+        _encodings.contentsOfURL(QUrl::fromLocalFile(path), encoding,
+                                 _settings.priorityToJapaneseEncoding, maximumLineLength * 8);
     if (contents.unreadable) {
         return refuse(unreadable);
     }
@@ -388,8 +385,7 @@ bool Document::prepareReading(DecodedContents& contents, const QString& fileName
         } else if (_documentLineBreaks != EncodingManager::KeepLineBreaks) {
             state.lineBreaks = _documentLineBreaks;
         } else {
-            state.lineBreaks = UserDefaults::standardUserDefaults().integerForKey(
-                QStringLiteral("DefaultsLineBreaks"));
+            state.lineBreaks = _settings.defaultsLineBreaks;
         }
         // Without a CR, every line break is an LF: nothing to mix, nothing to count.
         if (contents.lineBreaks == 1 || contents.lineBreaks == 2) {
@@ -411,7 +407,7 @@ bool Document::prepareReading(DecodedContents& contents, const QString& fileName
     contents.text = QString();
     if (!keepLineBreaks && storageText.contains(u'\r')) {
         // The text keeps line feeds only; the file's own style is applied again on saving.
-        storageText = EncodingManager::sharedEncodingManager().replaceLineBreaks(0, storageText);
+        storageText = _encodings.replaceLineBreaks(0, storageText);
     }
     state.reading.standIns.substitute(storageText);
     return true;
@@ -530,8 +526,7 @@ bool Document::writeSafelyToURL(const QString& path, const QString& type, SaveOp
 bool Document::writeToURL(const QString& path, const QString& type, QString* error)
 {
     Q_UNUSED(type);
-    const QString text = EncodingManager::sharedEncodingManager().replaceLineBreaks(
-        _documentLineBreaksForSaving, string());
+    const QString text = _encodings.replaceLineBreaks(_documentLineBreaksForSaving, string());
 
     const QFileInfo target(path);
     const QString name = target.fileName();
@@ -549,7 +544,7 @@ bool Document::writeToURL(const QString& path, const QString& type, QString* err
                        "characters cannot be written in this encoding.")
                         .arg(name, encodingName(_documentEncodingForSaving)));
     }
-    if (_documentEncodingForSaving == kUTF8 && _UTF8AppendByBOM) {
+    if (_documentEncodingForSaving == kUTF8 && _settings.UTF8AppendByBOM) {
         bytes->prepend("\xEF\xBB\xBF");
     }
     SafeFileWriter writer(FileManager::backupDirectoryPath());
@@ -582,7 +577,7 @@ bool Document::revertToContentsOfURL(const QString& path, const QString& type, Q
 
 std::unique_ptr<Document> Document::duplicateAndReturnError() const
 {
-    auto duplicate = std::make_unique<Document>();
+    auto duplicate = std::make_unique<Document>(_encodings, _settings);
     QString text = string();
     // The copy holds the same characters, so the same stand-ins serve it.
     _reading.standIns.substitute(text);
@@ -689,9 +684,8 @@ bool Document::reloadFromFile(QString* error)
 
 DecodedContents Document::readFile(quint64 encoding) const
 {
-    return EncodingManager::sharedEncodingManager().contentsOfURL(
-        QUrl::fromLocalFile(_fileURL), encoding, _priorityToJapaneseEncoding,
-        maximumLineLength * 8);
+    return _encodings.contentsOfURL(QUrl::fromLocalFile(_fileURL), encoding,
+                                    _settings.priorityToJapaneseEncoding, maximumLineLength * 8);
 }
 
 bool Document::reread(DecodedContents contents, quint64 encoding, bool fileLineBreaks,

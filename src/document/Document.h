@@ -2,6 +2,7 @@
 
 #include "document/EncodingManager.h"
 #include "platform/CharacterStandIns.h"
+#include "platform/DocumentSettings.h"
 #include "platform/FileStamp.h"
 
 #include <QObject>
@@ -41,8 +42,10 @@ public:
     /// still for more than a second. Such files are refused with a message.
     static constexpr qsizetype maximumLineLength = 1'000'000;
 
-    /// A new, empty document with the default encoding and line-break style.
-    explicit Document(QObject* parent = nullptr);
+    /// A new, empty document with the encoding and line-break style of `settings`, reading
+    /// and writing its files through `encodings`.
+    Document(EncodingManager& encodings, const DocumentSettings& settings,
+             QObject* parent = nullptr);
     ~Document() override;
 
     /// The text. Every line break in it is one LF, whatever the file holds, except in a file
@@ -75,10 +78,11 @@ public:
     QString windowIdentifier() const { return _windowIdentifier; }
     void setWindowIdentifier(const QString& identifier) { _windowIdentifier = identifier; }
 
-    /// Re-reads the settings a document follows while it is open.
-    void updatePreferences();
-    /// Seconds from the first unsaved change to the recovery copy ("AutosavingDelay").
-    qint64 autosavingDelay() const { return _autosavingDelay; }
+    /// Takes up the settings a document follows while it is open (pushed when they change).
+    void updatePreferences(const DocumentSettings& settings);
+    const DocumentSettings& documentSettings() const { return _settings; }
+    /// Seconds from the first unsaved change to the recovery copy.
+    qint64 autosavingDelay() const { return _settings.autosavingDelay; }
 
     using ReadRequest = DocumentReadRequest;
 
@@ -111,7 +115,7 @@ public:
     bool writeToURL(const QString& path, const QString& type, QString* error = nullptr);
     /// What the save panel's pop-ups show, read by the next Save As.
     void setSavePanelChoice(quint64 encoding, qsizetype lineBreaks);
-    bool savePanelExtensionHidden() const { return _savePanelExtensionHidden; }
+    bool savePanelExtensionHidden() const { return _settings.savePanelExtensionHidden; }
 
     bool revertToContentsOfURL(const QString& path, const QString& type, QString* error = nullptr);
     /// A new untitled document with a copy of the text, the encoding and the style.
@@ -219,11 +223,11 @@ private:
     void replaceUndoably(const QString& storageText, const ReadState& after, bool announce);
     void appendPendingText(qsizetype length);
 
+    EncodingManager& _encodings;
+    DocumentSettings _settings;
     QTextDocument* _textStorage = nullptr;
     quint64 _documentEncoding = 0;
     quint64 _documentEncodingForSaving = ~quint64(0);
-    bool _priorityToJapaneseEncoding = false;
-    bool _UTF8AppendByBOM = false;
     qsizetype _documentLineBreaks = 0;
     qsizetype _documentLineBreaksForSaving = 0;
     QString _revertFileTypeToSet;
@@ -231,8 +235,6 @@ private:
     // _documentLineBreaks; _reading holds the rest of what the last read decided.
     Reading _reading;
     bool _editAnyway = false;
-    qint64 _autosavingDelay = 0;
-    bool _savePanelExtensionHidden = false;
     bool _setUpDefaultPrintInfo = false;
     QString _windowIdentifier;
 

@@ -175,8 +175,9 @@ Result fromDecoded(DecodedContents contents, quint64 encoding, const TextLoader:
 
 } // namespace
 
-TextLoader::TextLoader(QObject* parent)
+TextLoader::TextLoader(EncodingManager& encodings, QObject* parent)
     : QObject(parent)
+    , _encodings(encodings)
 {}
 
 TextLoader::~TextLoader()
@@ -186,8 +187,9 @@ TextLoader::~TextLoader()
     delete _thread;
 }
 
-TextLoader::Result TextLoader::load(const QString& path, quint64 encoding, bool priority,
-                                    const PartFunction& part, const std::atomic<bool>* canceled)
+TextLoader::Result TextLoader::load(EncodingManager& encodings, const QString& path,
+                                    quint64 encoding, bool priority, const PartFunction& part,
+                                    const std::atomic<bool>* canceled)
 {
     // Regular files only: a FIFO would block the reading until some writer appears and a
     // device may never end.
@@ -195,8 +197,7 @@ TextLoader::Result TextLoader::load(const QString& path, quint64 encoding, bool 
         return failed(Status::Unreadable);
     }
     if (encoding != UTF8) {
-        return fromDecoded(EncodingManager::sharedEncodingManager().contentsOfURL(
-                               QUrl::fromLocalFile(path), encoding, priority),
+        return fromDecoded(encodings.contentsOfURL(QUrl::fromLocalFile(path), encoding, priority),
                            encoding, part, canceled);
     }
     QFile file(path);
@@ -206,7 +207,8 @@ TextLoader::Result TextLoader::load(const QString& path, quint64 encoding, bool 
     return loadUtf8File(file, part, canceled);
 }
 
-TextLoader::Result TextLoader::loadData(QByteArray data, quint64 encoding, bool priority)
+TextLoader::Result TextLoader::loadData(EncodingManager& encodings, QByteArray data,
+                                        quint64 encoding, bool priority)
 {
     const qint64 bytes = data.size();
     if (encoding == UTF8) {
@@ -218,8 +220,7 @@ TextLoader::Result TextLoader::loadData(QByteArray data, quint64 encoding, bool 
     }
     DecodedContents contents;
     if (encoding == StringEncoding::NoEncoding) {
-        contents = EncodingManager::sharedEncodingManager().automaticDistinctionWithData(
-            std::move(data), priority);
+        contents = encodings.automaticDistinctionWithData(std::move(data), priority);
     } else if (TextCodec::decode(encoding, data, contents.text)) {
         contents.encoding = encoding;
     }
@@ -245,7 +246,7 @@ void TextLoader::start(const QString& path, quint64 encoding, bool priority)
                 },
                 Qt::QueuedConnection);
         };
-        const Result result = load(path, encoding, priority, part, &_canceled);
+        const Result result = load(_encodings, path, encoding, priority, part, &_canceled);
         QMetaObject::invokeMethod(
             this,
             [this, generation, result] {

@@ -11,6 +11,7 @@
 #include <atomic>
 #include <functional>
 
+class EncodingManager;
 class QThread;
 
 /// Reads a file into a text store's form: decoded, with its line breaks made LF, chunk by
@@ -44,16 +45,19 @@ public:
     using PartFunction = std::function<void(const TextSnapshot&)>;
     static constexpr qsizetype firstPartLength = qsizetype(1) << 18;
 
-    explicit TextLoader(QObject* parent = nullptr);
+    /// Loads with `encodings` (detection, and the encodings read by a converter).
+    explicit TextLoader(EncodingManager& encodings, QObject* parent = nullptr);
     /// Stops a load still running and waits for its thread.
     ~TextLoader() override;
 
     /// Reads the file in `encoding` (StringEncoding::NoEncoding: detected as
     /// EncodingManager does, Japanese first when `priority`), on the calling thread.
-    static Result load(const QString& path, quint64 encoding, bool priority,
-                       const PartFunction& part = {}, const std::atomic<bool>* canceled = nullptr);
+    static Result load(EncodingManager& encodings, const QString& path, quint64 encoding,
+                       bool priority, const PartFunction& part = {},
+                       const std::atomic<bool>* canceled = nullptr);
     /// The same for bytes already in memory.
-    static Result loadData(QByteArray data, quint64 encoding, bool priority);
+    static Result loadData(EncodingManager& encodings, QByteArray data, quint64 encoding,
+                           bool priority);
 
     /// Loads on a worker thread; partLoaded and finished come on this object's thread. A
     /// load still running is canceled first and its signals never come.
@@ -69,6 +73,7 @@ Q_SIGNALS:
     void finished(const TextLoader::Result& result);
 
 private:
+    EncodingManager& _encodings;
     QThread* _thread = nullptr;
     std::atomic<bool> _canceled{false};
     int _generation = 0;

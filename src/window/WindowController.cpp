@@ -10,6 +10,7 @@
 #include "editor/UndoActionNames.h"
 #include "platform/FileManager.h"
 #include "platform/NotificationCenter.h"
+#include "platform/Preferences.h"
 #include "platform/SpellChecker.h"
 #include "platform/StringEncoding.h"
 #include "platform/TextCodec.h"
@@ -635,7 +636,7 @@ void WindowController::updatePreferences(QObject* sender)
         _window->splitView()->setOrientation(_useVerticalforSplitView ? Qt::Horizontal
                                                                       : Qt::Vertical);
     }
-    _document->updatePreferences();
+    _document->updatePreferences(Preferences::sharedPreferences().values().document);
 }
 
 // Document commands --------------------------------------------------------------------

@@ -93,7 +93,7 @@ TEST(FirstStart, ReadsItsSettingsAndClearsTheReadingFlags)
     DocumentController& controller = DocumentController::sharedDocumentController();
     controller.setIsOpenPanel(true);
     controller.awakeFromNib();
-    EXPECT_EQ(Document().autosavingDelay(), 45);
+    EXPECT_EQ(TestDocument().autosavingDelay(), 45);
     EXPECT_EQ(controller.openDefaultsTextEncoding(), 8u);
     EXPECT_FALSE(controller.isOpenPanel());
     defaults.removeObjectForKey("AutosavingDelay");

@@ -1,5 +1,6 @@
 #include "app/PreferencesController.h"
 
+#include "TestSupport.h"
 #include "app/AppDelegate.h"
 #include "app/Application.h"
 #include "app/ColorWell.h"
@@ -251,7 +252,7 @@ TEST(PreferencesController, OpenWindowsTakeUpChangesWhenTheWindowCloses)
     QFile::copy(":/SyntaxDefinition/C.plist", c);
     QFile::setPermissions(c, QFile::permissions(c) | QFile::WriteOwner);
 
-    auto* document = new Document;
+    auto* document = new TestDocument;
     auto* window = new WindowController(document);
     window->windowDidLoad();
     const bool shown = window->showGutterView();
@@ -277,7 +278,7 @@ TEST(PreferencesController, OpenWindowsTakeUpChangesWhenTheWindowCloses)
 
 TEST(PreferencesController, TheEditMenuOpensTheWindow)
 {
-    auto* document = new Document;
+    auto* document = new TestDocument;
     auto* window = new WindowController(document);
     window->windowDidLoad();
     auto* menu = new MainMenu(window); // owned by the window controller

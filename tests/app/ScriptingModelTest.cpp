@@ -98,7 +98,7 @@ TEST_F(ScriptingModel, DocumentProperties)
     EXPECT_EQ(scripting->contents(), "all");
 
     // A document without a window.
-    Document alone;
+    TestDocument alone;
     ScriptingDocument* bare = ScriptingDocument::of(&alone);
     EXPECT_EQ(bare->selection(), "");
     EXPECT_FALSE(bare->textRange());

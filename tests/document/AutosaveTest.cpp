@@ -5,6 +5,7 @@
 #include "document/Document.h"
 #include "document/DocumentTextCopy.h"
 #include "document/RecoveryStore.h"
+#include "platform/PreferencesValues.h"
 #include "platform/UserDefaults.h"
 
 #include <QAbstractButton>
@@ -59,11 +60,10 @@ void type(Document* document, const QString& text)
 
 TEST(Autosave, KeepsACopyWhileTheUserTypesAndNeverWritesTheFile)
 {
-    UserDefaults::standardUserDefaults().setInteger(1, "AutosavingDelay");
-    DocumentController& controller = DocumentController::sharedDocumentController();
-    controller.updatePreferences();
-    controller.discardAllDocuments();
-    RecoveryStore& store = RecoveryStore::sharedRecoveryStore();
+    TestRoot root;
+    root.userDefaults().setInteger(1, SettingsKey::AutosavingDelay);
+    DocumentController& controller = root.documentController();
+    RecoveryStore& store = root.recoveryStore();
     const QByteArray onDisk = "on disk\r\n";
     const QString path = TestSupport::writeFile(TestSupport::makeTempDir() + "/notes.txt", onDisk);
     const auto copyOf = [&](Document* document) {
@@ -112,10 +112,6 @@ TEST(Autosave, KeepsACopyWhileTheUserTypesAndNeverWritesTheFile)
     EXPECT_TRUE(controller.saveDocument(document));
     EXPECT_EQ(TestSupport::readFile(path), "on disk\r\nsaved\r\n");
     EXPECT_FALSE(QFile::exists(saved));
-
-    controller.discardAllDocuments();
-    UserDefaults::standardUserDefaults().removeObjectForKey("AutosavingDelay");
-    controller.updatePreferences();
 }
 
 TEST(Autosave, TheTextIsCopiedInSlicesThatFollowTheEditsMadeMeanwhile)
@@ -127,7 +123,7 @@ TEST(Autosave, TheTextIsCopiedInSlicesThatFollowTheEditsMadeMeanwhile)
         bytes += "line " + QByteArray::number(i) + (i % 60 == 7 ? "\xE2\x80\xA9" : "") + "\n";
     }
     const QString path = TestSupport::writeFile(TestSupport::makeTempDir() + "/sliced.txt", bytes);
-    Document document;
+    TestDocument document;
     ASSERT_TRUE(document.readFromURL(path, QString()));
     document.finishLoading();
     ASSERT_TRUE(document.string().contains(QChar(0x2029)));
@@ -176,7 +172,7 @@ TEST(Autosave, ACopyIsWrittenByAWorkerWhileTheUserTypesOn)
 {
     const QString root = TestSupport::makeTempDir() + "/Recovery";
     RecoveryStore store(root);
-    Document document;
+    TestDocument document;
     // More than a slice, the first ending between the halves of a pair.
     QString text(1024 * 1024 - 1, u'a');
     for (int i = 0; i < 30000; ++i) {

@@ -3,7 +3,6 @@
 #include "TestSupport.h"
 #include "platform/ExtendedAttributes.h"
 #include "platform/TextCodec.h"
-#include "platform/UserDefaults.h"
 
 #include <QDir>
 #include <QFile>
@@ -31,17 +30,16 @@ bool xattrsWork(const QString& dir)
 
 TEST(Document, NewDocumentTakesTheDefaults)
 {
-    UserDefaults::standardUserDefaults().setUnsignedInteger(kMacRoman, "DefaultsTextEncoding");
-    UserDefaults::standardUserDefaults().setInteger(2, "DefaultsLineBreaks");
-    Document document;
+    DocumentSettings settings = TestSupport::documentSettings();
+    settings.defaultsTextEncoding = kMacRoman;
+    settings.defaultsLineBreaks = 2;
+    Document document(TestSupport::encodings(), settings);
     EXPECT_EQ(document.documentEncoding(), kMacRoman);
     EXPECT_EQ(document.documentLineBreaks(), 2);
     EXPECT_EQ(document.documentEncodingForSaving(), kNone);
     EXPECT_TRUE(document.textStorage()->isEmpty());
     EXPECT_FALSE(document.isDocumentEdited());
     EXPECT_FALSE(document.textStorage()->isUndoAvailable());
-    UserDefaults::standardUserDefaults().removeObjectForKey("DefaultsTextEncoding");
-    UserDefaults::standardUserDefaults().removeObjectForKey("DefaultsLineBreaks");
 }
 
 TEST(Document, EncodingChoiceFollowsHowTheReadStarted)
@@ -53,14 +51,14 @@ TEST(Document, EncodingChoiceFollowsHowTheReadStarted)
     using Request = Document::ReadRequest;
 
     // Open panel with an encoding chosen: that encoding.
-    Document chosen;
+    TestDocument chosen;
     ASSERT_TRUE(chosen.readFromURL(latin, QString(), nullptr, {Request::OpenPanel, kMacRoman}));
     EXPECT_EQ(chosen.documentEncoding(), kMacRoman);
     // 0xE9 is "È" in Mac OS Roman.
     EXPECT_EQ(chosen.string(), QStringLiteral("caf\u00c8\n"));
 
     // Any other read detects.
-    Document detected;
+    TestDocument detected;
     ASSERT_TRUE(detected.readFromURL(utf8, QString()));
     EXPECT_EQ(detected.documentEncoding(), kUTF8);
     EXPECT_EQ(detected.string(), QStringLiteral("caf\u00e9\n"));
@@ -74,7 +72,7 @@ TEST(Document, EncodingChoiceFollowsHowTheReadStarted)
     EXPECT_EQ(detected.string(), QStringLiteral("caf\u00c3\u00a9\n"));
 
     // Reopening at launch does the same.
-    Document reopened;
+    TestDocument reopened;
     reopened.setDocumentEncoding(kMacRoman);
     ASSERT_TRUE(reopened.readFromURL(latin, QString(), nullptr, {Request::Reopen}));
     EXPECT_EQ(reopened.documentEncoding(), kMacRoman);
@@ -82,10 +80,10 @@ TEST(Document, EncodingChoiceFollowsHowTheReadStarted)
     if (xattrsWork(dir)) {
         // The attribute wins over detection and over the current encoding.
         ASSERT_TRUE(Document::setTextEncodingAttribute(kLatin1, utf8));
-        Document byAttribute;
+        TestDocument byAttribute;
         ASSERT_TRUE(byAttribute.readFromURL(utf8, QString()));
         EXPECT_EQ(byAttribute.documentEncoding(), kLatin1);
-        Document automatic;
+        TestDocument automatic;
         ASSERT_TRUE(automatic.readFromURL(utf8, QString(), nullptr, {Request::OpenPanel, kNone}));
         EXPECT_EQ(automatic.documentEncoding(), kLatin1);
     }
@@ -96,7 +94,7 @@ TEST(Document, LineBreaksAreKeptAsReadAndConvertedOnSave)
     const QString dir = TestSupport::makeTempDir();
     const QString crlf = TestSupport::writeFile(dir + "/crlf.txt", "a\r\nb\r\n");
     const QString cr = TestSupport::writeFile(dir + "/cr.txt", "a\rb\r");
-    Document document;
+    TestDocument document;
     ASSERT_TRUE(document.readFromURL(crlf, QString()));
     EXPECT_EQ(document.documentLineBreaks(), 2);
     // In memory every line break is one LF.
@@ -104,7 +102,7 @@ TEST(Document, LineBreaksAreKeptAsReadAndConvertedOnSave)
     ASSERT_TRUE(document.writeSafelyToURL(crlf, QString(), Document::Save));
     EXPECT_EQ(TestSupport::readFile(crlf), "a\r\nb\r\n");
 
-    Document classic;
+    TestDocument classic;
     ASSERT_TRUE(classic.readFromURL(cr, QString()));
     EXPECT_EQ(classic.documentLineBreaks(), 1);
     // Save As with CRLF chosen converts the file, not the text in memory.
@@ -120,7 +118,7 @@ TEST(Document, LineBreaksAreKeptAsReadAndConvertedOnSave)
     const QString odd = TestSupport::writeFile(dir + "/odd.txt", "a\xe2\x80\xa8"
                                                                  "b\xc2\x85"
                                                                  "c\n");
-    Document separators;
+    TestDocument separators;
     ASSERT_TRUE(separators.readFromURL(odd, QString()));
     ASSERT_TRUE(separators.writeSafelyToURL(odd, QString(), Document::Save));
     EXPECT_EQ(TestSupport::readFile(odd), "a\xe2\x80\xa8"
@@ -132,22 +130,23 @@ TEST(Document, ByteOrderMarkRules)
 {
     const QString dir = TestSupport::makeTempDir();
     const QString marked = TestSupport::writeFile(dir + "/bom.txt", "\xef\xbb\xbfhi\n");
-    Document document;
+    TestDocument document;
     ASSERT_TRUE(document.readFromURL(marked, QString()));
     EXPECT_EQ(document.documentEncoding(), kUTF8);
     // The mark is not part of the text...
     EXPECT_EQ(document.string(), "hi\n");
     // ...so a save with the option on writes exactly one, and with it off none.
-    UserDefaults::standardUserDefaults().setBool(true, "UTF8AppendByBOM");
-    document.updatePreferences();
+    DocumentSettings settings = document.documentSettings();
+    settings.UTF8AppendByBOM = true;
+    document.updatePreferences(settings);
     ASSERT_TRUE(document.writeSafelyToURL(marked, QString(), Document::Save));
     EXPECT_EQ(TestSupport::readFile(marked), "\xef\xbb\xbfhi\n");
     document.setSavePanelChoice(kUTF16, 0);
     const QString wide = dir + "/wide.txt";
     ASSERT_TRUE(document.writeSafelyToURL(wide, QString(), Document::SaveAs));
     EXPECT_FALSE(TestSupport::readFile(wide).startsWith("\xef\xbb\xbf"));
-    UserDefaults::standardUserDefaults().removeObjectForKey("UTF8AppendByBOM");
-    document.updatePreferences();
+    settings.UTF8AppendByBOM = false;
+    document.updatePreferences(settings);
     document.setSavePanelChoice(kUTF8, 0);
     ASSERT_TRUE(document.writeSafelyToURL(marked, QString(), Document::SaveAs));
     EXPECT_EQ(TestSupport::readFile(marked), "hi\n");
@@ -157,7 +156,7 @@ TEST(Document, FailedSavesLeaveTheFileAndTheDocumentAsTheyWere)
 {
     const QString dir = TestSupport::makeTempDir();
     const QString path = TestSupport::writeFile(dir + "/keep.txt", "old bytes\n");
-    Document document;
+    TestDocument document;
     ASSERT_TRUE(document.readFromURL(path, QString()));
     const quint64 encoding = document.documentEncoding();
     document.setTextStorage(QStringLiteral("new text with \u65e5\u672c\n"));
@@ -182,13 +181,13 @@ TEST(Document, EmptyAndUnreadableFiles)
 {
     const QString dir = TestSupport::makeTempDir();
     const QString empty = TestSupport::writeFile(dir + "/empty.txt", "");
-    UserDefaults::standardUserDefaults().setUnsignedInteger(kShiftJIS, "DefaultsTextEncoding");
-    Document document;
+    DocumentSettings settings = TestSupport::documentSettings();
+    settings.defaultsTextEncoding = kShiftJIS;
+    Document document(TestSupport::encodings(), settings);
     ASSERT_TRUE(document.readFromURL(empty, QString()));
     EXPECT_EQ(document.documentEncoding(), kShiftJIS);
-    UserDefaults::standardUserDefaults().removeObjectForKey("DefaultsTextEncoding");
 
-    Document folder;
+    TestDocument folder;
     QString error;
     EXPECT_FALSE(folder.readFromURL(dir, QString(), &error));
     EXPECT_FALSE(error.isEmpty());
@@ -231,7 +230,7 @@ TEST(Document, DuplicateAndReplace)
     const QString dir = TestSupport::makeTempDir();
     const QString file = TestSupport::writeFile(dir + "/notes.txt", "first\r\nsecond\r\n");
 
-    Document document;
+    TestDocument document;
     ASSERT_TRUE(document.readFromURL(file, QString()));
     EXPECT_EQ(document.documentLineBreaks(), 2);
 
@@ -260,7 +259,7 @@ TEST(Document, LargeFilesGoInPieceByPieceAndAreWholeForEveryReader)
     QString expected = QString::fromUtf8(bytes);
     expected.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
 
-    Document document;
+    TestDocument document;
     QList<bool> changes;
     QObject::connect(&document, &Document::loadingChanged,
                      [&](bool loading) { changes << loading; });
@@ -316,7 +315,7 @@ TEST(Document, OtherEncodingsAreDetectedSavedByteForByteAndNamedByTheAttribute)
         const QByteArray bytes = TextCodec::encode(c.encoding, c.text).value_or(QByteArray());
         ASSERT_FALSE(bytes.isEmpty());
         TestSupport::writeFile(path, bytes);
-        Document document;
+        TestDocument document;
         ASSERT_TRUE(document.readFromURL(path, QString()));
         EXPECT_EQ(document.documentEncoding(), c.encoding);
         EXPECT_EQ(document.string(), QString(c.text).replace(u"\r\n"_qs, u"\n"_qs));
@@ -331,7 +330,7 @@ TEST(Document, OtherEncodingsAreDetectedSavedByteForByteAndNamedByTheAttribute)
     // The attribute holds the IANA name and reading it back chooses the encoding over detection.
     ASSERT_TRUE(Document::setTextEncodingAttribute(kKOI8R, file));
     EXPECT_EQ(ExtendedAttributes::read(file, "com.apple.TextEncoding").value_or(""), "KOI8-R;2562");
-    Document byAttribute;
+    TestDocument byAttribute;
     ASSERT_TRUE(byAttribute.readFromURL(file, QString()));
     EXPECT_EQ(byAttribute.documentEncoding(), kKOI8R);
     // Another program's attribute may hold the name alone.

@@ -51,7 +51,7 @@ TEST(FileContents, EveryCharacterButLineBreaksComesBackByteForByte)
         SCOPED_TRACE(c.file);
         const QByteArray bytes = TestSupport::readFile(fixture(c.file));
         const QString path = copyOf(c.file);
-        Document document;
+        TestDocument document;
         ASSERT_TRUE(document.readFromURL(path, QString()));
         ASSERT_EQ(document.documentEncoding(), kUTF8);
         // U+2029 and QTextDocument's frame marks end no line; string() gives them back.
@@ -94,7 +94,7 @@ TEST(FileContents, FilesThatAreNotTextOpenReadOnlyAndKeepTheirBytes)
     for (const auto& c : cases) {
         SCOPED_TRACE(c.path.toStdString());
         const QByteArray bytes = TestSupport::readFile(c.path);
-        Document document;
+        TestDocument document;
         ASSERT_TRUE(document.readFromURL(c.path, QString()));
         EXPECT_EQ(document.nonTextReason(), c.reason);
         EXPECT_EQ(document.isReadOnly(), c.reason != NonTextReason::None);
@@ -146,7 +146,7 @@ TEST(FileContents, MixedLineBreaksAreCountedAndSavedInTheDocumentsStyle)
     for (const auto& c : cases) {
         SCOPED_TRACE(c.bytes.toStdString());
         const QString path = TestSupport::writeFile(dir + "/file.txt", c.bytes);
-        Document document;
+        TestDocument document;
         ASSERT_TRUE(document.readFromURL(path, QString()));
         const LineBreakCounts counts = document.lineBreaksAsRead();
         EXPECT_EQ(counts.lineFeeds, c.counts.lineFeeds);
@@ -165,7 +165,7 @@ TEST(FileContents, ReopeningInAnotherEncodingIsOneUndoableStep)
     const QString dir = TestSupport::makeTempDir();
     // "café" in ISO Latin 1; "È" in Mac OS Roman, and no UTF-8 at all.
     const QString path = TestSupport::writeFile(dir + "/cafe.txt", "caf\xe9\n");
-    Document document;
+    TestDocument document;
     ASSERT_TRUE(document.readFromURL(path, QString()));
     const quint64 detected = document.documentEncoding();
     ASSERT_EQ(document.string(), QStringLiteral("caf\u00e9\n"));

@@ -47,7 +47,7 @@ TEST(HostileFiles, BinaryAndInvalidUtf8OpenWithEveryByteKept)
                               4));
     binary[100] = '\0';
     const QString binaryPath = TestSupport::writeFile(dir + "/program.bin", binary);
-    Document document;
+    TestDocument document;
     const Opened opened = open(document, binaryPath);
     if (opened.ok) {
         // Whatever encoding decodes it, the NUL bytes are characters like any other.
@@ -60,7 +60,7 @@ TEST(HostileFiles, BinaryAndInvalidUtf8OpenWithEveryByteKept)
     // Invalid UTF-8 opens in an encoding that keeps every byte...
     const QByteArray invalid = "caf\xc3 \xff\xfe ok \xed\xa0\x80 \xc0\xaf\nend\n";
     const QString invalidPath = TestSupport::writeFile(dir + "/invalid.txt", invalid);
-    Document detected;
+    TestDocument detected;
     ASSERT_TRUE(open(detected, invalidPath).ok);
     EXPECT_NE(detected.documentEncoding(), kUTF8);
     const QString copy = dir + "/copy.txt";
@@ -68,7 +68,7 @@ TEST(HostileFiles, BinaryAndInvalidUtf8OpenWithEveryByteKept)
     EXPECT_EQ(TestSupport::readFile(copy), invalid);
 
     // ...and is refused, with a message, when UTF-8 is asked for.
-    Document strict;
+    TestDocument strict;
     const Opened refused = open(strict, invalidPath, {Document::ReadRequest::OpenPanel, kUTF8});
     EXPECT_FALSE(refused.ok);
     EXPECT_EQ(refused.error.toStdString(),
@@ -84,11 +84,11 @@ TEST(HostileFiles, LinesLongerThanTheLimitAreRefusedNamingTheLine)
     // A line of exactly the limit opens; one character more does not.
     QByteArray bytes = "short\n" + QByteArray(limit, 'x') + "\nend\n";
     const QString fits = TestSupport::writeFile(dir + "/fits.txt", bytes);
-    Document document;
+    TestDocument document;
     ASSERT_TRUE(open(document, fits).ok);
     bytes.insert(6, 'x');
     const QString over = TestSupport::writeFile(dir + "/over.txt", bytes);
-    Document refused;
+    TestDocument refused;
     const Opened opened = open(refused, over);
     EXPECT_FALSE(opened.ok);
     EXPECT_EQ(opened.error.toStdString(),
@@ -123,7 +123,7 @@ TEST(HostileFiles, LinesLongerThanTheLimitAreRefusedNamingTheLine)
     // A file of many short lines that end at CR alone is no single long line.
     const QString classic = TestSupport::writeFile(
         dir + "/classic.txt", QByteArray("abcdefghi\r").repeated(limit / 10 + 10));
-    Document crLines;
+    TestDocument crLines;
     ASSERT_TRUE(open(crLines, classic).ok);
 
     // Lines end at LF, CR and CR LF alike, whether bytes or characters are counted.
@@ -142,7 +142,7 @@ TEST(HostileFiles, PipesAndFilesThatFailWhileReadAreRefusedWithoutBlocking)
     // A pipe no one writes into would block a reader forever.
     const QString fifo = dir + "/pipe";
     ASSERT_EQ(mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
-    Document document;
+    TestDocument document;
     Opened opened = open(document, fifo);
     EXPECT_FALSE(opened.ok);
     EXPECT_EQ(opened.error.toStdString(),
@@ -171,7 +171,7 @@ TEST(HostileFiles, FileTakenAwayWhileItsTextGoesInStillLoadsWhole)
         bytes += "line " + QByteArray::number(line) + "\n";
     }
     const QString path = TestSupport::writeFile(dir + "/going.txt", bytes);
-    Document document;
+    TestDocument document;
     ASSERT_TRUE(open(document, path).ok);
     ASSERT_TRUE(document.isLoading());
     // Another program makes the file unreadable, then deletes it: the text was read whole

@@ -111,7 +111,7 @@ TEST(RecoveryStore, OrphansComeBackWhateverTheirLockSaysAndKeepTheStateOfTheirFi
     controller.discardAllDocuments();
 
     const auto edited = [&](const QString& name, const QByteArray& onDisk, const QString& text) {
-        auto* document = new Document(&controller);
+        auto* document = new TestDocument(&controller);
         if (!name.isEmpty()) {
             EXPECT_TRUE(
                 document->readFromURL(TestSupport::writeFile(dir + "/" + name, onDisk), QString()));
@@ -148,7 +148,7 @@ TEST(RecoveryStore, OrphansComeBackWhateverTheirLockSaysAndKeepTheStateOfTheirFi
     RecoveryStore alive(root);
     ASSERT_TRUE(alive.writeCopy(running));
     // A document without unsaved changes leaves no copy.
-    Document clean;
+    TestDocument clean;
     EXPECT_TRUE(alive.writeCopy(&clean));
     EXPECT_EQ(filesIn(alive.folder()).filter(".copy").size(), 1);
 
@@ -227,7 +227,7 @@ TEST(RecoveryStore, AFullDiskOrAFolderThatCannotBeMadeNeverCostsTheLastGoodCopy)
 {
     // A folder that cannot be made is named with the system's reason, once per run.
     const QString blocked = TestSupport::writeFile(TestSupport::makeTempDir() + "/file", "x");
-    Document document;
+    TestDocument document;
     document.setTextStorage(QStringLiteral("good copy\n"));
     {
         RecoveryStore store(blocked + "/Recovery");

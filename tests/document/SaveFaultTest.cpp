@@ -100,7 +100,7 @@ TEST(SaveFaults, DISABLED_OnAFullOrReadOnlyDisk)
 
     for (const Case& c : cases) {
         const QString path = disk + "/" + c.name;
-        Document document;
+        TestDocument document;
         ASSERT_TRUE(document.readFromURL(path, QString()));
         document.setTextStorage(c.text);
         QString error;
@@ -122,7 +122,7 @@ TEST(SaveFaults, DISABLED_OnAFullOrReadOnlyDisk)
               0);
     {
         const QString path = disk + "/small.txt";
-        Document document;
+        TestDocument document;
         ASSERT_TRUE(document.readFromURL(path, QString()));
         document.setTextStorage("new\n");
         QString error;
@@ -138,7 +138,7 @@ TEST(SaveFaults, DISABLED_OnAFullOrReadOnlyDisk)
     ASSERT_TRUE(QFile::remove(disk + "/filler"));
     for (const Case& c : cases) {
         const QString path = disk + "/" + c.name;
-        Document document;
+        TestDocument document;
         ASSERT_TRUE(document.readFromURL(path, QString()));
         document.setTextStorage(c.text);
         QString error;
@@ -231,7 +231,7 @@ TEST(SaveFaults, DISABLED_WhenSystemCallsFail)
         }
         const ino_t inode = inodeOf(path);
         const QStringList files = filesIn(dir);
-        Document document;
+        TestDocument document;
         ASSERT_TRUE(document.readFromURL(path, QString()));
         document.setTextStorage(text);
 
@@ -288,7 +288,7 @@ TEST(SaveFaults, DISABLED_WhenSystemCallsFail)
 
     // With the shim still there but asked for nothing, saving works.
     const QString path = TestSupport::writeFile(dir + "/last.txt", old);
-    Document document;
+    TestDocument document;
     ASSERT_TRUE(document.readFromURL(path, QString()));
     document.setTextStorage(text);
     EXPECT_TRUE(document.writeSafelyToURL(path, QString(), Document::Save));
@@ -312,7 +312,7 @@ TEST(SaveFaults, FileChangedReplacedOrDeletedByAnotherProgram)
 {
     const QString dir = TestSupport::makeTempDir();
     const QString path = TestSupport::writeFile(dir + "/shared.txt", "first\n");
-    Document document;
+    TestDocument document;
     ASSERT_TRUE(document.readFromURL(path, QString()));
     document.setTextStorage("mine\n");
     QString error;
@@ -371,7 +371,7 @@ TEST(SaveFaults, DISABLED_SavesInALoopUntilKilled)
 {
     const QString path = qEnvironmentVariable(kSaveLoopVariable);
     ASSERT_FALSE(path.isEmpty());
-    Document document;
+    TestDocument document;
     ASSERT_TRUE(document.readFromURL(path, QString()));
     const QString texts[] = {largeText('a', 1 << 20), largeText('b', 1 << 20)};
     std::fputs("saving\n", stdout);

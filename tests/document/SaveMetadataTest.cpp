@@ -57,7 +57,7 @@ QByteArray aclGrantingUser4242()
 // Opens `path`, replaces its text and saves it; the checks that every successful save passes.
 void saveNewText(const QString& path, const QString& text, quint64 encoding = kUTF8)
 {
-    Document document;
+    TestDocument document;
     ASSERT_TRUE(document.readFromURL(path, QString()));
     document.setTextStorage(text);
     document.setSavePanelChoice(encoding, 0);
@@ -177,7 +177,7 @@ TEST(SaveMetadata, WhatMayNotBeWrittenIsRefusedNamingTheMissingPermission)
                             "permission to write in the folder “shut”."},
     };
     for (const Case& c : cases) {
-        Document document;
+        TestDocument document;
         ASSERT_TRUE(document.readFromURL(locked, QString()));
         document.setTextStorage("mine\n");
         document.setSavePanelChoice(kUTF8, 0);

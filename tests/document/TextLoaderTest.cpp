@@ -85,8 +85,10 @@ TEST(TextLoaderTest, LoadingGivesTheTextThatDecodingTheWholeFileGives)
 
         const QString path = fileWith(test.bytes);
         for (const TextLoader::Result& result :
-             {TextLoader::load(path, test.encoding, false),
-              TextLoader::loadData(test.bytes, test.encoding, false)}) {
+             {TextLoader::load(EncodingManager::sharedEncodingManager(), path, test.encoding,
+                               false),
+              TextLoader::loadData(EncodingManager::sharedEncodingManager(), test.bytes,
+                                   test.encoding, false)}) {
             ASSERT_EQ(result.status, TextLoader::Status::Loaded);
             EXPECT_EQ(result.text.string(), expected);
             EXPECT_EQ(result.encoding, encoding);
@@ -122,8 +124,9 @@ TEST(TextLoaderTest, WhatCannotBeReadOrDecodedGivesNoText)
     for (const auto& test : cases) {
         SCOPED_TRACE(test.name);
         int parts = 0;
-        const TextLoader::Result result = TextLoader::load(
-            test.path, test.encoding, false, [&parts](const TextSnapshot&) { ++parts; });
+        const TextLoader::Result result =
+            TextLoader::load(EncodingManager::sharedEncodingManager(), test.path, test.encoding,
+                             false, [&parts](const TextSnapshot&) { ++parts; });
         EXPECT_EQ(result.status, test.status);
         EXPECT_TRUE(result.text.isEmpty());
         if (test.path == invalidInTheMiddle) {
@@ -140,7 +143,7 @@ TEST(TextLoaderTest, AWorkerLoadsWhileTheStartOfTheTextCanBeShown)
         0, *TextCodec::decode(UTF8, bytes));
     const QString path = fileWith(bytes);
 
-    TextLoader loader;
+    TextLoader loader(EncodingManager::sharedEncodingManager());
     std::vector<TextSnapshot> parts;
     std::optional<TextLoader::Result> finished;
     QObject::connect(&loader, &TextLoader::partLoaded,

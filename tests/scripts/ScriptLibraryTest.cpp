@@ -98,7 +98,7 @@ TEST_F(ScriptLibraryTest, AddScriptAndNewName)
     AlertRecorder recorder;
     // Windows take their syntax from the identifier when they are built.
     const auto windowOf = [](const QString& identifier) {
-        Document* document = new Document;
+        Document* document = new TestDocument;
         document->setWindowIdentifier(identifier);
         document->textStorage()->setPlainText(QStringLiteral("print 1;\n"));
         auto* controller = new WindowController(document);

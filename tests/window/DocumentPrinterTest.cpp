@@ -11,7 +11,7 @@ TEST(DocumentPrinter, PdfExportReplacesAnOlderFileOnlyWhenItSucceeds)
 {
     const QString dir = TestSupport::makeTempDir();
     const QString file = TestSupport::writeFile(dir + "/notes.txt", "first\r\nsecond\r\n");
-    Document document;
+    TestDocument document;
     ASSERT_TRUE(document.readFromURL(file, QString()));
 
     const QString pdf = TestSupport::writeFile(dir + "/notes.pdf", "old");

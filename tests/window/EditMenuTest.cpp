@@ -1,3 +1,4 @@
+#include "TestSupport.h"
 #include "app/MainMenu.h"
 #include "document/Document.h"
 #include "editor/TextView.h"
@@ -25,7 +26,7 @@ QAction* itemTitled(QMenu* menu, const QString& prefix)
 
 TEST(EditMenu, UndoAndRedoNameTheirSteps)
 {
-    auto* document = new Document;
+    auto* document = new TestDocument;
     document->textStorage()->setPlainText(QStringLiteral("ABC\ndef"));
     auto* controller = new WindowController(document);
     controller->windowDidLoad();

@@ -13,7 +13,7 @@
 TEST(InfoController, FieldsOfSavedAndUntitledDocuments)
 {
     InfoController pane;
-    Document untitled;
+    TestDocument untitled;
     pane.updateInformationOfDocument(&untitled, QString());
     for (QLabel* field :
          {pane.ownerAccountField(), pane.groupField(), pane.fileSizeField(), pane.creationField(),
@@ -32,7 +32,7 @@ TEST(InfoController, FieldsOfSavedAndUntitledDocuments)
         ASSERT_TRUE(file.setFileTime(QDateTime(QDate(2013, 3, 3), QTime(9, 5)),
                                      QFileDevice::FileModificationTime));
     }
-    Document saved;
+    TestDocument saved;
     ASSERT_TRUE(saved.readFromURL(path, QString()));
     saved.setFileURL(path);
     pane.updateInformationOfDocument(&saved, QStringLiteral("Perl"));

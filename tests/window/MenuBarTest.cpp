@@ -30,7 +30,7 @@
 namespace {
 
 struct Window {
-    Document* document = new Document;
+    Document* document = new TestDocument;
     WindowController* controller = nullptr;
     MainMenu* menu = nullptr;
 

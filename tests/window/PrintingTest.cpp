@@ -13,7 +13,7 @@ namespace {
 
 TEST(Printing, TheTextHasTheSizeOfItsFontInPoints)
 {
-    Document document;
+    TestDocument document;
     QString text;
     for (int line = 1; line <= 200; ++line) {
         text += QStringLiteral("line %1\n").arg(line);

@@ -37,7 +37,7 @@ namespace {
 
 /// A document window as the document controller makes one, shown offscreen.
 struct Window {
-    Document* document = new Document;
+    Document* document = new TestDocument;
     WindowController* controller = nullptr;
     MainMenu* menu = nullptr;
 

@@ -1,3 +1,4 @@
+#include "TestSupport.h"
 #include "document/Document.h"
 #include "editor/LayoutManager.h"
 #include "editor/SpellCheckingController.h"
@@ -24,7 +25,7 @@ UserDefaults& store()
 
 // A shown window with spell checking on in American English.
 struct CheckedWindow {
-    Document* document = new Document;
+    Document* document = new TestDocument;
     WindowController* controller = nullptr;
 
     explicit CheckedWindow(const QString& text)

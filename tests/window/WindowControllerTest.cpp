@@ -31,7 +31,7 @@
 namespace {
 
 struct Window {
-    Document* document = new Document;
+    Document* document = new TestDocument;
     WindowController* controller = nullptr;
 
     explicit Window(const QString& text = QString(), const QString& identifier = QString())

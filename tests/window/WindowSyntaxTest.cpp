@@ -236,7 +236,7 @@ TEST(WindowSyntax, RestorationAppliesTheSavedSyntax)
     ASSERT_TRUE(PropertyList::writeXml(
         perl, FileManager::syntaxDefinitionDirectoryPathInPath("Perl.plist")));
 
-    auto* document = new Document;
+    auto* document = new TestDocument;
     document->setWindowIdentifier(QStringLiteral("2:Perl"));
     document->textStorage()->setPlainText(QStringLiteral("my $x = 1; # note\nsub f { }\n"));
     auto* controller = new WindowController(document);

@@ -2,6 +2,11 @@
 
 #include "PrivateHome.h"
 #include "app/Application.h"
+#include "editor/CompletionManager.h"
+#include "editor/TextView.h"
+#include "platform/Preferences.h"
+#include "platform/SpellChecker.h"
+#include "syntax/SyntaxManager.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -172,6 +177,15 @@ Idle waitUntilIdle(int quietMs, int limitMs)
     idle.busyMs = quiet ? quietSince : double(timer.nsecsElapsed()) / 1e6;
     idle.cpuMs = (quiet ? cpuAtQuiet : processCpuMilliseconds()) - cpuStart;
     return idle;
+}
+
+std::unique_ptr<EditorController> makeEditorController()
+{
+    const EditorServices services{CompletionManager::sharedCompletionManager(),
+                                  SyntaxManager::sharedSyntaxManager(),
+                                  SpellChecker::sharedSpellChecker()};
+    return std::make_unique<EditorController>(services,
+                                              Preferences::sharedPreferences().values().editor);
 }
 
 int runWithApplication(int argc, char** argv)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "editor/EditorController.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -26,6 +28,9 @@ int runWithApplication(int argc, char** argv);
 /// a benchmark keeps across runs (windows, documents) must go before the application does.
 /// Releases run in the reverse order of their registration.
 void releaseBeforeApplicationEnds(std::function<void()> release);
+
+/// An editor pane as a window makes one: the shared managers and the shipped settings.
+std::unique_ptr<EditorController> makeEditorController();
 
 /// CPU time of the whole process (every thread) in milliseconds.
 double processCpuMilliseconds();

@@ -44,7 +44,7 @@ struct Pane {
         document.setUndoRedoEnabled(false);
         document.setPlainText(largeText());
         document.setUndoRedoEnabled(true);
-        controller = std::make_unique<EditorController>();
+        controller = BenchSupport::makeEditorController();
         controller->setupInitialTextViewSharedStateWithTextStorage(&document);
         view = controller->textView();
         view->setAutoComplete(false);

@@ -149,7 +149,7 @@ Pane& pane()
 
     const double before = residentMegabytes();
     timer.restart();
-    p.controller = std::make_unique<EditorController>();
+    p.controller = BenchSupport::makeEditorController();
     p.controller->setupInitialTextViewSharedStateWithTextStorage(p.document.get());
     p.view()->setInvisibleCharacters(true);
     p.view()->resize(1000, 800);
@@ -192,9 +192,9 @@ void BM_FillAfterAttach(benchmark::State& state)
         const double before = residentMegabytes();
         QElapsedTimer timer;
         timer.start();
-        EditorController controller;
-        controller.setupInitialTextViewSharedStateWithTextStorage(&document);
-        controller.textView()->resize(1000, 800);
+        const auto controller = BenchSupport::makeEditorController();
+        controller->setupInitialTextViewSharedStateWithTextStorage(&document);
+        controller->textView()->resize(1000, 800);
         const double attach = double(timer.nsecsElapsed()) / 1e6;
         timer.restart();
         document.setUndoRedoEnabled(false);
@@ -202,7 +202,7 @@ void BM_FillAfterAttach(benchmark::State& state)
         document.setUndoRedoEnabled(true);
         const double fill = double(timer.nsecsElapsed()) / 1e6;
         timer.restart();
-        const QPixmap first = controller.textView()->grab();
+        const QPixmap first = controller->textView()->grab();
         const double paint = double(timer.nsecsElapsed()) / 1e6;
         state.SetIterationTime((attach + fill + paint) / 1000);
         state.counters["attach_ms"] = attach;

@@ -89,7 +89,7 @@ Pane& pane()
     p.document->setUndoRedoEnabled(false);
     p.document->setPlainText(p.text);
     p.document->setUndoRedoEnabled(true);
-    p.controller = std::make_unique<EditorController>();
+    p.controller = BenchSupport::makeEditorController();
     p.controller->setupInitialTextViewSharedStateWithTextStorage(p.document.get());
     UndoActionNames::of(p.document.get());
     p.view()->resize(1000, 800);

@@ -3,23 +3,16 @@
 #include "editor/GutterView.h"
 #include "editor/LayoutManager.h"
 #include "editor/TextView.h"
-#include "platform/ColorArchive.h"
-#include "platform/UserDefaults.h"
 
-EditorController::EditorController(QObject* parent)
+EditorController::EditorController(const EditorServices& services, const EditorSettings& settings,
+                                   QObject* parent)
     : QObject(parent)
-    , _textView(new TextView)
+    , _textView(new TextView(services, settings))
 {}
 
 EditorController::~EditorController()
 {
     delete _textView.data();
-}
-
-QColor EditorController::keyedUnarchiverOfUserDefaults(const UserDefaults& defaults,
-                                                       const QString& key)
-{
-    return ColorArchive::unarchive(defaults.dataForKey(key));
 }
 
 TextView* EditorController::view() const
@@ -59,9 +52,9 @@ void EditorController::setupInitialTextViewSharedStateWithTextStorage(QTextDocum
     _textView->setFocus(Qt::OtherFocusReason);
 }
 
-void EditorController::updatePreferences()
+void EditorController::updatePreferences(const EditorSettings& settings)
 {
     if (_textView) {
-        _textView->updatePreferences();
+        _textView->updatePreferences(settings);
     }
 }

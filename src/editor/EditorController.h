@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QColor>
+#include "editor/EditorServices.h"
+
 #include <QObject>
 #include <QPointer>
 #include <QString>
@@ -8,8 +9,8 @@
 class GutterView;
 class LayoutManager;
 class QTextDocument;
+struct EditorSettings;
 class TextView;
-class UserDefaults;
 
 /// Builds and configures an editor pane: a TextView (which is also the pane's scroll view)
 /// with its own LayoutManager and GutterView, on a document that may be shared with the
@@ -19,14 +20,12 @@ class EditorController : public QObject
     Q_OBJECT
 
 public:
-    /// The controller with its view: a TextView not yet showing any document.
-    explicit EditorController(QObject* parent = nullptr);
+    /// The controller with its view: a TextView with `settings`, working with `services`,
+    /// not yet showing any document.
+    EditorController(const EditorServices& services, const EditorSettings& settings,
+                     QObject* parent = nullptr);
     /// The pane lives as long as its controller.
     ~EditorController() override;
-
-    /// The colour stored under `key`; an invalid QColor when the key has no value or its
-    /// data is not a colour archive. Every colour setting is read through here.
-    static QColor keyedUnarchiverOfUserDefaults(const UserDefaults& defaults, const QString& key);
 
     /// The pane's scroll view, to be put into the window's split view.
     TextView* view() const;
@@ -38,8 +37,8 @@ public:
     /// its own, and gives the new view the keyboard focus.
     void setupInitialTextViewSharedStateWithTextStorage(QTextDocument* textStorage);
 
-    /// Has the pane re-read its settings: text view, then its layout manager and gutter.
-    void updatePreferences();
+    /// Has the pane take up changed settings: text view, then its layout manager and gutter.
+    void updatePreferences(const EditorSettings& settings);
 
 private:
     QPointer<TextView> _textView;

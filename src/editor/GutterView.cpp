@@ -1,8 +1,6 @@
 #include "editor/GutterView.h"
 
-#include "editor/EditorController.h"
 #include "editor/TextView.h"
-#include "platform/UserDefaults.h"
 
 #include <QFontDatabase>
 #include <QFontMetricsF>
@@ -14,21 +12,17 @@
 GutterView::GutterView(TextView* clientView)
     : QWidget(clientView)
 {
-    updatePreferences();
+    updatePreferences(clientView->editorSettings());
     setClientView(clientView);
 }
 
 GutterView::~GutterView() = default;
 
-void GutterView::updatePreferences()
+void GutterView::updatePreferences(const EditorSettings& settings)
 {
-    const UserDefaults& defaults = UserDefaults::standardUserDefaults();
-    _gutterTextColor = EditorController::keyedUnarchiverOfUserDefaults(
-        defaults, QStringLiteral("GutterTextColor"));
-    _gutterBorderColor = EditorController::keyedUnarchiverOfUserDefaults(
-        defaults, QStringLiteral("GutterBorderColor"));
-    _gutterBackgroundColor = EditorController::keyedUnarchiverOfUserDefaults(
-        defaults, QStringLiteral("GutterBackgroundColor"));
+    _gutterTextColor = settings.gutterTextColor;
+    _gutterBorderColor = settings.gutterBorderColor;
+    _gutterBackgroundColor = settings.gutterBackgroundColor;
     QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
     font.setPixelSize(9); // points are device-independent pixels
     _textAttributes = QTextCharFormat();

@@ -7,6 +7,7 @@
 #include <QTextCharFormat>
 #include <QWidget>
 
+struct EditorSettings;
 class QTextDocument;
 class TextView;
 
@@ -29,10 +30,12 @@ public:
         QRectF rect;
     };
 
-    explicit GutterView(TextView* clientView = nullptr);
+    /// Numbers `clientView`'s lines in the colours of its settings.
+    explicit GutterView(TextView* clientView);
     ~GutterView() override;
 
-    void updatePreferences();
+    /// Takes up the gutter's colours from `settings`.
+    void updatePreferences(const EditorSettings& settings);
 
     TextView* clientView() const { return _clientView; }
     /// Numbers `clientView`'s lines and follows its scrolling and edits.

@@ -1,8 +1,6 @@
 #include "editor/LayoutManager.h"
 
-#include "editor/EditorController.h"
 #include "editor/TextView.h"
-#include "platform/UserDefaults.h"
 
 #include <QFontDatabase>
 #include <QFontMetrics>
@@ -82,7 +80,7 @@ LayoutManager::LayoutManager(TextView* textView, QTextDocument* textStorage)
     , _backgroundColors(textStorage ? textStorage->characterCount() : 0)
     , _misspellings(textStorage ? textStorage->characterCount() : 0)
 {
-    updatePreferences();
+    updatePreferences(textView->editorSettings());
     if (textStorage) {
         panesByDocument()[textStorage].append(this);
         connect(textStorage, &QTextDocument::contentsChange, this,
@@ -102,17 +100,15 @@ LayoutManager::~LayoutManager()
     }
 }
 
-void LayoutManager::updatePreferences()
+void LayoutManager::updatePreferences(const EditorSettings& settings)
 {
-    const UserDefaults& defaults = UserDefaults::standardUserDefaults();
     _attributes = QTextCharFormat();
     _attributes.setFont(systemFontOfSize(10));
-    _attributes.setForeground(EditorController::keyedUnarchiverOfUserDefaults(
-        defaults, QStringLiteral("InvisibleCharacterColor")));
-    _characterOfNewLine = defaults.stringForKey(QStringLiteral("NewLineCharacter"));
-    _characterOfTab = defaults.stringForKey(QStringLiteral("TabCharacter"));
-    _characterOfSpace = defaults.stringForKey(QStringLiteral("SpaceCharacter"));
-    _characterOfFullwidthSpace = defaults.stringForKey(QStringLiteral("FullwidthSpaceCharacter"));
+    _attributes.setForeground(settings.invisibleCharacterColor);
+    _characterOfNewLine = settings.newLineCharacter;
+    _characterOfTab = settings.tabCharacter;
+    _characterOfSpace = settings.spaceCharacter;
+    _characterOfFullwidthSpace = settings.fullwidthSpaceCharacter;
     for (InvisibleKind kind : {InvisibleKind::NewLine, InvisibleKind::Tab, InvisibleKind::Space,
                                InvisibleKind::FullwidthSpace}) {
         QStaticText& mark = _marks[static_cast<int>(kind)];

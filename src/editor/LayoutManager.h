@@ -15,6 +15,7 @@
 #include <QTextCursor>
 #include <QTextLayout>
 
+struct EditorSettings;
 class QPainter;
 class QTextBlock;
 class QTextDocument;
@@ -41,15 +42,16 @@ public:
         QPointF origin;
     };
 
-    /// Draws for `textView` (its "first text view") over `textStorage`.
+    /// Draws for `textView` (its "first text view") over `textStorage`, with the view's
+    /// settings.
     LayoutManager(TextView* textView, QTextDocument* textStorage);
     ~LayoutManager() override;
 
     TextView* firstTextView() const { return _textView; }
     QTextDocument* textStorage() const { return _textStorage; }
 
-    /// Re-reads the mark strings and their colour, and hides the marks.
-    void updatePreferences();
+    /// Takes up the mark strings and their colour from `settings`, and hides the marks.
+    void updatePreferences(const EditorSettings& settings);
 
     bool showInvisibleCharacters() const { return _showInvisibleCharacters; }
     void setShowInvisibleCharacters(bool showInvisibleCharacters);

@@ -145,7 +145,7 @@ void SpellCheckingController::checkShownBlocks(qsizetype from, qsizetype to)
         return;
     }
     LayoutManager* layout = _textView->layoutManager();
-    SpellChecker& checker = SpellChecker::sharedSpellChecker();
+    SpellChecker& checker = _textView->services().spellChecker;
     checker.setLanguage(_language);
     const qreal width = _textView->viewport()->width();
     for (const TextView::ShownBlock& shown :
@@ -229,7 +229,7 @@ void SpellCheckingController::addSpellingSuggestions(TextView* textView, QMenu* 
     cursor.setPosition(int(word.location));
     cursor.setPosition(int(word.max()), QTextCursor::KeepAnchor);
     const QString misspelt = cursor.selectedText();
-    SpellChecker& checker = SpellChecker::sharedSpellChecker();
+    SpellChecker& checker = textView->services().spellChecker;
     checker.setLanguage(controller->_language);
     const QStringList guesses = checker.guessesForWord(misspelt);
     QAction* before = menu->actions().value(0);

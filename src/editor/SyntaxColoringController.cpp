@@ -114,7 +114,7 @@ void SyntaxColoringController::colorRange(Range range)
     if (!text || !layout || range.length <= 0) {
         return;
     }
-    SyntaxManager& manager = SyntaxManager::sharedSyntaxManager();
+    SyntaxManager& manager = _textView->services().syntax;
     const std::optional<SyntaxColoring> coloring =
         manager.syntaxColoringRange(range, text->string(), *_engine);
     if (!coloring) {

@@ -4,7 +4,6 @@
 #include "editor/BraceMatcher.h"
 #include "editor/CompletionDocumentWords.h"
 #include "editor/CompletionManager.h"
-#include "editor/EditorController.h"
 #include "editor/FindIndicator.h"
 #include "editor/GutterView.h"
 #include "editor/LayoutManager.h"
@@ -16,7 +15,6 @@
 #include "editor/UndoActionNames.h"
 #include "platform/PropertyList.h"
 #include "platform/SystemBeep.h"
-#include "platform/UserDefaults.h"
 #include "syntax/CompletionCandidates.h"
 #include "syntax/SyntaxDefinitionFolder.h"
 #include "syntax/SyntaxManager.h"
@@ -59,16 +57,17 @@ bool isWordCharacter(QChar c)
 
 } // namespace
 
-TextView::TextView(QWidget* parent)
+TextView::TextView(const EditorServices& services, const EditorSettings& settings, QWidget* parent)
     : QPlainTextEdit(parent)
+    , _services(services)
+    , _settings(settings)
 {
-    const UserDefaults& defaults = UserDefaults::standardUserDefaults();
     readFontAndColors();
-    _tabWidth = defaults.integerForKey(QStringLiteral("DefaultTabWidth"));
-    _autoIndent = defaults.boolForKey(QStringLiteral("AutoIndent"));
-    _autoBraceMatching = defaults.boolForKey(QStringLiteral("AutoBraceMatching"));
-    _characterEntity = defaults.boolForKey(QStringLiteral("CharacterEntity"));
-    _autoComplete = defaults.boolForKey(QStringLiteral("AutoComplete"));
+    _tabWidth = settings.tabWidth;
+    _autoIndent = settings.autoIndent;
+    _autoBraceMatching = settings.autoBraceMatching;
+    _characterEntity = settings.characterEntity;
+    _autoComplete = settings.autoComplete;
     if (QFile::exists(kEntityReferenceResource)) {
         _entityReference = PropertyList::readFile(kEntityReferenceResource).toList();
     }
@@ -78,7 +77,7 @@ TextView::TextView(QWidget* parent)
     setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     // Start with the wrapping the window will ask for, so that a large text is not laid out
     // once wrapped and again unwrapped.
-    const bool wrap = defaults.boolForKey(QStringLiteral("DefaultWrapLines"));
+    const bool wrap = settings.wrapLines;
     setLineWrapMode(wrap ? QPlainTextEdit::WidgetWidth : QPlainTextEdit::NoWrap);
     setHorizontalScrollBarPolicy(wrap ? Qt::ScrollBarAlwaysOff : Qt::ScrollBarAsNeeded);
     applyFontAndColors();
@@ -96,7 +95,7 @@ TextView::TextView(QWidget* parent)
 
 TextView::~TextView()
 {
-    CompletionManager& completion = CompletionManager::sharedCompletionManager();
+    CompletionManager& completion = _services.completion;
     if (completion.isComplating(this)) {
         completion.terminateCompletion();
     }
@@ -104,22 +103,14 @@ TextView::~TextView()
 
 void TextView::readFontAndColors()
 {
-    const UserDefaults& defaults = UserDefaults::standardUserDefaults();
-    QFont font(defaults.stringForKey(QStringLiteral("DefaultFont")));
-    const qint64 size = defaults.integerForKey(QStringLiteral("DefaultFontSize"));
-    // Point sizes are device-independent pixels here.
-    font.setPixelSize(size > 0 ? int(size) : 12);
-    _textFont = font;
-    _textColor = EditorController::keyedUnarchiverOfUserDefaults(
-        defaults, QStringLiteral("DefaultTextColor"));
-    _insertionPointColor = EditorController::keyedUnarchiverOfUserDefaults(
-        defaults, QStringLiteral("DefaultInsertionPointColor"));
-    _backgroundColor = EditorController::keyedUnarchiverOfUserDefaults(
-        defaults, QStringLiteral("DefaultBackgroundColor"));
-    _autoIndentBraces = defaults.boolForKey(QStringLiteral("AutoIndentBraces"));
-    _autoIndentClosingBraces = defaults.boolForKey(QStringLiteral("AutoIndentClosingBraces"));
-    _UsedChevronMatching = defaults.boolForKey(QStringLiteral("UsedChevronsMatching"));
-    _spaceTab = defaults.boolForKey(QStringLiteral("SpaceTab"));
+    _textFont = _settings.font();
+    _textColor = _settings.textColor;
+    _insertionPointColor = _settings.insertionPointColor;
+    _backgroundColor = _settings.backgroundColor;
+    _autoIndentBraces = _settings.autoIndentBraces;
+    _autoIndentClosingBraces = _settings.autoIndentClosingBraces;
+    _UsedChevronMatching = _settings.usedChevronsMatching;
+    _spaceTab = _settings.spaceTab;
 }
 
 void TextView::applyFontAndColors()
@@ -283,15 +274,16 @@ QPointF TextView::textContainerOrigin() const
     return {margin + 1.0, margin + 1.0};
 }
 
-void TextView::updatePreferences()
+void TextView::updatePreferences(const EditorSettings& settings)
 {
+    _settings = settings;
     readFontAndColors();
     applyFontAndColors();
     if (_layoutManager) {
-        _layoutManager->updatePreferences();
+        _layoutManager->updatePreferences(settings);
     }
     if (_verticalRulerView) {
-        _verticalRulerView->updatePreferences();
+        _verticalRulerView->updatePreferences(settings);
     }
 }
 
@@ -399,7 +391,7 @@ void TextView::setSyntaxDictionary(const QVariantMap& syntaxDictionary)
     _syntaxDictionary = syntaxDictionary;
     syntaxColoringController()->setSyntaxDictionary(syntaxDictionary);
     // A completion under way offered the old definition's words; the new ones are built anew.
-    CompletionManager::sharedCompletionManager().terminateCompletion();
+    _services.completion.terminateCompletion();
     makeCompleteWordsFromSyntaxDictionary();
     prepareCompletionWords();
 }
@@ -442,7 +434,7 @@ std::optional<QVariantList> TextView::makeFunctionDefinition() const
     if (_syntaxDictionary.isEmpty()) {
         return std::nullopt;
     }
-    return SyntaxManager::sharedSyntaxManager().makeFunctionDefinitionWithString(
+    return _services.syntax.makeFunctionDefinitionWithString(
         TextMirror::mirrorOfDocument(document())->string(), _syntaxDictionary);
 }
 
@@ -499,7 +491,7 @@ void TextView::keyPressEvent(QKeyEvent* event)
         return;
     }
     const CompletionGuard guard(this);
-    CompletionManager& completion = CompletionManager::sharedCompletionManager();
+    CompletionManager& completion = _services.completion;
     const bool completing = completion.isComplating(this);
     const QString characters = event->text();
     const Qt::KeyboardModifiers modifiers =
@@ -586,7 +578,7 @@ void TextView::interpretKeyEvent(QKeyEvent* event)
 void TextView::inputMethodEvent(QInputMethodEvent* event)
 {
     _hasMarkedText = !event->preeditString().isEmpty();
-    CompletionManager& completion = CompletionManager::sharedCompletionManager();
+    CompletionManager& completion = _services.completion;
     if (_hasMarkedText && completion.isComplating(this)) {
         completion.terminateCompletionWithCancel(true);
     }
@@ -597,10 +589,9 @@ void TextView::insertText(const QString& string)
 {
     // A typed key extends the word being completed even when completion was started by
     // hand, so that cancelling can restore what was typed.
-    if (_isComplete &&
-        (_autoComplete || CompletionManager::sharedCompletionManager().isComplating(this))) {
+    if (_isComplete && (_autoComplete || _services.completion.isComplating(this))) {
         _isComplete = false;
-        CompletionManager& completion = CompletionManager::sharedCompletionManager();
+        CompletionManager& completion = _services.completion;
         if (!hasMarkedText()) {
             if (completion.isComplating(this)) {
                 completion.setCurrentPartialWord(completion.currentPartialWord() + string);
@@ -708,7 +699,7 @@ void TextView::autoIndent(QObject*)
 
 void TextView::insertTab(QObject*)
 {
-    CompletionManager& completion = CompletionManager::sharedCompletionManager();
+    CompletionManager& completion = _services.completion;
     if (completion.isComplating(this)) {
         completion.terminateCompletionWithCancel(false);
         return;
@@ -720,7 +711,7 @@ void TextView::insertTab(QObject*)
 
 void TextView::deleteBackward(QObject*)
 {
-    CompletionManager& completion = CompletionManager::sharedCompletionManager();
+    CompletionManager& completion = _services.completion;
     if (completion.isComplating(this)) {
         QString partial = completion.currentPartialWord();
         if (!partial.isEmpty()) {
@@ -757,7 +748,7 @@ void TextView::deleteBackward(QObject*)
 
 void TextView::cancelOperation(QObject*)
 {
-    CompletionManager& completion = CompletionManager::sharedCompletionManager();
+    CompletionManager& completion = _services.completion;
     if (completion.isComplating(this)) {
         completion.terminateCompletionWithCancel(true);
     } else {
@@ -767,7 +758,7 @@ void TextView::cancelOperation(QObject*)
 
 void TextView::moveUp(QObject*)
 {
-    CompletionManager& completion = CompletionManager::sharedCompletionManager();
+    CompletionManager& completion = _services.completion;
     if (completion.isComplating(this)) {
         completion.selectUpperRow();
     } else {
@@ -777,7 +768,7 @@ void TextView::moveUp(QObject*)
 
 void TextView::moveDown(QObject*)
 {
-    CompletionManager& completion = CompletionManager::sharedCompletionManager();
+    CompletionManager& completion = _services.completion;
     if (completion.isComplating(this)) {
         completion.selectLowerRow();
     } else {
@@ -787,7 +778,7 @@ void TextView::moveDown(QObject*)
 
 void TextView::selectAll()
 {
-    CompletionManager& completion = CompletionManager::sharedCompletionManager();
+    CompletionManager& completion = _services.completion;
     if (completion.isComplating(this)) {
         completion.terminateCompletionWithCancel(true);
     }
@@ -799,7 +790,7 @@ void TextView::focusOutEvent(QFocusEvent* event)
     // Focus taken by another part of the window ends the completion; the list itself never
     // takes it, and a window losing its place ends it on its own.
     if (event->reason() != Qt::PopupFocusReason && event->reason() != Qt::ActiveWindowFocusReason) {
-        CompletionManager& completion = CompletionManager::sharedCompletionManager();
+        CompletionManager& completion = _services.completion;
         if (completion.isComplating(this)) {
             completion.terminateCompletionWithCancel(true);
         }
@@ -810,7 +801,7 @@ void TextView::focusOutEvent(QFocusEvent* event)
 void TextView::mousePressEvent(QMouseEvent* event)
 {
     Q_EMIT mouseDown(this);
-    CompletionManager& completion = CompletionManager::sharedCompletionManager();
+    CompletionManager& completion = _services.completion;
     if (completion.isComplating(this)) {
         completion.terminateCompletionWithCancel(true);
     }
@@ -1035,7 +1026,7 @@ void TextView::contextMenuEvent(QContextMenuEvent* event)
 void TextView::complete(QObject*)
 {
     const CompletionGuard guard(this);
-    CompletionManager& completion = CompletionManager::sharedCompletionManager();
+    CompletionManager& completion = _services.completion;
     if (!completion.isComplating(this)) {
         const Range range = rangeForUserCompletion();
         QString partial;
@@ -1168,7 +1159,7 @@ void TextView::completionEndedElsewhere()
 {
     // Another change of the text or of the insertion point than the completion's own: the
     // proposed rest of the word no longer belongs there.
-    CompletionManager& completion = CompletionManager::sharedCompletionManager();
+    CompletionManager& completion = _services.completion;
     if (_completionGuard == 0 && completion.isComplating(this)) {
         completion.terminateCompletion();
     }
@@ -1190,8 +1181,7 @@ void TextView::makeCompleteWordsFromSyntaxDictionary()
             Q_EMIT completeWordsChanged();
         }
     });
-    watcher->setFuture(QtConcurrent::run([dictionary] {
-        return SyntaxManager::sharedSyntaxManager().makeCompleteWordsFromSyntaxDictionary(
-            dictionary);
+    watcher->setFuture(QtConcurrent::run([syntax = &_services.syntax, dictionary] {
+        return syntax->makeCompleteWordsFromSyntaxDictionary(dictionary);
     }));
 }

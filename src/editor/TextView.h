@@ -1,5 +1,7 @@
 #pragma once
 
+#include "editor/EditorServices.h"
+#include "platform/EditorSettings.h"
 #include "platform/Range.h"
 
 #include <QColor>
@@ -42,8 +44,9 @@ public:
         QRectF rect;
     };
 
-    /// Reads the settings into the fields; the view still shows its own empty text.
-    explicit TextView(QWidget* parent = nullptr);
+    /// Takes `settings` into the fields; the view still shows its own empty text.
+    TextView(const EditorServices& services, const EditorSettings& settings,
+             QWidget* parent = nullptr);
     ~TextView() override;
 
     /// Shows `textStorage`, a document that may be shared with other panes, and makes this
@@ -65,7 +68,14 @@ public:
     /// and below where QPlainTextEdit would put it.
     QPointF textContainerOrigin() const;
 
-    void updatePreferences();
+    /// The managers the view works with, for the controllers of the view.
+    const EditorServices& services() const { return _services; }
+    /// The settings the view, its layout manager and its gutter follow.
+    const EditorSettings& editorSettings() const { return _settings; }
+    /// Takes up changed settings: the font, the colours, the marks of invisible characters
+    /// (hidden again) and the typing rules that no menu toggles. Tab width, entity references
+    /// and the toggles keep the values the view started with or its window gave it.
+    void updatePreferences(const EditorSettings& settings);
     void setWrapLines(bool wrapLines);
     bool wrapLines() const { return lineWrapMode() != QPlainTextEdit::NoWrap; }
     void setInvisibleCharacters(bool invisibleCharacters);
@@ -233,6 +243,8 @@ private:
         TextView* view;
     };
 
+    const EditorServices _services;
+    EditorSettings _settings;
     QFont _textFont;
     qint64 _tabWidth = 4;
     QColor _textColor;

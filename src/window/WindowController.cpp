@@ -148,7 +148,11 @@ std::vector<TextView*> WindowController::textViews() const
 
 void WindowController::addPane()
 {
-    auto* pane = new EditorController(this);
+    const EditorServices services{CompletionManager::sharedCompletionManager(),
+                                  SyntaxManager::sharedSyntaxManager(),
+                                  SpellChecker::sharedSpellChecker()};
+    auto* pane =
+        new EditorController(services, Preferences::sharedPreferences().current().editor, this);
     _window->splitView()->addWidget(pane->view());
     pane->setupInitialTextViewSharedStateWithTextStorage(_document->textStorage());
     _panes.push_back(pane);
@@ -607,7 +611,7 @@ void WindowController::updatePreferences(QObject* sender)
 {
     Q_UNUSED(sender);
     for (TextView* view : textViews()) {
-        view->updatePreferences();
+        view->updatePreferences(Preferences::sharedPreferences().values().editor);
         // An edit saved by the definitions' editor reaches the window, coloured anew.
         const QString name = view->syntaxDictionary().value(QStringLiteral("Name")).toString();
         if (!view->syntaxDictionary().isEmpty()) {

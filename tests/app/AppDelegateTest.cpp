@@ -2,7 +2,6 @@
 
 #include "TestSupport.h"
 #include "app/Application.h"
-#include "editor/EditorController.h"
 #include "platform/ColorArchive.h"
 #include "platform/NotificationCenter.h"
 #include "platform/PropertyList.h"
@@ -85,7 +84,7 @@ TEST(AppDelegate, ShippedDefaultsCoverEverySettingKey)
     EXPECT_EQ(defaults.integerForKey("DefaultsTextEncoding"), 4);
     EXPECT_EQ(defaults.stringForKey("DefaultFont"), "DejaVu Sans Mono");
     EXPECT_TRUE(defaults.boolForKey("FirstStartupApplication"));
-    EXPECT_EQ(EditorController::keyedUnarchiverOfUserDefaults(defaults, "KeywordsColor"),
+    EXPECT_EQ(ColorArchive::unarchive(defaults.dataForKey("KeywordsColor")),
               QColor::fromRgbF(0.5f, 0.0f, 0.5f));
 }
 
@@ -102,17 +101,16 @@ TEST(AppDelegate, RegistrationNormalisesAndAddsTheColours)
         EXPECT_EQ(defaults.registeredDefaults().value("OpenDefaultsTextEncoding").toULongLong(),
                   kAutomatic);
         // The registration's colour replaces the resource's, and all sixteen are there.
-        EXPECT_EQ(EditorController::keyedUnarchiverOfUserDefaults(defaults, "KeywordsColor"),
+        EXPECT_EQ(ColorArchive::unarchive(defaults.dataForKey("KeywordsColor")),
                   QColor::fromRgbF(0.5f, 0.0f, 0.5f));
         for (const auto& [key, color] : AppDelegate::defaultColors()) {
-            EXPECT_EQ(EditorController::keyedUnarchiverOfUserDefaults(defaults, key), color)
+            EXPECT_EQ(ColorArchive::unarchive(defaults.dataForKey(key)), color)
                 << key.toStdString();
         }
         EXPECT_EQ(AppDelegate::defaultColors().size(), 16);
         // A user's colour still wins.
         AppDelegate::keyedArchiverOfObject(QColor(Qt::red), "KeywordsColor", defaults);
-        EXPECT_EQ(EditorController::keyedUnarchiverOfUserDefaults(defaults, "KeywordsColor"),
-                  QColor(Qt::red));
+        EXPECT_EQ(ColorArchive::unarchive(defaults.dataForKey("KeywordsColor")), QColor(Qt::red));
     }
     {
         // Any other encoding is registered unchanged.
@@ -135,8 +133,7 @@ TEST(AppDelegate, MissingOrBrokenResourceRegistersNothing)
         defaults));
     EXPECT_TRUE(defaults.registeredDefaults().isEmpty());
     EXPECT_FALSE(defaults.boolForKey("FirstStartupApplication"));
-    EXPECT_FALSE(
-        EditorController::keyedUnarchiverOfUserDefaults(defaults, "KeywordsColor").isValid());
+    EXPECT_FALSE(ColorArchive::unarchive(defaults.dataForKey("KeywordsColor")).isValid());
 }
 
 TEST(AppDelegate, LaunchQuestionsAndTheSettingsBroadcast)

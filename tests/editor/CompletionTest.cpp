@@ -1,10 +1,10 @@
+#include "EditorTestSupport.h"
 #include "editor/CompletionDocumentWords.h"
 #include "editor/CompletionManager.h"
 #include "editor/CompletionPanel.h"
 #include "editor/EditorController.h"
 #include "editor/TextView.h"
 #include "platform/PropertyList.h"
-#include "platform/UserDefaults.h"
 #include "syntax/CompletionCandidates.h"
 #include "syntax/CompletionWordIndex.h"
 #include "syntax/SyntaxManager.h"
@@ -62,10 +62,10 @@ struct Completing {
 
     explicit Completing(const QString& text, bool autoComplete = false)
     {
-        UserDefaults::standardUserDefaults().setObject(autoComplete,
-                                                       QStringLiteral("AutoComplete"));
+        EditorSettings settings = EditorTest::shippedSettings();
+        settings.autoComplete = autoComplete;
         document.setPlainText(text);
-        pane = std::make_unique<EditorController>();
+        pane = std::make_unique<EditorController>(EditorTest::services(), settings);
         pane->setupInitialTextViewSharedStateWithTextStorage(&document);
         view = pane->textView();
         view->setSyntaxDictionary(cDefinition());
@@ -73,7 +73,6 @@ struct Completing {
         view->show();
         EXPECT_TRUE(QTest::qWaitForWindowExposed(view));
         view->setSelectedRange({text.size(), 0});
-        UserDefaults::standardUserDefaults().removeObjectForKey(QStringLiteral("AutoComplete"));
     }
     ~Completing() { manager.terminateCompletion(); }
     QString text() const { return document.toPlainText(); }

@@ -64,14 +64,14 @@ TEST(EditorController, TwoPanesShowAndEditOneDocument)
 
 TEST(EditorController, UpdatePreferencesReachesViewLayoutAndGutter)
 {
-    ScopedDefaults defaults;
     QTextDocument document;
     auto pane = makePane(&document);
     pane->textView()->setInvisibleCharacters(true);
-    defaults.set(QStringLiteral("GutterBackgroundColor"), QByteArray("srgb 0 0 1 1"));
-    defaults.set(QStringLiteral("DefaultBackgroundColor"), QByteArray("srgb 0 1 0 1"));
-    defaults.set(QStringLiteral("TabCharacter"), QStringLiteral(">"));
-    pane->updatePreferences();
+    EditorSettings settings = shippedSettings();
+    settings.gutterBackgroundColor = QColor(0, 0, 255);
+    settings.backgroundColor = QColor(0, 255, 0);
+    settings.tabCharacter = QStringLiteral(">");
+    pane->updatePreferences(settings);
     EXPECT_EQ(pane->gutterView()->gutterBackgroundColor(), QColor(0, 0, 255));
     EXPECT_EQ(pane->textView()->backgroundColor(), QColor(0, 255, 0));
     EXPECT_EQ(pane->layoutManager()->characterOfTab(), QStringLiteral(">"));

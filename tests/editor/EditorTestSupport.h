@@ -1,10 +1,13 @@
 #pragma once
 
+#include "editor/CompletionManager.h"
 #include "editor/EditorController.h"
 #include "editor/GutterView.h"
 #include "editor/LayoutManager.h"
 #include "editor/TextView.h"
-#include "platform/UserDefaults.h"
+#include "platform/Preferences.h"
+#include "platform/SpellChecker.h"
+#include "syntax/SyntaxManager.h"
 
 #include <QImage>
 #include <QTest>
@@ -16,11 +19,24 @@
 
 namespace EditorTest {
 
-/// A pane built the way a window builds one, shown offscreen at `size`.
-inline std::unique_ptr<EditorController> makePane(QTextDocument* document,
-                                                  QSize size = QSize(420, 300))
+/// The shared managers, as a window hands them to its panes.
+inline EditorServices services()
 {
-    auto controller = std::make_unique<EditorController>();
+    return {CompletionManager::sharedCompletionManager(), SyntaxManager::sharedSyntaxManager(),
+            SpellChecker::sharedSpellChecker()};
+}
+
+/// The settings a pane has with the shipped defaults.
+inline EditorSettings shippedSettings()
+{
+    return Preferences::sharedPreferences().current().editor;
+}
+
+/// A pane built the way a window builds one, with `settings`, shown offscreen at `size`.
+inline std::unique_ptr<EditorController>
+makePane(QTextDocument* document, const EditorSettings& settings, QSize size = QSize(420, 300))
+{
+    auto controller = std::make_unique<EditorController>(services(), settings);
     controller->setupInitialTextViewSharedStateWithTextStorage(document);
     TextView* view = controller->textView();
     view->resize(size);
@@ -30,25 +46,12 @@ inline std::unique_ptr<EditorController> makePane(QTextDocument* document,
     return controller;
 }
 
-/// Sets user values for the length of a test and removes them afterwards.
-class ScopedDefaults
+/// A pane with the shipped settings.
+inline std::unique_ptr<EditorController> makePane(QTextDocument* document,
+                                                  QSize size = QSize(420, 300))
 {
-public:
-    ~ScopedDefaults()
-    {
-        for (const QString& key : _keys) {
-            UserDefaults::standardUserDefaults().removeObjectForKey(key);
-        }
-    }
-    void set(const QString& key, const QVariant& value)
-    {
-        _keys.append(key);
-        UserDefaults::standardUserDefaults().setObject(value, key);
-    }
-
-private:
-    QStringList _keys;
-};
+    return makePane(document, shippedSettings(), size);
+}
 
 /// How many pixels of `image` inside `rect` are within `tolerance` of `color` per channel.
 inline int countPixels(const QImage& image, const QRect& rect, const QColor& color,

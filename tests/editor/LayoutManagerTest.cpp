@@ -96,16 +96,16 @@ TEST(LayoutManager, OnlyTheCharactersOnScreenOfALongLineAreLookedAt)
 
 TEST(LayoutManager, UpdatePreferencesRereadsMarksAndHidesThem)
 {
-    ScopedDefaults defaults;
     QTextDocument document;
     document.setPlainText(QStringLiteral("a\nb"));
     auto pane = makePane(&document);
     LayoutManager* layout = pane->layoutManager();
     layout->setShowInvisibleCharacters(true);
 
-    defaults.set(QStringLiteral("NewLineCharacter"), QStringLiteral("$"));
-    defaults.set(QStringLiteral("InvisibleCharacterColor"), QByteArray("srgb 1 0 0 1"));
-    pane->updatePreferences();
+    EditorSettings settings = shippedSettings();
+    settings.newLineCharacter = QStringLiteral("$");
+    settings.invisibleCharacterColor = QColor(255, 0, 0);
+    pane->updatePreferences(settings);
     EXPECT_EQ(layout->characterOfNewLine(), QStringLiteral("$"));
     EXPECT_EQ(layout->attributes().foreground().color(), QColor(255, 0, 0));
     EXPECT_FALSE(layout->showInvisibleCharacters());

@@ -18,12 +18,12 @@ qreal xOf(TextView* view, int position)
 
 TEST(TextView, ReadsItsFieldsFromTheSettings)
 {
-    ScopedDefaults defaults;
-    defaults.set(QStringLiteral("DefaultFontSize"), 17);
-    defaults.set(QStringLiteral("SpaceTab"), true);
-    defaults.set(QStringLiteral("AutoIndent"), false);
+    EditorSettings settings = shippedSettings();
+    settings.fontSize = 17;
+    settings.spaceTab = true;
+    settings.autoIndent = false;
     QTextDocument document;
-    auto pane = makePane(&document);
+    auto pane = makePane(&document, settings);
     TextView* view = pane->textView();
     EXPECT_EQ(view->textFont().pixelSize(), 17);
     EXPECT_EQ(view->font().pixelSize(), 17);
@@ -38,10 +38,10 @@ TEST(TextView, ReadsItsFieldsFromTheSettings)
     EXPECT_EQ(view->palette().color(QPalette::Text), view->textColor());
 
     // A settings change reaches the fields it concerns, but not the toggles.
-    defaults.set(QStringLiteral("SpaceTab"), false);
-    defaults.set(QStringLiteral("DefaultFontSize"), 20);
-    defaults.set(QStringLiteral("AutoIndent"), true);
-    view->updatePreferences();
+    settings.spaceTab = false;
+    settings.fontSize = 20;
+    settings.autoIndent = true;
+    view->updatePreferences(settings);
     EXPECT_FALSE(view->spaceTab());
     EXPECT_EQ(view->font().pixelSize(), 20);
     EXPECT_FALSE(view->autoIndent());
@@ -53,13 +53,13 @@ TEST(TextView, TabAdvancesByTabWidthSpacesOfTheFixedPitchFont)
     const qreal space = fixed.horizontalAdvance(QLatin1Char(' '));
     ASSERT_GT(space, 0);
     for (int width : {4, 8}) {
-        ScopedDefaults defaults;
-        defaults.set(QStringLiteral("DefaultTabWidth"), width);
+        EditorSettings settings = shippedSettings();
+        settings.tabWidth = width;
         // A proportional text font does not change the tab interval.
-        defaults.set(QStringLiteral("DefaultFont"), QStringLiteral("DejaVu Serif"));
-        defaults.set(QStringLiteral("DefaultFontSize"), 22);
+        settings.fontName = QStringLiteral("DejaVu Serif");
+        settings.fontSize = 22;
         QTextDocument document;
-        auto pane = makePane(&document);
+        auto pane = makePane(&document, settings);
         TextView* view = pane->textView();
         QTest::keyClick(view, Qt::Key_Tab);
         QTest::keyClicks(view, QStringLiteral("x"));
@@ -181,11 +181,11 @@ TEST(TextView, UnwrappedTextIsNotLaidOutAgainWhenThePaneWidens)
 
 TEST(TextView, InsertionPointIsDrawnInItsOwnColour)
 {
-    ScopedDefaults defaults;
-    defaults.set(QStringLiteral("DefaultInsertionPointColor"), QByteArray("srgb 1 0 0 1"));
+    EditorSettings settings = shippedSettings();
+    settings.insertionPointColor = QColor(255, 0, 0);
     QTextDocument document;
     document.setPlainText(QStringLiteral("abc"));
-    auto pane = makePane(&document);
+    auto pane = makePane(&document, settings);
     TextView* view = pane->textView();
     ASSERT_EQ(view->insertionPointColor(), QColor(255, 0, 0));
     // The insertion point shows while the view has the focus.

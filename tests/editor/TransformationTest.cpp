@@ -13,10 +13,10 @@ struct Pane {
     std::unique_ptr<EditorController> controller;
     TextView* view = nullptr;
 
-    explicit Pane(const QString& text)
+    explicit Pane(const QString& text, const EditorSettings& settings = shippedSettings())
     {
         document.setPlainText(text);
-        controller = makePane(&document);
+        controller = makePane(&document, settings);
         view = controller->textView();
     }
     QString text() const { return document.toPlainText(); }
@@ -85,9 +85,9 @@ TEST(Transformation, ScriptConversions)
 
 TEST(Transformation, EntityReferencesDoNotEscapeTheirOwnAmpersand)
 {
-    ScopedDefaults defaults;
-    defaults.set(QStringLiteral("CharacterEntity"), true);
-    Pane named(QStringLiteral("a & < é → α"));
+    EditorSettings settings = shippedSettings();
+    settings.characterEntity = true;
+    Pane named(QStringLiteral("a & < é → α"), settings);
     ASSERT_GT(named.view->entityReference().size(), 200);
     named.view->selectAll();
     named.view->exchangeToEntityReference();
@@ -96,8 +96,8 @@ TEST(Transformation, EntityReferencesDoNotEscapeTheirOwnAmpersand)
     named.view->undo();
     EXPECT_EQ(named.text(), QStringLiteral("a & < é → α"));
 
-    defaults.set(QStringLiteral("CharacterEntity"), false);
-    Pane numeric(QStringLiteral("“x” – ≤"));
+    settings.characterEntity = false;
+    Pane numeric(QStringLiteral("“x” – ≤"), settings);
     numeric.view->selectAll();
     numeric.view->exchangeToEntityReference();
     EXPECT_EQ(numeric.text(), QStringLiteral("&#8220;x&#8221; &#8211; &#8804;"));

@@ -10,17 +10,17 @@ namespace {
 
 /// A pane on its own document with the typing settings given.
 struct Typing {
-    ScopedDefaults defaults;
     QTextDocument document;
     std::unique_ptr<EditorController> pane;
     TextView* view = nullptr;
 
     explicit Typing(bool spaceTab, const QString& text = QString())
     {
-        defaults.set(QStringLiteral("SpaceTab"), spaceTab);
-        defaults.set(QStringLiteral("AutoComplete"), false);
+        EditorSettings settings = shippedSettings();
+        settings.spaceTab = spaceTab;
+        settings.autoComplete = false;
         document.setPlainText(text);
-        pane = makePane(&document);
+        pane = makePane(&document, settings);
         view = pane->textView();
         view->setFocus();
         view->setSelectedRange({text.size(), 0});

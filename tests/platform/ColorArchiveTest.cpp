@@ -1,7 +1,6 @@
 #include "platform/ColorArchive.h"
 
 #include "TestSupport.h"
-#include "editor/EditorController.h"
 #include "platform/UserDefaults.h"
 
 #include <gtest/gtest.h>
@@ -25,8 +24,7 @@ TEST(ColorArchive, RoundTripsExactlyThroughTheStore)
     }
     UserDefaults defaults(path);
     for (int i = 0; i < colors.size(); ++i) {
-        const QColor back =
-            EditorController::keyedUnarchiverOfUserDefaults(defaults, QString("Color%1").arg(i));
+        const QColor back = ColorArchive::unarchive(defaults.dataForKey(QString("Color%1").arg(i)));
         ASSERT_TRUE(back.isValid()) << i;
         EXPECT_EQ(back.rgba64(), colors[i].toRgb().rgba64()) << i;
         EXPECT_EQ(back.alphaF(), colors[i].alphaF()) << i;
@@ -45,8 +43,7 @@ TEST(ColorArchive, DataThatIsNotAnArchiveReadsAsNoColour)
     defaults.setObject(QByteArray("srgb 2 0 0 1"), "OutOfRange");
     defaults.setObject(QStringLiteral("srgb 1 0 0 1"), "NotData");
     for (const char* key : {"Short", "Space", "Garbage", "OutOfRange", "NotData", "Missing"}) {
-        EXPECT_FALSE(EditorController::keyedUnarchiverOfUserDefaults(defaults, key).isValid())
-            << key;
+        EXPECT_FALSE(ColorArchive::unarchive(defaults.dataForKey(key)).isValid()) << key;
     }
     EXPECT_TRUE(ColorArchive::archivedData(QColor()).isEmpty());
 }

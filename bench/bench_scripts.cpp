@@ -116,7 +116,7 @@ void makeLargeLibrary()
             folder->addChildren(
                 ScriptObject::initWithPath(QStringLiteral("script %1.sh").arg(s), true));
         }
-        ScriptObjectList list = ScriptLibrary::entries(nullptr);
+        ScriptObjectList list = ScriptManager::sharedScriptManager().library().entries(nullptr);
         list.append(folder);
         ScriptManager::sharedScriptManager().setScriptDataSource(list);
     }
@@ -143,7 +143,8 @@ void saveScreens(const QString& folder)
     QDir().mkpath(folder);
     DocumentController& documents = DocumentController::sharedDocumentController();
     documents.awakeFromNib(); // installs the example scripts
-    ScriptLibrary::addScriptFolder(QStringLiteral("My tools"), nullptr);
+    ScriptManager::sharedScriptManager().library().addScriptFolder(QStringLiteral("My tools"),
+                                                                   nullptr);
     Document* document = openDocument(QStringLiteral("echo hello\n"));
     WindowController* controller = documents.windowControllerOf(document);
     QMenu* menu = controller->window()->menuBar()->findChild<QMenu*>(QStringLiteral("scriptsMenu"));

@@ -104,7 +104,7 @@ void ScriptCommands::addScript(WindowController* controller)
                           false, false, window);
         return;
     }
-    ScriptSheet sheet(window, true);
+    ScriptSheet sheet(ScriptManager::sharedScriptManager().library(), window, true);
     sheet.makeFolderPopup();
     sheet.scriptLabel()->setText(tr("Add this script to :"));
     sheet.scriptTitleField()->setText(controller->document()->displayName());
@@ -123,8 +123,9 @@ bool ScriptCommands::addScriptNamed(WindowController* controller, const QString&
             ? QStringLiteral("js")
             : firstExtensionOfSyntax(controller->textView()->syntaxDictionary(),
                                      controller->selectedSyntaxName());
-    if (!ScriptLibrary::addScript(name, extension, controller->document()->string(),
-                                  controller->document()->documentEncoding(), folder)) {
+    if (!ScriptManager::sharedScriptManager().library().addScript(
+            name, extension, controller->document()->string(),
+            controller->document()->documentEncoding(), folder)) {
         ScriptAlert::show(tr("Notice"), tr("A Script was not able to be created."), true);
         return false;
     }
@@ -133,12 +134,13 @@ bool ScriptCommands::addScriptNamed(WindowController* controller, const QString&
 
 void ScriptCommands::addScriptFolder(QWidget* window)
 {
-    ScriptSheet sheet(window, true);
+    ScriptSheet sheet(ScriptManager::sharedScriptManager().library(), window, true);
     sheet.makeFolderPopup();
     sheet.scriptLabel()->setText(tr("Add script folder :"));
     const QString name = sheet.runSheet();
     if (!name.isEmpty()) {
-        ScriptLibrary::addScriptFolder(name, sheet.selectedFolder());
+        ScriptManager::sharedScriptManager().library().addScriptFolder(name,
+                                                                       sheet.selectedFolder());
     }
 }
 
@@ -155,7 +157,10 @@ void ScriptCommands::importToScript(QWidget* window)
     if (panel.exec() != QDialog::Accepted) {
         return;
     }
-    if (!ScriptLibrary::importFiles(panel.selectedFiles()).isEmpty()) {
+    if (!ScriptManager::sharedScriptManager()
+             .library()
+             .importFiles(panel.selectedFiles())
+             .isEmpty()) {
         ScriptAlert::show(tr("Notice"), tr("A Script was not able to be created."), true);
     }
 }

@@ -75,7 +75,8 @@ void ScriptMenu::makeSupportMenuItems(QMenu* menu)
             }
         }
     }
-    const ScriptObjectList entries = ScriptLibrary::entries(nullptr);
+    const ScriptObjectList entries =
+        ScriptManager::sharedScriptManager().library().entries(nullptr);
     if (!entries.isEmpty()) {
         menu->addSeparator();
     }

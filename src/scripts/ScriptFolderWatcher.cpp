@@ -6,8 +6,9 @@
 #include <QDir>
 #include <QFileSystemWatcher>
 
-ScriptFolderWatcher::ScriptFolderWatcher(QObject* parent)
+ScriptFolderWatcher::ScriptFolderWatcher(ScriptLibrary& library, QObject* parent)
     : QObject(parent)
+    , _library(library)
     , _watcher(new QFileSystemWatcher(this))
 {
     connect(_watcher, &QFileSystemWatcher::directoryChanged, this,
@@ -22,5 +23,5 @@ void ScriptFolderWatcher::folderChanged()
     if (!_watcher->directories().contains(folder) && QDir(folder).exists()) {
         _watcher->addPath(folder);
     }
-    ScriptLibrary::adoptScriptFiles();
+    _library.adoptScriptFiles();
 }

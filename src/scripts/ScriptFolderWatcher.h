@@ -3,6 +3,7 @@
 #include <QObject>
 
 class QFileSystemWatcher;
+class ScriptLibrary;
 
 /// Watches the Script folder: a script file put there by another program or by hand joins
 /// the library (at the end of the top level) at once, without a restart, and so appears in
@@ -12,10 +13,12 @@ class ScriptFolderWatcher : public QObject
     Q_OBJECT
 
 public:
-    explicit ScriptFolderWatcher(QObject* parent = nullptr);
+    /// Adds the files to `library`.
+    explicit ScriptFolderWatcher(ScriptLibrary& library, QObject* parent = nullptr);
 
 private:
     void folderChanged();
 
+    ScriptLibrary& _library;
     QFileSystemWatcher* _watcher;
 };

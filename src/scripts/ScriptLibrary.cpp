@@ -64,12 +64,16 @@ void collectFolders(const ScriptObjectList& list, int level,
 
 } // namespace
 
-ScriptObjectList ScriptLibrary::entries(const ScriptObjectPtr& folder)
+ScriptLibrary::ScriptLibrary(ScriptManager& manager)
+    : _manager(manager)
+{}
+
+ScriptObjectList ScriptLibrary::entries(const ScriptObjectPtr& folder) const
 {
     if (folder) {
         return folder->children().value_or(ScriptObjectList());
     }
-    return ScriptManager::sharedScriptManager().scriptDataSource().value_or(ScriptObjectList());
+    return _manager.scriptDataSource().value_or(ScriptObjectList());
 }
 
 void ScriptLibrary::setEntries(const ScriptObjectPtr& folder, const ScriptObjectList& list)
@@ -77,21 +81,22 @@ void ScriptLibrary::setEntries(const ScriptObjectPtr& folder, const ScriptObject
     if (folder) {
         folder->setChildren(list);
     } else {
-        ScriptManager::sharedScriptManager().setScriptDataSource(list);
+        _manager.setScriptDataSource(list);
     }
 }
 
 void ScriptLibrary::changed()
 {
-    ScriptManager::sharedScriptManager().postScriptDataSourceChanged();
+    _manager.postScriptDataSourceChanged();
 }
 
-bool ScriptLibrary::locate(const ScriptObjectPtr& node, ScriptObjectPtr& folder, qsizetype& index)
+bool ScriptLibrary::locate(const ScriptObjectPtr& node, ScriptObjectPtr& folder,
+                           qsizetype& index) const
 {
     return node && locateIn(entries(nullptr), nullptr, node, folder, index);
 }
 
-QList<QPair<ScriptObjectPtr, int>> ScriptLibrary::folders()
+QList<QPair<ScriptObjectPtr, int>> ScriptLibrary::folders() const
 {
     QList<QPair<ScriptObjectPtr, int>> result;
     collectFolders(entries(nullptr), 0, result);

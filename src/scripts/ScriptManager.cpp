@@ -3,6 +3,7 @@
 #include "document/Document.h"
 #include "document/EncodingManager.h"
 #include "editor/TextView.h"
+#include "platform/PreferencesValues.h"
 #include "platform/PropertyList.h"
 #include "platform/Regex.h"
 #include "platform/SharedInstance.h"
@@ -32,7 +33,6 @@
 
 namespace {
 
-const QString kScriptAllItems = QStringLiteral("ScriptAllItems");
 const QString kScriptObjects = QStringLiteral("ScriptObjects");
 
 const QStringList kProcessKinds = {QStringLiteral("Perl"), QStringLiteral("PHP"),
@@ -59,8 +59,10 @@ void signalProcessGroup(qint64 pid, int signal)
 
 } // namespace
 
-ScriptManager::ScriptManager(QObject* parent)
+ScriptManager::ScriptManager(UserDefaults& store, EncodingManager& encodings, QObject* parent)
     : QObject(parent)
+    , _store(store)
+    , _encodings(encodings)
 {
     // Every change of the library reaches the settings file at once: a run that ends
     // without the termination step must not take the library with it.
@@ -112,17 +114,16 @@ std::optional<ScriptObjectList> ScriptManager::unarchivedScriptDataSource(const 
 
 void ScriptManager::readScriptDataSource()
 {
-    const QByteArray data = UserDefaults::standardUserDefaults().dataForKey(kScriptAllItems);
+    const QByteArray data = _store.dataForKey(SettingsKey::ScriptAllItems);
     setScriptDataSource(unarchivedScriptDataSource(data).value_or(ScriptObjectList()));
 }
 
 void ScriptManager::writeScriptDataSource()
 {
     const auto& nodes = _scriptDataSource;
-    UserDefaults& defaults = UserDefaults::standardUserDefaults();
-    defaults.setObject(archivedScriptDataSource(nodes.value_or(ScriptObjectList())),
-                       kScriptAllItems);
-    defaults.synchronize();
+    _store.setObject(archivedScriptDataSource(nodes.value_or(ScriptObjectList())),
+                     SettingsKey::ScriptAllItems);
+    _store.synchronize();
 }
 
 // Reading the "#!" line ---------------------------------------------------------------
@@ -434,13 +435,12 @@ void ScriptManager::stopProcess()
     Q_EMIT processStopped();
 }
 
-std::optional<QString> ScriptManager::sourceOfFilePath(const QString& path)
+std::optional<QString> ScriptManager::sourceOfFilePath(const QString& path) const
 {
     quint64 encoding = Document::textEncodingAttributeOfURL(path);
     if (encoding == StringEncoding::NoEncoding) {
-        encoding =
-            EncodingManager::sharedEncodingManager().automaticDistinctionEncodingWithContentsOfURL(
-                QUrl::fromLocalFile(path), false);
+        encoding = _encodings.automaticDistinctionEncodingWithContentsOfURL(
+            QUrl::fromLocalFile(path), false);
     }
     QFile file(path);
     if (encoding == StringEncoding::NoEncoding || !file.open(QIODevice::ReadOnly)) {
@@ -513,6 +513,6 @@ void ScriptManager::runRegisterScript(const ScriptObjectPtr& node)
 void ScriptManager::bootUp()
 {
     if (!_folderWatcher) {
-        _folderWatcher = new ScriptFolderWatcher(this);
+        _folderWatcher = new ScriptFolderWatcher(_library, this);
     }
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "document/Document.h"
+#include "scripts/ScriptLibrary.h"
 #include "scripts/ScriptObject.h"
 
 #include <QByteArray>
@@ -13,13 +14,14 @@
 #include <optional>
 
 class Document;
+class EncodingManager;
 class QTemporaryFile;
 class ScriptFolderWatcher;
 class ScriptTarget;
 class TextView;
 class UserDefaults;
 
-/// The application's one script manager: it keeps the script library in the settings
+/// The application's one script manager: it keeps the script library in the settings store
 /// (written whenever it changes) and runs scripts, one child process at a time for the
 /// whole application. A child gets its source as its last argument (itself after "-c" or
 /// "-e", else the path of a temporary file holding it) and the front document's selection
@@ -34,8 +36,12 @@ class ScriptManager : public QObject
 public:
     static ScriptManager& sharedScriptManager();
 
-    explicit ScriptManager(QObject* parent = nullptr);
+    /// Keeps the library in `store`; reads script files through `encodings`.
+    ScriptManager(UserDefaults& store, EncodingManager& encodings, QObject* parent = nullptr);
     ~ScriptManager() override;
+
+    /// The commands that change the library.
+    ScriptLibrary& library() { return _library; }
 
     /// What scripts act on; none until the application sets it, and then scripts find no
     /// document.
@@ -101,7 +107,7 @@ public:
     /// after this, and its temporary source file is removed.
     void stopProcess();
     /// A script file's text in the encoding of its attribute, or the detected one.
-    static std::optional<QString> sourceOfFilePath(const QString& path);
+    std::optional<QString> sourceOfFilePath(const QString& path) const;
 
     bool isFindRunning() const { return _isFindRunning; }
     bool isNewWindow() const { return _isNewWindow; }
@@ -140,6 +146,9 @@ private:
     void setOutputDocument(Document* document);
     void insertOutput(const QString& text);
 
+    UserDefaults& _store;
+    EncodingManager& _encodings;
+    ScriptLibrary _library{*this};
     ScriptTarget* _target = nullptr;
     std::optional<ScriptObjectList> _scriptDataSource;
     QPointer<QProcess> _task;

@@ -10,8 +10,9 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-ScriptSheet::ScriptSheet(QWidget* window, bool withFolderPopUp)
+ScriptSheet::ScriptSheet(const ScriptLibrary& library, QWidget* window, bool withFolderPopUp)
     : QDialog(window)
+    , _library(library)
 {
     setWindowModality(window ? Qt::WindowModal : Qt::ApplicationModal);
     auto* layout = new QVBoxLayout(this);
@@ -39,11 +40,11 @@ void ScriptSheet::makeFolderPopup()
     const QFileIconProvider icons;
     _scriptFolderPopUp->addItem(icons.icon(QFileIconProvider::Desktop), tr("Scripts Menu"));
     _folders.append(nullptr);
-    if (!ScriptLibrary::entries(nullptr).isEmpty()) {
+    if (!_library.entries(nullptr).isEmpty()) {
         _scriptFolderPopUp->insertSeparator(_scriptFolderPopUp->count());
         _folders.append(nullptr);
     }
-    for (const auto& [folder, level] : ScriptLibrary::folders()) {
+    for (const auto& [folder, level] : _library.folders()) {
         _scriptFolderPopUp->addItem(icons.icon(QFileIconProvider::Folder),
                                     QString(level * 4, u' ') + folder->title());
         _scriptFolderPopUp->setItemData(_scriptFolderPopUp->count() - 1, level, Qt::UserRole + 1);

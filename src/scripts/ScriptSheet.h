@@ -7,6 +7,7 @@
 class QComboBox;
 class QLabel;
 class QLineEdit;
+class ScriptLibrary;
 
 /// The sheet that asks for a name: with the folder pop-up for adding a script or a folder
 /// to the library, without it for giving an entry a new name.
@@ -15,7 +16,8 @@ class ScriptSheet : public QDialog
     Q_OBJECT
 
 public:
-    ScriptSheet(QWidget* window, bool withFolderPopUp);
+    /// A sheet on `window` whose folder pop-up shows the folders of `library`.
+    ScriptSheet(const ScriptLibrary& library, QWidget* window, bool withFolderPopUp);
 
     QLabel* scriptLabel() const { return _scriptLabel; }
     QLineEdit* scriptTitleField() const { return _scriptTitleField; }
@@ -31,6 +33,7 @@ public:
     QString runSheet();
 
 private:
+    const ScriptLibrary& _library;
     QLabel* _scriptLabel = nullptr;
     QLineEdit* _scriptTitleField = nullptr;
     QComboBox* _scriptFolderPopUp = nullptr;

@@ -12,8 +12,9 @@ struct ScriptTreeModel::Item {
     std::vector<std::unique_ptr<Item>> children;
 };
 
-ScriptTreeModel::ScriptTreeModel(QObject* parent)
+ScriptTreeModel::ScriptTreeModel(ScriptLibrary& library, QObject* parent)
     : QAbstractItemModel(parent)
+    , _library(library)
     , _root(std::make_unique<Item>())
 {
     reloadData();
@@ -39,7 +40,7 @@ void ScriptTreeModel::reloadData()
 {
     beginResetModel();
     _root = std::make_unique<Item>();
-    build(_root.get(), ScriptLibrary::entries(nullptr));
+    build(_root.get(), _library.entries(nullptr));
     endResetModel();
 }
 
@@ -169,5 +170,5 @@ bool ScriptTreeModel::dropMimeData(const QMimeData* data, Qt::DropAction action,
     const ScriptObjectList moved = _dragObjects;
     _dragObjects.clear();
     // The library tells every pane, this one included, to reload.
-    return ScriptLibrary::move(moved, nodeAt(parent), row);
+    return _library.move(moved, nodeAt(parent), row);
 }

@@ -5,6 +5,8 @@
 #include <QAbstractItemModel>
 
 #include <memory>
+
+class ScriptLibrary;
 #include <vector>
 
 /// The script library as a tree for the script pane: rows show the nodes' titles, folders
@@ -17,7 +19,8 @@ class ScriptTreeModel : public QAbstractItemModel
 public:
     static constexpr const char* MimeType = "ScriptObject";
 
-    explicit ScriptTreeModel(QObject* parent = nullptr);
+    /// The tree of `library`.
+    explicit ScriptTreeModel(ScriptLibrary& library, QObject* parent = nullptr);
     ~ScriptTreeModel() override;
 
     /// Shows the application's scriptDataSource again.
@@ -49,6 +52,7 @@ private:
     void build(Item* item, const ScriptObjectList& nodes);
     Item* itemAt(const QModelIndex& index) const;
 
+    ScriptLibrary& _library;
     std::unique_ptr<Item> _root;
     mutable ScriptObjectList _dragObjects;
 };

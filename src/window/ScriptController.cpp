@@ -26,7 +26,7 @@ ScriptController::ScriptController(WindowController* controller, QWidget* parent
 {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    _treeController = new ScriptTreeModel(this);
+    _treeController = new ScriptTreeModel(ScriptManager::sharedScriptManager().library(), this);
     _outlineView = new QTreeView(this);
     _outlineView->setObjectName(QStringLiteral("scriptOutlineView"));
     _outlineView->setModel(_treeController);
@@ -57,14 +57,14 @@ ScriptController::ScriptController(WindowController* controller, QWidget* parent
 void ScriptController::reloadData()
 {
     QSet<ScriptObject*> expanded;
-    for (const auto& [folder, level] : ScriptLibrary::folders()) {
+    for (const auto& [folder, level] : ScriptManager::sharedScriptManager().library().folders()) {
         const QModelIndex index = _treeController->indexOf(folder);
         if (index.isValid() && _outlineView->isExpanded(index)) {
             expanded.insert(folder.get());
         }
     }
     _treeController->reloadData();
-    for (const auto& [folder, level] : ScriptLibrary::folders()) {
+    for (const auto& [folder, level] : ScriptManager::sharedScriptManager().library().folders()) {
         if (expanded.contains(folder.get())) {
             _outlineView->expand(_treeController->indexOf(folder));
         }
@@ -96,7 +96,7 @@ QMenu* ScriptController::menuNeedsUpdate(const QPoint& position)
 
 void ScriptController::removeScriptObject()
 {
-    ScriptLibrary::remove(selectedObject());
+    ScriptManager::sharedScriptManager().library().remove(selectedObject());
 }
 
 void ScriptController::rename()
@@ -105,7 +105,7 @@ void ScriptController::rename()
     if (!node) {
         return;
     }
-    ScriptSheet sheet(window(), false);
+    ScriptSheet sheet(ScriptManager::sharedScriptManager().library(), window(), false);
     sheet.scriptLabel()->setText(tr("New name :"));
     sheet.scriptTitleField()->setText(node->title());
     const QString name = sheet.runSheet();
@@ -120,7 +120,7 @@ bool ScriptController::renameTo(const QString& name)
     if (!node || name.isEmpty()) {
         return false;
     }
-    if (!ScriptLibrary::rename(node, name)) {
+    if (!ScriptManager::sharedScriptManager().library().rename(node, name)) {
         ScriptAlert::show(tr("Notice"), tr("Name was not able to be changed."), true);
         return false;
     }

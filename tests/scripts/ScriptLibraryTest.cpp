@@ -35,6 +35,11 @@ using namespace ScriptTestSupport;
 
 namespace {
 
+ScriptLibrary& library()
+{
+    return ScriptManager::sharedScriptManager().library();
+}
+
 class ScriptLibraryTest : public ::testing::Test
 {
 protected:
@@ -54,7 +59,7 @@ protected:
     {
         TestSupport::writeFile(script(name), "#!/bin/sh -c\necho " + name.toUtf8());
         ScriptObjectPtr node = ScriptObject::initWithPath(name, true);
-        ScriptObjectList list = ScriptLibrary::entries(folder);
+        ScriptObjectList list = library().entries(folder);
         list.append(node);
         if (folder) {
             folder->setChildren(list);
@@ -128,7 +133,7 @@ TEST_F(ScriptLibraryTest, AddScriptAndNewName)
     EXPECT_EQ(recorder.alerts[3].text, "Not Found unix commands.");
 
     // Sum becomes Sum.pl in the Script folder; a second Sum is refused.
-    ScriptObjectPtr folder = ScriptLibrary::addScriptFolder(QStringLiteral("Tools"), nullptr);
+    ScriptObjectPtr folder = library().addScriptFolder(QStringLiteral("Tools"), nullptr);
     ASSERT_TRUE(ScriptCommands::addScriptNamed(&perlWindow, QStringLiteral("Sum"), folder));
     EXPECT_EQ(TestSupport::readFile(script("Sum.pl")), "print 1;\n");
     ASSERT_EQ(folder->numberOfChildren(), 1);
@@ -138,7 +143,7 @@ TEST_F(ScriptLibraryTest, AddScriptAndNewName)
     EXPECT_FALSE(ScriptCommands::addScriptNamed(&perlWindow, QStringLiteral("Sum"), nullptr));
     EXPECT_EQ(recorder.alerts.back().text, "A Script was not able to be created.");
     EXPECT_TRUE(recorder.alerts.back().caution);
-    EXPECT_EQ(ScriptLibrary::entries(nullptr).size(), 1);
+    EXPECT_EQ(library().entries(nullptr).size(), 1);
 
     // In-process scripts are kept as JavaScript files.
     WindowController* inProcess = windowOf(QStringLiteral("None:AppleScript"));
@@ -162,7 +167,7 @@ TEST_F(ScriptLibraryTest, AddScriptAndNewName)
     EXPECT_EQ(TestSupport::readFile(script("Other.pl")), "other");
     EXPECT_TRUE(QFileInfo::exists(script("Total.pl")));
     // A folder's new name is only its title.
-    EXPECT_TRUE(ScriptLibrary::rename(folder, QStringLiteral("Maths")));
+    EXPECT_TRUE(library().rename(folder, QStringLiteral("Maths")));
     EXPECT_EQ(folder->title(), "Maths");
     for (WindowController* controller : {plain, c, &perlWindow}) {
         delete controller->document();
@@ -171,9 +176,9 @@ TEST_F(ScriptLibraryTest, AddScriptAndNewName)
 
 TEST_F(ScriptLibraryTest, DeletingAFolderDeletesEveryFileBelowIt)
 {
-    ScriptObjectPtr top = ScriptLibrary::addScriptFolder(QStringLiteral("A"), nullptr);
-    ScriptObjectPtr middle = ScriptLibrary::addScriptFolder(QStringLiteral("B"), top);
-    ScriptObjectPtr deep = ScriptLibrary::addScriptFolder(QStringLiteral("C"), middle);
+    ScriptObjectPtr top = library().addScriptFolder(QStringLiteral("A"), nullptr);
+    ScriptObjectPtr middle = library().addScriptFolder(QStringLiteral("B"), top);
+    ScriptObjectPtr deep = library().addScriptFolder(QStringLiteral("C"), middle);
     addFile(QStringLiteral("one.sh"), top);
     addFile(QStringLiteral("two.sh"), middle);
     addFile(QStringLiteral("three.sh"), deep);
@@ -189,13 +194,13 @@ TEST_F(ScriptLibraryTest, DeletingAFolderDeletesEveryFileBelowIt)
         EXPECT_FALSE(QFileInfo::exists(script(gone))) << gone;
     }
     EXPECT_TRUE(QFileInfo::exists(script("kept.sh")));
-    EXPECT_EQ(titles(ScriptLibrary::entries(nullptr)), QStringList({"kept"}));
+    EXPECT_EQ(titles(library().entries(nullptr)), QStringList({"kept"}));
     EXPECT_EQ(pane.treeController()->rowCount(), 1);
 }
 
 TEST_F(ScriptLibraryTest, DragAndDropBetweenRowsOnly)
 {
-    ScriptObjectPtr folder = ScriptLibrary::addScriptFolder(QStringLiteral("Folder"), nullptr);
+    ScriptObjectPtr folder = library().addScriptFolder(QStringLiteral("Folder"), nullptr);
     ScriptObjectPtr inside = addFile(QStringLiteral("inside.sh"), folder);
     ScriptObjectPtr first = addFile(QStringLiteral("first.sh"), nullptr);
     ScriptObjectPtr second = addFile(QStringLiteral("second.sh"), nullptr);
@@ -212,19 +217,19 @@ TEST_F(ScriptLibraryTest, DragAndDropBetweenRowsOnly)
     EXPECT_FALSE(model->canDropMimeData(data.get(), Qt::MoveAction, -1, 0, folderRow));
     EXPECT_FALSE(model->dropMimeData(data.get(), Qt::MoveAction, -1, 0, folderRow));
     EXPECT_FALSE(model->dropMimeData(data.get(), Qt::MoveAction, -1, 0, QModelIndex()));
-    EXPECT_EQ(titles(ScriptLibrary::entries(nullptr)), QStringList({"Folder", "first", "second"}));
+    EXPECT_EQ(titles(library().entries(nullptr)), QStringList({"Folder", "first", "second"}));
 
     // Between two rows inside the folder: moved there, the file stays where it is.
     ASSERT_TRUE(model->dropMimeData(data.get(), Qt::MoveAction, 0, 0, folderRow));
-    EXPECT_EQ(titles(ScriptLibrary::entries(nullptr)), QStringList({"Folder", "first"}));
-    EXPECT_EQ(titles(ScriptLibrary::entries(folder)), QStringList({"second", "inside"}));
+    EXPECT_EQ(titles(library().entries(nullptr)), QStringList({"Folder", "first"}));
+    EXPECT_EQ(titles(library().entries(folder)), QStringList({"second", "inside"}));
     EXPECT_TRUE(QFileInfo::exists(script("second.sh")));
     EXPECT_EQ(model->rowCount(model->indexOf(folder)), 2);
 
     // Within the same level, after a later row; a folder never goes into itself.
     data.reset(model->mimeData({model->indexOf(folder)}));
     ASSERT_TRUE(model->dropMimeData(data.get(), Qt::MoveAction, 2, 0, QModelIndex()));
-    EXPECT_EQ(titles(ScriptLibrary::entries(nullptr)), QStringList({"first", "Folder"}));
+    EXPECT_EQ(titles(library().entries(nullptr)), QStringList({"first", "Folder"}));
     data.reset(model->mimeData({model->indexOf(folder)}));
     EXPECT_FALSE(model->dropMimeData(data.get(), Qt::MoveAction, 0, 0, model->indexOf(folder)));
     Q_UNUSED(inside);
@@ -243,9 +248,9 @@ TEST_F(ScriptLibraryTest, ScriptsMenuFollowsTheLibrary)
     EXPECT_FALSE(itemTitles(menu, true).filter("Run Script").isEmpty());
 
     // A folder three levels deep: a third-level submenu, indentation level 2 in the pop-up.
-    ScriptObjectPtr a = ScriptLibrary::addScriptFolder(QStringLiteral("A"), nullptr);
-    ScriptObjectPtr b = ScriptLibrary::addScriptFolder(QStringLiteral("B"), a);
-    ScriptObjectPtr c = ScriptLibrary::addScriptFolder(QStringLiteral("C"), b);
+    ScriptObjectPtr a = library().addScriptFolder(QStringLiteral("A"), nullptr);
+    ScriptObjectPtr b = library().addScriptFolder(QStringLiteral("B"), a);
+    ScriptObjectPtr c = library().addScriptFolder(QStringLiteral("C"), b);
     addFile(QStringLiteral("deep.sh"), c);
     ScriptObjectPtr gone = addFile(QStringLiteral("gone.sh"), nullptr);
     ScriptManager::sharedScriptManager().postScriptDataSourceChanged();
@@ -263,7 +268,7 @@ TEST_F(ScriptLibraryTest, ScriptsMenuFollowsTheLibrary)
     EXPECT_EQ(level3->title(), "C");
     EXPECT_EQ(itemTitles(level3), QStringList({"deep"}));
 
-    ScriptSheet sheet(nullptr, true);
+    ScriptSheet sheet(library(), nullptr, true);
     sheet.makeFolderPopup();
     QComboBox* popUp = sheet.scriptFolderPopUp();
     ASSERT_EQ(popUp->count(), 5); // Scripts Menu, separator, A, B, C
@@ -291,17 +296,17 @@ TEST_F(ScriptLibraryTest, ScriptsMenuFollowsTheLibrary)
 TEST_F(ScriptLibraryTest, ImportDictionaryAndReadMe)
 {
     const QString dir = TestSupport::makeTempDir();
-    const QStringList refused = ScriptLibrary::importFiles(
+    const QStringList refused = library().importFiles(
         {TestSupport::writeFile(dir + "/a.sh", "#!/bin/sh -c\n"),
          TestSupport::writeFile(dir + "/b.js", "1;"), TestSupport::writeFile(dir + "/c.py", "#"),
          TestSupport::writeFile(dir + "/d.applescript", "x"), dir});
     EXPECT_TRUE(refused.isEmpty());
-    EXPECT_EQ(titles(ScriptLibrary::entries(nullptr)), QStringList({"a", "b", "d"}));
+    EXPECT_EQ(titles(library().entries(nullptr)), QStringList({"a", "b", "d"}));
     EXPECT_TRUE(QFileInfo::exists(script("b.js")));
     EXPECT_FALSE(QFileInfo::exists(script("c.py")));
     // The same name again is refused and leaves the library as it was.
-    EXPECT_EQ(ScriptLibrary::importFiles({dir + "/a.sh"}), QStringList({dir + "/a.sh"}));
-    EXPECT_EQ(ScriptLibrary::entries(nullptr).size(), 3);
+    EXPECT_EQ(library().importFiles({dir + "/a.sh"}), QStringList({dir + "/a.sh"}));
+    EXPECT_EQ(library().entries(nullptr).size(), 3);
 
     DocumentController& documents = DocumentController::sharedDocumentController();
     Application::instance()->delegate().openScriptDictionary(nullptr);
@@ -317,7 +322,7 @@ TEST_F(ScriptLibraryTest, ImportDictionaryAndReadMe)
 TEST_F(ScriptLibraryTest, PaneDoubleClickContextMenuAndSheets)
 {
     AlertRecorder recorder;
-    ScriptObjectPtr folder = ScriptLibrary::addScriptFolder(QStringLiteral("Folder"), nullptr);
+    ScriptObjectPtr folder = library().addScriptFolder(QStringLiteral("Folder"), nullptr);
     ScriptObjectPtr hello = addFile(QStringLiteral("hello.sh"), folder);
     Document* document = openDocument(QStringLiteral("<>"), 1, 0);
     WindowController* controller =
@@ -353,7 +358,7 @@ TEST_F(ScriptLibraryTest, PaneDoubleClickContextMenuAndSheets)
 
     // The folder stays open when the library changes; a missing file is reported.
     QFile::remove(script("hello.sh"));
-    ScriptLibrary::addScriptFolder(QStringLiteral("More"), nullptr);
+    library().addScriptFolder(QStringLiteral("More"), nullptr);
     EXPECT_TRUE(tree->isExpanded(model->indexOf(folder)));
     tree->setCurrentIndex(model->indexOf(hello));
     pane.doubleClickedOutlineViewRow(tree);
@@ -372,11 +377,11 @@ TEST_F(ScriptLibraryTest, PaneDoubleClickContextMenuAndSheets)
         sheet->accept();
     });
     ScriptCommands::addScriptFolder(controller->window());
-    EXPECT_EQ(titles(ScriptLibrary::entries(folder)), QStringList({"hello", "Inner"}));
+    EXPECT_EQ(titles(library().entries(folder)), QStringList({"hello", "Inner"}));
     // Cancelled: nothing changes.
     QTimer::singleShot(0, [] { QApplication::activeModalWidget()->close(); });
     ScriptCommands::addScriptFolder(controller->window());
-    EXPECT_EQ(titles(ScriptLibrary::entries(nullptr)), QStringList({"Folder", "More"}));
+    EXPECT_EQ(titles(library().entries(nullptr)), QStringList({"Folder", "More"}));
 }
 
 TEST_F(ScriptLibraryTest, ScriptsPutInTheFolderJoinTheLibrary)
@@ -390,8 +395,8 @@ TEST_F(ScriptLibraryTest, ScriptsPutInTheFolderJoinTheLibrary)
         DocumentController::sharedDocumentController().windowControllerOf(document));
 
     // What is there already joins at once; later files as they come, without a restart.
-    ScriptFolderWatcher watcher;
-    EXPECT_EQ(titles(ScriptLibrary::entries(nullptr)), QStringList({"Before"}));
+    ScriptFolderWatcher watcher(library());
+    EXPECT_EQ(titles(library().entries(nullptr)), QStringList({"Before"}));
     TestSupport::writeFile(script(".hidden.sh"), "#!/bin/sh\n");
     TestSupport::writeFile(script("notes.txt"), "not a script");
     TestSupport::writeFile(script("Dropped.py"), "#!/usr/bin/env python3\nprint('dropped')\n");

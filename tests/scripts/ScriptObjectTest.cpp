@@ -1,5 +1,6 @@
 #include "scripts/ScriptObject.h"
 
+#include "TestSupport.h"
 #include "platform/UserDefaults.h"
 #include "scripts/ScriptManager.h"
 
@@ -35,7 +36,9 @@ TEST(ScriptObject, PathsTitlesAndChildren)
 
 TEST(ScriptManager, LibraryRoundTripsThroughTheSettings)
 {
-    ScriptManager& manager = ScriptManager::sharedScriptManager();
+    const QString settings = TestSupport::makeTempDir() + "/Tessaran.conf";
+    UserDefaults store(settings);
+    ScriptManager manager(store, TestSupport::encodings());
     auto tools = ScriptObject::initWithPath("Tools", false);
     auto sum = ScriptObject::initWithPath("Sum.pl", true);
     sum->setInitApp(true);
@@ -48,10 +51,12 @@ TEST(ScriptManager, LibraryRoundTripsThroughTheSettings)
         ScriptObjectList{tools, ScriptObject::initWithPath("Top.rb", true)});
 
     manager.writeScriptDataSource();
-    manager.setScriptDataSource(std::nullopt);
-    manager.readScriptDataSource();
+    // What another run finds in the settings file.
+    UserDefaults nextRun(settings);
+    ScriptManager next(nextRun, TestSupport::encodings());
+    next.readScriptDataSource();
 
-    const auto& library = manager.scriptDataSource();
+    const auto& library = next.scriptDataSource();
     ASSERT_TRUE(library.has_value());
     ASSERT_EQ(library->size(), 2);
     const auto& back = library->at(0);
@@ -69,11 +74,11 @@ TEST(ScriptManager, LibraryRoundTripsThroughTheSettings)
     EXPECT_EQ(library->at(1)->path(), "Top.rb");
 
     // No setting, or one that is not an archive, gives an empty library.
-    UserDefaults::standardUserDefaults().setObject(QByteArray("garbage"), "ScriptAllItems");
+    store.setObject(QByteArray("garbage"), "ScriptAllItems");
     manager.readScriptDataSource();
     ASSERT_TRUE(manager.scriptDataSource().has_value());
     EXPECT_TRUE(manager.scriptDataSource()->isEmpty());
-    UserDefaults::standardUserDefaults().removeObjectForKey("ScriptAllItems");
+    store.removeObjectForKey("ScriptAllItems");
     manager.setScriptDataSource(std::nullopt);
     manager.readScriptDataSource();
     ASSERT_TRUE(manager.scriptDataSource().has_value());

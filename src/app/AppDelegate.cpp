@@ -4,6 +4,7 @@
 #include "app/ScriptingService.h"
 #include "document/Document.h"
 #include "platform/ColorArchive.h"
+#include "platform/Preferences.h"
 #include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
 #include "scripts/ScriptManager.h"
@@ -25,22 +26,22 @@ QList<QPair<QString, QColor>> AppDelegate::defaultColors()
     const QColor control = qApp ? QApplication::palette().color(QPalette::Button)
                                 : QColor::fromRgbF(0.93f, 0.93f, 0.93f);
     return {
-        {QStringLiteral("DefaultTextColor"), Qt::black},
-        {QStringLiteral("DefaultInsertionPointColor"), Qt::black},
-        {QStringLiteral("DefaultBackgroundColor"), Qt::white},
-        {QStringLiteral("InvisibleCharacterColor"), QColor::fromRgbF(0.2f, 0.7f, 0.9f)},
-        {QStringLiteral("GutterTextColor"), darkGray},
-        {QStringLiteral("GutterBorderColor"), darkGray},
-        {QStringLiteral("GutterBackgroundColor"), control},
-        {QStringLiteral("BlockwordsColor"), darkGray},
-        {QStringLiteral("KeywordsColor"), QColor::fromRgbF(0.5f, 0.0f, 0.5f)},
-        {QStringLiteral("PreprocessorColor"), QColor::fromRgbF(0.4f, 0.2f, 0.0f)},
-        {QStringLiteral("StringsColor"), QColor::fromRgbF(0.8f, 0.1f, 0.1f)},
-        {QStringLiteral("CommentsColor"), QColor::fromRgbF(0.0f, 0.5f, 0.0f)},
-        {QStringLiteral("CommandsColor"), QColor::fromRgbF(0.7f, 0.0f, 0.5f)},
-        {QStringLiteral("ValuesColor"), QColor::fromRgbF(0.7f, 0.0f, 0.5f)},
-        {QStringLiteral("NumbersColor"), Qt::blue},
-        {QStringLiteral("CharactersColor"), Qt::blue},
+        {SettingsKey::DefaultTextColor, Qt::black},
+        {SettingsKey::DefaultInsertionPointColor, Qt::black},
+        {SettingsKey::DefaultBackgroundColor, Qt::white},
+        {SettingsKey::InvisibleCharacterColor, QColor::fromRgbF(0.2f, 0.7f, 0.9f)},
+        {SettingsKey::GutterTextColor, darkGray},
+        {SettingsKey::GutterBorderColor, darkGray},
+        {SettingsKey::GutterBackgroundColor, control},
+        {SettingsKey::BlockwordsColor, darkGray},
+        {SettingsKey::KeywordsColor, QColor::fromRgbF(0.5f, 0.0f, 0.5f)},
+        {SettingsKey::PreprocessorColor, QColor::fromRgbF(0.4f, 0.2f, 0.0f)},
+        {SettingsKey::StringsColor, QColor::fromRgbF(0.8f, 0.1f, 0.1f)},
+        {SettingsKey::CommentsColor, QColor::fromRgbF(0.0f, 0.5f, 0.0f)},
+        {SettingsKey::CommandsColor, QColor::fromRgbF(0.7f, 0.0f, 0.5f)},
+        {SettingsKey::ValuesColor, QColor::fromRgbF(0.7f, 0.0f, 0.5f)},
+        {SettingsKey::NumbersColor, Qt::blue},
+        {SettingsKey::CharactersColor, Qt::blue},
     };
 }
 
@@ -57,7 +58,7 @@ bool AppDelegate::registerDefaults(const QString& resourcePath, UserDefaults& de
     QVariantMap dictionary = value.toMap();
 
     // "Automatic" is all ones; the resource may write it as −1.
-    const QString openKey = QStringLiteral("OpenDefaultsTextEncoding");
+    const QString openKey = SettingsKey::OpenDefaultsTextEncoding;
     const QVariant open = dictionary.value(openKey);
     if (open.isValid() && open.toULongLong() == std::numeric_limits<quint64>::max()) {
         dictionary.insert(openKey, QVariant::fromValue(std::numeric_limits<quint64>::max()));
@@ -98,8 +99,7 @@ void AppDelegate::openScriptDictionary(QObject* sender)
 
 bool AppDelegate::applicationShouldOpenUntitledFile() const
 {
-    return UserDefaults::standardUserDefaults().boolForKey(
-        QStringLiteral("ShouldOpenUntitledFile"));
+    return Preferences::sharedPreferences().current().application.shouldOpenUntitledFile;
 }
 
 bool AppDelegate::applicationShouldHandleReopen(bool hasVisibleWindows) const

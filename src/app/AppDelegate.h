@@ -17,8 +17,8 @@ public:
     explicit AppDelegate(QObject* parent = nullptr);
 
     /// Reads the defaults resource at `resourcePath`, adds the sixteen colours, normalises
-    /// "OpenDefaultsTextEncoding" and registers the result with `defaults`. Returns false,
-    /// registering nothing, when the resource is missing or is not a dictionary.
+    /// `SettingsKey::OpenDefaultsTextEncoding` and registers the result with `defaults`. Returns
+    /// false, registering nothing, when the resource is missing or is not a dictionary.
     static bool registerDefaults(const QString& resourcePath, UserDefaults& defaults);
     /// The sixteen colour settings and their default colours, in order.
     static QList<QPair<QString, QColor>> defaultColors();

@@ -7,7 +7,6 @@
 #include "document/RecoveryStore.h"
 #include "editor/TextView.h"
 #include "platform/FileManager.h"
-#include "platform/NotificationCenter.h"
 #include "platform/Preferences.h"
 #include "platform/SharedInstance.h"
 #include "platform/StringEncoding.h"
@@ -42,8 +41,6 @@
 #include <utility>
 
 namespace {
-
-const QString kFirstStartupApplication = QStringLiteral("FirstStartupApplication");
 
 // Copies a shipped resource into the user's folder; an existing file is never replaced.
 void copyResource(const QString& resource, const QString& destination)
@@ -83,7 +80,7 @@ ScriptObjectPtr installScriptGroup(const QString& title, const QStringList& file
 DocumentController::DocumentController(QObject* parent)
     : QObject(parent)
 {
-    connect(&NotificationCenter::defaultCenter(), &NotificationCenter::NotifUpdatePreferences, this,
+    connect(&Preferences::sharedPreferences(), &Preferences::applicationSettingsChanged, this,
             &DocumentController::updatePreferences);
 }
 
@@ -122,9 +119,8 @@ const QStringList& DocumentController::shippedShellScripts()
 
 void DocumentController::awakeFromNib()
 {
-    UserDefaults& defaults = UserDefaults::standardUserDefaults();
-    _openDefaultsTextEncoding =
-        defaults.unsignedIntegerForKey(QStringLiteral("OpenDefaultsTextEncoding"));
+    const ApplicationSettings settings = Preferences::sharedPreferences().current().application;
+    _openDefaultsTextEncoding = settings.openDefaultsTextEncoding;
     _isOpenPanel = false;
 
     const QString app = FileManager::applicationName();
@@ -135,7 +131,7 @@ void DocumentController::awakeFromNib()
                                        FileManager::UserDomainMask,
                                        app + QStringLiteral("/SyntaxDefinition"));
 
-    if (defaults.boolForKey(kFirstStartupApplication)) {
+    if (settings.firstStartupApplication) {
         installShippedResources();
     } else {
         ScriptManager::sharedScriptManager().readScriptDataSource();
@@ -155,7 +151,7 @@ void DocumentController::installShippedResources()
     library.append(
         installScriptGroup(QStringLiteral("Exsample for ShellScript"), shippedShellScripts()));
     ScriptManager::sharedScriptManager().setScriptDataSource(library);
-    UserDefaults::standardUserDefaults().setBool(false, kFirstStartupApplication);
+    UserDefaults::standardUserDefaults().setBool(false, SettingsKey::FirstStartupApplication);
     // Written now, with the flag above: a first run that never quits cleanly must not leave
     // the next one an empty library.
     ScriptManager::sharedScriptManager().writeScriptDataSource();
@@ -165,14 +161,13 @@ void DocumentController::installShippedResources()
 
 namespace {
 
-const QString kRecentDocuments = QStringLiteral("RecentDocumentPaths");
+const QLatin1StringView kRecentDocuments = SettingsKey::RecentDocumentPaths;
 // Triplets of window identifier, encoding and path of the documents open when the last run ended.
-const QString kRestorableDocuments = QStringLiteral("RestorableDocuments");
+const QLatin1StringView kRestorableDocuments = SettingsKey::RestorableDocuments;
 // One entry per triplet: empty for a window of its own; for a tab, the number of its tab window,
 // followed by "*" for the current tab. The triplets of a tab window's tabs are in tab order.
-const QString kRestorableDocumentTabs = QStringLiteral("RestorableDocumentTabs");
-const QString kOpenDocumentsInTabs = QStringLiteral("OpenDocumentsInTabs");
-const QString kOpenPanelFolder = QStringLiteral("OpenPanelFolder");
+const QLatin1StringView kRestorableDocumentTabs = SettingsKey::RestorableDocumentTabs;
+const QLatin1StringView kOpenPanelFolder = SettingsKey::OpenPanelFolder;
 constexpr int kMaximumRecentDocuments = 15;
 constexpr quint64 kAutomatic = ~quint64(0);
 constexpr quint64 kUTF8 = 4;
@@ -288,7 +283,7 @@ Document* DocumentController::addDocument(Document* document, bool display, Plac
         *placement.tabGroup = window->presentAsTab(*placement.tabGroup);
     } else if (display) {
         window->present(placement.bySetting &&
-                        UserDefaults::standardUserDefaults().boolForKey(kOpenDocumentsInTabs));
+                        Preferences::sharedPreferences().current().application.openDocumentsInTabs);
     }
     return document;
 }
@@ -869,8 +864,7 @@ void DocumentController::makeSharingMenu(QMenu* menu)
     add(tr("Sina Weibo"), QStringLiteral("internet-web-browser"), 4);
 }
 
-void DocumentController::updatePreferences()
+void DocumentController::updatePreferences(const ApplicationSettings& settings)
 {
-    _openDefaultsTextEncoding = UserDefaults::standardUserDefaults().unsignedIntegerForKey(
-        QStringLiteral("OpenDefaultsTextEncoding"));
+    _openDefaultsTextEncoding = settings.openDefaultsTextEncoding;
 }

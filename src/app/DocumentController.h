@@ -8,6 +8,7 @@
 
 #include <vector>
 
+struct ApplicationSettings;
 class Document;
 class QComboBox;
 class QMenu;
@@ -112,7 +113,8 @@ public:
     /// Fills the sharing menu: e-mail (tag 0), messages (1), a separator, Twitter (2),
     /// Facebook (3) and Sina Weibo (4).
     void makeSharingMenu(QMenu* menu);
-    void updatePreferences();
+    /// Takes up the open panel's encoding when the settings change.
+    void updatePreferences(const ApplicationSettings& settings);
 
     /// The syntax definitions that ship with the application, in installation order.
     static const QStringList& shippedSyntaxNames();
@@ -126,8 +128,8 @@ private:
     /// document settings.
     Document* makeDocument();
     void installShippedResources();
-    /// Where a document's window shows: as the setting "OpenDocumentsInTabs" says, or, for a
-    /// window brought back from the last run, as it was: a window of its own, or the last tab
+    /// Where a document's window shows: as the setting `SettingsKey::OpenDocumentsInTabs` says, or,
+    /// for a window brought back from the last run, as it was: a window of its own, or the last tab
     /// of `*tabGroup` (of a new tab window when it holds null, which it then holds).
     struct Placement {
         bool bySetting;

@@ -1,5 +1,6 @@
 #include "app/FontWell.h"
 
+#include "platform/Preferences.h"
 #include "platform/UserDefaults.h"
 
 #include <QFontDialog>
@@ -20,19 +21,14 @@ FontWell::FontWell(QWidget* parent)
 
 QFont FontWell::fontOfDefaults()
 {
-    const UserDefaults& defaults = UserDefaults::standardUserDefaults();
-    QFont font(defaults.stringForKey(QStringLiteral("DefaultFont")));
-    const qint64 size = defaults.integerForKey(QStringLiteral("DefaultFontSize"));
-    // Point sizes are device-independent pixels here, as in the text view.
-    font.setPixelSize(size > 0 ? int(size) : 12);
-    return font;
+    // As the text view shows it.
+    return Preferences::sharedPreferences().current().editor.font();
 }
 
 void FontWell::setFontFeild()
 {
     const QFont font = fontOfDefaults();
-    const qint64 size =
-        UserDefaults::standardUserDefaults().integerForKey(QStringLiteral("DefaultFontSize"));
+    const qint64 size = Preferences::sharedPreferences().current().editor.fontSize;
     setText(QStringLiteral("%1 - %2").arg(QFontInfo(font).family()).arg(size));
     setFont(font);
 }
@@ -41,8 +37,8 @@ void FontWell::closeFontPanel(const QFont& chosen)
 {
     UserDefaults& defaults = UserDefaults::standardUserDefaults();
     const double size = chosen.pointSizeF() > 0 ? chosen.pointSizeF() : chosen.pixelSize();
-    defaults.setObject(chosen.family(), QStringLiteral("DefaultFont"));
-    defaults.setInteger(qint64(std::trunc(size)), QStringLiteral("DefaultFontSize"));
+    defaults.setObject(chosen.family(), SettingsKey::DefaultFont);
+    defaults.setInteger(qint64(std::trunc(size)), SettingsKey::DefaultFontSize);
     setFontFeild();
     Q_EMIT fontChanged();
 }

@@ -4,8 +4,8 @@
 #include <QLineEdit>
 
 /// The editor font's field in the preferences window: it shows "name - size" in that font,
-/// and a click opens the font dialog, whose choice becomes "DefaultFont" and
-/// "DefaultFontSize".
+/// and a click opens the font dialog, whose choice becomes `SettingsKey::DefaultFont` and
+/// `SettingsKey::DefaultFontSize`.
 class FontWell : public QLineEdit
 {
     Q_OBJECT
@@ -15,8 +15,8 @@ public:
 
     /// Shows the font of the settings, in that font.
     void setFontFeild();
-    /// Stores `chosen`: its family in "DefaultFont", its size truncated to whole points in
-    /// "DefaultFontSize"; then refreshes the field.
+    /// Stores `chosen`: its family in `SettingsKey::DefaultFont`, its size truncated to whole
+    /// points in `SettingsKey::DefaultFontSize`; then refreshes the field.
     void closeFontPanel(const QFont& chosen);
     /// The font the settings name.
     static QFont fontOfDefaults();

@@ -7,6 +7,7 @@
 #include "app/SyntaxDefinitionEditor.h"
 #include "document/EncodingManager.h"
 #include "platform/ColorArchive.h"
+#include "platform/Preferences.h"
 #include "platform/SharedInstance.h"
 #include "platform/SpellChecker.h"
 #include "platform/UserDefaults.h"
@@ -42,11 +43,6 @@ constexpr int kWindowWidth = 720;
 UserDefaults& store()
 {
     return UserDefaults::standardUserDefaults();
-}
-
-QString key(const char* name)
-{
-    return QString::fromLatin1(name);
 }
 
 } // namespace
@@ -119,8 +115,8 @@ void PreferencesController::loadWindow()
     for (const auto& item : items) {
         // Desktops without an icon theme get the style's own pictures.
         // Pictures of different sizes are centred on one canvas, so that the titles line up.
-        const QIcon found =
-            QIcon::fromTheme(key(item.icon), _window->style()->standardIcon(item.fallback));
+        const QIcon found = QIcon::fromTheme(QString::fromLatin1(item.icon),
+                                             _window->style()->standardIcon(item.fallback));
         const QSize size = _toolbar->iconSize();
         const qreal ratio = _window->devicePixelRatioF();
         QPixmap canvas(size * ratio);
@@ -136,7 +132,7 @@ void PreferencesController::loadWindow()
         }
         const QIcon icon(canvas);
         QAction* action = _toolbar->addAction(icon, item.title);
-        action->setObjectName(key(item.identifier));
+        action->setObjectName(QString::fromLatin1(item.identifier));
         action->setProperty("tag", tag);
         action->setCheckable(true);
         group->addAction(action);
@@ -162,9 +158,9 @@ QWidget* PreferencesController::makeDocumentsTab()
     auto* form = new QFormLayout;
     layout->addLayout(form);
     form->addRow(_binding->checkBox(tr("Open an untitled document at start"),
-                                    key("ShouldOpenUntitledFile")));
+                                    SettingsKey::ShouldOpenUntitledFile));
     auto* autosave = new QHBoxLayout;
-    QSpinBox* delay = _binding->spinBox(key("AutosavingDelay"), 1, 3600);
+    QSpinBox* delay = _binding->spinBox(SettingsKey::AutosavingDelay, 1, 3600);
     delay->setSuffix(tr(" s"));
     autosave->addWidget(delay);
     autosave->addWidget(new QLabel(tr("(takes effect at the next start)")));
@@ -182,31 +178,33 @@ QWidget* PreferencesController::makeDocumentsTab()
             &PreferencesController::changedTextEncoding);
     form->addRow(tr("Encoding when opening:"), _openPanelTextEncodingPopUp);
     form->addRow(_binding->checkBox(tr("Prefer Japanese encodings when detecting"),
-                                    key("PriorityToJapaneseEncoding")));
-    form->addRow(
-        _binding->checkBox(tr("Add a byte-order mark to UTF-8 files"), key("UTF8AppendByBOM")));
+                                    SettingsKey::PriorityToJapaneseEncoding));
+    form->addRow(_binding->checkBox(tr("Add a byte-order mark to UTF-8 files"),
+                                    SettingsKey::UTF8AppendByBOM));
     QStringList lineBreaks;
     for (qsizetype style = 0; style < 3; ++style) {
         lineBreaks.append(EncodingManager::lineBreaksLongTitle(style));
     }
     form->addRow(tr("Line breaks of new documents:"),
-                 _binding->indexPopUp(lineBreaks, key("DefaultsLineBreaks")));
+                 _binding->indexPopUp(lineBreaks, SettingsKey::DefaultsLineBreaks));
     form->addRow(_binding->checkBox(tr("Hide the extension in the Save dialog"),
-                                    key("SavePanelExtensionHidden")));
+                                    SettingsKey::SavePanelExtensionHidden));
 
     auto* search = new QGroupBox(tr("Search defaults"));
     auto* grid = new QGridLayout(search);
     grid->addWidget(
-        _binding->checkBox(tr("Replace then find next"), key("SearchReplaceAndFindNext")), 0, 0);
-    grid->addWidget(_binding->checkBox(tr("Replace all"), key("SearchReplaceAll")), 0, 1);
-    grid->addWidget(_binding->checkBox(tr("Case sensitive"), key("SearchCaseSensitive")), 1, 0);
-    grid->addWidget(_binding->checkBox(tr("Regular expression"), key("SearchRegularExpression")), 1,
-                    1);
-    grid->addWidget(_binding->checkBox(tr("Search backwards"), key("SearchPrevious")), 2, 0);
+        _binding->checkBox(tr("Replace then find next"), SettingsKey::SearchReplaceAndFindNext), 0,
+        0);
+    grid->addWidget(_binding->checkBox(tr("Replace all"), SettingsKey::SearchReplaceAll), 0, 1);
+    grid->addWidget(_binding->checkBox(tr("Case sensitive"), SettingsKey::SearchCaseSensitive), 1,
+                    0);
     grid->addWidget(
-        _binding->checkBox(tr("Multi-line regular expressions"), key("AllowMultiLineSearching")), 2,
-        1);
-    grid->addWidget(_binding->checkBox(tr("Whole word"), key("SearchWholeWord")), 3, 0);
+        _binding->checkBox(tr("Regular expression"), SettingsKey::SearchRegularExpression), 1, 1);
+    grid->addWidget(_binding->checkBox(tr("Search backwards"), SettingsKey::SearchPrevious), 2, 0);
+    grid->addWidget(_binding->checkBox(tr("Multi-line regular expressions"),
+                                       SettingsKey::AllowMultiLineSearching),
+                    2, 1);
+    grid->addWidget(_binding->checkBox(tr("Whole word"), SettingsKey::SearchWholeWord), 3, 0);
     layout->addWidget(search);
     layout->addStretch();
     return page;
@@ -218,7 +216,8 @@ QWidget* PreferencesController::makeWindowTab()
     auto* layout = new QHBoxLayout(page);
     auto* view = new QVBoxLayout;
     layout->addLayout(view);
-    view->addWidget(_binding->checkBox(tr("Open documents in tabs"), key("OpenDocumentsInTabs")));
+    view->addWidget(
+        _binding->checkBox(tr("Open documents in tabs"), SettingsKey::OpenDocumentsInTabs));
     // Windows open now are not gathered or split up: the choice is where the next ones go.
     auto* tabsNote =
         new QLabel(tr("Applies to documents opened from now on; open windows stay as they are."));
@@ -227,14 +226,14 @@ QWidget* PreferencesController::makeWindowTab()
     tabsNote->setContentsMargins(20, 0, 0, 4);
     tabsNote->setEnabled(false);
     view->addWidget(tabsNote);
-    view->addWidget(_binding->checkBox(tr("Show line numbers"), key("ShowGutterView")));
+    view->addWidget(_binding->checkBox(tr("Show line numbers"), SettingsKey::ShowGutterView));
     view->addWidget(
-        _binding->checkBox(tr("Show invisible characters"), key("ShowInvisibleCharacters")));
-    view->addWidget(_binding->checkBox(tr("Wrap lines"), key("DefaultWrapLines")));
+        _binding->checkBox(tr("Show invisible characters"), SettingsKey::ShowInvisibleCharacters));
+    view->addWidget(_binding->checkBox(tr("Wrap lines"), SettingsKey::DefaultWrapLines));
     view->addWidget(
-        _binding->checkBox(tr("Split panes side by side"), key("UseVerticalforSplitView")));
+        _binding->checkBox(tr("Split panes side by side"), SettingsKey::UseVerticalforSplitView));
     view->addWidget(
-        _binding->checkBox(tr("Check spelling while typing"), key("AllowSpellChecking")));
+        _binding->checkBox(tr("Check spelling while typing"), SettingsKey::AllowSpellChecking));
     auto* language = new QHBoxLayout;
     language->addWidget(new QLabel(tr("Spelling language:")));
     _spellCheckerPopUp = new QComboBox;
@@ -249,15 +248,15 @@ QWidget* PreferencesController::makeWindowTab()
     auto* form = new QFormLayout(marks);
     const struct {
         QString title;
-        const char* key;
+        QLatin1StringView key;
     } rows[] = {
-        {tr("Line break:"), "NewLineCharacter"},
-        {tr("Tab:"), "TabCharacter"},
-        {tr("Space:"), "SpaceCharacter"},
-        {tr("Full-width space:"), "FullwidthSpaceCharacter"},
+        {tr("Line break:"), SettingsKey::NewLineCharacter},
+        {tr("Tab:"), SettingsKey::TabCharacter},
+        {tr("Space:"), SettingsKey::SpaceCharacter},
+        {tr("Full-width space:"), SettingsKey::FullwidthSpaceCharacter},
     };
     for (const auto& row : rows) {
-        QLineEdit* edit = _binding->lineEdit(key(row.key));
+        QLineEdit* edit = _binding->lineEdit(row.key);
         edit->setMaxLength(1);
         edit->setFixedWidth(40);
         form->addRow(row.title, edit);
@@ -292,22 +291,22 @@ QWidget* PreferencesController::makeSyntaxTab()
     grid->addWidget(presets, 0, 0, 1, 2);
     const struct {
         QString title;
-        const char* key;
+        QLatin1StringView key;
     } wells[] = {
-        {tr("Keywords"), "KeywordsColor"},
-        {tr("Commands"), "CommandsColor"},
-        {tr("Values"), "ValuesColor"},
-        {tr("Numbers"), "NumbersColor"},
-        {tr("Strings"), "StringsColor"},
-        {tr("Characters"), "CharactersColor"},
-        {tr("Comments"), "CommentsColor"},
-        {tr("Blockwords"), "BlockwordsColor"},
-        {tr("Preprocessor"), "PreprocessorColor"},
+        {tr("Keywords"), SettingsKey::KeywordsColor},
+        {tr("Commands"), SettingsKey::CommandsColor},
+        {tr("Values"), SettingsKey::ValuesColor},
+        {tr("Numbers"), SettingsKey::NumbersColor},
+        {tr("Strings"), SettingsKey::StringsColor},
+        {tr("Characters"), SettingsKey::CharactersColor},
+        {tr("Comments"), SettingsKey::CommentsColor},
+        {tr("Blockwords"), SettingsKey::BlockwordsColor},
+        {tr("Preprocessor"), SettingsKey::PreprocessorColor},
     };
     int row = 1;
     for (const auto& well : wells) {
         grid->addWidget(new QLabel(well.title), row, 0);
-        grid->addWidget(_binding->colorWell(key(well.key)), row, 1);
+        grid->addWidget(_binding->colorWell(well.key), row, 1);
         ++row;
     }
     grid->setRowStretch(row, 1);
@@ -333,47 +332,50 @@ QWidget* PreferencesController::makeEditorTab()
     left->addLayout(fontRow);
     auto* tabRow = new QHBoxLayout;
     tabRow->addWidget(new QLabel(tr("Tab width:")));
-    tabRow->addWidget(_binding->spinBox(key("DefaultTabWidth"), 1, 32));
+    tabRow->addWidget(_binding->spinBox(SettingsKey::DefaultTabWidth, 1, 32));
     tabRow->addStretch();
     left->addLayout(tabRow);
-    left->addWidget(_binding->checkBox(tr("Insert spaces for tabs"), key("SpaceTab")));
-    left->addWidget(_binding->checkBox(tr("Indent automatically"), key("AutoIndent")));
+    left->addWidget(_binding->checkBox(tr("Insert spaces for tabs"), SettingsKey::SpaceTab));
+    left->addWidget(_binding->checkBox(tr("Indent automatically"), SettingsKey::AutoIndent));
     const auto indented = [left](QWidget* widget) {
         auto* row = new QHBoxLayout;
         row->addSpacing(20);
         row->addWidget(widget, 1);
         left->addLayout(row);
     };
-    indented(_binding->checkBox(tr("Indent after an opening brace"), key("AutoIndentBraces")));
-    indented(_binding->checkBox(tr("Outdent a closing brace"), key("AutoIndentClosingBraces")));
+    indented(
+        _binding->checkBox(tr("Indent after an opening brace"), SettingsKey::AutoIndentBraces));
+    indented(
+        _binding->checkBox(tr("Outdent a closing brace"), SettingsKey::AutoIndentClosingBraces));
     _checkMatchingbraces =
-        _binding->checkBox(tr("Highlight matching braces"), key("AutoBraceMatching"));
+        _binding->checkBox(tr("Highlight matching braces"), SettingsKey::AutoBraceMatching);
     connect(_checkMatchingbraces, &QCheckBox::toggled, this, &PreferencesController::checkButton);
     left->addWidget(_checkMatchingbraces);
     _usingChevronsMatching =
-        _binding->checkBox(tr("Match < and > too"), key("UsedChevronsMatching"));
+        _binding->checkBox(tr("Match < and > too"), SettingsKey::UsedChevronsMatching);
     indented(_usingChevronsMatching);
-    left->addWidget(_binding->checkBox(tr("Complete words automatically"), key("AutoComplete")));
     left->addWidget(
-        _binding->checkBox(tr("Convert to character entity references"), key("CharacterEntity")));
+        _binding->checkBox(tr("Complete words automatically"), SettingsKey::AutoComplete));
+    left->addWidget(_binding->checkBox(tr("Convert to character entity references"),
+                                       SettingsKey::CharacterEntity));
     left->addStretch();
 
     auto* colors = new QGroupBox(tr("Colours"));
     auto* form = new QFormLayout(colors);
     const struct {
         QString title;
-        const char* key;
+        QLatin1StringView key;
     } wells[] = {
-        {tr("Text:"), "DefaultTextColor"},
-        {tr("Insertion point:"), "DefaultInsertionPointColor"},
-        {tr("Background:"), "DefaultBackgroundColor"},
-        {tr("Invisible characters:"), "InvisibleCharacterColor"},
-        {tr("Line numbers:"), "GutterTextColor"},
-        {tr("Gutter border:"), "GutterBorderColor"},
-        {tr("Gutter background:"), "GutterBackgroundColor"},
+        {tr("Text:"), SettingsKey::DefaultTextColor},
+        {tr("Insertion point:"), SettingsKey::DefaultInsertionPointColor},
+        {tr("Background:"), SettingsKey::DefaultBackgroundColor},
+        {tr("Invisible characters:"), SettingsKey::InvisibleCharacterColor},
+        {tr("Line numbers:"), SettingsKey::GutterTextColor},
+        {tr("Gutter border:"), SettingsKey::GutterBorderColor},
+        {tr("Gutter background:"), SettingsKey::GutterBackgroundColor},
     };
     for (const auto& well : wells) {
-        form->addRow(well.title, _binding->colorWell(key(well.key)));
+        form->addRow(well.title, _binding->colorWell(well.key));
     }
     layout->addWidget(colors, 0, Qt::AlignTop);
     return page;
@@ -392,12 +394,11 @@ void PreferencesController::windowDidLoad()
     _tabView->setCurrentIndex(0);
     makeSpellCheckPopUpMenu();
     const QList<quint64> encodings = EncodingManager::sharedEncodingManager().encodingList();
-    EncodingPopUp::makeEncodingOfPopUpMenu(
-        _defaultTextEncodingPopUp, encodings,
-        store().unsignedIntegerForKey(key("DefaultsTextEncoding")), false);
-    EncodingPopUp::makeEncodingOfPopUpMenu(
-        _openPanelTextEncodingPopUp, encodings,
-        store().unsignedIntegerForKey(key("OpenDefaultsTextEncoding")), true);
+    const PreferencesValues settings = Preferences::sharedPreferences().current();
+    EncodingPopUp::makeEncodingOfPopUpMenu(_defaultTextEncodingPopUp, encodings,
+                                           settings.document.defaultsTextEncoding, false);
+    EncodingPopUp::makeEncodingOfPopUpMenu(_openPanelTextEncodingPopUp, encodings,
+                                           settings.application.openDefaultsTextEncoding, true);
     if (!_checkMatchingbraces->isChecked()) {
         _usingChevronsMatching->setEnabled(false);
     }
@@ -453,7 +454,7 @@ void PreferencesController::changedTabs(int tag)
 void PreferencesController::makeSpellCheckPopUpMenu()
 {
     _spellCheckerPopUp->clear();
-    const QString chosen = store().stringForKey(key("SpellCheckLanguage"));
+    const QString chosen = Preferences::sharedPreferences().current().window.spellCheckLanguage;
     for (const QString& language : SpellChecker::sharedSpellChecker().availableLanguages()) {
         _spellCheckerPopUp->addItem(SpellChecker::displayNameOfLanguage(language), language);
         if (language == chosen) {
@@ -466,7 +467,7 @@ void PreferencesController::changedSpellCheckLanguage(int index)
 {
     const QString language = _spellCheckerPopUp->itemData(index).toString();
     if (!language.isEmpty()) {
-        store().setObject(language, key("SpellCheckLanguage"));
+        store().setObject(language, SettingsKey::SpellCheckLanguage);
     }
 }
 
@@ -475,7 +476,7 @@ void PreferencesController::changedTextEncoding(int index)
     const QVariant encoding =
         _openPanelTextEncodingPopUp->itemData(index, EncodingManager::RepresentedObjectRole);
     if (encoding.isValid()) {
-        store().setUnsignedInteger(encoding.toULongLong(), key("OpenDefaultsTextEncoding"));
+        store().setUnsignedInteger(encoding.toULongLong(), SettingsKey::OpenDefaultsTextEncoding);
     }
 }
 
@@ -484,7 +485,7 @@ void PreferencesController::changedDefaultTextEncoding(int index)
     const QVariant encoding =
         _defaultTextEncodingPopUp->itemData(index, EncodingManager::RepresentedObjectRole);
     if (encoding.isValid()) {
-        store().setUnsignedInteger(encoding.toULongLong(), key("DefaultsTextEncoding"));
+        store().setUnsignedInteger(encoding.toULongLong(), SettingsKey::DefaultsTextEncoding);
     }
 }
 
@@ -510,22 +511,22 @@ void PreferencesController::changedSyntaxColouringType(int tag)
     const QColor insertion[] = {Qt::black, Qt::white, Qt::red, Qt::black, Qt::black};
     const QColor background[] = {Qt::white, darkGray, Qt::black, Qt::white, Qt::white};
     const QList<QPair<QString, QColor>> colors = {
-        {key("DefaultTextColor"), text[tag]},
-        {key("DefaultInsertionPointColor"), insertion[tag]},
-        {key("DefaultBackgroundColor"), background[tag]},
-        {key("InvisibleCharacterColor"), QColor::fromRgbF(0.2f, 0.7f, 0.9f)},
-        {key("GutterTextColor"), darkGray},
-        {key("GutterBorderColor"), darkGray},
-        {key("GutterBackgroundColor"), QApplication::palette().color(QPalette::Button)},
-        {key("BlockwordsColor"), darkGray},
-        {key("KeywordsColor"), QColor::fromRgbF(0.5f, 0.0f, 0.5f)},
-        {key("PreprocessorColor"), QColor::fromRgbF(0.4f, 0.2f, 0.0f)},
-        {key("StringsColor"), QColor::fromRgbF(0.8f, 0.1f, 0.1f)},
-        {key("CommentsColor"), QColor::fromRgbF(0.0f, 0.5f, 0.0f)},
-        {key("CommandsColor"), QColor::fromRgbF(0.7f, 0.0f, 0.5f)},
-        {key("ValuesColor"), QColor::fromRgbF(0.7f, 0.0f, 0.5f)},
-        {key("NumbersColor"), Qt::blue},
-        {key("CharactersColor"), Qt::blue},
+        {SettingsKey::DefaultTextColor, text[tag]},
+        {SettingsKey::DefaultInsertionPointColor, insertion[tag]},
+        {SettingsKey::DefaultBackgroundColor, background[tag]},
+        {SettingsKey::InvisibleCharacterColor, QColor::fromRgbF(0.2f, 0.7f, 0.9f)},
+        {SettingsKey::GutterTextColor, darkGray},
+        {SettingsKey::GutterBorderColor, darkGray},
+        {SettingsKey::GutterBackgroundColor, QApplication::palette().color(QPalette::Button)},
+        {SettingsKey::BlockwordsColor, darkGray},
+        {SettingsKey::KeywordsColor, QColor::fromRgbF(0.5f, 0.0f, 0.5f)},
+        {SettingsKey::PreprocessorColor, QColor::fromRgbF(0.4f, 0.2f, 0.0f)},
+        {SettingsKey::StringsColor, QColor::fromRgbF(0.8f, 0.1f, 0.1f)},
+        {SettingsKey::CommentsColor, QColor::fromRgbF(0.0f, 0.5f, 0.0f)},
+        {SettingsKey::CommandsColor, QColor::fromRgbF(0.7f, 0.0f, 0.5f)},
+        {SettingsKey::ValuesColor, QColor::fromRgbF(0.7f, 0.0f, 0.5f)},
+        {SettingsKey::NumbersColor, Qt::blue},
+        {SettingsKey::CharactersColor, Qt::blue},
     };
     for (const auto& [name, color] : colors) {
         keyedArchiverOfObject(color, name, store());

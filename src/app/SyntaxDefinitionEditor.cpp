@@ -3,6 +3,7 @@
 #include "app/DocumentController.h"
 #include "app/KeyTypeDelegate.h"
 #include "platform/FileManager.h"
+#include "platform/Preferences.h"
 #include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
 #include "syntax/SyntaxEntryTableModel.h"
@@ -214,16 +215,16 @@ void SyntaxDefinitionEditor::makeSyntaxPopUpMenu()
     _defaultSyntaxPopUp->insertSeparator(_defaultSyntaxPopUp->count());
     _defaultSyntaxPopUp->addItem(QStringLiteral("Plain Text"), 2);
 
-    const UserDefaults& defaults = UserDefaults::standardUserDefaults();
-    const bool colouring = defaults.boolForKey(QStringLiteral("SyntaxColouring"));
-    const bool byType = defaults.boolForKey(QStringLiteral("DefaultForFileType"));
+    const WindowSettings settings = Preferences::sharedPreferences().current().window;
+    const bool colouring = settings.syntaxColouring;
+    const bool byType = settings.defaultForFileType;
     if (!colouring && byType) {
         _defaultSyntaxPopUp->setCurrentIndex(0);
     } else if (!colouring && !byType) {
         _defaultSyntaxPopUp->setCurrentIndex(1);
     } else {
-        _defaultSyntaxPopUp->setCurrentIndex(_defaultSyntaxPopUp->findText(
-            defaults.stringForKey(QStringLiteral("DefaultsSyntaxName")), Qt::MatchExactly));
+        _defaultSyntaxPopUp->setCurrentIndex(
+            _defaultSyntaxPopUp->findText(settings.defaultsSyntaxName, Qt::MatchExactly));
     }
 }
 
@@ -232,16 +233,15 @@ void SyntaxDefinitionEditor::changedSyntaxName(int index)
     UserDefaults& defaults = UserDefaults::standardUserDefaults();
     const int tag = _defaultSyntaxPopUp->itemData(index).toInt();
     if (tag == 0) {
-        defaults.setBool(false, QStringLiteral("SyntaxColouring"));
-        defaults.setBool(true, QStringLiteral("DefaultForFileType"));
+        defaults.setBool(false, SettingsKey::SyntaxColouring);
+        defaults.setBool(true, SettingsKey::DefaultForFileType);
     } else if (tag == 1) {
-        defaults.setBool(false, QStringLiteral("SyntaxColouring"));
-        defaults.setBool(false, QStringLiteral("DefaultForFileType"));
+        defaults.setBool(false, SettingsKey::SyntaxColouring);
+        defaults.setBool(false, SettingsKey::DefaultForFileType);
     } else {
-        defaults.setBool(true, QStringLiteral("SyntaxColouring"));
-        defaults.setBool(false, QStringLiteral("DefaultForFileType"));
-        defaults.setObject(_defaultSyntaxPopUp->itemText(index),
-                           QStringLiteral("DefaultsSyntaxName"));
+        defaults.setBool(true, SettingsKey::SyntaxColouring);
+        defaults.setBool(false, SettingsKey::DefaultForFileType);
+        defaults.setObject(_defaultSyntaxPopUp->itemText(index), SettingsKey::DefaultsSyntaxName);
     }
 }
 

@@ -161,11 +161,11 @@ public:
     /// and bottom.
     QPageLayout printInfo();
 
-    /// Shortest time, in seconds, between recovery copies, whatever "AutosavingDelay" says:
-    /// a copy is not written at every key.
+    /// Shortest time, in seconds, between recovery copies, whatever `SettingsKey::AutosavingDelay`
+    /// says: a copy is not written at every key.
     static constexpr qint64 minimumAutosavingDelay = 1;
-    /// Starts the autosave clock unless it runs already: "AutosavingDelay" seconds after the
-    /// first unsaved change since the last copy, recoveryCopyDue() asks for a copy. Later
+    /// Starts the autosave clock unless it runs already: `SettingsKey::AutosavingDelay` seconds
+    /// after the first unsaved change since the last copy, recoveryCopyDue() asks for a copy. Later
     /// changes do not restart the clock, so continuous typing never puts the copy off.
     void scheduleAutosave();
 

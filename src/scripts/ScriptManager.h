@@ -120,10 +120,10 @@ public:
     /// The text view scripts act on: the main text view of the front document's window.
     TextView* frontTextView() const;
 
-    /// Loads the library from "ScriptAllItems" into the application's scriptDataSource;
-    /// an empty library when the setting is missing or cannot be read.
+    /// Loads the library from `SettingsKey::ScriptAllItems` into the application's
+    /// scriptDataSource; an empty library when the setting is missing or cannot be read.
     void readScriptDataSource();
-    /// Stores the application's scriptDataSource into "ScriptAllItems" and writes the
+    /// Stores the application's scriptDataSource into `SettingsKey::ScriptAllItems` and writes the
     /// settings out, so that the library outlives a crash.
     void writeScriptDataSource();
 

@@ -9,12 +9,10 @@
 #include "editor/TextView.h"
 #include "editor/UndoActionNames.h"
 #include "platform/FileManager.h"
-#include "platform/NotificationCenter.h"
 #include "platform/Preferences.h"
 #include "platform/SpellChecker.h"
 #include "platform/StringEncoding.h"
 #include "platform/TextCodec.h"
-#include "platform/UserDefaults.h"
 #include "search/SearchManager.h"
 #include "syntax/SyntaxDefinitionFolder.h"
 #include "syntax/SyntaxManager.h"
@@ -48,26 +46,36 @@ WindowController::WindowController(Document* document)
     : QObject(document)
     , _document(document)
 {
-    const UserDefaults& defaults = UserDefaults::standardUserDefaults();
-    _showInvisibleCharacters = defaults.boolForKey(QStringLiteral("ShowInvisibleCharacters"));
-    _showGutterView = defaults.boolForKey(QStringLiteral("ShowGutterView"));
-    _wrapLines = defaults.boolForKey(QStringLiteral("DefaultWrapLines"));
-    _autoIndent = defaults.boolForKey(QStringLiteral("AutoIndent"));
-    _autoBraceMatching = defaults.boolForKey(QStringLiteral("AutoBraceMatching"));
-    _autoComplete = defaults.boolForKey(QStringLiteral("AutoComplete"));
-    _allowSpellChecking = defaults.boolForKey(QStringLiteral("AllowSpellChecking"));
-    _spellCheckLanguage = defaults.stringForKey(QStringLiteral("SpellCheckLanguage"));
-    _useVerticalforSplitView = defaults.boolForKey(QStringLiteral("UseVerticalforSplitView"));
-    _syntaxColouring = defaults.boolForKey(QStringLiteral("SyntaxColouring"));
-    _defaultForFileType = defaults.boolForKey(QStringLiteral("DefaultForFileType"));
-    _selectedSyntaxName = defaults.stringForKey(QStringLiteral("DefaultsSyntaxName"));
+    Preferences& preferences = Preferences::sharedPreferences();
+    const PreferencesValues settings = preferences.current();
+    _showInvisibleCharacters = settings.window.showInvisibleCharacters;
+    _showGutterView = settings.window.showGutterView;
+    _wrapLines = settings.editor.wrapLines;
+    _autoIndent = settings.editor.autoIndent;
+    _autoBraceMatching = settings.editor.autoBraceMatching;
+    _autoComplete = settings.editor.autoComplete;
+    _allowSpellChecking = settings.window.allowSpellChecking;
+    _spellCheckLanguage = settings.window.spellCheckLanguage;
+    _useVerticalforSplitView = settings.window.useVerticalforSplitView;
+    _syntaxColouring = settings.window.syntaxColouring;
+    _defaultForFileType = settings.window.defaultForFileType;
+    _selectedSyntaxName = settings.window.defaultsSyntaxName;
 
     _window = new DocumentWindow;
     _sidebarView = new SidebarView(this);
     _sidebarView->placeBeside(_window->splitView());
     _counter = new CharacterCounter(document->textStorage());
-    connect(&NotificationCenter::defaultCenter(), &NotificationCenter::NotifUpdatePreferences, this,
-            &WindowController::updatePreferences);
+    // Changed settings reach the panes and the document as they are pushed; after every
+    // reading the window's toggles go back to the settings.
+    connect(&preferences, &Preferences::editorSettingsChanged, this,
+            [this](const EditorSettings& changed) {
+                for (TextView* view : textViews()) {
+                    view->updatePreferences(changed);
+                }
+            });
+    connect(&preferences, &Preferences::documentSettingsChanged, document,
+            &Document::updatePreferences);
+    connect(&preferences, &Preferences::reloaded, this, &WindowController::updatePreferences);
     _fileIsReadOnly = isReadOnlyFile(document->fileURL());
     connect(document, &Document::documentInformationChanged, this, [this] {
         _fileIsReadOnly = isReadOnlyFile(_document->fileURL());
@@ -607,11 +615,9 @@ void WindowController::resetupInitialTextViewSharedState()
     showWholeCount();
 }
 
-void WindowController::updatePreferences(QObject* sender)
+void WindowController::updatePreferences(const PreferencesValues& settings)
 {
-    Q_UNUSED(sender);
     for (TextView* view : textViews()) {
-        view->updatePreferences(Preferences::sharedPreferences().values().editor);
         // An edit saved by the definitions' editor reaches the window, coloured anew.
         const QString name = view->syntaxDictionary().value(QStringLiteral("Name")).toString();
         if (!view->syntaxDictionary().isEmpty()) {
@@ -619,16 +625,15 @@ void WindowController::updatePreferences(QObject* sender)
                 FileManager::syntaxDefinitionDirectoryPathInPath(name + QStringLiteral(".plist")));
         }
     }
-    const UserDefaults& defaults = UserDefaults::standardUserDefaults();
-    _wrapLines = defaults.boolForKey(QStringLiteral("DefaultWrapLines"));
-    _showGutterView = defaults.boolForKey(QStringLiteral("ShowGutterView"));
-    _showInvisibleCharacters = defaults.boolForKey(QStringLiteral("ShowInvisibleCharacters"));
-    _autoIndent = defaults.boolForKey(QStringLiteral("AutoIndent"));
-    _autoBraceMatching = defaults.boolForKey(QStringLiteral("AutoBraceMatching"));
-    _autoComplete = defaults.boolForKey(QStringLiteral("AutoComplete"));
-    _allowSpellChecking = defaults.boolForKey(QStringLiteral("AllowSpellChecking"));
-    _spellCheckLanguage = defaults.stringForKey(QStringLiteral("SpellCheckLanguage"));
-    _useVerticalforSplitView = defaults.boolForKey(QStringLiteral("UseVerticalforSplitView"));
+    _wrapLines = settings.editor.wrapLines;
+    _showGutterView = settings.window.showGutterView;
+    _showInvisibleCharacters = settings.window.showInvisibleCharacters;
+    _autoIndent = settings.editor.autoIndent;
+    _autoBraceMatching = settings.editor.autoBraceMatching;
+    _autoComplete = settings.editor.autoComplete;
+    _allowSpellChecking = settings.window.allowSpellChecking;
+    _spellCheckLanguage = settings.window.spellCheckLanguage;
+    _useVerticalforSplitView = settings.window.useVerticalforSplitView;
     toggleWrapLines(nullptr);
     toggleGutterView(nullptr);
     toggleInvisibleCharacters(nullptr);
@@ -640,7 +645,6 @@ void WindowController::updatePreferences(QObject* sender)
         _window->splitView()->setOrientation(_useVerticalforSplitView ? Qt::Horizontal
                                                                       : Qt::Vertical);
     }
-    _document->updatePreferences(Preferences::sharedPreferences().values().document);
 }
 
 // Document commands --------------------------------------------------------------------

@@ -16,6 +16,7 @@ class QAction;
 class QMenu;
 class SidebarView;
 class TextView;
+struct PreferencesValues;
 class QUrl;
 
 /// The controller of one document's window: the window's own view flags, its syntax
@@ -89,8 +90,10 @@ public:
     qint64 infoCharacters() const { return _infoCharacters; }
     /// Re-attaches every pane after the document's text was replaced.
     void resetupInitialTextViewSharedState();
-    /// Re-reads the settings into the window, its panes and the document.
-    void updatePreferences(QObject* sender = nullptr);
+    /// After each reading of the settings: sets the window's toggles back to `settings` and
+    /// reads the panes' syntax definitions again (the panes and the document take up changed
+    /// settings as they are pushed).
+    void updatePreferences(const PreferencesValues& settings);
     /// Replaces the document's text by its file read in another encoding, as one undoable
     /// step: when the document has unsaved edits (which undo brings back), only if they can be
     /// written in that encoding; in any case only if the file's bytes decode in it. Otherwise

@@ -141,11 +141,10 @@ TEST(AppDelegate, LaunchQuestionsAndTheSettingsBroadcast)
     Application* app = Application::instance();
     ASSERT_NE(app, nullptr);
     AppDelegate& delegate = app->delegate();
-    UserDefaults& defaults = UserDefaults::standardUserDefaults();
+    TestRoot root;
     EXPECT_TRUE(delegate.applicationShouldOpenUntitledFile());
-    defaults.setBool(false, "ShouldOpenUntitledFile");
+    root.userDefaults().setBool(false, "ShouldOpenUntitledFile");
     EXPECT_FALSE(delegate.applicationShouldOpenUntitledFile());
-    defaults.removeObjectForKey("ShouldOpenUntitledFile");
     // Re-activation never opens an untitled document.
     EXPECT_FALSE(delegate.applicationShouldHandleReopen(false));
     EXPECT_FALSE(delegate.applicationShouldHandleReopen(true));

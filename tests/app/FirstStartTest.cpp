@@ -16,18 +16,18 @@
 
 namespace {
 
+// The support folder as a first start finds it; the settings are a TestRoot's own, as the
+// first start finds them too.
 void startWithEmptySupportFolder()
 {
     QDir(FileManager::applicationSupportDirectoryPath()).removeRecursively();
-    UserDefaults::standardUserDefaults().removeObjectForKey("FirstStartupApplication");
-    UserDefaults::standardUserDefaults().removeObjectForKey("ScriptAllItems");
-    ScriptManager::sharedScriptManager().setScriptDataSource(std::nullopt);
 }
 
 } // namespace
 
 TEST(FirstStart, InstallsDefinitionsScriptsAndTheExampleLibrary)
 {
+    TestRoot root;
     startWithEmptySupportFolder();
     DocumentController::sharedDocumentController().awakeFromNib();
 
@@ -71,6 +71,7 @@ TEST(FirstStart, InstallsDefinitionsScriptsAndTheExampleLibrary)
 
 TEST(FirstStart, NeverReplacesTheUsersFiles)
 {
+    TestRoot root;
     startWithEmptySupportFolder();
     const QString userC = TestSupport::writeFile(
         FileManager::syntaxDefinitionDirectoryPathInPath("C.plist"), "my own C definition");
@@ -87,10 +88,11 @@ TEST(FirstStart, NeverReplacesTheUsersFiles)
 
 TEST(FirstStart, ReadsItsSettingsAndClearsTheReadingFlags)
 {
-    UserDefaults& defaults = UserDefaults::standardUserDefaults();
+    TestRoot root;
+    UserDefaults& defaults = root.userDefaults();
     defaults.setInteger(45, "AutosavingDelay");
     defaults.setUnsignedInteger(8, "OpenDefaultsTextEncoding");
-    DocumentController& controller = DocumentController::sharedDocumentController();
+    DocumentController& controller = root.documentController();
     controller.setIsOpenPanel(true);
     controller.awakeFromNib();
     EXPECT_EQ(TestDocument().autosavingDelay(), 45);

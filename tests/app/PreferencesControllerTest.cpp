@@ -38,6 +38,7 @@
 
 namespace {
 
+// The store of the newest root: each test makes one of its own.
 UserDefaults& store()
 {
     return UserDefaults::standardUserDefaults();
@@ -82,6 +83,8 @@ TEST(PreferencesController, TabsKeepTheirHeightsAndTheTopEdge)
 
 TEST(PreferencesController, BraceCheckBoxesAndEncodingPopUps)
 {
+    // The controls write settings of the test's own.
+    TestRoot root;
     store().setBool(false, "AutoBraceMatching");
     store().setBool(true, "UsedChevronsMatching");
     store().setUnsignedInteger(4, "OpenDefaultsTextEncoding");
@@ -112,14 +115,12 @@ TEST(PreferencesController, BraceCheckBoxesAndEncodingPopUps)
     Q_EMIT fresh->activated(index);
     EXPECT_EQ(store().unsignedIntegerForKey("DefaultsTextEncoding"),
               fresh->itemData(index).toULongLong());
-    store().removeObjectForKey("AutoBraceMatching");
-    store().removeObjectForKey("UsedChevronsMatching");
-    store().removeObjectForKey("OpenDefaultsTextEncoding");
-    store().removeObjectForKey("DefaultsTextEncoding");
 }
 
 TEST(PreferencesController, EverySettingHasABoundControl)
 {
+    // The controls write settings of the test's own.
+    TestRoot root;
     PreferencesController controller;
     QMainWindow* window = controller.window();
     // Keys with a control of their own name; the others are the pop-ups and the font well.
@@ -177,12 +178,12 @@ TEST(PreferencesController, EverySettingHasABoundControl)
     EXPECT_EQ(store().stringForKey("DefaultFont"), "DejaVu Serif");
     EXPECT_EQ(well->text(), QFontInfo(well->font()).family() + " - 12");
     EXPECT_EQ(well->font().family(), "DejaVu Serif");
-    store().removeObjectForKey("DefaultFont");
-    store().removeObjectForKey("DefaultFontSize");
 }
 
 TEST(PreferencesController, SpellingLanguagesComeFromTheDictionaries)
 {
+    // The controls write settings of the test's own.
+    TestRoot root;
     const QStringList languages = SpellChecker::sharedSpellChecker().availableLanguages();
     ASSERT_TRUE(languages.contains("en_US"));
     PreferencesController controller;
@@ -195,11 +196,12 @@ TEST(PreferencesController, SpellingLanguagesComeFromTheDictionaries)
         popUp->findData(languages.first() == "en_US" ? languages.last() : languages.first());
     Q_EMIT popUp->activated(other);
     EXPECT_EQ(store().stringForKey("SpellCheckLanguage"), popUp->itemData(other).toString());
-    store().removeObjectForKey("SpellCheckLanguage");
 }
 
 TEST(PreferencesController, ColourPresetsWriteAllSixteenColours)
 {
+    // The controls write settings of the test's own.
+    TestRoot root;
     PreferencesController controller;
     controller.window();
     controller.changedSyntaxColouringType(2);
@@ -227,13 +229,12 @@ TEST(PreferencesController, ColourPresetsWriteAllSixteenColours)
     EXPECT_EQ(background->color(), QColor::fromRgbF(1.0f / 3, 1.0f / 3, 1.0f / 3));
     Q_EMIT background->colorChosen(QColor(10, 20, 30));
     EXPECT_EQ(colorOf("DefaultBackgroundColor"), QColor(10, 20, 30));
-    for (const auto& [key, color] : AppDelegate::defaultColors()) {
-        store().removeObjectForKey(key);
-    }
 }
 
 TEST(PreferencesController, OpenWindowsTakeUpChangesWhenTheWindowCloses)
 {
+    // The controls write settings of the test's own.
+    TestRoot root;
     QSignalSpy spy(&NotificationCenter::defaultCenter(),
                    &NotificationCenter::NotifUpdatePreferences);
     {
@@ -272,7 +273,6 @@ TEST(PreferencesController, OpenWindowsTakeUpChangesWhenTheWindowCloses)
     EXPECT_EQ(PropertyList::readDictionary(c)->value("Keywords").toList().last(), "new");
     EXPECT_EQ(spy.count(), 2);
     EXPECT_EQ(window->showGutterView(), !shown);
-    store().removeObjectForKey("ShowGutterView");
     delete document;
 }
 

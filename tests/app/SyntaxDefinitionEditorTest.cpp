@@ -1,5 +1,6 @@
 #include "app/SyntaxDefinitionEditor.h"
 
+#include "TestSupport.h"
 #include "app/DocumentController.h"
 #include "platform/FileManager.h"
 #include "platform/PropertyList.h"
@@ -64,6 +65,8 @@ struct Editor {
 
 TEST(SyntaxDefinitionEditor, ListsTheFolderAndTheCategories)
 {
+    // The pop-up writes settings of the test's own.
+    TestRoot root;
     Editor e;
     EXPECT_EQ(e.editor.definitions().size(), 17);
     EXPECT_TRUE(e.editor.definitions().contains("Objective C"));
@@ -78,7 +81,7 @@ TEST(SyntaxDefinitionEditor, ListsTheFolderAndTheCategories)
     EXPECT_EQ(popUp->itemText(1), "None");
     EXPECT_EQ(popUp->itemText(popUp->count() - 1), "Plain Text");
     EXPECT_EQ(popUp->findText("Plain Text"), popUp->count() - 1);
-    UserDefaults& store = UserDefaults::standardUserDefaults();
+    UserDefaults& store = root.userDefaults();
     const int perl = popUp->findText("Perl");
     Q_EMIT popUp->activated(perl);
     EXPECT_TRUE(store.boolForKey("SyntaxColouring"));
@@ -91,9 +94,6 @@ TEST(SyntaxDefinitionEditor, ListsTheFolderAndTheCategories)
     EXPECT_FALSE(store.boolForKey("DefaultForFileType"));
     e.editor.makeSyntaxPopUpMenu();
     EXPECT_EQ(popUp->currentIndex(), 1);
-    for (const char* key : {"SyntaxColouring", "DefaultForFileType", "DefaultsSyntaxName"}) {
-        store.removeObjectForKey(key);
-    }
 
     // Columns per category.
     e.choose("C");

@@ -110,9 +110,10 @@ TEST_F(ScriptLibraryTest, AddScriptAndNewName)
         controller->windowDidLoad();
         return controller;
     };
-    UserDefaults::standardUserDefaults().setBool(false, QStringLiteral("SyntaxColouring"));
+    // A window whose user chose no syntax.
     WindowController* plain = windowOf(QStringLiteral("None:None"));
-    UserDefaults::standardUserDefaults().removeObjectForKey(QStringLiteral("SyntaxColouring"));
+    QAction none(QStringLiteral("None"));
+    plain->selectedSyntaxColoring(&none);
     WindowController* c = windowOf(QStringLiteral("None:C"));
     WindowController& perlWindow = *windowOf(QStringLiteral("None:Perl"));
 

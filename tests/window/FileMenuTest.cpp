@@ -75,8 +75,9 @@ void withPanel(QAction* item, const std::function<void(QFileDialog*)>& use)
 
 TEST(FileMenu, SaveAsHidesTheExtensionInTheNameField)
 {
-    UserDefaults::standardUserDefaults().setBool(true, "SavePanelExtensionHidden");
-    DocumentController& documents = DocumentController::sharedDocumentController();
+    TestRoot root;
+    root.userDefaults().setBool(true, "SavePanelExtensionHidden");
+    DocumentController& documents = root.documentController();
     const QString dir = TestSupport::makeTempDir();
     Document* document =
         documents.openDocumentWithContentsOfURL(TestSupport::writeFile(dir + "/notes.txt", "n\n"));
@@ -107,9 +108,6 @@ TEST(FileMenu, SaveAsHidesTheExtensionInTheNameField)
     });
     EXPECT_EQ(document->fileURL(), dir + "/renamed.txt");
     EXPECT_EQ(TestSupport::readFile(dir + "/renamed.txt"), "n\n");
-
-    documents.discardAllDocuments();
-    UserDefaults::standardUserDefaults().removeObjectForKey("SavePanelExtensionHidden");
 }
 
 TEST(FileMenu, DuplicateOpensAnUntitledCopyInItsOwnWindow)

@@ -88,7 +88,8 @@ void resetEngine()
 
 TEST(SidebarView, OpeningSwitchingAndClosing)
 {
-    UserDefaults::standardUserDefaults().setBool(false, "SyntaxColouring");
+    TestRoot root;
+    root.userDefaults().setBool(false, "SyntaxColouring");
     Window window(QStringLiteral("some text"));
     const int width = window.window()->width();
     const int editorWidth = window.window()->splitView()->width();
@@ -147,7 +148,6 @@ TEST(SidebarView, OpeningSwitchingAndClosing)
     find->trigger();
     EXPECT_TRUE(window.sidebar()->isVisible());
     EXPECT_EQ(window.window()->width(), width + 240);
-    UserDefaults::standardUserDefaults().removeObjectForKey("SyntaxColouring");
 }
 
 TEST(SidebarView, WindowIdentifierAndFullScreen)
@@ -229,8 +229,9 @@ TEST(SidebarView, SplitPanes)
 
 TEST(SidebarView, SearchPaneAndFindCommands)
 {
+    // The recent search strings are written to settings of the test's own.
+    TestRoot root;
     resetEngine();
-    UserDefaults::standardUserDefaults().removeObjectForKey(SettingsKey::RecentSearchStrings);
     Window window(QStringLiteral("foo bar foo baz foo"));
     window.controller->swicthSidebarType(SidebarView::SearchType);
     SearchController* pane = window.sidebar()->searchController();
@@ -314,6 +315,8 @@ TEST(SidebarView, SearchPaneAndFindCommands)
 
 TEST(SidebarView, WholeWordOptionAndTheReplaceShortcut)
 {
+    // The options are written to settings of the test's own.
+    TestRoot root;
     resetEngine();
     Window window(QStringLiteral("cat concat cat_ cat"));
     // Ctrl+H: the search pane, ready to type the replacement.
@@ -355,9 +358,6 @@ TEST(SidebarView, WholeWordOptionAndTheReplaceShortcut)
 
     wholeWord->click();
     pane->regularExpressionCheckButton()->setChecked(false);
-    UserDefaults::standardUserDefaults().removeObjectForKey("SearchWholeWord");
-    UserDefaults::standardUserDefaults().removeObjectForKey("SearchRegularExpression");
-    resetEngine();
 }
 
 TEST(SidebarView, UndoOfReplaceAllRestoresTheTextAndTakesTheHighlightAway)

@@ -18,27 +18,21 @@
 
 namespace {
 
-UserDefaults& store()
-{
-    return UserDefaults::standardUserDefaults();
-}
-
-// A shown window with spell checking on in American English.
+// A shown window with spell checking on in American English, on settings of its own.
 struct CheckedWindow {
+    TestRoot root;
     Document* document = new TestDocument;
     WindowController* controller = nullptr;
 
     explicit CheckedWindow(const QString& text)
     {
-        store().setBool(true, "AllowSpellChecking");
-        store().setObject(QStringLiteral("en_US"), "SpellCheckLanguage");
+        root.userDefaults().setBool(true, "AllowSpellChecking");
+        root.userDefaults().setObject(QStringLiteral("en_US"), "SpellCheckLanguage");
         document->textStorage()->setPlainText(text);
         controller = new WindowController(document);
         controller->windowDidLoad();
         controller->window()->resize(640, 420);
         controller->window()->show();
-        store().removeObjectForKey("AllowSpellChecking");
-        store().removeObjectForKey("SpellCheckLanguage");
     }
     ~CheckedWindow() { delete document; }
     TextView* view() const { return controller->textView(); }

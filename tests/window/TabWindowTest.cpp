@@ -36,17 +36,18 @@ class TabWindowTest : public ::testing::Test
 protected:
     void SetUp() override
     {
-        UserDefaults::standardUserDefaults().setBool(true, QStringLiteral("OpenDocumentsInTabs"));
+        // A root of the test's own: the setting is the test's, and so are the documents.
+        _root = std::make_unique<TestRoot>();
+        _root->userDefaults().setBool(true, QStringLiteral("OpenDocumentsInTabs"));
         _dir = TestSupport::makeTempDir();
     }
 
     void TearDown() override
     {
         documents().discardAllDocuments();
-        UserDefaults::standardUserDefaults().removeObjectForKey(
-            QStringLiteral("OpenDocumentsInTabs"));
         // The emptied tab windows close on the way back to the event loop.
         QTRY_VERIFY(TabWindow::tabWindows().isEmpty());
+        _root.reset();
     }
 
     static DocumentController& documents()
@@ -129,6 +130,7 @@ protected:
         QTest::mouseRelease(bar, Qt::LeftButton, {}, target);
     }
 
+    std::unique_ptr<TestRoot> _root;
     QString _dir;
 };
 
@@ -206,7 +208,7 @@ TEST_F(TabWindowTest, DocumentsOpenAsTabsAndTheMenusActOnTheCurrentOne)
     EXPECT_EQ(a->string(), "text\n");
 
     // With the setting off, the next document has a window of its own.
-    UserDefaults::standardUserDefaults().setBool(false, QStringLiteral("OpenDocumentsInTabs"));
+    _root->userDefaults().setBool(false, QStringLiteral("OpenDocumentsInTabs"));
     Document* d = open("d.txt");
     EXPECT_EQ(windowOf(d)->tabWindow(), nullptr);
     EXPECT_TRUE(windowOf(d)->isWindow());
@@ -345,7 +347,7 @@ TEST_F(TabWindowTest, TabsComeBackInTheirWindowsInOrderWithTheCurrentTab)
     second->insertDocumentWindow(1, windowOf(untitled));
     windowOf(e)->selectTab();
     windowOf(c)->selectTab();
-    UserDefaults::standardUserDefaults().setBool(false, QStringLiteral("OpenDocumentsInTabs"));
+    _root->userDefaults().setBool(false, QStringLiteral("OpenDocumentsInTabs"));
     open("own.txt");
     ASSERT_EQ(tabNames(first), "a.txt c.txt b.txt");
     ASSERT_EQ(tabNames(second), "e.txt " + untitled->displayName().toStdString() + " d.txt");
@@ -356,7 +358,7 @@ TEST_F(TabWindowTest, TabsComeBackInTheirWindowsInOrderWithTheCurrentTab)
 
     // Each comes back as it was, whatever the setting says now: with it on, the window of its
     // own stays one and joins no tab window.
-    UserDefaults::standardUserDefaults().setBool(true, QStringLiteral("OpenDocumentsInTabs"));
+    _root->userDefaults().setBool(true, QStringLiteral("OpenDocumentsInTabs"));
     EXPECT_EQ(documents().reopenDocumentsOfLastRun(), 6);
     std::map<std::string, std::string> restored; // by current tab
     for (TabWindow* window : TabWindow::tabWindows()) {

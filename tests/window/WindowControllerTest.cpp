@@ -6,6 +6,7 @@
 #include "document/Document.h"
 #include "document/PermissionsEnforced.h"
 #include "editor/TextView.h"
+#include "platform/Preferences.h"
 #include "platform/UserDefaults.h"
 #include "window/CharacterCounter.h"
 #include "window/DocumentWindow.h"
@@ -216,9 +217,9 @@ TEST(WindowController, TogglesApplyToThePanesAndTheMenus)
                                     : "Show Invisible Characters");
 
     // A settings change resets the window's toggles to the settings.
-    window.controller->updatePreferences();
-    EXPECT_EQ(window.controller->showGutterView(),
-              UserDefaults::standardUserDefaults().boolForKey("ShowGutterView"));
+    const PreferencesValues& settings = Preferences::sharedPreferences().values();
+    window.controller->updatePreferences(settings);
+    EXPECT_EQ(window.controller->showGutterView(), settings.window.showGutterView);
 }
 
 TEST(WindowController, EncodingLineBreakAndSyntaxItems)
@@ -283,7 +284,8 @@ TEST(WindowController, EncodingLineBreakAndSyntaxItems)
 
 TEST(WindowController, RestorationFromTheWindowIdentifier)
 {
-    UserDefaults::standardUserDefaults().setBool(false, "SyntaxColouring");
+    TestRoot root;
+    root.userDefaults().setBool(false, SettingsKey::SyntaxColouring);
     Window restored(QString(), QStringLiteral("2:Perl"));
     EXPECT_TRUE(restored.controller->syntaxColouring());
     EXPECT_EQ(restored.controller->selectedSyntaxName(), "Perl");
@@ -295,7 +297,6 @@ TEST(WindowController, RestorationFromTheWindowIdentifier)
 
     Window none(QString(), QStringLiteral("None:None"));
     EXPECT_FALSE(none.controller->syntaxColouring());
-    UserDefaults::standardUserDefaults().removeObjectForKey("SyntaxColouring");
 }
 
 TEST(WindowController, WindowsOpenAtTheEndOfARunComeBackAtTheNext)
@@ -358,7 +359,8 @@ TEST(WindowController, SharingMenuAndAddresses)
 TEST(WindowController, TheSyntaxMenuDrawsTheMixedState)
 {
     // Chosen by name (Perl) while the choice by file type is on too.
-    UserDefaults::standardUserDefaults().setBool(true, "DefaultForFileType");
+    TestRoot root;
+    root.userDefaults().setBool(true, SettingsKey::DefaultForFileType);
     Window window(QStringLiteral("text"), QStringLiteral("None:Perl"));
     ASSERT_TRUE(window.controller->syntaxColouring() && window.controller->defaultForFileType());
     MainMenu menu(window.controller);
@@ -395,5 +397,4 @@ TEST(WindowController, TheSyntaxMenuDrawsTheMixedState)
     }
     // A mark, not a pixel or two.
     EXPECT_GT(differing, 20);
-    UserDefaults::standardUserDefaults().removeObjectForKey("DefaultForFileType");
 }

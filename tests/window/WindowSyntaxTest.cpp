@@ -188,7 +188,8 @@ TEST(WindowSyntax, OpeningACFileColoursItAndChoosingFromTheMenuRecolours)
 TEST(WindowSyntax, ExtensionsAreComparedExactly)
 {
     installDefinitions();
-    UserDefaults::standardUserDefaults().setBool(false, "SyntaxColouring");
+    TestRoot root;
+    root.userDefaults().setBool(false, "SyntaxColouring");
     {
         // "PY" is not "py": no definition, and without a named default no colouring.
         OpenFile upper(QStringLiteral("tool.PY"), QStringLiteral("def f():\n    return 1\n"));
@@ -196,8 +197,8 @@ TEST(WindowSyntax, ExtensionsAreComparedExactly)
         EXPECT_TRUE(upper.controller->window()->functionPopUp()->isHidden());
         EXPECT_EQ(upper.controller->windowIdentifier(), "None:None");
     }
-    UserDefaults::standardUserDefaults().setBool(true, "SyntaxColouring");
-    UserDefaults::standardUserDefaults().setObject(QStringLiteral("Python"), "DefaultsSyntaxName");
+    root.userDefaults().setBool(true, "SyntaxColouring");
+    root.userDefaults().setObject(QStringLiteral("Python"), "DefaultsSyntaxName");
     {
         // A file without extension falls back to the named definition.
         OpenFile bare(QStringLiteral("tool"), QStringLiteral("def f():\n    return 1\n"));
@@ -205,8 +206,8 @@ TEST(WindowSyntax, ExtensionsAreComparedExactly)
         EXPECT_EQ(colorAt(bare.view(), 0), keywords());
         EXPECT_EQ(bare.controller->windowIdentifier(), "None:Python");
     }
-    UserDefaults::standardUserDefaults().removeObjectForKey("SyntaxColouring");
-    UserDefaults::standardUserDefaults().removeObjectForKey("DefaultsSyntaxName");
+    root.userDefaults().removeObjectForKey("SyntaxColouring");
+    root.userDefaults().removeObjectForKey("DefaultsSyntaxName");
     {
         // A definition listing the empty string takes the files without extension.
         const QVariantMap bare{{"Name", "Bare"},
@@ -224,6 +225,7 @@ TEST(WindowSyntax, ExtensionsAreComparedExactly)
 TEST(WindowSyntax, RestorationAppliesTheSavedSyntax)
 {
     installDefinitions();
+    TestRoot root;
     // A Perl definition of the user's own.
     const QVariantMap perl{
         {"Name", "Perl"},
@@ -254,13 +256,11 @@ TEST(WindowSyntax, RestorationAppliesTheSavedSyntax)
     edited["Keywords"] = QVariantList{"sub"};
     ASSERT_TRUE(PropertyList::writeXml(
         edited, FileManager::syntaxDefinitionDirectoryPathInPath("Perl.plist")));
-    UserDefaults::standardUserDefaults().setObject(ColorArchive::archivedData(QColor(255, 0, 0)),
-                                                   "KeywordsColor");
+    root.userDefaults().setObject(ColorArchive::archivedData(QColor(255, 0, 0)), "KeywordsColor");
     Application::instance()->postUpdatePreferences(nullptr);
     EXPECT_TRUE(waitFor([&] { return isColored(view); }));
     EXPECT_FALSE(colorAt(view, 0).isValid());
     EXPECT_EQ(colorAt(view, 18), QColor(255, 0, 0));
-    UserDefaults::standardUserDefaults().removeObjectForKey("KeywordsColor");
 
     // A definition whose name is not its file's is lost at the next settings change.
     QVariantMap renamed = perl;
@@ -421,10 +421,10 @@ TEST(WindowSyntax, FunctionPopUpGivesTheKeysBackToTheText)
 TEST(WindowSyntax, ACompletionNotAcceptedIsNeverSaved)
 {
     installDefinitions();
-    UserDefaults::standardUserDefaults().setObject(true, QStringLiteral("AutoComplete"));
+    TestRoot root;
+    root.userDefaults().setObject(true, QStringLiteral("AutoComplete"));
     const QString text = QStringLiteral("int print, printf, Print;\n");
     OpenFile file(QStringLiteral("save.c"), text);
-    UserDefaults::standardUserDefaults().removeObjectForKey(QStringLiteral("AutoComplete"));
     TextView* view = file.view();
     view->moveCursor(QTextCursor::End);
     QTest::keyClicks(view, QStringLiteral("pr"));
@@ -521,7 +521,8 @@ TEST(WindowSyntax, ColoursStayOutOfTheDocumentAndItsUndo)
 TEST(WindowSyntax, ANewFileTakesTheSyntaxOfItsNameAtOnce)
 {
     installDefinitions();
-    UserDefaults::standardUserDefaults().setBool(true, "DefaultForFileType");
+    TestRoot root;
+    root.userDefaults().setBool(true, "DefaultForFileType");
     DocumentController& documents = DocumentController::sharedDocumentController();
     const QString dir = TestSupport::makeTempDir();
     const auto syntaxOf = [&](Document* document) {
@@ -562,5 +563,4 @@ TEST(WindowSyntax, ANewFileTakesTheSyntaxOfItsNameAtOnce)
     for (int i = 0; i < 2; ++i) {
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
-    UserDefaults::standardUserDefaults().removeObjectForKey("DefaultForFileType");
 }

@@ -1,7 +1,7 @@
 #include "window/SearchController.h"
 
 #include "editor/TextView.h"
-#include "platform/Preferences.h"
+#include "platform/PreferencesValues.h"
 #include "platform/UserDefaults.h"
 #include "search/SearchManager.h"
 #include "window/DocumentWindow.h"
@@ -41,11 +41,11 @@ void rebuildEveryRecentMenu()
     }
 }
 
-/// A check box bound to a setting: it shows the setting (`value`) and writes it when clicked.
-QCheckBox* boundCheckBox(const QString& title, QLatin1StringView key, bool value, QWidget* parent)
+/// A check box bound to a setting: it writes the setting when clicked. What it shows is the
+/// engine's option (showOptions()), which started from the setting.
+QCheckBox* boundCheckBox(const QString& title, QLatin1StringView key, QWidget* parent)
 {
     auto* box = new QCheckBox(title, parent);
-    box->setChecked(value);
     QObject::connect(box, &QCheckBox::toggled, box, [key](bool checked) {
         UserDefaults::standardUserDefaults().setBool(checked, key);
     });
@@ -92,21 +92,15 @@ SearchController::SearchController(WindowController* windowController, QWidget* 
     buttons->addWidget(findButton);
     layout->addLayout(buttons);
 
-    const SearchSettings settings = Preferences::sharedPreferences().current().search;
-    _caseSensitiveCheckButton = boundCheckBox(
-        tr("Case Sensitive"), SettingsKey::SearchCaseSensitive, settings.caseSensitive, this);
-    _wholeWordCheckButton =
-        boundCheckBox(tr("Whole Word"), SettingsKey::SearchWholeWord, settings.wholeWord, this);
+    _caseSensitiveCheckButton =
+        boundCheckBox(tr("Case Sensitive"), SettingsKey::SearchCaseSensitive, this);
+    _wholeWordCheckButton = boundCheckBox(tr("Whole Word"), SettingsKey::SearchWholeWord, this);
     _regularExpressionCheckButton =
-        boundCheckBox(tr("Regular Expression"), SettingsKey::SearchRegularExpression,
-                      settings.regularExpression, this);
-    _previousCheckButton =
-        boundCheckBox(tr("Search Backwards"), SettingsKey::SearchPrevious, settings.previous, this);
+        boundCheckBox(tr("Regular Expression"), SettingsKey::SearchRegularExpression, this);
+    _previousCheckButton = boundCheckBox(tr("Search Backwards"), SettingsKey::SearchPrevious, this);
     _replaceAndFindNextCheckButton =
-        boundCheckBox(tr("Replace and Find Next"), SettingsKey::SearchReplaceAndFindNext,
-                      settings.replaceAndFindNext, this);
-    _replaceAllCheckButton =
-        boundCheckBox(tr("Replace All"), SettingsKey::SearchReplaceAll, settings.replaceAll, this);
+        boundCheckBox(tr("Replace and Find Next"), SettingsKey::SearchReplaceAndFindNext, this);
+    _replaceAllCheckButton = boundCheckBox(tr("Replace All"), SettingsKey::SearchReplaceAll, this);
     for (QCheckBox* box :
          {_caseSensitiveCheckButton, _wholeWordCheckButton, _regularExpressionCheckButton,
           _previousCheckButton, _replaceAndFindNextCheckButton, _replaceAllCheckButton}) {

@@ -141,10 +141,6 @@ TEST(AppDelegate, LaunchQuestionsAndTheSettingsBroadcast)
     Application* app = Application::instance();
     ASSERT_NE(app, nullptr);
     AppDelegate& delegate = app->delegate();
-    TestRoot root;
-    EXPECT_TRUE(delegate.applicationShouldOpenUntitledFile());
-    root.userDefaults().setBool(false, "ShouldOpenUntitledFile");
-    EXPECT_FALSE(delegate.applicationShouldOpenUntitledFile());
     // Re-activation never opens an untitled document.
     EXPECT_FALSE(delegate.applicationShouldHandleReopen(false));
     EXPECT_FALSE(delegate.applicationShouldHandleReopen(true));

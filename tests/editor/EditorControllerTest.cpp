@@ -62,25 +62,6 @@ TEST(EditorController, TwoPanesShowAndEditOneDocument)
     EXPECT_TRUE(document.toPlainText().contains(QStringLiteral("!")));
 }
 
-TEST(EditorController, UpdatePreferencesReachesViewLayoutAndGutter)
-{
-    QTextDocument document;
-    auto pane = makePane(&document);
-    pane->textView()->setInvisibleCharacters(true);
-    EditorSettings settings = shippedSettings();
-    settings.gutterBackgroundColor = QColor(0, 0, 255);
-    settings.backgroundColor = QColor(0, 255, 0);
-    settings.tabCharacter = QStringLiteral(">");
-    pane->updatePreferences(settings);
-    EXPECT_EQ(pane->gutterView()->gutterBackgroundColor(), QColor(0, 0, 255));
-    EXPECT_EQ(pane->textView()->backgroundColor(), QColor(0, 255, 0));
-    EXPECT_EQ(pane->layoutManager()->characterOfTab(), QStringLiteral(">"));
-    EXPECT_FALSE(pane->layoutManager()->showInvisibleCharacters());
-    const QImage image = pane->textView()->grab().toImage();
-    EXPECT_EQ(image.pixelColor(10, 100), QColor(0, 0, 255));
-    EXPECT_EQ(image.pixelColor(200, 100), QColor(0, 255, 0));
-}
-
 TEST(EditorController, PaneSurvivesItsDocumentGoingFirst)
 {
     auto document = std::make_unique<QTextDocument>();

@@ -94,27 +94,6 @@ TEST(LayoutManager, OnlyTheCharactersOnScreenOfALongLineAreLookedAt)
     EXPECT_LE(marks.size(), view->viewport()->width() / space + 3);
 }
 
-TEST(LayoutManager, UpdatePreferencesRereadsMarksAndHidesThem)
-{
-    QTextDocument document;
-    document.setPlainText(QStringLiteral("a\nb"));
-    auto pane = makePane(&document);
-    LayoutManager* layout = pane->layoutManager();
-    layout->setShowInvisibleCharacters(true);
-
-    EditorSettings settings = shippedSettings();
-    settings.newLineCharacter = QStringLiteral("$");
-    settings.invisibleCharacterColor = QColor(255, 0, 0);
-    pane->updatePreferences(settings);
-    EXPECT_EQ(layout->characterOfNewLine(), QStringLiteral("$"));
-    EXPECT_EQ(layout->attributes().foreground().color(), QColor(255, 0, 0));
-    EXPECT_FALSE(layout->showInvisibleCharacters());
-
-    pane->textView()->setInvisibleCharacters(true);
-    const QImage image = viewportImage(pane->textView());
-    EXPECT_GT(countPixels(image, image.rect(), QColor(255, 0, 0), 60), 3);
-}
-
 TEST(LayoutManager, ColoursNeverTouchTheDocument)
 {
     QTextDocument document;

@@ -16,37 +16,6 @@ qreal xOf(TextView* view, int position)
     return view->cursorRect(cursor).center().x();
 }
 
-TEST(TextView, ReadsItsFieldsFromTheSettings)
-{
-    EditorSettings settings = shippedSettings();
-    settings.fontSize = 17;
-    settings.spaceTab = true;
-    settings.autoIndent = false;
-    QTextDocument document;
-    auto pane = makePane(&document, settings);
-    TextView* view = pane->textView();
-    EXPECT_EQ(view->textFont().pixelSize(), 17);
-    EXPECT_EQ(view->font().pixelSize(), 17);
-    EXPECT_EQ(document.defaultFont().pixelSize(), 17);
-    EXPECT_TRUE(view->spaceTab());
-    EXPECT_FALSE(view->autoIndent());
-    EXPECT_TRUE(view->autoBraceMatching());
-    EXPECT_FALSE(view->usedIndentClosingBraces());
-    EXPECT_FALSE(view->isComplete());
-    EXPECT_TRUE(view->syntaxDictionary().isEmpty());
-    EXPECT_EQ(view->palette().color(QPalette::Base), view->backgroundColor());
-    EXPECT_EQ(view->palette().color(QPalette::Text), view->textColor());
-
-    // A settings change reaches the fields it concerns, but not the toggles.
-    settings.spaceTab = false;
-    settings.fontSize = 20;
-    settings.autoIndent = true;
-    view->updatePreferences(settings);
-    EXPECT_FALSE(view->spaceTab());
-    EXPECT_EQ(view->font().pixelSize(), 20);
-    EXPECT_FALSE(view->autoIndent());
-}
-
 TEST(TextView, TabAdvancesByTabWidthSpacesOfTheFixedPitchFont)
 {
     const QFontMetricsF fixed(QFontDatabase::systemFont(QFontDatabase::FixedFont));

@@ -203,30 +203,6 @@ TEST(FunctionMenu, KindsNameTheirImagesAndUnknownKindsShowNone)
 
 // --- The manager --------------------------------------------------------------------
 
-TEST(SyntaxManager, EachCategoryTakesItsOwnColour)
-{
-    SyntaxColors colors;
-    colors.blockwords = QColor(1, 0, 0);
-    colors.keywords = QColor(2, 0, 0);
-    colors.commands = QColor(3, 0, 0);
-    colors.values = QColor(4, 0, 0);
-    colors.numbers = QColor(5, 0, 0);
-    colors.strings = QColor(6, 0, 0);
-    colors.characters = QColor(7, 0, 0);
-    colors.preprocessor = QColor(8, 0, 0);
-    colors.comments = QColor(9, 0, 0);
-    SyntaxManager manager(colors);
-    for (int c = 0; c < SyntaxColoring::CategoryCount; ++c) {
-        const auto category = SyntaxColoring::Category(c);
-        // The categories are numbered in painting order: Blockwords first, Comments last.
-        EXPECT_EQ(manager.colorForCategory(category), QColor(c + 1, 0, 0))
-            << qPrintable(SyntaxColoring::keyForCategory(category));
-    }
-    colors.keywords = QColor(0, 0, 255);
-    manager.updatePreferences(colors);
-    EXPECT_EQ(manager.keywordsColor(), QColor(0, 0, 255));
-}
-
 TEST(SyntaxManager, ColouringAnEmptyRangeDoesNothing)
 {
     SyntaxManager manager;

@@ -22,8 +22,6 @@ public:
     static Application* instance();
 
     AppDelegate& delegate() { return *_delegate; }
-    /// The shared objects of the editor (built with the application, gone before it).
-    AppRoot& root() { return *_root; }
 
     /// Runs the editor: start-up, the event loop, termination. Returns the exit status.
     int run(const CommandLine& commandLine);
@@ -48,6 +46,7 @@ private:
     /// Shows a warning without waiting for it to be dismissed.
     void showAlert(const QString& title, const QString& text, const QString& informativeText);
 
+    /// The shared objects of the editor: built with the application, gone before it.
     std::unique_ptr<AppRoot> _root;
     AppDelegate* _delegate = nullptr;
     bool _terminating = false;

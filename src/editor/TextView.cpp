@@ -41,17 +41,6 @@ const QString kEntityReferenceResource = QStringLiteral(":/EntityReference.plist
 // Automatic completion starts this long after a typed key.
 constexpr int kCompletionDelay = 700;
 
-// White space as the platform's white-space set has it: tab and the space separators.
-bool isWhiteSpace(QChar c)
-{
-    return c == QLatin1Char('\t') || c.category() == QChar::Separator_Space;
-}
-
-bool isClosingBracket(const QString& string)
-{
-    return string.size() == 1 && QStringLiteral("]})>").contains(string[0]);
-}
-
 bool isWordCharacter(QChar c)
 {
     return c.isLetterOrNumber() || c == QLatin1Char('_') || c.isMark();
@@ -65,8 +54,8 @@ TextView::TextView(QWidget* parent)
     const UserDefaults& defaults = UserDefaults::standardUserDefaults();
     readFontAndColors();
     _tabWidth = defaults.integerForKey(QStringLiteral("DefaultTabWidth"));
-    _autoIndent = defaults.boolForKey(QStringLiteral("AutoIndent"));
-    _autoBraceMatching = defaults.boolForKey(QStringLiteral("AutoBraceMatching"));
+    _typing.autoIndent = defaults.boolForKey(QStringLiteral("AutoIndent"));
+    _typing.autoBraceMatching = defaults.boolForKey(QStringLiteral("AutoBraceMatching"));
     _characterEntity = defaults.boolForKey(QStringLiteral("CharacterEntity"));
     _autoComplete = defaults.boolForKey(QStringLiteral("AutoComplete"));
     if (QFile::exists(kEntityReferenceResource)) {
@@ -116,10 +105,11 @@ void TextView::readFontAndColors()
         defaults, QStringLiteral("DefaultInsertionPointColor"));
     _backgroundColor = EditorController::keyedUnarchiverOfUserDefaults(
         defaults, QStringLiteral("DefaultBackgroundColor"));
-    _autoIndentBraces = defaults.boolForKey(QStringLiteral("AutoIndentBraces"));
-    _autoIndentClosingBraces = defaults.boolForKey(QStringLiteral("AutoIndentClosingBraces"));
-    _UsedChevronMatching = defaults.boolForKey(QStringLiteral("UsedChevronsMatching"));
-    _spaceTab = defaults.boolForKey(QStringLiteral("SpaceTab"));
+    _typing.autoIndentBraces = defaults.boolForKey(QStringLiteral("AutoIndentBraces"));
+    _typing.autoIndentClosingBraces =
+        defaults.boolForKey(QStringLiteral("AutoIndentClosingBraces"));
+    _typing.chevronMatching = defaults.boolForKey(QStringLiteral("UsedChevronsMatching"));
+    _typing.spaceTab = defaults.boolForKey(QStringLiteral("SpaceTab"));
 }
 
 void TextView::applyFontAndColors()
@@ -536,7 +526,7 @@ void TextView::keyPressEvent(QKeyEvent* event)
         interpretKeyEvent(event);
         return;
     }
-    if (_autoBraceMatching && isClosingBracket(characters)) {
+    if (_typing.autoBraceMatching && TypingRules::isClosingBracket(characters)) {
         if (completing) {
             completion.terminateCompletionWithCancel(true);
         }
@@ -595,6 +585,21 @@ void TextView::inputMethodEvent(QInputMethodEvent* event)
 
 void TextView::insertText(const QString& string)
 {
+    noteTypedForCompletion(string);
+    insertTextAtSelection(string);
+    if (!TypingRules(_typing).matchesTypedBracket(string) || _usedIndentClosingBraces) {
+        return;
+    }
+    const Range match = autoBraceMatching(string);
+    if (match.length > 0) {
+        FindIndicator::showFindIndicatorForRange(this, match);
+    } else {
+        SystemBeep::beep();
+    }
+}
+
+void TextView::noteTypedForCompletion(const QString& string)
+{
     // A typed key extends the word being completed even when completion was started by
     // hand, so that cancelling can restore what was typed.
     if (_isComplete &&
@@ -611,20 +616,6 @@ void TextView::insertText(const QString& string)
             }
         }
     }
-    insertTextAtSelection(string);
-
-    if (!_autoBraceMatching || !isClosingBracket(string) || _usedIndentClosingBraces) {
-        return;
-    }
-    if (string == QLatin1String(">") && !_UsedChevronMatching) {
-        return;
-    }
-    const Range match = autoBraceMatching(string);
-    if (match.length > 0) {
-        FindIndicator::showFindIndicatorForRange(this, match);
-    } else {
-        SystemBeep::beep();
-    }
 }
 
 Range TextView::autoBraceMatching(const QString& closing) const
@@ -632,77 +623,35 @@ Range TextView::autoBraceMatching(const QString& closing) const
     if (closing.size() != 1) {
         return {0, 0};
     }
-    const Range visible = visibleCharacterRange();
-    QTextCursor cursor(document());
-    cursor.setPosition(int(visible.location));
-    cursor.setPosition(int(visible.max()), QTextCursor::KeepAnchor);
-    // Paragraph separators stand in for line breaks one for one, so positions hold.
-    const QString shown = cursor.selectedText();
-    const qsizetype insertion = textCursor().position() - visible.location;
-    const Range found = BraceMatcher::autoBraceMatching(shown, insertion, closing[0]);
-    return found.length > 0 ? Range(found.location + visible.location, 1) : Range(0, 0);
+    return TypingRules::openingBracket(document(), visibleCharacterRange(), textCursor().position(),
+                                       closing[0]);
 }
 
 void TextView::insertNewline(QObject*)
 {
     QTextCursor cursor = textCursor();
-    cursor.insertBlock();
+    const Range closing = TypingRules(_typing).insertNewline(cursor);
     setTextCursor(cursor);
-    autoIndent(this);
+    closingBraceInserted(closing);
     ensureCursorVisible();
 }
 
 void TextView::autoIndent(QObject*)
 {
     QTextCursor cursor = textCursor();
-    const QTextBlock previous = cursor.block().previous();
-    if (!_autoIndent || !previous.isValid()) {
+    const Range closing = TypingRules(_typing).autoIndent(cursor);
+    setTextCursor(cursor);
+    closingBraceInserted(closing);
+}
+
+void TextView::closingBraceInserted(Range closing)
+{
+    if (closing.isNotFound()) {
         return;
     }
-    const auto insert = [this, &cursor](const QString& string) {
-        cursor.insertText(string);
-        setTextCursor(cursor);
-    };
-    const QString line = previous.text();
-    qsizetype indent = 0;
-    while (indent < line.size() && isWhiteSpace(line[indent])) {
-        ++indent;
-    }
-    if (indent > 0) {
-        insert(line.left(indent));
-    }
-    if (!_autoIndentBraces) {
-        return;
-    }
-    qsizetype last = line.size() - 1;
-    while (last >= 0 && isWhiteSpace(line[last])) {
-        --last;
-    }
-    if (last < 0 || line[last] != QLatin1Char('{')) {
-        return;
-    }
-    insertTab(this);
-    if (!_autoIndentClosingBraces) {
-        return;
-    }
-    cursor = textCursor();
-    insert(QStringLiteral("\n"));
-    const QString middle = cursor.block().previous().text();
-    qsizetype whiteSpace = 0;
-    while (whiteSpace < middle.size() && isWhiteSpace(middle[whiteSpace])) {
-        ++whiteSpace;
-    }
-    if (whiteSpace == 0) {
-        return;
-    }
-    const qsizetype k = qMax<qsizetype>(0, whiteSpace - (_spaceTab ? 4 : 1));
-    insert(middle.left(k));
-    _usedIndentClosingBraces = true;
-    insertText(QStringLiteral("}"));
-    _usedIndentClosingBraces = false;
-    const qsizetype position = textCursor().position();
-    FindIndicator::showFindIndicatorForRange(this, {position - 1, 1});
-    setSelectedRange({position - k - 2, 0});
+    // The "}" counts as typed for completion, but it is no bracket to match: it shows itself.
+    noteTypedForCompletion(QStringLiteral("}"));
+    FindIndicator::showFindIndicatorForRange(this, closing);
     ensureCursorVisible();
 }
 
@@ -714,7 +663,7 @@ void TextView::insertTab(QObject*)
         return;
     }
     QTextCursor cursor = textCursor();
-    cursor.insertText(LineShifter::tabUnit(_spaceTab));
+    TypingRules(_typing).insertTab(cursor);
     setTextCursor(cursor);
 }
 
@@ -737,20 +686,7 @@ void TextView::deleteBackward(QObject*)
         }
     }
     QTextCursor cursor = textCursor();
-    const qsizetype location = cursor.position();
-    if (_spaceTab && !cursor.hasSelection() && location >= 4) {
-        QTextCursor before(document());
-        before.setPosition(int(location - 4));
-        before.setPosition(int(location), QTextCursor::KeepAnchor);
-        if (before.selectedText() == QLatin1String("    ")) {
-            cursor = before;
-        }
-    }
-    if (cursor.hasSelection()) {
-        cursor.removeSelectedText();
-    } else {
-        cursor.deletePreviousChar();
-    }
+    TypingRules(_typing).deleteBackward(cursor);
     setTextCursor(cursor);
     ensureCursorVisible();
 }
@@ -827,24 +763,12 @@ void TextView::doReplaceString(const QString& string, Range range, Range selecte
         SystemBeep::beep();
         return;
     }
-    QTextDocument* text = document();
-    const bool wasEmpty = text->isEmpty();
-    UndoActionNames* names = UndoActionNames::of(text);
+    UndoActionNames* names = UndoActionNames::of(document());
     names->beginStep(actionName);
-    QTextCursor cursor(text);
-    cursor.beginEditBlock();
-    cursor.setPosition(int(range.location));
-    cursor.setPosition(int(range.max()), QTextCursor::KeepAnchor);
-    if (wasEmpty) {
-        // An empty text has no characters to take the attributes from: give the new text
-        // the typing attributes, which are the text's own defaults.
-        cursor.insertText(string, QTextCharFormat());
-    } else {
-        cursor.insertText(string);
-    }
-    cursor.endEditBlock();
+    QTextCursor cursor(document());
+    TypingRules::replace(cursor, {range, string, selected});
     names->endStep();
-    setSelectedRange(selected);
+    setTextCursor(cursor);
 }
 
 void TextView::doInsertString(const QString& string, Range range, Range select,
@@ -866,45 +790,17 @@ void TextView::doInsertString(const QString& string, Range range, Range select,
     ensureCursorVisible();
 }
 
-namespace {
-
-// The text of the lines `range` touches, with their line breaks, and where it starts: a shift
-// needs no more of a large text than that.
-QString touchedLines(QTextDocument* document, Range range, qsizetype* base)
-{
-    const QTextBlock first = document->findBlock(int(range.location));
-    const QTextBlock last = document->findBlock(int(range.max()));
-    *base = first.position();
-    QTextCursor cursor(document);
-    cursor.setPosition(first.position());
-    cursor.setPosition(qMin(last.position() + last.length(), document->characterCount() - 1),
-                       QTextCursor::KeepAnchor);
-    return cursor.selectedText().replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
-}
-
-} // namespace
-
 void TextView::shiftRight(QObject*)
 {
-    const Range selection = selectedRange();
-    qsizetype base = 0;
-    const QString lines = touchedLines(document(), selection, &base);
     const LineShifter::Replacement shift =
-        LineShifter::shiftRight(lines, {selection.location - base, selection.length}, _spaceTab);
-    doReplaceString(shift.string, {shift.range.location + base, shift.range.length},
-                    {shift.selection.location + base, shift.selection.length}, tr("Shift Right"));
+        TypingRules(_typing).shiftRight(document(), selectedRange());
+    doReplaceString(shift.string, shift.range, shift.selection, tr("Shift Right"));
 }
 
 void TextView::shiftLeft(QObject*)
 {
-    const Range selection = selectedRange();
-    qsizetype base = 0;
-    const QString lines = touchedLines(document(), selection, &base);
-    if (const auto shift = LineShifter::shiftLeft(
-            lines, {selection.location - base, selection.length}, _spaceTab)) {
-        doReplaceString(shift->string, {shift->range.location + base, shift->range.length},
-                        {shift->selection.location + base, shift->selection.length},
-                        tr("Shift Left"));
+    if (const auto shift = TypingRules(_typing).shiftLeft(document(), selectedRange())) {
+        doReplaceString(shift->string, shift->range, shift->selection, tr("Shift Left"));
     }
 }
 

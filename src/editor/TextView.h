@@ -1,5 +1,6 @@
 #pragma once
 
+#include "editor/TypingRules.h"
 #include "platform/Range.h"
 
 #include <QColor>
@@ -83,20 +84,22 @@ public:
     const QColor& insertionPointColor() const { return _insertionPointColor; }
     const QColor& backgroundColor() const { return _backgroundColor; }
 
-    bool autoIndent() const { return _autoIndent; }
-    void setAutoIndent(bool autoIndent) { _autoIndent = autoIndent; }
-    bool autoIndentBraces() const { return _autoIndentBraces; }
-    void setAutoIndentBraces(bool value) { _autoIndentBraces = value; }
-    bool autoIndentClosingBraces() const { return _autoIndentClosingBraces; }
-    void setAutoIndentClosingBraces(bool value) { _autoIndentClosingBraces = value; }
+    /// What the typing rules of this view follow.
+    const TypingRules::Settings& typingSettings() const { return _typing; }
+    bool autoIndent() const { return _typing.autoIndent; }
+    void setAutoIndent(bool autoIndent) { _typing.autoIndent = autoIndent; }
+    bool autoIndentBraces() const { return _typing.autoIndentBraces; }
+    void setAutoIndentBraces(bool value) { _typing.autoIndentBraces = value; }
+    bool autoIndentClosingBraces() const { return _typing.autoIndentClosingBraces; }
+    void setAutoIndentClosingBraces(bool value) { _typing.autoIndentClosingBraces = value; }
     bool usedIndentClosingBraces() const { return _usedIndentClosingBraces; }
     void setUsedIndentClosingBraces(bool value) { _usedIndentClosingBraces = value; }
-    bool autoBraceMatching() const { return _autoBraceMatching; }
-    void setAutoBraceMatching(bool autoBraceMatching) { _autoBraceMatching = autoBraceMatching; }
-    bool UsedChevronMatching() const { return _UsedChevronMatching; }
-    void setUsedChevronMatching(bool value) { _UsedChevronMatching = value; }
-    bool spaceTab() const { return _spaceTab; }
-    void setSpaceTab(bool spaceTab) { _spaceTab = spaceTab; }
+    bool autoBraceMatching() const { return _typing.autoBraceMatching; }
+    void setAutoBraceMatching(bool value) { _typing.autoBraceMatching = value; }
+    bool UsedChevronMatching() const { return _typing.chevronMatching; }
+    void setUsedChevronMatching(bool value) { _typing.chevronMatching = value; }
+    bool spaceTab() const { return _typing.spaceTab; }
+    void setSpaceTab(bool spaceTab) { _typing.spaceTab = spaceTab; }
     const QVariantList& entityReference() const { return _entityReference; }
     bool characterEntity() const { return _characterEntity; }
     void setCharacterEntity(bool value) { _characterEntity = value; }
@@ -216,6 +219,11 @@ private:
     void updateMargins();
     void drawInsertionPoint(QPainter& painter, const QRect& rect);
     void interpretKeyEvent(QKeyEvent* event);
+    /// Shows the "}" that automatic indentation put in.
+    void closingBraceInserted(Range closing);
+    /// What a typed string does to completion: extends the word being completed, or has the
+    /// list open after a pause.
+    void noteTypedForCompletion(const QString& string);
     void exchangeSelection(QString (*transform)(const QString&), const QString& actionName);
     /// Has the document's words for completion read on a worker, on the next turn.
     void prepareCompletionWords();
@@ -238,13 +246,8 @@ private:
     QColor _textColor;
     QColor _insertionPointColor;
     QColor _backgroundColor;
-    bool _autoIndent = false;
-    bool _autoIndentBraces = false;
-    bool _autoIndentClosingBraces = false;
+    TypingRules::Settings _typing;
     bool _usedIndentClosingBraces = false;
-    bool _autoBraceMatching = false;
-    bool _UsedChevronMatching = false;
-    bool _spaceTab = false;
     QVariantList _entityReference;
     bool _characterEntity = false;
     QVariantMap _syntaxDictionary;

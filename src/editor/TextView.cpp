@@ -2,7 +2,6 @@
 
 #include "document/TextMirror.h"
 #include "editor/BraceMatcher.h"
-#include "editor/CompletionDocumentWords.h"
 #include "editor/CompletionManager.h"
 #include "editor/EditorController.h"
 #include "editor/FindIndicator.h"
@@ -12,12 +11,12 @@
 #include "editor/SpellCheckingController.h"
 #include "editor/StringTransform.h"
 #include "editor/SyntaxColoringController.h"
+#include "editor/TextViewCompletion.h"
 #include "editor/TransformationsMenu.h"
 #include "editor/UndoActionNames.h"
 #include "platform/PropertyList.h"
 #include "platform/SystemBeep.h"
 #include "platform/UserDefaults.h"
-#include "syntax/CompletionCandidates.h"
 #include "syntax/SyntaxDefinitionFolder.h"
 #include "syntax/SyntaxManager.h"
 
@@ -26,30 +25,23 @@
 #include <QFile>
 #include <QFontDatabase>
 #include <QFontMetricsF>
-#include <QFutureWatcher>
 #include <QMenu>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QProgressBar>
 #include <QScrollBar>
 #include <QTimer>
-#include <QtConcurrent/QtConcurrentRun>
 
 namespace {
 
 const QString kEntityReferenceResource = QStringLiteral(":/EntityReference.plist");
-// Automatic completion starts this long after a typed key.
-constexpr int kCompletionDelay = 700;
-
-bool isWordCharacter(QChar c)
-{
-    return c.isLetterOrNumber() || c == QLatin1Char('_') || c.isMark();
-}
 
 } // namespace
 
 TextView::TextView(QWidget* parent)
     : QPlainTextEdit(parent)
+    , _completion(std::make_unique<TextViewCompletion>(
+          this, CompletionManager::sharedCompletionManager(), SyntaxManager::sharedSyntaxManager()))
 {
     const UserDefaults& defaults = UserDefaults::standardUserDefaults();
     readFontAndColors();
@@ -57,7 +49,7 @@ TextView::TextView(QWidget* parent)
     _typing.autoIndent = defaults.boolForKey(QStringLiteral("AutoIndent"));
     _typing.autoBraceMatching = defaults.boolForKey(QStringLiteral("AutoBraceMatching"));
     _characterEntity = defaults.boolForKey(QStringLiteral("CharacterEntity"));
-    _autoComplete = defaults.boolForKey(QStringLiteral("AutoComplete"));
+    _completion->setAutoComplete(defaults.boolForKey(QStringLiteral("AutoComplete")));
     if (QFile::exists(kEntityReferenceResource)) {
         _entityReference = PropertyList::readFile(kEntityReferenceResource).toList();
     }
@@ -79,16 +71,11 @@ TextView::TextView(QWidget* parent)
             _layoutManager->applyTemporaryAttributes(rect.top(), rect.bottom());
         }
     });
-    connect(this, &QPlainTextEdit::cursorPositionChanged, this,
-            &TextView::completionEndedElsewhere);
 }
 
 TextView::~TextView()
 {
-    CompletionManager& completion = CompletionManager::sharedCompletionManager();
-    if (completion.isComplating(this)) {
-        completion.terminateCompletion();
-    }
+    _completion->terminate();
 }
 
 void TextView::readFontAndColors()
@@ -177,10 +164,7 @@ void TextView::setTextStorage(QTextDocument* textStorage)
     if (_verticalRulerView) {
         _verticalRulerView->setClientView(this);
     }
-    disconnect(_textChangedElsewhere);
-    _textChangedElsewhere = connect(textStorage, &QTextDocument::contentsChange, this,
-                                    &TextView::completionEndedElsewhere);
-    prepareCompletionWords();
+    _completion->setDocument(textStorage);
 }
 
 void TextView::setVerticalRulerView(GutterView* ruler)
@@ -388,10 +372,7 @@ void TextView::setSyntaxDictionary(const QVariantMap& syntaxDictionary)
 {
     _syntaxDictionary = syntaxDictionary;
     syntaxColoringController()->setSyntaxDictionary(syntaxDictionary);
-    // A completion under way offered the old definition's words; the new ones are built anew.
-    CompletionManager::sharedCompletionManager().terminateCompletion();
-    makeCompleteWordsFromSyntaxDictionary();
-    prepareCompletionWords();
+    _completion->syntaxDictionaryChanged();
 }
 
 void TextView::setSyntaxDictionay(const QString& path)
@@ -488,61 +469,15 @@ void TextView::keyPressEvent(QKeyEvent* event)
         QPlainTextEdit::keyPressEvent(event);
         return;
     }
-    const CompletionGuard guard(this);
-    CompletionManager& completion = CompletionManager::sharedCompletionManager();
-    const bool completing = completion.isComplating(this);
-    const QString characters = event->text();
-    const Qt::KeyboardModifiers modifiers =
-        event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier);
-    // Ctrl+Space starts completion, as Escape does; while the list is open it does nothing.
-    if (key == Qt::Key_Space && modifiers == Qt::ControlModifier) {
-        if (!completing) {
-            complete(this);
-        }
-        return;
-    }
-    if (completing && (key == Qt::Key_Return || key == Qt::Key_Enter) && modifiers == 0) {
-        completion.terminateCompletionWithCancel(false);
-        return;
-    }
-    if (hasMarkedText()) {
-        if (completing) {
-            completion.terminateCompletionWithCancel(true);
-        }
+    const TextViewCompletion::Guard guard(_completion.get());
+    const bool closingBracket =
+        _typing.autoBraceMatching && TypingRules::isClosingBracket(event->text());
+    const TextViewCompletion::KeyRoute route = _completion->keyPressed(event, closingBracket);
+    if (route != TextViewCompletion::KeyRoute::Done) {
         interpretKeyEvent(event);
-        return;
     }
-    if (completing && characters == QLatin1String(" ")) {
-        completion.terminateCompletionWithCancel(true);
-        insertText(characters);
-        return;
-    }
-    if (completing && key == Qt::Key_Right) {
-        completion.terminateCompletionWithCancel(true);
-        return;
-    }
-    if (completing && key == Qt::Key_Left) {
-        completion.terminateCompletionWithCancel(true);
-        interpretKeyEvent(event);
-        return;
-    }
-    if (_typing.autoBraceMatching && TypingRules::isClosingBracket(characters)) {
-        if (completing) {
-            completion.terminateCompletionWithCancel(true);
-        }
-        _isComplete = false;
-        interpretKeyEvent(event);
-        return;
-    }
-    _isComplete = true;
-    if (completing && key != Qt::Key_Down && key != Qt::Key_Up) {
-        // The key meets the text as typed; the list's refresh shows the proposal again.
-        _layoutManager->setProposedText(-1, QString());
-    }
-    interpretKeyEvent(event);
-    // The list follows the typed characters.
-    if (completion.isComplating(this) && key != Qt::Key_Down && key != Qt::Key_Up) {
-        completion.startCompletion(this);
+    if (route == TextViewCompletion::KeyRoute::InterpretAndFollow) {
+        _completion->followTyping();
     }
 }
 
@@ -576,16 +511,15 @@ void TextView::interpretKeyEvent(QKeyEvent* event)
 void TextView::inputMethodEvent(QInputMethodEvent* event)
 {
     _hasMarkedText = !event->preeditString().isEmpty();
-    CompletionManager& completion = CompletionManager::sharedCompletionManager();
-    if (_hasMarkedText && completion.isComplating(this)) {
-        completion.terminateCompletionWithCancel(true);
+    if (_hasMarkedText) {
+        _completion->terminateWithCancel(true);
     }
     QPlainTextEdit::inputMethodEvent(event);
 }
 
 void TextView::insertText(const QString& string)
 {
-    noteTypedForCompletion(string);
+    _completion->textTyped(string);
     insertTextAtSelection(string);
     if (!TypingRules(_typing).matchesTypedBracket(string) || _usedIndentClosingBraces) {
         return;
@@ -595,26 +529,6 @@ void TextView::insertText(const QString& string)
         FindIndicator::showFindIndicatorForRange(this, match);
     } else {
         SystemBeep::beep();
-    }
-}
-
-void TextView::noteTypedForCompletion(const QString& string)
-{
-    // A typed key extends the word being completed even when completion was started by
-    // hand, so that cancelling can restore what was typed.
-    if (_isComplete &&
-        (_autoComplete || CompletionManager::sharedCompletionManager().isComplating(this))) {
-        _isComplete = false;
-        CompletionManager& completion = CompletionManager::sharedCompletionManager();
-        if (!hasMarkedText()) {
-            if (completion.isComplating(this)) {
-                completion.setCurrentPartialWord(completion.currentPartialWord() + string);
-            } else {
-                // Each typed key schedules its own start; one that finds the list open
-                // only refreshes it.
-                QTimer::singleShot(kCompletionDelay, this, [this] { complete(this); });
-            }
-        }
     }
 }
 
@@ -650,16 +564,15 @@ void TextView::closingBraceInserted(Range closing)
         return;
     }
     // The "}" counts as typed for completion, but it is no bracket to match: it shows itself.
-    noteTypedForCompletion(QStringLiteral("}"));
+    _completion->textTyped(QStringLiteral("}"));
     FindIndicator::showFindIndicatorForRange(this, closing);
     ensureCursorVisible();
 }
 
 void TextView::insertTab(QObject*)
 {
-    CompletionManager& completion = CompletionManager::sharedCompletionManager();
-    if (completion.isComplating(this)) {
-        completion.terminateCompletionWithCancel(false);
+    if (_completion->isCompleting()) {
+        _completion->terminateWithCancel(false);
         return;
     }
     QTextCursor cursor = textCursor();
@@ -669,21 +582,8 @@ void TextView::insertTab(QObject*)
 
 void TextView::deleteBackward(QObject*)
 {
-    CompletionManager& completion = CompletionManager::sharedCompletionManager();
-    if (completion.isComplating(this)) {
-        QString partial = completion.currentPartialWord();
-        if (!partial.isEmpty()) {
-            partial.chop(1);
-            completion.setCurrentPartialWord(partial);
-        }
-        const Range selection = selectedRange();
-        if (selection.location != 0) {
-            setSelectedRange({selection.location - 1, selection.length + 1});
-        }
-        if (rangeForUserCompletion().isNotFound()) {
-            completion.terminateCompletionWithCancel(false);
-            return;
-        }
+    if (!_completion->backspacePressed()) {
+        return;
     }
     QTextCursor cursor = textCursor();
     TypingRules(_typing).deleteBackward(cursor);
@@ -693,9 +593,8 @@ void TextView::deleteBackward(QObject*)
 
 void TextView::cancelOperation(QObject*)
 {
-    CompletionManager& completion = CompletionManager::sharedCompletionManager();
-    if (completion.isComplating(this)) {
-        completion.terminateCompletionWithCancel(true);
+    if (_completion->isCompleting()) {
+        _completion->terminateWithCancel(true);
     } else {
         complete(this);
     }
@@ -703,30 +602,21 @@ void TextView::cancelOperation(QObject*)
 
 void TextView::moveUp(QObject*)
 {
-    CompletionManager& completion = CompletionManager::sharedCompletionManager();
-    if (completion.isComplating(this)) {
-        completion.selectUpperRow();
-    } else {
+    if (!_completion->selectRow(true)) {
         moveCursor(QTextCursor::Up);
     }
 }
 
 void TextView::moveDown(QObject*)
 {
-    CompletionManager& completion = CompletionManager::sharedCompletionManager();
-    if (completion.isComplating(this)) {
-        completion.selectLowerRow();
-    } else {
+    if (!_completion->selectRow(false)) {
         moveCursor(QTextCursor::Down);
     }
 }
 
 void TextView::selectAll()
 {
-    CompletionManager& completion = CompletionManager::sharedCompletionManager();
-    if (completion.isComplating(this)) {
-        completion.terminateCompletionWithCancel(true);
-    }
+    _completion->terminateWithCancel(true);
     QPlainTextEdit::selectAll();
 }
 
@@ -735,10 +625,7 @@ void TextView::focusOutEvent(QFocusEvent* event)
     // Focus taken by another part of the window ends the completion; the list itself never
     // takes it, and a window losing its place ends it on its own.
     if (event->reason() != Qt::PopupFocusReason && event->reason() != Qt::ActiveWindowFocusReason) {
-        CompletionManager& completion = CompletionManager::sharedCompletionManager();
-        if (completion.isComplating(this)) {
-            completion.terminateCompletionWithCancel(true);
-        }
+        _completion->terminateWithCancel(true);
     }
     QPlainTextEdit::focusOutEvent(event);
 }
@@ -746,10 +633,7 @@ void TextView::focusOutEvent(QFocusEvent* event)
 void TextView::mousePressEvent(QMouseEvent* event)
 {
     Q_EMIT mouseDown(this);
-    CompletionManager& completion = CompletionManager::sharedCompletionManager();
-    if (completion.isComplating(this)) {
-        completion.terminateCompletionWithCancel(true);
-    }
+    _completion->terminateWithCancel(true);
     setFocus(Qt::MouseFocusReason);
     QPlainTextEdit::mousePressEvent(event);
 }
@@ -930,164 +814,60 @@ void TextView::contextMenuEvent(QContextMenuEvent* event)
 
 void TextView::complete(QObject*)
 {
-    const CompletionGuard guard(this);
-    CompletionManager& completion = CompletionManager::sharedCompletionManager();
-    if (!completion.isComplating(this)) {
-        const Range range = rangeForUserCompletion();
-        QString partial;
-        if (!range.isNotFound()) {
-            QTextCursor cursor(document());
-            cursor.setPosition(int(range.location));
-            cursor.setPosition(int(range.max()), QTextCursor::KeepAnchor);
-            partial = cursor.selectedText();
-        }
-        completion.setCurrentPartialWord(partial);
-    }
-    if (hasMarkedText()) {
-        return;
-    }
-    CompletionDocumentWords* words =
-        CompletionDocumentWords::of(document(), CompletionCandidates::wordKind(_syntaxDictionary));
-    if (!words->prepare()) {
-        // The text's words are being read on a worker: complete once they are, unless the
-        // user has typed or moved on meanwhile.
-        if (!_waitingForWords) {
-            _waitingForWords = true;
-            const int revision = document()->revision();
-            const int position = textCursor().position();
-            connect(
-                words, &CompletionDocumentWords::ready, this,
-                [this, revision, position] {
-                    _waitingForWords = false;
-                    if (document()->revision() == revision && textCursor().position() == position &&
-                        !textCursor().hasSelection()) {
-                        complete(this);
-                    }
-                },
-                Qt::SingleShotConnection);
-        }
-        return;
-    }
-    completion.startCompletion(this);
+    _completion->complete();
 }
 
 Range TextView::rangeForUserCompletion() const
 {
-    const QTextCursor cursor = textCursor();
-    const qsizetype end = cursor.selectionStart();
-    const QTextBlock block = document()->findBlock(int(end));
-    const QString line = block.text();
-    qsizetype start = end - block.position();
-    const qsizetype inBlockEnd = start;
-    while (start > 0 && isWordCharacter(line[start - 1])) {
-        --start;
-    }
-    if (start == inBlockEnd) {
-        return Range::notFound();
-    }
-    return {block.position() + start, inBlockEnd - start};
+    return _completion->rangeForUserCompletion();
 }
 
 QStringList TextView::completionsForPartialWordRange(Range range) const
 {
-    if (range.isNotFound() || range.length == 0) {
-        return {};
-    }
-    QTextCursor cursor(document());
-    cursor.setPosition(int(range.location));
-    cursor.setPosition(int(range.max()), QTextCursor::KeepAnchor);
-    const QString partial = cursor.selectedText();
-    CompletionDocumentWords* words =
-        CompletionDocumentWords::of(document(), CompletionCandidates::wordKind(_syntaxDictionary));
-    // While the text's words are being read, the definition's are offered alone.
-    return CompletionCandidates::completionsFromTextWords(
-        words->wordsForPartialWord(partial).value_or(QStringList()), partial, _syntaxDictionary,
-        _completeWords);
+    return _completion->completionsForPartialWordRange(range);
 }
 
 void TextView::insertCompletion(const QString& word, Range range, int movement, bool isFinal)
 {
-    const CompletionGuard guard(this);
-    // Until accepted, the rest of the word is only shown after the typed letters: it is not
-    // in the text, so saving, undo and the modified state never see it.
-    if (!isFinal) {
-        if (selectedRange() != Range(range.max(), 0)) {
-            setSelectedRange({range.max(), 0});
-        }
-        _layoutManager->setProposedText(range.max(), word.mid(range.length));
-        ensureCursorVisible();
-        return;
-    }
-    _layoutManager->setProposedText(-1, QString());
-    if (movement == CancelTextMovement) {
-        return;
-    }
-    QTextCursor cursor(document());
-    cursor.setPosition(int(range.location));
-    cursor.setPosition(int(range.max()), QTextCursor::KeepAnchor);
-    const QString typed = cursor.selectedText();
-    if (typed != word) {
-        // One undo step, apart from the typing before it.
-        cursor.beginEditBlock();
-        if (word.startsWith(typed)) {
-            cursor.setPosition(int(range.max()));
-            cursor.insertText(word.mid(typed.size()));
-        } else {
-            cursor.insertText(word);
-        }
-        cursor.endEditBlock();
-    }
-    setSelectedRange({range.location + word.size(), 0});
-    ensureCursorVisible();
+    _completion->insertCompletion(word, range, movement, isFinal);
 }
 
 QString TextView::proposedCompletion() const
 {
-    return _layoutManager ? _layoutManager->proposedText() : QString();
-}
-
-void TextView::prepareCompletionWords()
-{
-    // On the next turn, once the definition of a new window has been chosen: the words are
-    // read on a worker, and only for the kind the view offers.
-    if (_preparingCompletionWords) {
-        return;
-    }
-    _preparingCompletionWords = true;
-    QTimer::singleShot(0, this, [this] {
-        _preparingCompletionWords = false;
-        CompletionDocumentWords::of(document(), CompletionCandidates::wordKind(_syntaxDictionary));
-    });
-}
-
-void TextView::completionEndedElsewhere()
-{
-    // Another change of the text or of the insertion point than the completion's own: the
-    // proposed rest of the word no longer belongs there.
-    CompletionManager& completion = CompletionManager::sharedCompletionManager();
-    if (_completionGuard == 0 && completion.isComplating(this)) {
-        completion.terminateCompletion();
-    }
+    return _completion->proposedCompletion();
 }
 
 void TextView::makeCompleteWordsFromSyntaxDictionary()
 {
-    _completeWords.clear();
-    const quint64 build = ++_completeWordsBuild;
-    const QVariantMap dictionary = _syntaxDictionary;
-    using Result = std::optional<QStringList>;
-    auto* watcher = new QFutureWatcher<Result>(this);
-    connect(watcher, &QFutureWatcher<Result>::finished, this, [this, watcher, build] {
-        const Result words = watcher->result();
-        watcher->deleteLater();
-        // Only the newest build counts; one that found another running leaves none.
-        if (build == _completeWordsBuild) {
-            _completeWords = words.value_or(QStringList());
-            Q_EMIT completeWordsChanged();
-        }
-    });
-    watcher->setFuture(QtConcurrent::run([dictionary] {
-        return SyntaxManager::sharedSyntaxManager().makeCompleteWordsFromSyntaxDictionary(
-            dictionary);
-    }));
+    _completion->makeCompleteWordsFromSyntaxDictionary();
+}
+
+const QStringList& TextView::completeWords() const
+{
+    return _completion->completeWords();
+}
+
+void TextView::setCompleteWords(const QStringList& completeWords)
+{
+    _completion->setCompleteWords(completeWords);
+}
+
+bool TextView::autoComplete() const
+{
+    return _completion->autoComplete();
+}
+
+void TextView::setAutoComplete(bool autoComplete)
+{
+    _completion->setAutoComplete(autoComplete);
+}
+
+bool TextView::isComplete() const
+{
+    return _completion->isComplete();
+}
+
+void TextView::setIsComplete(bool isComplete)
+{
+    _completion->setIsComplete(isComplete);
 }

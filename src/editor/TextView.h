@@ -15,11 +15,13 @@
 #include <QVariantList>
 #include <QVariantMap>
 
+#include <memory>
 #include <optional>
 
 class GutterView;
 class LayoutManager;
 class SyntaxColoringController;
+class TextViewCompletion;
 class QMenu;
 
 /// The text view of an editor pane. QPlainTextEdit is itself a scroll area, so the view is
@@ -119,12 +121,12 @@ public:
     /// The definitions the view's definition finds in its whole text.
     std::optional<QVariantList> makeFunctionDefinition() const;
     SyntaxColoringController* syntaxColoringController();
-    const QStringList& completeWords() const { return _completeWords; }
-    void setCompleteWords(const QStringList& completeWords) { _completeWords = completeWords; }
-    bool autoComplete() const { return _autoComplete; }
-    void setAutoComplete(bool autoComplete) { _autoComplete = autoComplete; }
-    bool isComplete() const { return _isComplete; }
-    void setIsComplete(bool isComplete) { _isComplete = isComplete; }
+    const QStringList& completeWords() const;
+    void setCompleteWords(const QStringList& completeWords);
+    bool autoComplete() const;
+    void setAutoComplete(bool autoComplete);
+    bool isComplete() const;
+    void setIsComplete(bool isComplete);
 
     // Typing: indentation, tabs, brackets and completion. The key handling routes each key
     // to one of these, as the platform's key bindings would.
@@ -221,25 +223,7 @@ private:
     void interpretKeyEvent(QKeyEvent* event);
     /// Shows the "}" that automatic indentation put in.
     void closingBraceInserted(Range closing);
-    /// What a typed string does to completion: extends the word being completed, or has the
-    /// list open after a pause.
-    void noteTypedForCompletion(const QString& string);
     void exchangeSelection(QString (*transform)(const QString&), const QString& actionName);
-    /// Has the document's words for completion read on a worker, on the next turn.
-    void prepareCompletionWords();
-    void completionEndedElsewhere();
-    /// Marks changes made by the completion itself (or the key it handles), which do not end it.
-    struct CompletionGuard {
-        explicit CompletionGuard(TextView* view)
-            : view(view)
-        {
-            ++view->_completionGuard;
-        }
-        ~CompletionGuard() { --view->_completionGuard; }
-        CompletionGuard(const CompletionGuard&) = delete;
-        CompletionGuard& operator=(const CompletionGuard&) = delete;
-        TextView* view;
-    };
 
     QFont _textFont;
     qint64 _tabWidth = 4;
@@ -251,9 +235,6 @@ private:
     QVariantList _entityReference;
     bool _characterEntity = false;
     QVariantMap _syntaxDictionary;
-    QStringList _completeWords;
-    bool _autoComplete = false;
-    bool _isComplete = false;
     QPointer<QProgressBar> _indicator;
 
     TextAttributes _typingAttributes;
@@ -263,9 +244,5 @@ private:
     QMetaObject::Connection _storageDestroyed;
     SyntaxColoringController* _syntaxColoring = nullptr;
     bool _hasMarkedText = false;
-    quint64 _completeWordsBuild = 0;
-    int _completionGuard = 0;
-    bool _waitingForWords = false;
-    bool _preparingCompletionWords = false;
-    QMetaObject::Connection _textChangedElsewhere;
+    std::unique_ptr<TextViewCompletion> _completion;
 };

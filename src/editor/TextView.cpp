@@ -12,6 +12,7 @@
 #include "editor/StringTransform.h"
 #include "editor/SyntaxColoringController.h"
 #include "editor/TextViewCompletion.h"
+#include "editor/TextViewPrivate.h"
 #include "editor/TransformationsMenu.h"
 #include "editor/UndoActionNames.h"
 #include "platform/PropertyList.h"
@@ -40,18 +41,19 @@ const QString kEntityReferenceResource = QStringLiteral(":/EntityReference.plist
 
 TextView::TextView(QWidget* parent)
     : QPlainTextEdit(parent)
-    , _completion(std::make_unique<TextViewCompletion>(
-          this, CompletionManager::sharedCompletionManager(), SyntaxManager::sharedSyntaxManager()))
+    , d(std::make_unique<TextViewPrivate>())
 {
+    d->completion = std::make_unique<TextViewCompletion>(
+        this, CompletionManager::sharedCompletionManager(), SyntaxManager::sharedSyntaxManager());
     const UserDefaults& defaults = UserDefaults::standardUserDefaults();
     readFontAndColors();
-    _tabWidth = defaults.integerForKey(QStringLiteral("DefaultTabWidth"));
-    _typing.autoIndent = defaults.boolForKey(QStringLiteral("AutoIndent"));
-    _typing.autoBraceMatching = defaults.boolForKey(QStringLiteral("AutoBraceMatching"));
-    _characterEntity = defaults.boolForKey(QStringLiteral("CharacterEntity"));
-    _completion->setAutoComplete(defaults.boolForKey(QStringLiteral("AutoComplete")));
+    d->appearance.tabWidth = defaults.integerForKey(QStringLiteral("DefaultTabWidth"));
+    d->typing.autoIndent = defaults.boolForKey(QStringLiteral("AutoIndent"));
+    d->typing.autoBraceMatching = defaults.boolForKey(QStringLiteral("AutoBraceMatching"));
+    d->characterEntity = defaults.boolForKey(QStringLiteral("CharacterEntity"));
+    d->completion->setAutoComplete(defaults.boolForKey(QStringLiteral("AutoComplete")));
     if (QFile::exists(kEntityReferenceResource)) {
-        _entityReference = PropertyList::readFile(kEntityReferenceResource).toList();
+        d->entityReference = PropertyList::readFile(kEntityReferenceResource).toList();
     }
 
     setFrameShape(QFrame::NoFrame);
@@ -67,15 +69,18 @@ TextView::TextView(QWidget* parent)
     // Lay the colours onto blocks that scrolling or an edit is about to show before the paint
     // rather than during it: a change made while painting asks for a second paint.
     connect(this, &QPlainTextEdit::updateRequest, this, [this](const QRect& rect) {
-        if (_layoutManager) {
-            _layoutManager->applyTemporaryAttributes(rect.top(), rect.bottom());
+        if (d->layoutManager) {
+            d->layoutManager->applyTemporaryAttributes(rect.top(), rect.bottom());
         }
     });
 }
 
 TextView::~TextView()
 {
-    _completion->terminate();
+    d->completion->terminate();
+    // The state goes before the base classes: nothing they do on their way out may reach it.
+    disconnect(d->storageDestroyed);
+    disconnect(this, &QPlainTextEdit::updateRequest, this, nullptr);
 }
 
 void TextView::readFontAndColors()
@@ -85,39 +90,39 @@ void TextView::readFontAndColors()
     const qint64 size = defaults.integerForKey(QStringLiteral("DefaultFontSize"));
     // Point sizes are device-independent pixels here.
     font.setPixelSize(size > 0 ? int(size) : 12);
-    _textFont = font;
-    _textColor = EditorController::keyedUnarchiverOfUserDefaults(
+    d->appearance.textFont = font;
+    d->appearance.textColor = EditorController::keyedUnarchiverOfUserDefaults(
         defaults, QStringLiteral("DefaultTextColor"));
-    _insertionPointColor = EditorController::keyedUnarchiverOfUserDefaults(
+    d->appearance.insertionPointColor = EditorController::keyedUnarchiverOfUserDefaults(
         defaults, QStringLiteral("DefaultInsertionPointColor"));
-    _backgroundColor = EditorController::keyedUnarchiverOfUserDefaults(
+    d->appearance.backgroundColor = EditorController::keyedUnarchiverOfUserDefaults(
         defaults, QStringLiteral("DefaultBackgroundColor"));
-    _typing.autoIndentBraces = defaults.boolForKey(QStringLiteral("AutoIndentBraces"));
-    _typing.autoIndentClosingBraces =
+    d->typing.autoIndentBraces = defaults.boolForKey(QStringLiteral("AutoIndentBraces"));
+    d->typing.autoIndentClosingBraces =
         defaults.boolForKey(QStringLiteral("AutoIndentClosingBraces"));
-    _typing.chevronMatching = defaults.boolForKey(QStringLiteral("UsedChevronsMatching"));
-    _typing.spaceTab = defaults.boolForKey(QStringLiteral("SpaceTab"));
+    d->typing.chevronMatching = defaults.boolForKey(QStringLiteral("UsedChevronsMatching"));
+    d->typing.spaceTab = defaults.boolForKey(QStringLiteral("SpaceTab"));
 }
 
 void TextView::applyFontAndColors()
 {
     QPalette colors = palette();
-    if (_textColor.isValid()) {
-        colors.setColor(QPalette::Text, _textColor);
+    if (d->appearance.textColor.isValid()) {
+        colors.setColor(QPalette::Text, d->appearance.textColor);
     }
-    if (_backgroundColor.isValid()) {
-        colors.setColor(QPalette::Base, _backgroundColor);
+    if (d->appearance.backgroundColor.isValid()) {
+        colors.setColor(QPalette::Base, d->appearance.backgroundColor);
         // The one-point strip around the text area shows the text's background too.
-        colors.setColor(QPalette::Window, _backgroundColor);
+        colors.setColor(QPalette::Window, d->appearance.backgroundColor);
     }
     setPalette(colors);
-    if (font() != _textFont) {
-        setFont(_textFont);
+    if (font() != d->appearance.textFont) {
+        setFont(d->appearance.textFont);
     }
     // A shared document takes the font as its own; changing it lays the whole text out
     // again, so only when it really changes.
-    if (document()->defaultFont() != _textFont) {
-        document()->setDefaultFont(_textFont);
+    if (document()->defaultFont() != d->appearance.textFont) {
+        document()->setDefaultFont(d->appearance.textFont);
     }
     viewport()->update();
 }
@@ -129,8 +134,8 @@ void TextView::setTextStorage(QTextDocument* textStorage)
     }
     // Give the document this view's font, tab interval and wrapping before a layout is
     // attached, so that a large text is laid out as few times as possible.
-    if (textStorage->defaultFont() != _textFont) {
-        textStorage->setDefaultFont(_textFont);
+    if (textStorage->defaultFont() != d->appearance.textFont) {
+        textStorage->setDefaultFont(d->appearance.textFont);
     }
     QTextOption option = textStorage->defaultTextOption();
     const QTextOption wanted = defaultTextAttributes().paragraphStyle;
@@ -150,56 +155,56 @@ void TextView::setTextStorage(QTextDocument* textStorage)
         textStorage->setDocumentLayout(new QPlainTextDocumentLayout(textStorage));
     }
     setDocument(textStorage);
-    disconnect(_storageDestroyed);
+    disconnect(d->storageDestroyed);
     // QPlainTextEdit does not survive its document going first; fall back to an empty text
     // of its own while the document's QObject part still stands.
-    _storageDestroyed = connect(textStorage, &QObject::destroyed, this, [this] {
-        delete _layoutManager;
-        _layoutManager = nullptr;
+    d->storageDestroyed = connect(textStorage, &QObject::destroyed, this, [this] {
+        delete d->layoutManager;
+        d->layoutManager = nullptr;
         setDocument(nullptr);
-        _layoutManager = new LayoutManager(this, document());
+        d->layoutManager = new LayoutManager(this, document());
     });
-    delete _layoutManager;
-    _layoutManager = new LayoutManager(this, textStorage);
-    if (_verticalRulerView) {
-        _verticalRulerView->setClientView(this);
+    delete d->layoutManager;
+    d->layoutManager = new LayoutManager(this, textStorage);
+    if (d->verticalRulerView) {
+        d->verticalRulerView->setClientView(this);
     }
-    _completion->setDocument(textStorage);
+    d->completion->setDocument(textStorage);
 }
 
 void TextView::setVerticalRulerView(GutterView* ruler)
 {
-    if (ruler == _verticalRulerView) {
+    if (ruler == d->verticalRulerView) {
         return;
     }
-    delete _verticalRulerView;
-    _verticalRulerView = ruler;
+    delete d->verticalRulerView;
+    d->verticalRulerView = ruler;
     if (ruler) {
         ruler->setParent(this);
         ruler->setClientView(this);
-        ruler->setVisible(_rulersVisible);
+        ruler->setVisible(d->rulersVisible);
     }
     updateMargins();
 }
 
 void TextView::setRulersVisible(bool rulersVisible)
 {
-    _rulersVisible = rulersVisible;
-    if (_verticalRulerView) {
-        _verticalRulerView->setVisible(rulersVisible);
+    d->rulersVisible = rulersVisible;
+    if (d->verticalRulerView) {
+        d->verticalRulerView->setVisible(rulersVisible);
     }
     updateMargins();
 }
 
 void TextView::updateMargins()
 {
-    const bool showRuler = _rulersVisible && _verticalRulerView;
-    const int rulerWidth = showRuler ? int(_verticalRulerView->requiredThickness()) : 0;
+    const bool showRuler = d->rulersVisible && d->verticalRulerView;
+    const int rulerWidth = showRuler ? int(d->verticalRulerView->requiredThickness()) : 0;
     // The extra point on the left and top is the text container's origin.
     setViewportMargins(rulerWidth + 1, 1, 0, 0);
     if (showRuler) {
         const QRect area = contentsRect();
-        _verticalRulerView->setGeometry(area.left(), area.top(), rulerWidth, area.height());
+        d->verticalRulerView->setGeometry(area.left(), area.top(), rulerWidth, area.height());
     }
 }
 
@@ -240,15 +245,15 @@ TextView::TextAttributes TextView::defaultTextAttributes() const
     }
     QTextOption style = document()->defaultTextOption();
     style.setTabs({});
-    style.setTabStopDistance(spaceWidth * qreal(_tabWidth));
+    style.setTabStopDistance(spaceWidth * qreal(d->appearance.tabWidth));
     return {fixedPitch, style};
 }
 
 void TextView::configureTypingAttributesAndDefaultParagraphStyle()
 {
     // The tab interval follows the fixed-pitch font, whatever font the text is shown in.
-    _typingAttributes = defaultTextAttributes();
-    setTabStopDistance(_typingAttributes.paragraphStyle.tabStopDistance());
+    d->typingAttributes = defaultTextAttributes();
+    setTabStopDistance(d->typingAttributes.paragraphStyle.tabStopDistance());
 }
 
 QPointF TextView::textContainerOrigin() const
@@ -261,18 +266,18 @@ void TextView::updatePreferences()
 {
     readFontAndColors();
     applyFontAndColors();
-    if (_layoutManager) {
-        _layoutManager->updatePreferences();
+    if (d->layoutManager) {
+        d->layoutManager->updatePreferences();
     }
-    if (_verticalRulerView) {
-        _verticalRulerView->updatePreferences();
+    if (d->verticalRulerView) {
+        d->verticalRulerView->updatePreferences();
     }
 }
 
 void TextView::setWrapLines(bool wrapLines)
 {
-    if (_layoutManager) {
-        _layoutManager->removeBackgroundHighlights();
+    if (d->layoutManager) {
+        d->layoutManager->removeBackgroundHighlights();
     }
     setHorizontalScrollBarPolicy(wrapLines ? Qt::ScrollBarAlwaysOff : Qt::ScrollBarAsNeeded);
     setLineWrapMode(wrapLines ? QPlainTextEdit::WidgetWidth : QPlainTextEdit::NoWrap);
@@ -281,8 +286,8 @@ void TextView::setWrapLines(bool wrapLines)
 
 void TextView::setInvisibleCharacters(bool invisibleCharacters)
 {
-    if (_layoutManager) {
-        _layoutManager->setShowInvisibleCharacters(invisibleCharacters);
+    if (d->layoutManager) {
+        d->layoutManager->setShowInvisibleCharacters(invisibleCharacters);
     }
     viewport()->update();
 }
@@ -320,13 +325,13 @@ Range TextView::visibleCharacterRange() const
 void TextView::paintEvent(QPaintEvent* event)
 {
     const QRect rect = event->rect();
-    if (_layoutManager) {
-        _layoutManager->applyTemporaryAttributes(rect.top(), rect.bottom());
+    if (d->layoutManager) {
+        d->layoutManager->applyTemporaryAttributes(rect.top(), rect.bottom());
     }
     QPlainTextEdit::paintEvent(event);
     QPainter painter(viewport());
-    if (_layoutManager) {
-        _layoutManager->drawGlyphs(painter, rect);
+    if (d->layoutManager) {
+        d->layoutManager->drawGlyphs(painter, rect);
     }
     drawInsertionPoint(painter, rect);
 }
@@ -335,7 +340,7 @@ void TextView::drawInsertionPoint(QPainter& painter, const QRect& rect)
 {
     // QPlainTextEdit draws the insertion point by inverting what lies under it; cover that
     // with one in the insertion point's own colour.
-    if (!_insertionPointColor.isValid() || overwriteMode()) {
+    if (!d->appearance.insertionPointColor.isValid() || overwriteMode()) {
         return;
     }
     const int position = getPaintContext().cursorPosition;
@@ -352,7 +357,7 @@ void TextView::drawInsertionPoint(QPainter& painter, const QRect& rect)
         if (line.isValid()) {
             const QRectF caret(shown.offset.x() + line.cursorToX(inBlock),
                                shown.offset.y() + line.y(), cursorWidth(), line.height());
-            painter.fillRect(caret, _insertionPointColor);
+            painter.fillRect(caret, d->appearance.insertionPointColor);
         }
         break;
     }
@@ -362,17 +367,17 @@ void TextView::drawInsertionPoint(QPainter& painter, const QRect& rect)
 
 SyntaxColoringController* TextView::syntaxColoringController()
 {
-    if (!_syntaxColoring) {
-        _syntaxColoring = new SyntaxColoringController(this);
+    if (!d->syntaxColoring) {
+        d->syntaxColoring = new SyntaxColoringController(this);
     }
-    return _syntaxColoring;
+    return d->syntaxColoring;
 }
 
 void TextView::setSyntaxDictionary(const QVariantMap& syntaxDictionary)
 {
-    _syntaxDictionary = syntaxDictionary;
+    d->syntaxDictionary = syntaxDictionary;
     syntaxColoringController()->setSyntaxDictionary(syntaxDictionary);
-    _completion->syntaxDictionaryChanged();
+    d->completion->syntaxDictionaryChanged();
 }
 
 void TextView::setSyntaxDictionay(const QString& path)
@@ -403,18 +408,18 @@ void TextView::performSyntaxAllColoring()
 
 void TextView::textDidChanged()
 {
-    if (!_syntaxDictionary.isEmpty()) {
+    if (!d->syntaxDictionary.isEmpty()) {
         syntaxColoringController()->textDidChanged();
     }
 }
 
 std::optional<QVariantList> TextView::makeFunctionDefinition() const
 {
-    if (_syntaxDictionary.isEmpty()) {
+    if (d->syntaxDictionary.isEmpty()) {
         return std::nullopt;
     }
     return SyntaxManager::sharedSyntaxManager().makeFunctionDefinitionWithString(
-        TextMirror::mirrorOfDocument(document())->string(), _syntaxDictionary);
+        TextMirror::mirrorOfDocument(document())->string(), d->syntaxDictionary);
 }
 
 // Typing ------------------------------------------------------------------------------------
@@ -469,15 +474,15 @@ void TextView::keyPressEvent(QKeyEvent* event)
         QPlainTextEdit::keyPressEvent(event);
         return;
     }
-    const TextViewCompletion::Guard guard(_completion.get());
+    const TextViewCompletion::Guard guard(d->completion.get());
     const bool closingBracket =
-        _typing.autoBraceMatching && TypingRules::isClosingBracket(event->text());
-    const TextViewCompletion::KeyRoute route = _completion->keyPressed(event, closingBracket);
+        d->typing.autoBraceMatching && TypingRules::isClosingBracket(event->text());
+    const TextViewCompletion::KeyRoute route = d->completion->keyPressed(event, closingBracket);
     if (route != TextViewCompletion::KeyRoute::Done) {
         interpretKeyEvent(event);
     }
     if (route == TextViewCompletion::KeyRoute::InterpretAndFollow) {
-        _completion->followTyping();
+        d->completion->followTyping();
     }
 }
 
@@ -510,18 +515,18 @@ void TextView::interpretKeyEvent(QKeyEvent* event)
 
 void TextView::inputMethodEvent(QInputMethodEvent* event)
 {
-    _hasMarkedText = !event->preeditString().isEmpty();
-    if (_hasMarkedText) {
-        _completion->terminateWithCancel(true);
+    d->hasMarkedText = !event->preeditString().isEmpty();
+    if (d->hasMarkedText) {
+        d->completion->terminateWithCancel(true);
     }
     QPlainTextEdit::inputMethodEvent(event);
 }
 
 void TextView::insertText(const QString& string)
 {
-    _completion->textTyped(string);
+    d->completion->textTyped(string);
     insertTextAtSelection(string);
-    if (!TypingRules(_typing).matchesTypedBracket(string) || _usedIndentClosingBraces) {
+    if (!TypingRules(d->typing).matchesTypedBracket(string) || d->usedIndentClosingBraces) {
         return;
     }
     const Range match = autoBraceMatching(string);
@@ -544,7 +549,7 @@ Range TextView::autoBraceMatching(const QString& closing) const
 void TextView::insertNewline(QObject*)
 {
     QTextCursor cursor = textCursor();
-    const Range closing = TypingRules(_typing).insertNewline(cursor);
+    const Range closing = TypingRules(d->typing).insertNewline(cursor);
     setTextCursor(cursor);
     closingBraceInserted(closing);
     ensureCursorVisible();
@@ -553,7 +558,7 @@ void TextView::insertNewline(QObject*)
 void TextView::autoIndent(QObject*)
 {
     QTextCursor cursor = textCursor();
-    const Range closing = TypingRules(_typing).autoIndent(cursor);
+    const Range closing = TypingRules(d->typing).autoIndent(cursor);
     setTextCursor(cursor);
     closingBraceInserted(closing);
 }
@@ -564,37 +569,37 @@ void TextView::closingBraceInserted(Range closing)
         return;
     }
     // The "}" counts as typed for completion, but it is no bracket to match: it shows itself.
-    _completion->textTyped(QStringLiteral("}"));
+    d->completion->textTyped(QStringLiteral("}"));
     FindIndicator::showFindIndicatorForRange(this, closing);
     ensureCursorVisible();
 }
 
 void TextView::insertTab(QObject*)
 {
-    if (_completion->isCompleting()) {
-        _completion->terminateWithCancel(false);
+    if (d->completion->isCompleting()) {
+        d->completion->terminateWithCancel(false);
         return;
     }
     QTextCursor cursor = textCursor();
-    TypingRules(_typing).insertTab(cursor);
+    TypingRules(d->typing).insertTab(cursor);
     setTextCursor(cursor);
 }
 
 void TextView::deleteBackward(QObject*)
 {
-    if (!_completion->backspacePressed()) {
+    if (!d->completion->backspacePressed()) {
         return;
     }
     QTextCursor cursor = textCursor();
-    TypingRules(_typing).deleteBackward(cursor);
+    TypingRules(d->typing).deleteBackward(cursor);
     setTextCursor(cursor);
     ensureCursorVisible();
 }
 
 void TextView::cancelOperation(QObject*)
 {
-    if (_completion->isCompleting()) {
-        _completion->terminateWithCancel(true);
+    if (d->completion->isCompleting()) {
+        d->completion->terminateWithCancel(true);
     } else {
         complete(this);
     }
@@ -602,21 +607,21 @@ void TextView::cancelOperation(QObject*)
 
 void TextView::moveUp(QObject*)
 {
-    if (!_completion->selectRow(true)) {
+    if (!d->completion->selectRow(true)) {
         moveCursor(QTextCursor::Up);
     }
 }
 
 void TextView::moveDown(QObject*)
 {
-    if (!_completion->selectRow(false)) {
+    if (!d->completion->selectRow(false)) {
         moveCursor(QTextCursor::Down);
     }
 }
 
 void TextView::selectAll()
 {
-    _completion->terminateWithCancel(true);
+    d->completion->terminateWithCancel(true);
     QPlainTextEdit::selectAll();
 }
 
@@ -625,7 +630,7 @@ void TextView::focusOutEvent(QFocusEvent* event)
     // Focus taken by another part of the window ends the completion; the list itself never
     // takes it, and a window losing its place ends it on its own.
     if (event->reason() != Qt::PopupFocusReason && event->reason() != Qt::ActiveWindowFocusReason) {
-        _completion->terminateWithCancel(true);
+        d->completion->terminateWithCancel(true);
     }
     QPlainTextEdit::focusOutEvent(event);
 }
@@ -633,7 +638,7 @@ void TextView::focusOutEvent(QFocusEvent* event)
 void TextView::mousePressEvent(QMouseEvent* event)
 {
     Q_EMIT mouseDown(this);
-    _completion->terminateWithCancel(true);
+    d->completion->terminateWithCancel(true);
     setFocus(Qt::MouseFocusReason);
     QPlainTextEdit::mousePressEvent(event);
 }
@@ -677,13 +682,13 @@ void TextView::doInsertString(const QString& string, Range range, Range select,
 void TextView::shiftRight(QObject*)
 {
     const LineShifter::Replacement shift =
-        TypingRules(_typing).shiftRight(document(), selectedRange());
+        TypingRules(d->typing).shiftRight(document(), selectedRange());
     doReplaceString(shift.string, shift.range, shift.selection, tr("Shift Right"));
 }
 
 void TextView::shiftLeft(QObject*)
 {
-    if (const auto shift = TypingRules(_typing).shiftLeft(document(), selectedRange())) {
+    if (const auto shift = TypingRules(d->typing).shiftLeft(document(), selectedRange())) {
         doReplaceString(shift->string, shift->range, shift->selection, tr("Shift Left"));
     }
 }
@@ -766,13 +771,13 @@ void TextView::capitalizeWord(QObject*)
 void TextView::exchangeToEntityReference(QObject*)
 {
     const Range selection = selectedRange();
-    if (_entityReference.isEmpty() || selection.length == 0) {
+    if (d->entityReference.isEmpty() || selection.length == 0) {
         return;
     }
     const QString selected =
         textCursor().selectedText().replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
     const QString replaced = StringTransform::stringByReplacingEntityReferences(
-        selected, _entityReference, _characterEntity);
+        selected, d->entityReference, d->characterEntity);
     UndoActionNames* names = UndoActionNames::of(document());
     names->beginStep(QString());
     QTextCursor cursor = textCursor();
@@ -814,60 +819,142 @@ void TextView::contextMenuEvent(QContextMenuEvent* event)
 
 void TextView::complete(QObject*)
 {
-    _completion->complete();
+    d->completion->complete();
 }
 
 Range TextView::rangeForUserCompletion() const
 {
-    return _completion->rangeForUserCompletion();
+    return d->completion->rangeForUserCompletion();
 }
 
 QStringList TextView::completionsForPartialWordRange(Range range) const
 {
-    return _completion->completionsForPartialWordRange(range);
+    return d->completion->completionsForPartialWordRange(range);
 }
 
 void TextView::insertCompletion(const QString& word, Range range, int movement, bool isFinal)
 {
-    _completion->insertCompletion(word, range, movement, isFinal);
+    d->completion->insertCompletion(word, range, movement, isFinal);
 }
 
 QString TextView::proposedCompletion() const
 {
-    return _completion->proposedCompletion();
+    return d->completion->proposedCompletion();
 }
 
 void TextView::makeCompleteWordsFromSyntaxDictionary()
 {
-    _completion->makeCompleteWordsFromSyntaxDictionary();
+    d->completion->makeCompleteWordsFromSyntaxDictionary();
 }
 
 const QStringList& TextView::completeWords() const
 {
-    return _completion->completeWords();
+    return d->completion->completeWords();
 }
 
 void TextView::setCompleteWords(const QStringList& completeWords)
 {
-    _completion->setCompleteWords(completeWords);
+    d->completion->setCompleteWords(completeWords);
 }
 
 bool TextView::autoComplete() const
 {
-    return _completion->autoComplete();
+    return d->completion->autoComplete();
 }
 
 void TextView::setAutoComplete(bool autoComplete)
 {
-    _completion->setAutoComplete(autoComplete);
+    d->completion->setAutoComplete(autoComplete);
 }
 
 bool TextView::isComplete() const
 {
-    return _completion->isComplete();
+    return d->completion->isComplete();
 }
 
 void TextView::setIsComplete(bool isComplete)
 {
-    _completion->setIsComplete(isComplete);
+    d->completion->setIsComplete(isComplete);
+}
+
+// Fields ------------------------------------------------------------------------------------
+
+LayoutManager* TextView::layoutManager() const
+{
+    return d->layoutManager;
+}
+
+GutterView* TextView::verticalRulerView() const
+{
+    return d->verticalRulerView;
+}
+
+bool TextView::rulersVisible() const
+{
+    return d->rulersVisible;
+}
+
+const TextView::TextAttributes& TextView::typingAttributes() const
+{
+    return d->typingAttributes;
+}
+
+void TextView::setIndicator(QProgressBar* indicator)
+{
+    d->indicator = indicator;
+}
+
+QProgressBar* TextView::indicator() const
+{
+    return d->indicator;
+}
+
+const TextView::Appearance& TextView::appearance() const
+{
+    return d->appearance;
+}
+
+const TypingRules::Settings& TextView::typingSettings() const
+{
+    return d->typing;
+}
+
+TypingRules::Settings& TextView::typing()
+{
+    return d->typing;
+}
+
+bool TextView::usedIndentClosingBraces() const
+{
+    return d->usedIndentClosingBraces;
+}
+
+void TextView::setUsedIndentClosingBraces(bool value)
+{
+    d->usedIndentClosingBraces = value;
+}
+
+const QVariantList& TextView::entityReference() const
+{
+    return d->entityReference;
+}
+
+bool TextView::characterEntity() const
+{
+    return d->characterEntity;
+}
+
+void TextView::setCharacterEntity(bool value)
+{
+    d->characterEntity = value;
+}
+
+const QVariantMap& TextView::syntaxDictionary() const
+{
+    return d->syntaxDictionary;
+}
+
+bool TextView::hasMarkedText() const
+{
+    return d->hasMarkedText;
 }

@@ -7,8 +7,6 @@
 #include <QFont>
 #include <QList>
 #include <QPlainTextEdit>
-#include <QPointer>
-#include <QProgressBar>
 #include <QStringList>
 #include <QTextBlock>
 #include <QTextOption>
@@ -21,8 +19,9 @@
 class GutterView;
 class LayoutManager;
 class SyntaxColoringController;
-class TextViewCompletion;
+class TextViewPrivate;
 class QMenu;
+class QProgressBar;
 
 /// The text view of an editor pane. QPlainTextEdit is itself a scroll area, so the view is
 /// also the pane's scroll view: its vertical ruler (the line-number gutter) stands in the
@@ -44,6 +43,14 @@ public:
         QPointF offset;
         QRectF rect;
     };
+    /// The font and colours the text is shown in, and the tab width in spaces.
+    struct Appearance {
+        QFont textFont;
+        qint64 tabWidth = 4;
+        QColor textColor;
+        QColor insertionPointColor;
+        QColor backgroundColor;
+    };
 
     /// Reads the settings into the fields; the view still shows its own empty text.
     explicit TextView(QWidget* parent = nullptr);
@@ -52,18 +59,18 @@ public:
     /// Shows `textStorage`, a document that may be shared with other panes, and makes this
     /// view's LayoutManager for it.
     void setTextStorage(QTextDocument* textStorage);
-    LayoutManager* layoutManager() const { return _layoutManager; }
+    LayoutManager* layoutManager() const;
 
     /// The vertical ruler (the gutter); the view takes ownership.
     void setVerticalRulerView(GutterView* ruler);
-    GutterView* verticalRulerView() const { return _verticalRulerView; }
+    GutterView* verticalRulerView() const;
     void setRulersVisible(bool rulersVisible);
-    bool rulersVisible() const { return _rulersVisible; }
+    bool rulersVisible() const;
 
     void setupInitialTextViewSharedState();
     void configureTypingAttributesAndDefaultParagraphStyle();
     TextAttributes defaultTextAttributes() const;
-    const TextAttributes& typingAttributes() const { return _typingAttributes; }
+    const TextAttributes& typingAttributes() const;
     /// Where the text starts in the text area when scrolled to the top: one point right of
     /// and below where QPlainTextEdit would put it.
     QPointF textContainerOrigin() const;
@@ -72,40 +79,41 @@ public:
     void setWrapLines(bool wrapLines);
     bool wrapLines() const { return lineWrapMode() != QPlainTextEdit::NoWrap; }
     void setInvisibleCharacters(bool invisibleCharacters);
-    void setIndicator(QProgressBar* indicator) { _indicator = indicator; }
-    QProgressBar* indicator() const { return _indicator; }
+    void setIndicator(QProgressBar* indicator);
+    QProgressBar* indicator() const;
 
     /// The blocks shown in the viewport meeting [top, bottom], from the first visible one.
     QList<ShownBlock> shownBlocks(qreal top, qreal bottom) const;
     /// The characters of the blocks shown in the viewport.
     Range visibleCharacterRange() const;
 
-    const QFont& textFont() const { return _textFont; }
-    qint64 tabWidth() const { return _tabWidth; }
-    const QColor& textColor() const { return _textColor; }
-    const QColor& insertionPointColor() const { return _insertionPointColor; }
-    const QColor& backgroundColor() const { return _backgroundColor; }
+    const Appearance& appearance() const;
+    const QFont& textFont() const { return appearance().textFont; }
+    qint64 tabWidth() const { return appearance().tabWidth; }
+    const QColor& textColor() const { return appearance().textColor; }
+    const QColor& insertionPointColor() const { return appearance().insertionPointColor; }
+    const QColor& backgroundColor() const { return appearance().backgroundColor; }
 
     /// What the typing rules of this view follow.
-    const TypingRules::Settings& typingSettings() const { return _typing; }
-    bool autoIndent() const { return _typing.autoIndent; }
-    void setAutoIndent(bool autoIndent) { _typing.autoIndent = autoIndent; }
-    bool autoIndentBraces() const { return _typing.autoIndentBraces; }
-    void setAutoIndentBraces(bool value) { _typing.autoIndentBraces = value; }
-    bool autoIndentClosingBraces() const { return _typing.autoIndentClosingBraces; }
-    void setAutoIndentClosingBraces(bool value) { _typing.autoIndentClosingBraces = value; }
-    bool usedIndentClosingBraces() const { return _usedIndentClosingBraces; }
-    void setUsedIndentClosingBraces(bool value) { _usedIndentClosingBraces = value; }
-    bool autoBraceMatching() const { return _typing.autoBraceMatching; }
-    void setAutoBraceMatching(bool value) { _typing.autoBraceMatching = value; }
-    bool UsedChevronMatching() const { return _typing.chevronMatching; }
-    void setUsedChevronMatching(bool value) { _typing.chevronMatching = value; }
-    bool spaceTab() const { return _typing.spaceTab; }
-    void setSpaceTab(bool spaceTab) { _typing.spaceTab = spaceTab; }
-    const QVariantList& entityReference() const { return _entityReference; }
-    bool characterEntity() const { return _characterEntity; }
-    void setCharacterEntity(bool value) { _characterEntity = value; }
-    const QVariantMap& syntaxDictionary() const { return _syntaxDictionary; }
+    const TypingRules::Settings& typingSettings() const;
+    bool autoIndent() const { return typingSettings().autoIndent; }
+    void setAutoIndent(bool autoIndent) { typing().autoIndent = autoIndent; }
+    bool autoIndentBraces() const { return typingSettings().autoIndentBraces; }
+    void setAutoIndentBraces(bool value) { typing().autoIndentBraces = value; }
+    bool autoIndentClosingBraces() const { return typingSettings().autoIndentClosingBraces; }
+    void setAutoIndentClosingBraces(bool value) { typing().autoIndentClosingBraces = value; }
+    bool usedIndentClosingBraces() const;
+    void setUsedIndentClosingBraces(bool value);
+    bool autoBraceMatching() const { return typingSettings().autoBraceMatching; }
+    void setAutoBraceMatching(bool value) { typing().autoBraceMatching = value; }
+    bool UsedChevronMatching() const { return typingSettings().chevronMatching; }
+    void setUsedChevronMatching(bool value) { typing().chevronMatching = value; }
+    bool spaceTab() const { return typingSettings().spaceTab; }
+    void setSpaceTab(bool spaceTab) { typing().spaceTab = spaceTab; }
+    const QVariantList& entityReference() const;
+    bool characterEntity() const;
+    void setCharacterEntity(bool value);
+    const QVariantMap& syntaxDictionary() const;
     void setSyntaxDictionary(const QVariantMap& syntaxDictionary);
     /// Loads the definition file at `path` and colours the whole text on the next turn; a
     /// file that cannot be read leaves the view without a definition.
@@ -146,7 +154,7 @@ public:
     /// Cancels a completion of this view first.
     void selectAll();
     /// Whether an input method is composing text in the view.
-    bool hasMarkedText() const { return _hasMarkedText; }
+    bool hasMarkedText() const;
 
     // Shifting and transformations, each one undoable step.
     void shiftRight(QObject* sender = nullptr);
@@ -216,6 +224,7 @@ protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:
+    TypingRules::Settings& typing();
     void readFontAndColors();
     void applyFontAndColors();
     void updateMargins();
@@ -225,24 +234,5 @@ private:
     void closingBraceInserted(Range closing);
     void exchangeSelection(QString (*transform)(const QString&), const QString& actionName);
 
-    QFont _textFont;
-    qint64 _tabWidth = 4;
-    QColor _textColor;
-    QColor _insertionPointColor;
-    QColor _backgroundColor;
-    TypingRules::Settings _typing;
-    bool _usedIndentClosingBraces = false;
-    QVariantList _entityReference;
-    bool _characterEntity = false;
-    QVariantMap _syntaxDictionary;
-    QPointer<QProgressBar> _indicator;
-
-    TextAttributes _typingAttributes;
-    LayoutManager* _layoutManager = nullptr;
-    GutterView* _verticalRulerView = nullptr;
-    bool _rulersVisible = true;
-    QMetaObject::Connection _storageDestroyed;
-    SyntaxColoringController* _syntaxColoring = nullptr;
-    bool _hasMarkedText = false;
-    std::unique_ptr<TextViewCompletion> _completion;
+    std::unique_ptr<TextViewPrivate> d;
 };

@@ -1,10 +1,8 @@
 #include "editor/TextView.h"
 
 #include "document/TextMirror.h"
-#include "editor/BraceMatcher.h"
 #include "editor/CompletionManager.h"
 #include "editor/EditorController.h"
-#include "editor/FindIndicator.h"
 #include "editor/GutterView.h"
 #include "editor/LayoutManager.h"
 #include "editor/LineShifter.h"
@@ -12,6 +10,7 @@
 #include "editor/StringTransform.h"
 #include "editor/SyntaxColoringController.h"
 #include "editor/TextViewCompletion.h"
+#include "editor/TextViewKeys.h"
 #include "editor/TextViewPrivate.h"
 #include "editor/TransformationsMenu.h"
 #include "editor/UndoActionNames.h"
@@ -30,8 +29,6 @@
 #include <QPaintEvent>
 #include <QPainter>
 #include <QProgressBar>
-#include <QScrollBar>
-#include <QTimer>
 
 namespace {
 
@@ -45,6 +42,7 @@ TextView::TextView(QWidget* parent)
 {
     d->completion = std::make_unique<TextViewCompletion>(
         this, CompletionManager::sharedCompletionManager(), SyntaxManager::sharedSyntaxManager());
+    d->keys = std::make_unique<TextViewKeys>(*this, *d->completion);
     const UserDefaults& defaults = UserDefaults::standardUserDefaults();
     readFontAndColors();
     d->appearance.tabWidth = defaults.integerForKey(QStringLiteral("DefaultTabWidth"));
@@ -466,51 +464,7 @@ void TextView::insertTextAtSelection(const QString& text)
 
 void TextView::keyPressEvent(QKeyEvent* event)
 {
-    const int key = event->key();
-    // A read-only text takes the keys that move and select, through QPlainTextEdit's own
-    // handling, which changes nothing; the editing keys below would insert regardless.
-    if (key == Qt::Key_Shift || key == Qt::Key_Control || key == Qt::Key_Alt ||
-        key == Qt::Key_Meta || key == Qt::Key_AltGr || isReadOnly()) {
-        QPlainTextEdit::keyPressEvent(event);
-        return;
-    }
-    const TextViewCompletion::Guard guard(d->completion.get());
-    const bool closingBracket =
-        d->typing.autoBraceMatching && TypingRules::isClosingBracket(event->text());
-    const TextViewCompletion::KeyRoute route = d->completion->keyPressed(event, closingBracket);
-    if (route != TextViewCompletion::KeyRoute::Done) {
-        interpretKeyEvent(event);
-    }
-    if (route == TextViewCompletion::KeyRoute::InterpretAndFollow) {
-        d->completion->followTyping();
-    }
-}
-
-void TextView::interpretKeyEvent(QKeyEvent* event)
-{
-    const Qt::KeyboardModifiers modifiers =
-        event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier);
-    const int key = event->key();
-    if (event == QKeySequence::SelectAll) {
-        selectAll();
-    } else if ((key == Qt::Key_Return || key == Qt::Key_Enter) && modifiers == 0) {
-        insertNewline(this);
-    } else if (key == Qt::Key_Tab && modifiers == 0) {
-        insertTab(this);
-    } else if (key == Qt::Key_Backspace && modifiers == 0) {
-        deleteBackward(this);
-    } else if (key == Qt::Key_Escape && modifiers == 0) {
-        cancelOperation(this);
-    } else if (key == Qt::Key_Up && event->modifiers() == Qt::NoModifier) {
-        moveUp(this);
-    } else if (key == Qt::Key_Down && event->modifiers() == Qt::NoModifier) {
-        moveDown(this);
-    } else if (!event->text().isEmpty() && event->text()[0].isPrint() &&
-               !(modifiers & (Qt::ControlModifier | Qt::MetaModifier)) && !isReadOnly()) {
-        insertText(event->text());
-    } else {
-        QPlainTextEdit::keyPressEvent(event);
-    }
+    d->keys->keyPressed(event, [this](QKeyEvent* key) { QPlainTextEdit::keyPressEvent(key); });
 }
 
 void TextView::inputMethodEvent(QInputMethodEvent* event)
@@ -520,103 +474,6 @@ void TextView::inputMethodEvent(QInputMethodEvent* event)
         d->completion->terminateWithCancel(true);
     }
     QPlainTextEdit::inputMethodEvent(event);
-}
-
-void TextView::insertText(const QString& string)
-{
-    d->completion->textTyped(string);
-    insertTextAtSelection(string);
-    if (!TypingRules(d->typing).matchesTypedBracket(string) || d->usedIndentClosingBraces) {
-        return;
-    }
-    const Range match = autoBraceMatching(string);
-    if (match.length > 0) {
-        FindIndicator::showFindIndicatorForRange(this, match);
-    } else {
-        SystemBeep::beep();
-    }
-}
-
-Range TextView::autoBraceMatching(const QString& closing) const
-{
-    if (closing.size() != 1) {
-        return {0, 0};
-    }
-    return TypingRules::openingBracket(document(), visibleCharacterRange(), textCursor().position(),
-                                       closing[0]);
-}
-
-void TextView::insertNewline(QObject*)
-{
-    QTextCursor cursor = textCursor();
-    const Range closing = TypingRules(d->typing).insertNewline(cursor);
-    setTextCursor(cursor);
-    closingBraceInserted(closing);
-    ensureCursorVisible();
-}
-
-void TextView::autoIndent(QObject*)
-{
-    QTextCursor cursor = textCursor();
-    const Range closing = TypingRules(d->typing).autoIndent(cursor);
-    setTextCursor(cursor);
-    closingBraceInserted(closing);
-}
-
-void TextView::closingBraceInserted(Range closing)
-{
-    if (closing.isNotFound()) {
-        return;
-    }
-    // The "}" counts as typed for completion, but it is no bracket to match: it shows itself.
-    d->completion->textTyped(QStringLiteral("}"));
-    FindIndicator::showFindIndicatorForRange(this, closing);
-    ensureCursorVisible();
-}
-
-void TextView::insertTab(QObject*)
-{
-    if (d->completion->isCompleting()) {
-        d->completion->terminateWithCancel(false);
-        return;
-    }
-    QTextCursor cursor = textCursor();
-    TypingRules(d->typing).insertTab(cursor);
-    setTextCursor(cursor);
-}
-
-void TextView::deleteBackward(QObject*)
-{
-    if (!d->completion->backspacePressed()) {
-        return;
-    }
-    QTextCursor cursor = textCursor();
-    TypingRules(d->typing).deleteBackward(cursor);
-    setTextCursor(cursor);
-    ensureCursorVisible();
-}
-
-void TextView::cancelOperation(QObject*)
-{
-    if (d->completion->isCompleting()) {
-        d->completion->terminateWithCancel(true);
-    } else {
-        complete(this);
-    }
-}
-
-void TextView::moveUp(QObject*)
-{
-    if (!d->completion->selectRow(true)) {
-        moveCursor(QTextCursor::Up);
-    }
-}
-
-void TextView::moveDown(QObject*)
-{
-    if (!d->completion->selectRow(false)) {
-        moveCursor(QTextCursor::Down);
-    }
 }
 
 void TextView::selectAll()
@@ -815,68 +672,6 @@ void TextView::contextMenuEvent(QContextMenuEvent* event)
     delete menu;
 }
 
-// Completion ---------------------------------------------------------------------------------
-
-void TextView::complete(QObject*)
-{
-    d->completion->complete();
-}
-
-Range TextView::rangeForUserCompletion() const
-{
-    return d->completion->rangeForUserCompletion();
-}
-
-QStringList TextView::completionsForPartialWordRange(Range range) const
-{
-    return d->completion->completionsForPartialWordRange(range);
-}
-
-void TextView::insertCompletion(const QString& word, Range range, int movement, bool isFinal)
-{
-    d->completion->insertCompletion(word, range, movement, isFinal);
-}
-
-QString TextView::proposedCompletion() const
-{
-    return d->completion->proposedCompletion();
-}
-
-void TextView::makeCompleteWordsFromSyntaxDictionary()
-{
-    d->completion->makeCompleteWordsFromSyntaxDictionary();
-}
-
-const QStringList& TextView::completeWords() const
-{
-    return d->completion->completeWords();
-}
-
-void TextView::setCompleteWords(const QStringList& completeWords)
-{
-    d->completion->setCompleteWords(completeWords);
-}
-
-bool TextView::autoComplete() const
-{
-    return d->completion->autoComplete();
-}
-
-void TextView::setAutoComplete(bool autoComplete)
-{
-    d->completion->setAutoComplete(autoComplete);
-}
-
-bool TextView::isComplete() const
-{
-    return d->completion->isComplete();
-}
-
-void TextView::setIsComplete(bool isComplete)
-{
-    d->completion->setIsComplete(isComplete);
-}
-
 // Fields ------------------------------------------------------------------------------------
 
 LayoutManager* TextView::layoutManager() const
@@ -922,6 +717,16 @@ const TypingRules::Settings& TextView::typingSettings() const
 TypingRules::Settings& TextView::typing()
 {
     return d->typing;
+}
+
+TextViewCompletion& TextView::completion() const
+{
+    return *d->completion;
+}
+
+TextViewKeys& TextView::keys() const
+{
+    return *d->keys;
 }
 
 bool TextView::usedIndentClosingBraces() const

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "editor/TextViewCompletion.h"
+#include "editor/TextViewKeys.h"
 #include "editor/TypingRules.h"
 #include "platform/Range.h"
 
@@ -129,28 +131,32 @@ public:
     /// The definitions the view's definition finds in its whole text.
     std::optional<QVariantList> makeFunctionDefinition() const;
     SyntaxColoringController* syntaxColoringController();
-    const QStringList& completeWords() const;
-    void setCompleteWords(const QStringList& completeWords);
-    bool autoComplete() const;
-    void setAutoComplete(bool autoComplete);
-    bool isComplete() const;
-    void setIsComplete(bool isComplete);
+    const QStringList& completeWords() const { return completion().completeWords(); }
+    void setCompleteWords(const QStringList& words) { completion().setCompleteWords(words); }
+    bool autoComplete() const { return completion().autoComplete(); }
+    void setAutoComplete(bool autoComplete) { completion().setAutoComplete(autoComplete); }
+    bool isComplete() const { return completion().isComplete(); }
+    void setIsComplete(bool isComplete) { completion().setIsComplete(isComplete); }
 
-    // Typing: indentation, tabs, brackets and completion. The key handling routes each key
-    // to one of these, as the platform's key bindings would.
-    void insertNewline(QObject* sender = nullptr);
+    // Typing: indentation, tabs, brackets and completion. The key handling (TextViewKeys)
+    // routes each key to one of these, as the platform's key bindings would; the rules
+    // themselves are TypingRules'.
+    void insertNewline(QObject* = nullptr) { keys().insertNewline(); }
     /// Indents the line just begun like the line before it, one level more after "{".
-    void autoIndent(QObject* sender);
-    void insertTab(QObject* sender = nullptr);
-    void deleteBackward(QObject* sender = nullptr);
-    void cancelOperation(QObject* sender = nullptr);
-    void moveUp(QObject* sender = nullptr);
-    void moveDown(QObject* sender = nullptr);
+    void autoIndent(QObject*) { keys().autoIndent(); }
+    void insertTab(QObject* = nullptr) { keys().insertTab(); }
+    void deleteBackward(QObject* = nullptr) { keys().deleteBackward(); }
+    void cancelOperation(QObject* = nullptr) { keys().cancelOperation(); }
+    void moveUp(QObject* = nullptr) { keys().moveUp(); }
+    void moveDown(QObject* = nullptr) { keys().moveDown(); }
     /// Inserts text typed at the keyboard, then matches a typed closing bracket.
-    void insertText(const QString& string);
+    void insertText(const QString& string) { keys().insertText(string); }
     /// The opening bracket closed by `closing`, typed just before the insertion point,
     /// among the characters shown; (0, 0) when there is none.
-    Range autoBraceMatching(const QString& closing) const;
+    Range autoBraceMatching(const QString& closing) const
+    {
+        return keys().autoBraceMatching(closing);
+    }
     /// Cancels a completion of this view first.
     void selectAll();
     /// Whether an input method is composing text in the view.
@@ -185,18 +191,27 @@ public:
         ReturnTextMovement = 0x10,
         CancelTextMovement = 0x17
     };
-    void complete(QObject* sender = nullptr);
+    void complete(QObject* = nullptr) { completion().complete(); }
     /// The word before the insertion point, up to it; not found when there is none.
-    Range rangeForUserCompletion() const;
-    QStringList completionsForPartialWordRange(Range range) const;
+    Range rangeForUserCompletion() const { return completion().rangeForUserCompletion(); }
+    QStringList completionsForPartialWordRange(Range range) const
+    {
+        return completion().completionsForPartialWordRange(range);
+    }
     /// Until `isFinal`, shows the part of `word` beyond the partial word after the insertion
     /// point, grey and not in the text. Accepting (final, not cancelling) replaces the partial
     /// word by `word` as one undo step; cancelling leaves the typed word.
-    void insertCompletion(const QString& word, Range range, int movement, bool isFinal);
+    void insertCompletion(const QString& word, Range range, int movement, bool isFinal)
+    {
+        completion().insertCompletion(word, range, movement, isFinal);
+    }
     /// The rest of the word now proposed after the insertion point; empty when none is.
-    QString proposedCompletion() const;
+    QString proposedCompletion() const { return completion().proposedCompletion(); }
     /// Rebuilds `completeWords` from the definition on a worker thread.
-    void makeCompleteWordsFromSyntaxDictionary();
+    void makeCompleteWordsFromSyntaxDictionary()
+    {
+        completion().makeCompleteWordsFromSyntaxDictionary();
+    }
 
     Range selectedRange() const;
     void setSelectedRange(Range range);
@@ -225,13 +240,12 @@ protected:
 
 private:
     TypingRules::Settings& typing();
+    TextViewCompletion& completion() const;
+    TextViewKeys& keys() const;
     void readFontAndColors();
     void applyFontAndColors();
     void updateMargins();
     void drawInsertionPoint(QPainter& painter, const QRect& rect);
-    void interpretKeyEvent(QKeyEvent* event);
-    /// Shows the "}" that automatic indentation put in.
-    void closingBraceInserted(Range closing);
     void exchangeSelection(QString (*transform)(const QString&), const QString& actionName);
 
     std::unique_ptr<TextViewPrivate> d;

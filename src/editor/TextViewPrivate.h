@@ -2,6 +2,7 @@
 
 #include "editor/TextView.h"
 #include "editor/TextViewCompletion.h"
+#include "editor/TextViewKeys.h"
 #include "editor/TypingRules.h"
 
 #include <QMetaObject>
@@ -38,4 +39,5 @@ public:
     SyntaxColoringController* syntaxColoring = nullptr;
     bool hasMarkedText = false;
     std::unique_ptr<TextViewCompletion> completion;
+    std::unique_ptr<TextViewKeys> keys;
 };

@@ -13,6 +13,7 @@
 #include "scripts/ScriptManager.h"
 #include "scripts/ScriptObject.h"
 #include "window/DocumentPrinter.h"
+#include "window/DocumentSharing.h"
 #include "window/DocumentWindow.h"
 #include "window/EncodingPopUp.h"
 #include "window/WindowController.h"
@@ -846,18 +847,7 @@ void DocumentController::makeSyntaxMenuItems(QMenu* menu)
 
 void DocumentController::makeSharingMenu(QMenu* menu)
 {
-    menu->clear();
-    menu->setIcon(QIcon::fromTheme(QStringLiteral("document-send")));
-    const auto add = [menu](const QString& title, const QString& icon, int tag) {
-        QAction* item = menu->addAction(QIcon::fromTheme(icon), title);
-        item->setProperty("tag", tag);
-    };
-    add(tr("Email"), QStringLiteral("mail-send"), 0);
-    add(tr("Messages"), QStringLiteral("mail-message-new"), 1);
-    menu->addSeparator();
-    add(tr("Twitter"), QStringLiteral("internet-web-browser"), 2);
-    add(tr("Facebook"), QStringLiteral("internet-web-browser"), 3);
-    add(tr("Sina Weibo"), QStringLiteral("internet-web-browser"), 4);
+    DocumentSharing::makeSharingMenu(menu);
 }
 
 void DocumentController::updatePreferences()

@@ -25,13 +25,11 @@
 
 #include <QAction>
 #include <QApplication>
-#include <QDesktopServices>
 #include <QFileInfo>
 #include <QMessageBox>
 #include <QProgressBar>
 #include <QSplitter>
 #include <QTextDocument>
-#include <QUrl>
 
 namespace {
 
@@ -251,7 +249,7 @@ void WindowController::updateTitle()
 
 void WindowController::writeWindowIdentifier(const QString& syntaxName)
 {
-    const QString pane = _isSidebarView ? QString::number(_lastSelectedType) : kNone;
+    const QString pane = isSidebarView() ? QString::number(lastSelectedType()) : kNone;
     setWindowIdentifier(pane + u':' + (syntaxName.isEmpty() ? kNone : syntaxName));
 }
 
@@ -574,122 +572,14 @@ void WindowController::setLineBreaks(qsizetype lineBreaks)
     _document->setDocumentLineBreaks(lineBreaks);
 }
 
-QUrl WindowController::sharingURL(int tag, const QString& subject, const QString& text)
-{
-    // E-mail goes to the user's mail program; the other services have web share addresses.
-    static const char* const addresses[] = {"mailto:", "sms:", "https://twitter.com/intent/tweet",
-                                            "https://www.facebook.com/sharer/sharer.php",
-                                            "https://service.weibo.com/share/share.php"};
-    static const char* const keys[] = {"body", "body", "text", "quote", "title"};
-    if (tag < 0 || tag > 4) {
-        return QUrl();
-    }
-    // Every character but the unreserved ones is percent-encoded, '+' and '&' included, so
-    // no service reads a plus as a space or an ampersand as the end of the text.
-    const auto item = [](const char* key, const QString& value) {
-        return QString::fromLatin1(key) + u'=' +
-               QString::fromLatin1(QUrl::toPercentEncoding(value));
-    };
-    QString query = item(keys[tag], text);
-    if (tag == 0) {
-        query = item("subject", subject) + u'&' + query;
-    }
-    QUrl url(QString::fromLatin1(addresses[tag]));
-    url.setQuery(query, QUrl::StrictMode);
-    return url;
-}
-
 void WindowController::shareUsing(int tag)
 {
-    TextView* view = textView();
-    if (!view) {
-        return;
+    if (textView()) {
+        DocumentSharing::share(tag, *_document, _window);
     }
-    // Mail and message programs take a text of some size through their address; web pages
-    // only a short one.
-    const QString text = _document->string();
-    const qsizetype limit = tag <= 1 ? 64 * 1024 : 4 * 1024;
-    if (text.size() > limit) {
-        QMessageBox alert(QMessageBox::Warning, QString(),
-                          tr("The text is too long to share this way."), QMessageBox::Ok, _window);
-        alert.setInformativeText(tr("The whole text is shared, and this service takes at most %L1 "
-                                    "characters. Send the file as an attachment instead.")
-                                     .arg(limit));
-        alert.setWindowModality(Qt::WindowModal);
-        alert.exec();
-        return;
-    }
-    QDesktopServices::openUrl(sharingURL(tag, _document->displayName(), text));
 }
 
 // Sidebar and split panes ----------------------------------------------------------------
-
-void WindowController::swicthSidebar(QObject* sender)
-{
-    if (sender) {
-        swicthSidebarType(sender->property("tag").toLongLong());
-        return;
-    }
-    const QStringList fields = _document->windowIdentifier().split(u':');
-    if (fields.isEmpty() || fields[0] == kNone || (fields.size() > 1 && fields[1] == u"59")) {
-        return;
-    }
-    bool isNumber = false;
-    const qint64 type = fields[0].toLongLong(&isNumber);
-    if (isNumber) {
-        swicthSidebarType(type);
-    }
-}
-
-void WindowController::swicthSidebarType(qint64 type)
-{
-    if (!_window || !_sidebarView->viewController(type)) {
-        return;
-    }
-    const QString syntax = _syntaxColouring ? _selectedSyntaxName : kNone;
-    QWidget* oldView = _sidebarView->shownView();
-    _isSidebarView = !_isSidebarView;
-    _isFullScreen = _window->isFullScreen();
-    // Outside full screen the window grows by the sidebar and the editor keeps its width; in
-    // full screen, and in a tab, whose window the other tabs share, the editor gives up the
-    // room. One resize, not an animated series: each step would lay a wrapped text out again.
-    const bool growsWindow = !_isFullScreen && _window->isWindow();
-    if (_isSidebarView) {
-        _sidebarView->showPane(type);
-        _sidebarView->updateInformationOfDocument(_document, _selectedSyntaxName);
-        _sidebarView->show();
-        if (growsWindow) {
-            _window->resize(_window->width() + SidebarView::Width, _window->height());
-        }
-        setWindowIdentifier(QString::number(type) + u':' + syntax);
-    } else if (_lastSelectedType == type) {
-        _sidebarView->hide();
-        if (growsWindow) {
-            _window->resize(_window->width() - SidebarView::Width, _window->height());
-        }
-        setWindowIdentifier(kNone + u':' + syntax);
-    } else {
-        _sidebarView->updateInformationOfDocument(_document, _selectedSyntaxName);
-        doTransition(_sidebarView->viewController(type), oldView, _sidebarView);
-        _isSidebarView = true;
-        setWindowIdentifier(QString::number(type) + u':' + syntax);
-    }
-    _lastSelectedType = type;
-    if (_isSidebarView) {
-        _sidebarView->viewFirstResponder(type);
-    } else if (TextView* view = textView()) {
-        view->setFocus(Qt::OtherFocusReason);
-    }
-}
-
-void WindowController::showSidebarType(qint64 type)
-{
-    if (_isSidebarView && _lastSelectedType == type) {
-        _sidebarView->viewFirstResponder(type);
-    } else {
-        swicthSidebarType(type);
-    }
-}
 
 void WindowController::doTransition(QWidget* newView, QWidget* oldView, SidebarView* sidebarView)
 {
@@ -762,78 +652,4 @@ void WindowController::toggleFocusOnNextSplitPane(QObject* sender)
             return;
         }
     }
-}
-
-// Find commands --------------------------------------------------------------------------
-
-void WindowController::findNext(QObject* sender)
-{
-    Q_UNUSED(sender);
-    if (TextView* view = textView()) {
-        SearchManager::sharedSearchManager().findNextWithLayoutManager(view->layoutManager());
-    }
-}
-
-void WindowController::findPrevious(QObject* sender)
-{
-    Q_UNUSED(sender);
-    if (TextView* view = textView()) {
-        SearchManager::sharedSearchManager().findPreviousWithLayoutManager(view->layoutManager());
-    }
-}
-
-void WindowController::replaceAndFindNext(QObject* sender)
-{
-    Q_UNUSED(sender);
-    if (TextView* view = textView()) {
-        SearchManager::sharedSearchManager().replaceAndFindNextWithLayoutManager(
-            view->layoutManager());
-    }
-}
-
-void WindowController::replaceAndFindPrevious(QObject* sender)
-{
-    Q_UNUSED(sender);
-    if (TextView* view = textView()) {
-        SearchManager::sharedSearchManager().replaceAndFindPreviousWithLayoutManager(
-            view->layoutManager());
-    }
-}
-
-void WindowController::replaceAll(QObject* sender)
-{
-    Q_UNUSED(sender);
-    if (TextView* view = textView()) {
-        SearchManager::sharedSearchManager().replacingAllStringWithLayoutManager(
-            view->layoutManager());
-    }
-}
-
-void WindowController::useSelectionforFind(QObject* sender)
-{
-    Q_UNUSED(sender);
-    TextView* view = textView();
-    if (!view || !view->textCursor().hasSelection()) {
-        return;
-    }
-    const QTextCursor selection = view->textCursor();
-    if (!_isSidebarView || _lastSelectedType != SidebarView::SearchType) {
-        swicthSidebarType(SidebarView::SearchType);
-    }
-    _sidebarView->setSearchFieldString(
-        selection.selectedText().replace(QChar::ParagraphSeparator, u'\n'));
-    view->setTextCursor(selection);
-}
-
-void WindowController::jumpToSelection(QObject* sender)
-{
-    Q_UNUSED(sender);
-    if (TextView* view = textView()) {
-        view->ensureCursorVisible();
-    }
-}
-
-void WindowController::setSearchString(const QString& string)
-{
-    _sidebarView->setSearchFieldString(string);
 }

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "window/DocumentSharing.h"
+#include "window/FindCommands.h"
+#include "window/SidebarController.h"
 #include "window/ViewToggles.h"
 
 #include <QObject>
@@ -18,7 +21,6 @@ class QMenu;
 class SidebarView;
 class StatusLine;
 class TextView;
-class QUrl;
 
 /// The controller of one document's window: the window's own view flags, its syntax
 /// choice, its status line, its window identifier and the validation of its menus. It
@@ -108,9 +110,15 @@ public:
     /// of Twitter (2), Facebook (3) or Sina Weibo (4).
     void shareUsing(int tag);
     /// The address that hands `text` to the sharing service of `tag`.
-    static QUrl sharingURL(int tag, const QString& subject, const QString& text);
+    static QUrl sharingURL(int tag, const QString& subject, const QString& text)
+    {
+        return DocumentSharing::sharingURL(tag, subject, text);
+    }
 
     QString windowIdentifier() const { return _windowIdentifier; }
+    /// Records the window's identifier, "pane:syntax" (the sidebar pane shown and the syntax
+    /// chosen, each "None" when there is none), in the document too.
+    void setWindowIdentifier(const QString& identifier);
 
     /// Applies the window's syntax choice (by file extension or by name) to the main text view.
     void syntaxSettingToTextView();
@@ -123,30 +131,30 @@ public:
 
     // Sidebar and split panes.
     SidebarView* sidebarView() const { return _sidebarView; }
-    bool isSidebarView() const { return _isSidebarView; }
-    qint64 lastSelectedType() const { return _lastSelectedType; }
+    bool isSidebarView() const { return _sidebar.isShown(); }
+    qint64 lastSelectedType() const { return _sidebar.lastSelectedType(); }
     /// With a sender, opens, switches or closes the sidebar with the pane of the sender's
     /// "tag"; with none, shows the pane recorded in the window identifier.
-    void swicthSidebar(QObject* sender);
-    void swicthSidebarType(qint64 type);
+    void swicthSidebar(QObject* sender) { _sidebar.swicthSidebar(sender); }
+    void swicthSidebarType(qint64 type) { _sidebar.swicthSidebarType(type); }
     void doTransition(QWidget* newView, QWidget* oldView, SidebarView* sidebarView);
     /// Shows the pane of `type`, opening the sidebar or switching to it, and never closes it.
-    void showSidebarType(qint64 type);
+    void showSidebarType(qint64 type) { _sidebar.showSidebarType(type); }
     void toggleSplitView(QObject* sender);
     void toggleUsingVerticalSplitPane(QObject* sender);
     void toggleFocusOnNextSplitPane(QObject* sender);
     void reloadData();
 
     // Find commands on the main text view.
-    void findNext(QObject* sender);
-    void findPrevious(QObject* sender);
-    void replaceAndFindNext(QObject* sender);
-    void replaceAndFindPrevious(QObject* sender);
-    void replaceAll(QObject* sender);
-    void useSelectionforFind(QObject* sender);
-    void jumpToSelection(QObject* sender);
+    void findNext(QObject*) { _find.findNext(); }
+    void findPrevious(QObject*) { _find.findPrevious(); }
+    void replaceAndFindNext(QObject*) { _find.replaceAndFindNext(); }
+    void replaceAndFindPrevious(QObject*) { _find.replaceAndFindPrevious(); }
+    void replaceAll(QObject*) { _find.replaceAll(); }
+    void useSelectionforFind(QObject*) { _find.useSelectionforFind(); }
+    void jumpToSelection(QObject*) { _find.jumpToSelection(); }
     /// Puts a recent search string into the search pane's field.
-    void setSearchString(const QString& string);
+    void setSearchString(const QString& string) { _find.setSearchString(string); }
 
 Q_SIGNALS:
     void toolbarInformationChanged(const QString& text);
@@ -159,7 +167,6 @@ private:
     void applyStateToPane(TextView* view);
     void textDidChange();
     void textViewMouseDown(TextView* view);
-    void setWindowIdentifier(const QString& identifier);
     void updateTitle();
     void writeWindowIdentifier(const QString& syntaxName);
     void setFunctionPopUpShown(bool shown);
@@ -174,9 +181,8 @@ private:
     QString _spellCheckLanguage;
     bool _isSplitView = false;
     bool _useVerticalforSplitView = false;
-    bool _isSidebarView = false;
-    bool _isFullScreen = false;
-    qint64 _lastSelectedType = 0;
+    SidebarController _sidebar{*this};
+    FindCommands _find{*this};
     bool _syntaxColouring = false;
     bool _defaultForFileType = false;
     QString _selectedSyntaxName;

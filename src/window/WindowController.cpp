@@ -14,7 +14,6 @@
 #include "platform/TextCodec.h"
 #include "platform/UserDefaults.h"
 #include "search/SearchManager.h"
-#include "syntax/SyntaxDefinitionFolder.h"
 #include "syntax/SyntaxManager.h"
 #include "window/DiskChangeNotices.h"
 #include "window/DocumentWindow.h"
@@ -25,7 +24,6 @@
 
 #include <QAction>
 #include <QApplication>
-#include <QFileInfo>
 #include <QMessageBox>
 #include <QProgressBar>
 #include <QSplitter>
@@ -45,9 +43,7 @@ WindowController::WindowController(Document* document)
     _toggles.read(defaults);
     _spellCheckLanguage = defaults.stringForKey(QStringLiteral("SpellCheckLanguage"));
     _useVerticalforSplitView = defaults.boolForKey(QStringLiteral("UseVerticalforSplitView"));
-    _syntaxColouring = defaults.boolForKey(QStringLiteral("SyntaxColouring"));
-    _defaultForFileType = defaults.boolForKey(QStringLiteral("DefaultForFileType"));
-    _selectedSyntaxName = defaults.stringForKey(QStringLiteral("DefaultsSyntaxName"));
+    _syntax.read(defaults);
 
     _window = new DocumentWindow;
     _sidebarView = new SidebarView(this);
@@ -58,18 +54,7 @@ WindowController::WindowController(Document* document)
             &WindowController::updatePreferences);
     connect(document, &Document::documentInformationChanged, this, [this] {
         _statusLine->fileChanged();
-        // A new document named on the command line, or saved under a new name, takes the
-        // syntax of its extension at once when the window chooses by file type.
-        const QString file = _document->fileURL();
-        if (file != _syntaxFileURL) {
-            const bool newExtension =
-                _syntaxFileURL.isEmpty() ||
-                QFileInfo(file).suffix() != QFileInfo(_syntaxFileURL).suffix();
-            _syntaxFileURL = file;
-            if (_defaultForFileType && newExtension) {
-                syntaxSettingToTextView();
-            }
-        }
+        _syntax.fileChanged();
         for (TextView* view : textViews()) {
             view->layoutManager()->setCharacterStandIns(_document->characterStandIns());
         }
@@ -212,8 +197,7 @@ void WindowController::windowDidLoad()
         setWindowIdentifier(identifier);
         const bool namesSyntax = fields.size() >= 2 && fields[1] != kNone && fields[1] != u"59";
         if (namesSyntax) {
-            _selectedSyntaxName = fields[1];
-            _syntaxColouring = true;
+            _syntax.restore(fields[1]);
         }
         // After the syntax is known, so that the identifier the sidebar writes keeps it.
         swicthSidebar(nullptr);
@@ -247,88 +231,14 @@ void WindowController::updateTitle()
 
 // Syntax -------------------------------------------------------------------------------
 
-void WindowController::writeWindowIdentifier(const QString& syntaxName)
-{
-    const QString pane = isSidebarView() ? QString::number(lastSelectedType()) : kNone;
-    setWindowIdentifier(pane + u':' + (syntaxName.isEmpty() ? kNone : syntaxName));
-}
-
-void WindowController::setFunctionPopUpShown(bool shown)
-{
-    if (_window) {
-        _window->functionPopUp()->setVisible(shown);
-        // The definitions are read now, on a worker, so that the pop-up opens at once.
-        auto* popUp = qobject_cast<FunctionPopUp*>(_window->functionPopUp());
-        if (shown && popUp) {
-            popUp->prepareFunctionDefinitions(textView());
-        }
-    }
-}
-
 void WindowController::syntaxSettingToTextView()
 {
-    TextView* view = textView();
-    if (!view) {
-        return;
-    }
-    _syntaxFileURL = _document->fileURL();
-    if (_defaultForFileType && !_document->fileURL().isEmpty()) {
-        const QString path = SyntaxDefinitionFolder::definitionPathForExtension(
-            QFileInfo(_document->fileURL()).suffix());
-        if (!path.isEmpty()) {
-            view->setSyntaxDictionay(path);
-            setFunctionPopUpShown(true);
-            _syntaxColouring = true;
-            _selectedSyntaxName = SyntaxDefinitionFolder::syntaxNameOfPath(path);
-            writeWindowIdentifier(_selectedSyntaxName);
-            return;
-        }
-    }
-    if (_syntaxColouring) {
-        for (const QString& path :
-             SyntaxDefinitionFolder::definitionPathsNamed(_selectedSyntaxName)) {
-            view->setSyntaxDictionay(path);
-            setFunctionPopUpShown(true);
-            writeWindowIdentifier(_selectedSyntaxName);
-        }
-        return;
-    }
-    view->removeSyntaxDictionary();
-    setFunctionPopUpShown(false);
-    _selectedSyntaxName.clear();
-    writeWindowIdentifier(QString());
+    _syntax.syntaxSettingToTextView();
 }
 
 void WindowController::selectedSyntaxColoring(QAction* item)
 {
-    const QString title = item->text();
-    QString recorded;
-    for (TextView* view : textViews()) {
-        if (title == kNone) {
-            view->removeSyntaxDictionary();
-            setFunctionPopUpShown(false);
-            _syntaxColouring = false;
-            _defaultForFileType = false;
-            _selectedSyntaxName.clear();
-            recorded.clear();
-        } else if (title == u"Default For File Type") {
-            _syntaxColouring = false;
-            _selectedSyntaxName.clear();
-            _defaultForFileType = true;
-            syntaxSettingToTextView();
-            recorded.clear();
-        } else {
-            const QString path = item->data().toString();
-            view->setSyntaxDictionay(path);
-            setFunctionPopUpShown(true);
-            _syntaxColouring = true;
-            _defaultForFileType = false;
-            _selectedSyntaxName = SyntaxDefinitionFolder::syntaxNameOfPath(path);
-            recorded = _selectedSyntaxName;
-        }
-    }
-    writeWindowIdentifier(recorded);
-    updateToolbarInformation();
+    _syntax.selectedSyntaxColoring(item);
 }
 
 void WindowController::updateFunctionDefinitionList()
@@ -423,27 +333,9 @@ bool WindowController::validateMenuItem(QAction* item) const
     case LineBreaksTag:
         item->setChecked(item->data().toLongLong() == _document->documentLineBreaks());
         break;
-    case SyntaxTag: {
-        const QString title = item->text();
-        const bool isDefault = title == u"Default For File Type";
-        if (_defaultForFileType && !_syntaxColouring) {
-            item->setChecked(isDefault);
-        } else if (!_defaultForFileType && _syntaxColouring) {
-            item->setChecked(title == _selectedSyntaxName);
-        } else if (_defaultForFileType && _syntaxColouring) {
-            item->setChecked(!isDefault && title == _selectedSyntaxName);
-        } else {
-            item->setChecked(title == u"None");
-        }
-        if (isDefault) {
-            // Qt menus have no mixed state: the item shows the style's own mark of a
-            // partly checked box where its check mark would be.
-            item->setIcon(_defaultForFileType && _syntaxColouring && _window
-                              ? _window->mixedStateIcon()
-                              : QIcon());
-        }
+    case SyntaxTag:
+        _syntax.validate(item);
         break;
-    }
     default:
         break;
     }

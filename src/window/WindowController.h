@@ -3,6 +3,7 @@
 #include "window/DocumentSharing.h"
 #include "window/FindCommands.h"
 #include "window/SidebarController.h"
+#include "window/SyntaxChoice.h"
 #include "window/ViewToggles.h"
 
 #include <QObject>
@@ -77,9 +78,9 @@ public:
     bool allowSpellChecking() const { return _toggles.isOn(ViewToggles::SpellChecking); }
     bool isSplitView() const { return _isSplitView; }
     bool useVerticalforSplitView() const { return _useVerticalforSplitView; }
-    bool syntaxColouring() const { return _syntaxColouring; }
-    bool defaultForFileType() const { return _defaultForFileType; }
-    QString selectedSyntaxName() const { return _selectedSyntaxName; }
+    bool syntaxColouring() const { return _syntax.syntaxColouring(); }
+    bool defaultForFileType() const { return _syntax.defaultForFileType(); }
+    QString selectedSyntaxName() const { return _syntax.selectedSyntaxName(); }
 
     /// Sets titles and check marks of a menu item from the window's state.
     bool validateMenuItem(QAction* item) const;
@@ -168,8 +169,6 @@ private:
     void textDidChange();
     void textViewMouseDown(TextView* view);
     void updateTitle();
-    void writeWindowIdentifier(const QString& syntaxName);
-    void setFunctionPopUpShown(bool shown);
 
     Document* _document;
     QPointer<DocumentWindow> _window;
@@ -182,12 +181,8 @@ private:
     bool _isSplitView = false;
     bool _useVerticalforSplitView = false;
     SidebarController _sidebar{*this};
+    SyntaxChoice _syntax{*this};
     FindCommands _find{*this};
-    bool _syntaxColouring = false;
-    bool _defaultForFileType = false;
-    QString _selectedSyntaxName;
-    // The file whose name the syntax was last chosen for (empty: none).
-    QString _syntaxFileURL;
     QString _windowIdentifier;
     SidebarView* _sidebarView = nullptr;
     ReadingNotices* _notices = nullptr;

@@ -23,9 +23,12 @@ class SidebarView;
 class StatusLine;
 class TextView;
 
-/// The controller of one document's window: the window's own view flags, its syntax
-/// choice, its status line, its window identifier and the validation of its menus. It
-/// applies every flag to each editor pane of the window.
+/// The controller of one document's window: its editor panes (one, or two on the same text
+/// in a split view), its window identifier and the validation of its menus. It applies every
+/// flag to each pane. Its other jobs have classes of their own that it forwards to: the View
+/// toggles (ViewToggles), the syntax choice (SyntaxChoice), the status line (StatusLine), the
+/// sidebar (SidebarController), the find commands (FindCommands) and sharing
+/// (DocumentSharing).
 class WindowController : public QObject
 {
     Q_OBJECT

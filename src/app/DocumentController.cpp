@@ -2,6 +2,7 @@
 
 #include "app/Application.h"
 #include "app/MainMenu.h"
+#include "app/ShippedResources.h"
 #include "document/Document.h"
 #include "document/EncodingManager.h"
 #include "document/RecoveryStore.h"
@@ -11,7 +12,6 @@
 #include "platform/StringEncoding.h"
 #include "platform/UserDefaults.h"
 #include "scripts/ScriptManager.h"
-#include "scripts/ScriptObject.h"
 #include "window/DocumentPrinter.h"
 #include "window/DocumentSharing.h"
 #include "window/DocumentWindow.h"
@@ -44,39 +44,6 @@ namespace {
 
 const QString kFirstStartupApplication = QStringLiteral("FirstStartupApplication");
 
-// Copies a shipped resource into the user's folder; an existing file is never replaced.
-void copyResource(const QString& resource, const QString& destination)
-{
-    if (destination.isEmpty() || QFile::exists(destination) || !QFile::exists(resource)) {
-        return;
-    }
-    if (QFile::copy(resource, destination)) {
-        // Resources are read-only; the user's copy is theirs to edit.
-        QFile::setPermissions(destination, QFile::permissions(destination) | QFile::WriteOwner |
-                                               QFile::ReadOwner);
-    }
-}
-
-ScriptObjectPtr installScriptGroup(const QString& title, const QStringList& files)
-{
-    ScriptObjectPtr group = ScriptObject::initWithPath(title, false);
-    for (const QString& file : files) {
-        const QString resource = QStringLiteral(":/Script/") + file;
-        if (!QFile::exists(resource)) {
-            continue;
-        }
-        const QString destination = FileManager::scriptDirectoryPathInPath(file);
-        copyResource(resource, destination);
-        if (file.endsWith(QStringLiteral(".sh"))) {
-            QFile::setPermissions(destination, QFile::permissions(destination) | QFile::ExeOwner);
-        }
-        ScriptObjectPtr node = ScriptObject::initWithPath(destination, true);
-        node->setInitApp(true);
-        group->addChildren(node);
-    }
-    return group;
-}
-
 } // namespace
 
 DocumentController::DocumentController(QObject* parent)
@@ -90,34 +57,6 @@ DocumentController& DocumentController::sharedDocumentController()
 {
     static DocumentController* controller = new DocumentController(Application::instance());
     return *controller;
-}
-
-const QStringList& DocumentController::shippedSyntaxNames()
-{
-    static const QStringList names = {
-        QStringLiteral("AppleScript"), QStringLiteral("C"),           QStringLiteral("C++"),
-        QStringLiteral("CCS"),         QStringLiteral("Haskell"),     QStringLiteral("HTML"),
-        QStringLiteral("Java"),        QStringLiteral("JavaScript"),  QStringLiteral("Objective C"),
-        QStringLiteral("Perl"),        QStringLiteral("PHP"),         QStringLiteral("Python"),
-        QStringLiteral("Ruby"),        QStringLiteral("ShellScript"), QStringLiteral("SQL"),
-        QStringLiteral("XML"),         QStringLiteral("Plain Text")};
-    return names;
-}
-
-const QStringList& DocumentController::shippedInProcessScripts()
-{
-    static const QStringList names = {
-        QStringLiteral("Insert to current date.js"), QStringLiteral("Insert to textEncoding.js"),
-        QStringLiteral("Insert to filePath.js"), QStringLiteral("Put a phrase in bracket.js"),
-        QStringLiteral("File is open in Safari.js")};
-    return names;
-}
-
-const QStringList& DocumentController::shippedShellScripts()
-{
-    static const QStringList names = {QStringLiteral("Put a phrase in brace.sh"),
-                                      QStringLiteral("Output to calendar.sh")};
-    return names;
 }
 
 void DocumentController::awakeFromNib()
@@ -136,29 +75,10 @@ void DocumentController::awakeFromNib()
                                        app + QStringLiteral("/SyntaxDefinition"));
 
     if (defaults.boolForKey(kFirstStartupApplication)) {
-        installShippedResources();
+        ShippedResources::install();
     } else {
         ScriptManager::sharedScriptManager().readScriptDataSource();
     }
-}
-
-void DocumentController::installShippedResources()
-{
-    for (const QString& name : shippedSyntaxNames()) {
-        const QString file = name + QStringLiteral(".plist");
-        copyResource(QStringLiteral(":/SyntaxDefinition/") + file,
-                     FileManager::syntaxDefinitionDirectoryPathInPath(file));
-    }
-    ScriptObjectList library;
-    library.append(
-        installScriptGroup(QStringLiteral("Exsample for AppleScript"), shippedInProcessScripts()));
-    library.append(
-        installScriptGroup(QStringLiteral("Exsample for ShellScript"), shippedShellScripts()));
-    ScriptManager::sharedScriptManager().setScriptDataSource(library);
-    UserDefaults::standardUserDefaults().setBool(false, kFirstStartupApplication);
-    // Written now, with the flag above: a first run that never quits cleanly must not leave
-    // the next one an empty library.
-    ScriptManager::sharedScriptManager().writeScriptDataSource();
 }
 
 // Documents ------------------------------------------------------------------------------
@@ -837,7 +757,8 @@ void DocumentController::makeSyntaxMenuItems(QMenu* menu)
     }
     const QString plainText =
         FileManager::syntaxDefinitionDirectoryPathInPath(QStringLiteral("Plain Text.plist"));
-    copyResource(QStringLiteral(":/SyntaxDefinition/Plain Text.plist"), plainText);
+    ShippedResources::copyResource(QStringLiteral(":/SyntaxDefinition/Plain Text.plist"),
+                                   plainText);
     menu->addSeparator();
     QAction* item = menu->addAction(icons.icon(QFileInfo(plainText)), QStringLiteral("Plain Text"));
     item->setCheckable(true);

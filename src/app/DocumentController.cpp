@@ -1,6 +1,7 @@
 #include "app/DocumentController.h"
 
 #include "app/Application.h"
+#include "app/FilePanelAccessory.h"
 #include "app/MainMenu.h"
 #include "app/ShippedResources.h"
 #include "document/Document.h"
@@ -19,18 +20,14 @@
 #include "window/WindowController.h"
 
 #include <QApplication>
-#include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
 #include <QFileIconProvider>
 #include <QFileInfo>
-#include <QGridLayout>
 #include <QHash>
 #include <QIcon>
-#include <QLabel>
-#include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
 #include <QPrintDialog>
@@ -101,66 +98,6 @@ QWidget* activeWindowOr(QWidget* fallback)
 {
     QWidget* active = QApplication::activeWindow();
     return active ? active : fallback;
-}
-
-// The accessory of the open and save dialogs: the encoding pop-up, and for saving the
-// line-break pop-up too.
-struct Accessory {
-    QWidget* widget = nullptr;
-    QComboBox* textEncodingPopUp = nullptr;
-    QComboBox* lineBreakPopUp = nullptr;
-};
-
-Accessory addAccessory(QFileDialog& panel, bool withLineBreaks)
-{
-    Accessory accessory;
-    auto* layout = qobject_cast<QGridLayout*>(panel.layout());
-    if (!layout) {
-        return accessory;
-    }
-    const int row = layout->rowCount();
-    accessory.textEncodingPopUp = new QComboBox(&panel);
-    accessory.textEncodingPopUp->setObjectName(QStringLiteral("textEncodingPopUp"));
-    layout->addWidget(new QLabel(QObject::tr("Encoding:"), &panel), row, 0);
-    layout->addWidget(accessory.textEncodingPopUp, row, 1);
-    if (withLineBreaks) {
-        accessory.lineBreakPopUp = new QComboBox(&panel);
-        accessory.lineBreakPopUp->setObjectName(QStringLiteral("lineBreakPopUp"));
-        layout->addWidget(new QLabel(QObject::tr("Line Breaks:"), &panel), row + 1, 0);
-        layout->addWidget(accessory.lineBreakPopUp, row + 1, 1);
-    }
-    return accessory;
-}
-
-// "Hide extension": the name field shows the file's name without its extension, which the
-// panel adds back when the name is confirmed without one.
-void addHideExtensionBox(QFileDialog& panel, bool hidden)
-{
-    auto* layout = qobject_cast<QGridLayout*>(panel.layout());
-    auto* name = panel.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
-    if (!layout || !name) {
-        return;
-    }
-    auto* box = new QCheckBox(QObject::tr("Hide extension"), &panel);
-    box->setObjectName(QStringLiteral("hideExtensionButton"));
-    layout->addWidget(box, layout->rowCount(), 1);
-    const auto apply = [&panel, name](bool hide) {
-        const QString text = name->text();
-        if (hide) {
-            const QString extension = QFileInfo(text).suffix();
-            if (!extension.isEmpty() && QFileInfo(text).completeBaseName().size() > 0) {
-                panel.setDefaultSuffix(extension);
-                name->setText(text.left(text.size() - extension.size() - 1));
-            }
-        } else if (!panel.defaultSuffix().isEmpty()) {
-            if (!text.isEmpty() && QFileInfo(text).suffix().isEmpty()) {
-                name->setText(text + u'.' + panel.defaultSuffix());
-            }
-            panel.setDefaultSuffix(QString());
-        }
-    };
-    QObject::connect(box, &QCheckBox::toggled, &panel, apply);
-    box->setChecked(hidden);
 }
 
 } // namespace
@@ -281,7 +218,7 @@ QStringList DocumentController::runModalOpenPanel(QWidget* parent)
     if (const QString folder = openPanelDirectory(parent); !folder.isEmpty()) {
         panel.setDirectory(folder);
     }
-    const Accessory accessory = addAccessory(panel, false);
+    const auto accessory = FilePanelAccessory::add(panel, false);
     if (accessory.textEncodingPopUp) {
         EncodingPopUp::makeEncodingOfPopUpMenu(
             accessory.textEncodingPopUp, EncodingManager::sharedEncodingManager().encodingList(),
@@ -422,8 +359,8 @@ bool DocumentController::saveDocumentAs(Document* document)
     } else {
         panel.selectFile(document->displayName());
     }
-    const Accessory accessory = addAccessory(panel, true);
-    addHideExtensionBox(panel, document->savePanelExtensionHidden());
+    const auto accessory = FilePanelAccessory::add(panel, true);
+    FilePanelAccessory::addHideExtensionBox(panel, document->savePanelExtensionHidden());
     EncodingPopUp::makeEncodingOfPopUpMenu(accessory.textEncodingPopUp,
                                            EncodingManager::sharedEncodingManager().encodingList(),
                                            document->documentEncoding(), false);

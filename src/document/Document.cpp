@@ -1,6 +1,7 @@
 #include "document/Document.h"
 
 #include "document/EncodingManager.h"
+#include "document/TextEncodingAttribute.h"
 #include "platform/ExtendedAttributes.h"
 #include "platform/FileManager.h"
 #include "platform/Range.h"
@@ -31,7 +32,6 @@ namespace {
 
 constexpr quint64 kNoEncoding = std::numeric_limits<quint64>::max();
 constexpr quint64 kUTF8 = 4;
-const QString kAttributeName = QStringLiteral("com.apple.TextEncoding");
 const QString kPlainTextType = QStringLiteral("public.plain-text");
 // Characters put into the text before the window shows, and then per turn of the event loop.
 constexpr qsizetype kFirstLoadPiece = 1 << 19;
@@ -558,9 +558,10 @@ bool Document::writeToURL(const QString& path, const QString& type, QString* err
     }
     // The file's other attributes are kept as they were; an encoding attribute among them
     // must now name the encoding the text was written in.
-    if (ExtendedAttributes::read(writer.targetPath(), kAttributeName) &&
-        !setTextEncodingAttribute(_documentEncodingForSaving, writer.targetPath())) {
-        ExtendedAttributes::remove(writer.targetPath(), kAttributeName);
+    const QString& attribute = TextEncodingAttribute::name();
+    if (ExtendedAttributes::read(writer.targetPath(), attribute) &&
+        !TextEncodingAttribute::write(_documentEncodingForSaving, writer.targetPath())) {
+        ExtendedAttributes::remove(writer.targetPath(), attribute);
     }
     _documentEncoding = _documentEncodingForSaving;
     _documentLineBreaks = _documentLineBreaksForSaving;
@@ -746,78 +747,6 @@ bool Document::reread(DecodedContents contents, quint64 encoding, bool fileLineB
     // The text is the file's once more; undo brings the edits back, and marks them unsaved.
     _textStorage->setModified(false);
     return true;
-}
-
-quint64 Document::textEncodingFromAttributeValue(const QByteArray& value)
-{
-    QByteArray bytes = value;
-    const qsizetype zero = bytes.indexOf('\0');
-    if (zero >= 0) {
-        bytes.truncate(zero);
-    }
-    const QString text = QString::fromUtf8(bytes);
-    if (text.toUtf8() != bytes) {
-        return kNoEncoding;
-    }
-    const QStringList parts = text.split(u';');
-    if (parts.size() >= 2 && parts[1].size() > 1) {
-        // Like strtol: leading blanks and a sign, digits up to the first other character.
-        const QString number = parts[1];
-        qsizetype i = 0;
-        while (i < number.size() && number[i].isSpace()) {
-            ++i;
-        }
-        bool negative = false;
-        if (i < number.size() && (number[i] == u'+' || number[i] == u'-')) {
-            negative = number[i] == u'-';
-            ++i;
-        }
-        qint64 value = 0;
-        while (i < number.size() && number[i] >= u'0' && number[i] <= u'9' && value < (1LL << 40)) {
-            value = value * 10 + (number[i].unicode() - u'0');
-            ++i;
-        }
-        const quint32 cfEncoding = quint32(qint32(negative ? -value : value));
-        return StringEncoding::convertEncodingToNSStringEncoding(cfEncoding);
-    }
-    if (!parts.isEmpty() && parts[0].size() > 1) {
-        const quint32 cfEncoding = StringEncoding::convertIANACharSetNameToEncoding(parts[0]);
-        if (cfEncoding == StringEncoding::InvalidId) {
-            return kNoEncoding;
-        }
-        return StringEncoding::convertEncodingToNSStringEncoding(cfEncoding);
-    }
-    return kNoEncoding;
-}
-
-quint64 Document::textEncodingAttributeOfURL(const QString& path)
-{
-    if (path.isEmpty()) {
-        return kNoEncoding;
-    }
-    const std::optional<QByteArray> value = ExtendedAttributes::read(path, kAttributeName);
-    // A value that does not fit 127 bytes with its terminating zero is refused.
-    if (!value || value->size() > 127) {
-        return kNoEncoding;
-    }
-    return textEncodingFromAttributeValue(*value);
-}
-
-bool Document::setTextEncodingAttribute(quint64 encoding, const QString& path)
-{
-    if (path.isEmpty()) {
-        return false;
-    }
-    const quint32 cfEncoding = StringEncoding::convertNSStringEncodingToEncoding(encoding);
-    if (cfEncoding == StringEncoding::InvalidId) {
-        return false;
-    }
-    const QString name = StringEncoding::convertEncodingToIANACharSetName(cfEncoding);
-    if (name.isEmpty()) {
-        return false;
-    }
-    const QByteArray value = name.toUtf8() + ';' + QByteArray::number(qint32(cfEncoding));
-    return ExtendedAttributes::write(path, kAttributeName, value);
 }
 
 QPageLayout Document::printInfo()

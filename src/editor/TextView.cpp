@@ -443,7 +443,7 @@ std::optional<QVariantList> TextView::makeFunctionDefinition() const
         return std::nullopt;
     }
     return SyntaxManager::sharedSyntaxManager().makeFunctionDefinitionWithString(
-        TextMirror::mirrorOfDocument(document())->string(), _syntaxDictionary);
+        TextMirror::mirrorOfDocument(document())->text().toString(), _syntaxDictionary);
 }
 
 // Typing ------------------------------------------------------------------------------------

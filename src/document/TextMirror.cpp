@@ -69,11 +69,13 @@ void TextMirror::moveGap(qsizetype position)
     char16_t* data = _buffer.data();
     if (position < _gapStart) {
         const qsizetype moved = _gapStart - position;
+        _moved += moved;
         std::memmove(data + _gapEnd - moved, data + position, size_t(moved) * sizeof(char16_t));
         _gapStart = position;
         _gapEnd -= moved;
     } else if (position > _gapStart) {
         const qsizetype moved = position - _gapStart;
+        _moved += moved;
         std::memmove(data + _gapStart, data + _gapEnd, size_t(moved) * sizeof(char16_t));
         _gapStart = position;
         _gapEnd += moved;

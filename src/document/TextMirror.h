@@ -28,6 +28,9 @@ public:
     /// The whole text in one piece: moves the gap to an end, which costs up to the whole
     /// text. For passes over everything, not for work per keystroke.
     QStringView text() { return view(0, size()); }
+    /// How many characters edits and views have moved across the gap so far: what keeping
+    /// the copy has cost.
+    qint64 movedCharacters() const { return _moved; }
 
 Q_SIGNALS:
     /// `removed` units at `location` were replaced by `added`; the mirror already holds
@@ -47,4 +50,5 @@ private:
     std::vector<char16_t> _buffer;
     qsizetype _gapStart = 0;
     qsizetype _gapEnd = 0;
+    qint64 _moved = 0;
 };

@@ -77,3 +77,23 @@ TEST(TextMirror, FollowsEveryEditAndHandsOutAnyStretch)
     }
     EXPECT_EQ(mirror->text(), plain(document));
 }
+
+// Typing in the middle of a large text while the lines around the caret are read after
+// each key (as colouring does) moves a few lines' worth, not the text after the caret.
+TEST(TextMirror, AKeyInALargeTextMovesOnlyWhatLiesAroundIt)
+{
+    QTextDocument document;
+    document.documentLayout();
+    document.setPlainText(QString(QString(199, u'x') + u'\n').repeated(2000));
+    TextMirror* mirror = TextMirror::mirrorOfDocument(&document);
+    QTextCursor cursor(&document);
+    cursor.setPosition(200'000);
+    cursor.insertText(QStringLiteral("a")); // the gap comes to the caret once
+    const qint64 before = mirror->movedCharacters();
+    for (int key = 0; key < 50; ++key) {
+        cursor.insertText(QStringLiteral("b"));
+        const qsizetype caret = cursor.position();
+        EXPECT_EQ(mirror->view(caret - 3000, caret + 3000).at(2999), u'b');
+    }
+    EXPECT_LT(mirror->movedCharacters() - before, 50 * 2 * 3000);
+}

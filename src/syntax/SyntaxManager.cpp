@@ -53,7 +53,7 @@ void SyntaxManager::updatePreferences()
     }
 }
 
-std::optional<SyntaxColoring> SyntaxManager::syntaxColoringRange(Range range, const QString& text,
+std::optional<SyntaxColoring> SyntaxManager::syntaxColoringRange(Range range, TextSource& text,
                                                                  SyntaxColoringEngine& engine)
 {
     // Applying colours can report a text change that asks for colours again.

@@ -48,13 +48,7 @@ WindowController::WindowController(Document* document)
     , _document(document)
 {
     const UserDefaults& defaults = UserDefaults::standardUserDefaults();
-    _showInvisibleCharacters = defaults.boolForKey(QStringLiteral("ShowInvisibleCharacters"));
-    _showGutterView = defaults.boolForKey(QStringLiteral("ShowGutterView"));
-    _wrapLines = defaults.boolForKey(QStringLiteral("DefaultWrapLines"));
-    _autoIndent = defaults.boolForKey(QStringLiteral("AutoIndent"));
-    _autoBraceMatching = defaults.boolForKey(QStringLiteral("AutoBraceMatching"));
-    _autoComplete = defaults.boolForKey(QStringLiteral("AutoComplete"));
-    _allowSpellChecking = defaults.boolForKey(QStringLiteral("AllowSpellChecking"));
+    _toggles.read(defaults);
     _spellCheckLanguage = defaults.stringForKey(QStringLiteral("SpellCheckLanguage"));
     _useVerticalforSplitView = defaults.boolForKey(QStringLiteral("UseVerticalforSplitView"));
     _syntaxColouring = defaults.boolForKey(QStringLiteral("SyntaxColouring"));
@@ -129,6 +123,11 @@ WindowController::~WindowController()
     }
 }
 
+DocumentWindow* WindowController::window() const
+{
+    return _window;
+}
+
 TextView* WindowController::textView() const
 {
     return _mainTextView;
@@ -191,13 +190,10 @@ void WindowController::textViewMouseDown(TextView* view)
 void WindowController::applyStateToPane(TextView* view)
 {
     view->setIndicator(_window->indicator());
-    view->setInvisibleCharacters(_showInvisibleCharacters);
-    view->setRulersVisible(_showGutterView);
-    view->setWrapLines(_wrapLines);
-    view->setAutoIndent(_autoIndent);
-    view->setAutoBraceMatching(_autoBraceMatching);
-    view->setAutoComplete(_autoComplete);
-    SpellCheckingController::of(view)->setContinuousSpellCheckingEnabled(_allowSpellChecking,
+    for (int toggle = 0; toggle < ViewToggles::ToggleCount; ++toggle) {
+        _toggles.applyTo(ViewToggles::Toggle(toggle), view);
+    }
+    SpellCheckingController::of(view)->setContinuousSpellCheckingEnabled(allowSpellChecking(),
                                                                          _spellCheckLanguage);
     view->layoutManager()->setCharacterStandIns(_document->characterStandIns());
     view->setReadOnly(_document->isLoading() || _document->isReadOnly());
@@ -360,64 +356,57 @@ void WindowController::selectedFunctionDefinitionItem(int index)
 
 // Toggles ------------------------------------------------------------------------------
 
-void WindowController::applyToggle(QObject* sender, bool& flag, void (TextView::*setter)(bool))
+void WindowController::toggle(ViewToggles::Toggle toggle, QObject* sender)
 {
-    // A sender is the user's menu item; without one the window's state is only re-applied.
     if (sender) {
-        flag = !flag;
+        _toggles.invert(toggle);
     }
     for (TextView* view : textViews()) {
-        (view->*setter)(flag);
+        _toggles.applyTo(toggle, view);
     }
 }
 
 void WindowController::toggleGutterView(QObject* sender)
 {
-    applyToggle(sender, _showGutterView, &TextView::setRulersVisible);
+    toggle(ViewToggles::LineNumbers, sender);
 }
 
 void WindowController::toggleInvisibleCharacters(QObject* sender)
 {
-    applyToggle(sender, _showInvisibleCharacters, &TextView::setInvisibleCharacters);
+    toggle(ViewToggles::InvisibleCharacters, sender);
 }
 
 void WindowController::toggleWrapLines(QObject* sender)
 {
-    if (sender) {
-        _wrapLines = !_wrapLines;
-    }
-    TextView* main = textView();
-    for (TextView* view : textViews()) {
-        view->setWrapLines(_wrapLines);
-    }
-    if (main) {
+    toggle(ViewToggles::WrapLines, sender);
+    if (TextView* main = textView()) {
         main->setFocus();
     }
 }
 
 void WindowController::toggleAutoIndent(QObject* sender)
 {
-    applyToggle(sender, _autoIndent, &TextView::setAutoIndent);
+    toggle(ViewToggles::AutoIndent, sender);
 }
 
 void WindowController::toggleAutoBraceMatching(QObject* sender)
 {
-    applyToggle(sender, _autoBraceMatching, &TextView::setAutoBraceMatching);
+    toggle(ViewToggles::BraceMatching, sender);
 }
 
 void WindowController::toggleAutoComplete(QObject* sender)
 {
-    applyToggle(sender, _autoComplete, &TextView::setAutoComplete);
+    toggle(ViewToggles::AutoComplete, sender);
 }
 
 void WindowController::toggleSpellChecking(QObject* sender)
 {
     if (sender) {
-        _allowSpellChecking = !_allowSpellChecking;
+        _toggles.invert(ViewToggles::SpellChecking);
     }
     SpellChecker::sharedSpellChecker().setLanguage(_spellCheckLanguage);
     for (TextView* view : textViews()) {
-        SpellCheckingController::of(view)->setContinuousSpellCheckingEnabled(_allowSpellChecking,
+        SpellCheckingController::of(view)->setContinuousSpellCheckingEnabled(allowSpellChecking(),
                                                                              _spellCheckLanguage);
     }
 }
@@ -426,32 +415,12 @@ void WindowController::toggleSpellChecking(QObject* sender)
 
 bool WindowController::validateMenuItem(QAction* item) const
 {
-    const int tag = item->property("tag").toInt();
-    switch (tag) {
+    if (_toggles.validate(item)) {
+        return true;
+    }
+    switch (item->property("tag").toInt()) {
     case SplitPaneTag:
         item->setText(_isSplitView ? tr("Hide Split Pane") : tr("Show Split Pane"));
-        break;
-    case LineNumbersTag:
-        item->setText(_showGutterView ? tr("Hide Line Numbers") : tr("Show Line Numbers"));
-        break;
-    case InvisibleCharactersTag:
-        item->setText(_showInvisibleCharacters ? tr("Hide Invisible Characters")
-                                               : tr("Show Invisible Characters"));
-        break;
-    case WrapLinesTag:
-        item->setChecked(_wrapLines);
-        break;
-    case AutoIndentTag:
-        item->setChecked(_autoIndent);
-        break;
-    case BraceMatchingTag:
-        item->setChecked(_autoBraceMatching);
-        break;
-    case SpellCheckingTag:
-        item->setChecked(_allowSpellChecking);
-        break;
-    case CompletionTag:
-        item->setChecked(_autoComplete);
         break;
     case VerticalSplitTag:
         item->setChecked(_useVerticalforSplitView);
@@ -616,13 +585,7 @@ void WindowController::updatePreferences(QObject* sender)
         }
     }
     const UserDefaults& defaults = UserDefaults::standardUserDefaults();
-    _wrapLines = defaults.boolForKey(QStringLiteral("DefaultWrapLines"));
-    _showGutterView = defaults.boolForKey(QStringLiteral("ShowGutterView"));
-    _showInvisibleCharacters = defaults.boolForKey(QStringLiteral("ShowInvisibleCharacters"));
-    _autoIndent = defaults.boolForKey(QStringLiteral("AutoIndent"));
-    _autoBraceMatching = defaults.boolForKey(QStringLiteral("AutoBraceMatching"));
-    _autoComplete = defaults.boolForKey(QStringLiteral("AutoComplete"));
-    _allowSpellChecking = defaults.boolForKey(QStringLiteral("AllowSpellChecking"));
+    _toggles.read(defaults);
     _spellCheckLanguage = defaults.stringForKey(QStringLiteral("SpellCheckLanguage"));
     _useVerticalforSplitView = defaults.boolForKey(QStringLiteral("UseVerticalforSplitView"));
     toggleWrapLines(nullptr);

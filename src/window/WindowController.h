@@ -1,5 +1,7 @@
 #pragma once
 
+#include "window/ViewToggles.h"
+
 #include <QObject>
 #include <QPointer>
 #include <QString>
@@ -46,7 +48,7 @@ public:
     ~WindowController() override;
 
     Document* document() const { return _document; }
-    DocumentWindow* window() const { return _window; }
+    DocumentWindow* window() const;
     /// The window's main text view: the pane created, clicked or focused last.
     TextView* textView() const;
     /// The text views of every pane, in order.
@@ -64,13 +66,13 @@ public:
     void toggleAutoComplete(QObject* sender);
     void toggleSpellChecking(QObject* sender);
 
-    bool showGutterView() const { return _showGutterView; }
-    bool showInvisibleCharacters() const { return _showInvisibleCharacters; }
-    bool wrapLines() const { return _wrapLines; }
-    bool autoIndent() const { return _autoIndent; }
-    bool autoBraceMatching() const { return _autoBraceMatching; }
-    bool autoComplete() const { return _autoComplete; }
-    bool allowSpellChecking() const { return _allowSpellChecking; }
+    bool showGutterView() const { return _toggles.isOn(ViewToggles::LineNumbers); }
+    bool showInvisibleCharacters() const { return _toggles.isOn(ViewToggles::InvisibleCharacters); }
+    bool wrapLines() const { return _toggles.isOn(ViewToggles::WrapLines); }
+    bool autoIndent() const { return _toggles.isOn(ViewToggles::AutoIndent); }
+    bool autoBraceMatching() const { return _toggles.isOn(ViewToggles::BraceMatching); }
+    bool autoComplete() const { return _toggles.isOn(ViewToggles::AutoComplete); }
+    bool allowSpellChecking() const { return _toggles.isOn(ViewToggles::SpellChecking); }
     bool isSplitView() const { return _isSplitView; }
     bool useVerticalforSplitView() const { return _useVerticalforSplitView; }
     bool syntaxColouring() const { return _syntaxColouring; }
@@ -151,7 +153,9 @@ Q_SIGNALS:
 
 private:
     void addPane();
-    void applyToggle(QObject* sender, bool& flag, void (TextView::*setter)(bool));
+    /// A sender is the user's menu item: the flag is inverted first. Either way every pane
+    /// gets the window's flag.
+    void toggle(ViewToggles::Toggle toggle, QObject* sender);
     void applyStateToPane(TextView* view);
     void textDidChange();
     void textViewDidChangeSelection(TextView* view);
@@ -172,13 +176,7 @@ private:
     QPointer<TextView> _mainTextView;
     CharacterCounter* _counter = nullptr;
 
-    bool _showInvisibleCharacters = false;
-    bool _showGutterView = false;
-    bool _wrapLines = false;
-    bool _autoIndent = false;
-    bool _autoBraceMatching = false;
-    bool _autoComplete = false;
-    bool _allowSpellChecking = false;
+    ViewToggles _toggles;
     QString _spellCheckLanguage;
     bool _isSplitView = false;
     bool _useVerticalforSplitView = false;

@@ -1,7 +1,6 @@
 #include "window/WindowController.h"
 
 #include "document/Document.h"
-#include "document/EncodingManager.h"
 #include "editor/CompletionManager.h"
 #include "editor/EditorController.h"
 #include "editor/LayoutManager.h"
@@ -17,20 +16,17 @@
 #include "search/SearchManager.h"
 #include "syntax/SyntaxDefinitionFolder.h"
 #include "syntax/SyntaxManager.h"
-#include "window/CaretPosition.h"
-#include "window/CharacterCounter.h"
 #include "window/DiskChangeNotices.h"
 #include "window/DocumentWindow.h"
 #include "window/FunctionPopUp.h"
 #include "window/ReadingNotices.h"
 #include "window/SidebarView.h"
+#include "window/StatusLine.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QDesktopServices>
 #include <QFileInfo>
-#include <QLabel>
-#include <QLocale>
 #include <QMessageBox>
 #include <QProgressBar>
 #include <QSplitter>
@@ -58,12 +54,12 @@ WindowController::WindowController(Document* document)
     _window = new DocumentWindow;
     _sidebarView = new SidebarView(this);
     _sidebarView->placeBeside(_window->splitView());
-    _counter = new CharacterCounter(document->textStorage());
+    _statusLine = new StatusLine(this);
+    connect(_statusLine, &StatusLine::changed, this, &WindowController::toolbarInformationChanged);
     connect(&NotificationCenter::defaultCenter(), &NotificationCenter::NotifUpdatePreferences, this,
             &WindowController::updatePreferences);
-    _fileIsReadOnly = isReadOnlyFile(document->fileURL());
     connect(document, &Document::documentInformationChanged, this, [this] {
-        _fileIsReadOnly = isReadOnlyFile(_document->fileURL());
+        _statusLine->fileChanged();
         // A new document named on the command line, or saved under a new name, takes the
         // syntax of its extension at once when the window chooses by file type.
         const QString file = _document->fileURL();
@@ -100,12 +96,8 @@ WindowController::WindowController(Document* document)
             &WindowController::textDidChange);
     connect(_window, &DocumentWindow::becameActive, this, [this] {
         if (!textView() || !textView()->textCursor().hasSelection()) {
-            showWholeCount();
+            _statusLine->showWholeCount();
         }
-    });
-    connect(_counter, &CharacterCounter::rangeCounted, this, [this](qint64 count) {
-        _infoCharacters = count;
-        updateToolbarInformation();
     });
     if (auto* popUp = qobject_cast<FunctionPopUp*>(_window->functionPopUp())) {
         connect(popUp, &FunctionPopUp::willPopUp, this,
@@ -153,23 +145,23 @@ void WindowController::addPane()
     TextView* view = pane->textView();
     _mainTextView = view;
     connect(view, &TextView::selectionChanged, this,
-            [this, view] { textViewDidChangeSelection(view); });
+            [this, view] { _statusLine->selectionChanged(view); });
     connect(view, &TextView::mouseDown, this, &WindowController::textViewMouseDown);
     connect(view, &QPlainTextEdit::cursorPositionChanged, this, [this, view] {
         if (view == textView()) {
-            showCaretPosition();
+            _statusLine->showCaretPosition();
         }
     });
     // The pane clicked or given the focus last is the one menu commands act on.
     connect(qApp, &QApplication::focusChanged, view, [this, view](QWidget*, QWidget* now) {
         if (now == view) {
             _mainTextView = view;
-            showCaretPosition();
+            _statusLine->showCaretPosition();
         }
     });
     view->setFocus();
     // A pane not yet shown does not take the focus at once, and is in front all the same.
-    showCaretPosition();
+    _statusLine->showCaretPosition();
 }
 
 void WindowController::textViewMouseDown(TextView* view)
@@ -233,7 +225,7 @@ void WindowController::windowDidLoad()
         }
     }
     syntaxSettingToTextView();
-    showWholeCount();
+    _statusLine->showWholeCount();
     updateTitle();
 }
 
@@ -249,8 +241,9 @@ void WindowController::updateTitle()
         return;
     }
     _window->setWindowFilePath(_document->fileURL());
-    _window->setWindowTitle(_document->displayName() + QStringLiteral("[*]") +
-                            (_fileIsReadOnly ? QStringLiteral(" — Read-Only") : QString()));
+    _window->setWindowTitle(
+        _document->displayName() + QStringLiteral("[*]") +
+        (_statusLine->isFileReadOnly() ? QStringLiteral(" — Read-Only") : QString()));
     _window->setWindowModified(_document->isDocumentEdited());
 }
 
@@ -461,84 +454,24 @@ bool WindowController::validateMenuItem(QAction* item) const
 
 // Status line --------------------------------------------------------------------------
 
-void WindowController::textViewDidChangeSelection(TextView* view)
-{
-    if (view != textView()) {
-        return;
-    }
-    const QTextCursor cursor = view->textCursor();
-    if (!cursor.hasSelection()) {
-        showWholeCount();
-        return;
-    }
-    // Answered by rangeCounted, at once or from a worker; an older answer never lands.
-    _counter->countRange(cursor.selectionStart(), cursor.selectionEnd(), _allowWhitespaceCount);
-}
-
-void WindowController::showWholeCount()
-{
-    // The whole text's count is kept up to date as it changes: nothing to copy. A selection's
-    // count still on its way is older than this one.
-    _counter->cancelRangeCount();
-    _infoCharacters = _counter->count();
-    updateToolbarInformation();
-}
-
 void WindowController::updateSelectCharacterInformation(const QString& text)
 {
-    if (_countloop) {
-        return;
-    }
-    _countloop = true;
-    _infoCharacters = CharacterCounter::countCharacters(text, _allowWhitespaceCount);
-    updateToolbarInformation();
-    _countloop = false;
+    _statusLine->countCharacters(text);
 }
 
 QString WindowController::toolbarInformation() const
 {
-    QString text = QStringLiteral("Characters: ") + QLocale().toString(_infoCharacters);
-    text += QStringLiteral("   ") +
-            StringEncoding::localizedNameOfStringEncoding(_document->documentEncoding());
-    text += QStringLiteral("   ") +
-            EncodingManager::lineBreaksStatusTitle(_document->documentLineBreaks());
-    if (!_selectedSyntaxName.isEmpty() && _syntaxColouring) {
-        text += QStringLiteral("   ") + _selectedSyntaxName;
-    }
-    if (const TextView* view = textView()) {
-        text += QStringLiteral("   ") + CaretPosition::statusText(view->textCursor());
-    }
-    if (_fileIsReadOnly) {
-        text += QStringLiteral("   Read-Only");
-    }
-    return text;
+    return _statusLine->text();
 }
 
-bool WindowController::isReadOnlyFile(const QString& path)
+qint64 WindowController::infoCharacters() const
 {
-    return !path.isEmpty() && QFileInfo::exists(path) && !FileManager::isWritableFile(path);
-}
-
-void WindowController::showCaretPosition()
-{
-    // Only the line changes: the information pane has nothing to refresh.
-    const QString text = toolbarInformation();
-    if (_window && _window->infoField()->text() != text) {
-        _window->infoField()->setText(text);
-        Q_EMIT toolbarInformationChanged(text);
-    }
+    return _statusLine->characters();
 }
 
 void WindowController::updateToolbarInformation()
 {
-    const QString text = toolbarInformation();
-    if (_window) {
-        _window->infoField()->setText(text);
-    }
-    if (_isSidebarView && _lastSelectedType == SidebarView::InfoType) {
-        _sidebarView->updateInformationOfDocument(_document, _selectedSyntaxName);
-    }
-    Q_EMIT toolbarInformationChanged(text);
+    _statusLine->update();
 }
 
 void WindowController::textDidChange()
@@ -556,7 +489,7 @@ void WindowController::textDidChange()
         view->textDidChanged();
     }
     if (!textView() || !textView()->textCursor().hasSelection()) {
-        showWholeCount();
+        _statusLine->showWholeCount();
     }
 }
 
@@ -568,7 +501,7 @@ void WindowController::resetupInitialTextViewSharedState()
     }
     syntaxSettingToTextView();
     toggleSpellChecking(nullptr);
-    showWholeCount();
+    _statusLine->showWholeCount();
 }
 
 void WindowController::updatePreferences(QObject* sender)

@@ -8,7 +8,6 @@
 
 #include <vector>
 
-class CharacterCounter;
 class DiskChangeNotices;
 class Document;
 class DocumentWindow;
@@ -17,6 +16,7 @@ class ReadingNotices;
 class QAction;
 class QMenu;
 class SidebarView;
+class StatusLine;
 class TextView;
 class QUrl;
 
@@ -88,7 +88,7 @@ public:
     void updateToolbarInformation();
     /// The status line's text.
     QString toolbarInformation() const;
-    qint64 infoCharacters() const { return _infoCharacters; }
+    qint64 infoCharacters() const;
     /// Re-attaches every pane after the document's text was replaced.
     void resetupInitialTextViewSharedState();
     /// Re-reads the settings into the window, its panes and the document.
@@ -158,13 +158,7 @@ private:
     void toggle(ViewToggles::Toggle toggle, QObject* sender);
     void applyStateToPane(TextView* view);
     void textDidChange();
-    void textViewDidChangeSelection(TextView* view);
     void textViewMouseDown(TextView* view);
-    void showWholeCount();
-    /// Puts the caret's new place into the status line.
-    void showCaretPosition();
-    /// A file this process may not write: the title and the status line say so.
-    static bool isReadOnlyFile(const QString& path);
     void setWindowIdentifier(const QString& identifier);
     void updateTitle();
     void writeWindowIdentifier(const QString& syntaxName);
@@ -174,7 +168,7 @@ private:
     QPointer<DocumentWindow> _window;
     std::vector<EditorController*> _panes;
     QPointer<TextView> _mainTextView;
-    CharacterCounter* _counter = nullptr;
+    StatusLine* _statusLine = nullptr;
 
     ViewToggles _toggles;
     QString _spellCheckLanguage;
@@ -183,13 +177,9 @@ private:
     bool _isSidebarView = false;
     bool _isFullScreen = false;
     qint64 _lastSelectedType = 0;
-    qint64 _infoCharacters = 0;
-    bool _allowWhitespaceCount = true;
-    bool _countloop = false;
     bool _syntaxColouring = false;
     bool _defaultForFileType = false;
     QString _selectedSyntaxName;
-    bool _fileIsReadOnly = false;
     // The file whose name the syntax was last chosen for (empty: none).
     QString _syntaxFileURL;
     QString _windowIdentifier;

@@ -10,6 +10,13 @@
 
 namespace {
 
+// Room to type into beside a text of `length` characters: without it the first keystrokes
+// reallocate the whole copy.
+qsizetype roomToType(qsizetype length)
+{
+    return length / 16 + 4096;
+}
+
 QString plainText(const QString& raw)
 {
     QString text = raw;
@@ -56,8 +63,7 @@ TextMirror::TextMirror(QTextDocument* document)
 
 void TextMirror::setText(const QString& text)
 {
-    // Room to type into: without it the first keystrokes reallocate the whole copy.
-    const qsizetype gap = text.size() / 16 + 4096;
+    const qsizetype gap = roomToType(text.size());
     _buffer.assign(size_t(text.size() + gap), u'\0');
     std::copy(text.utf16(), text.utf16() + text.size(), _buffer.begin());
     _gapStart = text.size();
@@ -104,7 +110,7 @@ void TextMirror::insert(qsizetype location, QStringView text)
     moveGap(location);
     if (gapLength() < text.size()) {
         const qsizetype length = size();
-        const qsizetype gap = text.size() + length / 16 + 4096;
+        const qsizetype gap = text.size() + roomToType(length);
         std::vector<char16_t> grown(size_t(length + gap));
         std::copy(_buffer.begin(), _buffer.begin() + _gapStart, grown.begin());
         std::copy(_buffer.begin() + _gapEnd, _buffer.end(), grown.begin() + _gapStart + gap);

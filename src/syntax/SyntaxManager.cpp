@@ -65,8 +65,7 @@ std::optional<SyntaxColoring> SyntaxManager::syntaxColoringRange(Range range, Te
 }
 
 std::optional<QVariantList>
-SyntaxManager::makeFunctionDefinitionWithString(const QString& string,
-                                                const QVariantMap& dictionary)
+SyntaxManager::makeFunctionDefinitionWithString(QStringView string, const QVariantMap& dictionary)
 {
     const QVariant definitions = dictionary.value(QStringLiteral("FunctionDefinition"));
     if (!definitions.isValid() || _isFunctionLoop) {

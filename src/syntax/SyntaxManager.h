@@ -64,7 +64,7 @@ public:
     /// sorted by position (equal positions keep the order they were found in); none when
     /// there is nothing to look for, a build is running, or an entry fails (a match running
     /// into the regular-expression time limit counts as failing).
-    std::optional<QVariantList> makeFunctionDefinitionWithString(const QString& string,
+    std::optional<QVariantList> makeFunctionDefinitionWithString(QStringView string,
                                                                  const QVariantMap& dictionary);
 
 private:

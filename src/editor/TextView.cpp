@@ -417,7 +417,7 @@ std::optional<QVariantList> TextView::makeFunctionDefinition() const
         return std::nullopt;
     }
     return SyntaxManager::sharedSyntaxManager().makeFunctionDefinitionWithString(
-        TextMirror::mirrorOfDocument(document())->string(), d->syntaxDictionary);
+        TextMirror::mirrorOfDocument(document())->text(), d->syntaxDictionary);
 }
 
 // Typing ------------------------------------------------------------------------------------

@@ -1,6 +1,7 @@
 #include "SyntaxTestSupport.h"
 #include "platform/ColorArchive.h"
 #include "platform/PropertyList.h"
+#include "platform/StringTextSource.h"
 #include "platform/UserDefaults.h"
 #include "syntax/FunctionDefinitionIndex.h"
 #include "syntax/FunctionMenu.h"
@@ -225,7 +226,7 @@ TEST(SyntaxManager, ColouringAnEmptyRangeDoesNothing)
 {
     SyntaxManager manager;
     SyntaxColoringEngine engine({{"Comments", QVariantList{SyntaxTestSupport::pattern("#.*")}}});
-    const QString text = QStringLiteral("# x");
+    StringTextSource text(u"# x");
     EXPECT_FALSE(manager.syntaxColoringRange(Range(1, 0), text, engine));
     const auto coloring = manager.syntaxColoringRange(Range(0, 3), text, engine);
     ASSERT_TRUE(coloring);

@@ -1,7 +1,9 @@
 #include "app/DocumentController.h"
 
 #include "app/Application.h"
+#include "app/FilePanelAccessory.h"
 #include "app/MainMenu.h"
+#include "app/ShippedResources.h"
 #include "document/Document.h"
 #include "document/EncodingManager.h"
 #include "document/RecoveryStore.h"
@@ -12,25 +14,21 @@
 #include "platform/StringEncoding.h"
 #include "platform/UserDefaults.h"
 #include "scripts/ScriptManager.h"
-#include "scripts/ScriptObject.h"
 #include "window/DocumentPrinter.h"
+#include "window/DocumentSharing.h"
 #include "window/DocumentWindow.h"
 #include "window/EncodingPopUp.h"
 #include "window/WindowController.h"
 
 #include <QApplication>
-#include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
 #include <QFileIconProvider>
 #include <QFileInfo>
-#include <QGridLayout>
 #include <QHash>
 #include <QIcon>
-#include <QLabel>
-#include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
 #include <QPrintDialog>
@@ -42,38 +40,6 @@
 
 namespace {
 
-// Copies a shipped resource into the user's folder; an existing file is never replaced.
-void copyResource(const QString& resource, const QString& destination)
-{
-    if (destination.isEmpty() || QFile::exists(destination) || !QFile::exists(resource)) {
-        return;
-    }
-    if (QFile::copy(resource, destination)) {
-        // Resources are read-only; the user's copy is theirs to edit.
-        QFile::setPermissions(destination, QFile::permissions(destination) | QFile::WriteOwner |
-                                               QFile::ReadOwner);
-    }
-}
-
-ScriptObjectPtr installScriptGroup(const QString& title, const QStringList& files)
-{
-    ScriptObjectPtr group = ScriptObject::initWithPath(title, false);
-    for (const QString& file : files) {
-        const QString resource = QStringLiteral(":/Script/") + file;
-        if (!QFile::exists(resource)) {
-            continue;
-        }
-        const QString destination = FileManager::scriptDirectoryPathInPath(file);
-        copyResource(resource, destination);
-        if (file.endsWith(QStringLiteral(".sh"))) {
-            QFile::setPermissions(destination, QFile::permissions(destination) | QFile::ExeOwner);
-        }
-        ScriptObjectPtr node = ScriptObject::initWithPath(destination, true);
-        node->setInitApp(true);
-        group->addChildren(node);
-    }
-    return group;
-}
 
 } // namespace
 
@@ -87,34 +53,6 @@ DocumentController::DocumentController(QObject* parent)
 DocumentController& DocumentController::sharedDocumentController()
 {
     return SharedInstance<DocumentController>::object();
-}
-
-const QStringList& DocumentController::shippedSyntaxNames()
-{
-    static const QStringList names = {
-        QStringLiteral("AppleScript"), QStringLiteral("C"),           QStringLiteral("C++"),
-        QStringLiteral("CCS"),         QStringLiteral("Haskell"),     QStringLiteral("HTML"),
-        QStringLiteral("Java"),        QStringLiteral("JavaScript"),  QStringLiteral("Objective C"),
-        QStringLiteral("Perl"),        QStringLiteral("PHP"),         QStringLiteral("Python"),
-        QStringLiteral("Ruby"),        QStringLiteral("ShellScript"), QStringLiteral("SQL"),
-        QStringLiteral("XML"),         QStringLiteral("Plain Text")};
-    return names;
-}
-
-const QStringList& DocumentController::shippedInProcessScripts()
-{
-    static const QStringList names = {
-        QStringLiteral("Insert to current date.js"), QStringLiteral("Insert to textEncoding.js"),
-        QStringLiteral("Insert to filePath.js"), QStringLiteral("Put a phrase in bracket.js"),
-        QStringLiteral("File is open in Safari.js")};
-    return names;
-}
-
-const QStringList& DocumentController::shippedShellScripts()
-{
-    static const QStringList names = {QStringLiteral("Put a phrase in brace.sh"),
-                                      QStringLiteral("Output to calendar.sh")};
-    return names;
 }
 
 void DocumentController::awakeFromNib()
@@ -132,29 +70,10 @@ void DocumentController::awakeFromNib()
                                        app + QStringLiteral("/SyntaxDefinition"));
 
     if (settings.firstStartupApplication) {
-        installShippedResources();
+        ShippedResources::install();
     } else {
         ScriptManager::sharedScriptManager().readScriptDataSource();
     }
-}
-
-void DocumentController::installShippedResources()
-{
-    for (const QString& name : shippedSyntaxNames()) {
-        const QString file = name + QStringLiteral(".plist");
-        copyResource(QStringLiteral(":/SyntaxDefinition/") + file,
-                     FileManager::syntaxDefinitionDirectoryPathInPath(file));
-    }
-    ScriptObjectList library;
-    library.append(
-        installScriptGroup(QStringLiteral("Exsample for AppleScript"), shippedInProcessScripts()));
-    library.append(
-        installScriptGroup(QStringLiteral("Exsample for ShellScript"), shippedShellScripts()));
-    ScriptManager::sharedScriptManager().setScriptDataSource(library);
-    UserDefaults::standardUserDefaults().setBool(false, SettingsKey::FirstStartupApplication);
-    // Written now, with the flag above: a first run that never quits cleanly must not leave
-    // the next one an empty library.
-    ScriptManager::sharedScriptManager().writeScriptDataSource();
 }
 
 // Documents ------------------------------------------------------------------------------
@@ -176,66 +95,6 @@ QWidget* activeWindowOr(QWidget* fallback)
 {
     QWidget* active = QApplication::activeWindow();
     return active ? active : fallback;
-}
-
-// The accessory of the open and save dialogs: the encoding pop-up, and for saving the
-// line-break pop-up too.
-struct Accessory {
-    QWidget* widget = nullptr;
-    QComboBox* textEncodingPopUp = nullptr;
-    QComboBox* lineBreakPopUp = nullptr;
-};
-
-Accessory addAccessory(QFileDialog& panel, bool withLineBreaks)
-{
-    Accessory accessory;
-    auto* layout = qobject_cast<QGridLayout*>(panel.layout());
-    if (!layout) {
-        return accessory;
-    }
-    const int row = layout->rowCount();
-    accessory.textEncodingPopUp = new QComboBox(&panel);
-    accessory.textEncodingPopUp->setObjectName(QStringLiteral("textEncodingPopUp"));
-    layout->addWidget(new QLabel(QObject::tr("Encoding:"), &panel), row, 0);
-    layout->addWidget(accessory.textEncodingPopUp, row, 1);
-    if (withLineBreaks) {
-        accessory.lineBreakPopUp = new QComboBox(&panel);
-        accessory.lineBreakPopUp->setObjectName(QStringLiteral("lineBreakPopUp"));
-        layout->addWidget(new QLabel(QObject::tr("Line Breaks:"), &panel), row + 1, 0);
-        layout->addWidget(accessory.lineBreakPopUp, row + 1, 1);
-    }
-    return accessory;
-}
-
-// "Hide extension": the name field shows the file's name without its extension, which the
-// panel adds back when the name is confirmed without one.
-void addHideExtensionBox(QFileDialog& panel, bool hidden)
-{
-    auto* layout = qobject_cast<QGridLayout*>(panel.layout());
-    auto* name = panel.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
-    if (!layout || !name) {
-        return;
-    }
-    auto* box = new QCheckBox(QObject::tr("Hide extension"), &panel);
-    box->setObjectName(QStringLiteral("hideExtensionButton"));
-    layout->addWidget(box, layout->rowCount(), 1);
-    const auto apply = [&panel, name](bool hide) {
-        const QString text = name->text();
-        if (hide) {
-            const QString extension = QFileInfo(text).suffix();
-            if (!extension.isEmpty() && QFileInfo(text).completeBaseName().size() > 0) {
-                panel.setDefaultSuffix(extension);
-                name->setText(text.left(text.size() - extension.size() - 1));
-            }
-        } else if (!panel.defaultSuffix().isEmpty()) {
-            if (!text.isEmpty() && QFileInfo(text).suffix().isEmpty()) {
-                name->setText(text + u'.' + panel.defaultSuffix());
-            }
-            panel.setDefaultSuffix(QString());
-        }
-    };
-    QObject::connect(box, &QCheckBox::toggled, &panel, apply);
-    box->setChecked(hidden);
 }
 
 } // namespace
@@ -364,7 +223,7 @@ QStringList DocumentController::runModalOpenPanel(QWidget* parent)
     if (const QString folder = openPanelDirectory(parent); !folder.isEmpty()) {
         panel.setDirectory(folder);
     }
-    const Accessory accessory = addAccessory(panel, false);
+    const auto accessory = FilePanelAccessory::add(panel, false);
     if (accessory.textEncodingPopUp) {
         EncodingPopUp::makeEncodingOfPopUpMenu(
             accessory.textEncodingPopUp, EncodingManager::sharedEncodingManager().encodingList(),
@@ -505,8 +364,8 @@ bool DocumentController::saveDocumentAs(Document* document)
     } else {
         panel.selectFile(document->displayName());
     }
-    const Accessory accessory = addAccessory(panel, true);
-    addHideExtensionBox(panel, document->savePanelExtensionHidden());
+    const auto accessory = FilePanelAccessory::add(panel, true);
+    FilePanelAccessory::addHideExtensionBox(panel, document->savePanelExtensionHidden());
     EncodingPopUp::makeEncodingOfPopUpMenu(accessory.textEncodingPopUp,
                                            EncodingManager::sharedEncodingManager().encodingList(),
                                            document->documentEncoding(), false);
@@ -840,7 +699,8 @@ void DocumentController::makeSyntaxMenuItems(QMenu* menu)
     }
     const QString plainText =
         FileManager::syntaxDefinitionDirectoryPathInPath(QStringLiteral("Plain Text.plist"));
-    copyResource(QStringLiteral(":/SyntaxDefinition/Plain Text.plist"), plainText);
+    ShippedResources::copyResource(QStringLiteral(":/SyntaxDefinition/Plain Text.plist"),
+                                   plainText);
     menu->addSeparator();
     QAction* item = menu->addAction(icons.icon(QFileInfo(plainText)), QStringLiteral("Plain Text"));
     item->setCheckable(true);
@@ -850,18 +710,7 @@ void DocumentController::makeSyntaxMenuItems(QMenu* menu)
 
 void DocumentController::makeSharingMenu(QMenu* menu)
 {
-    menu->clear();
-    menu->setIcon(QIcon::fromTheme(QStringLiteral("document-send")));
-    const auto add = [menu](const QString& title, const QString& icon, int tag) {
-        QAction* item = menu->addAction(QIcon::fromTheme(icon), title);
-        item->setProperty("tag", tag);
-    };
-    add(tr("Email"), QStringLiteral("mail-send"), 0);
-    add(tr("Messages"), QStringLiteral("mail-message-new"), 1);
-    menu->addSeparator();
-    add(tr("Twitter"), QStringLiteral("internet-web-browser"), 2);
-    add(tr("Facebook"), QStringLiteral("internet-web-browser"), 3);
-    add(tr("Sina Weibo"), QStringLiteral("internet-web-browser"), 4);
+    DocumentSharing::makeSharingMenu(menu);
 }
 
 void DocumentController::updatePreferences(const ApplicationSettings& settings)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/ShippedResources.h"
 #include "document/DocumentOpener.h"
 
 #include <QObject>
@@ -117,17 +118,19 @@ public:
     void updatePreferences(const ApplicationSettings& settings);
 
     /// The syntax definitions that ship with the application, in installation order.
-    static const QStringList& shippedSyntaxNames();
+    static const QStringList& shippedSyntaxNames() { return ShippedResources::syntaxNames(); }
     /// The example scripts that ship with the application: the in-process group, then
     /// the shell group; names with their file extensions.
-    static const QStringList& shippedInProcessScripts();
-    static const QStringList& shippedShellScripts();
+    static const QStringList& shippedInProcessScripts()
+    {
+        return ShippedResources::inProcessScripts();
+    }
+    static const QStringList& shippedShellScripts() { return ShippedResources::shellScripts(); }
 
 private:
     /// A new document of this controller, with the shared encoding manager and the
     /// document settings.
     Document* makeDocument();
-    void installShippedResources();
     /// Where a document's window shows: as the setting `SettingsKey::OpenDocumentsInTabs` says, or,
     /// for a window brought back from the last run, as it was: a window of its own, or the last tab
     /// of `*tabGroup` (of a new tab window when it holds null, which it then holds).

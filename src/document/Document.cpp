@@ -1,6 +1,8 @@
 #include "document/Document.h"
 
 #include "document/EncodingManager.h"
+#include "document/SaveFailureMessage.h"
+#include "document/TextEncodingAttribute.h"
 #include "platform/ExtendedAttributes.h"
 #include "platform/FileManager.h"
 #include "platform/Range.h"
@@ -11,7 +13,6 @@
 #include <QAbstractUndoItem>
 #include <QFile>
 #include <QFileInfo>
-#include <QHash>
 #include <QLocale>
 #include <QPainter>
 #include <QPlainTextDocumentLayout>
@@ -22,7 +23,6 @@
 #include <QUrl>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
 #include <limits>
 
@@ -30,7 +30,6 @@ namespace {
 
 constexpr quint64 kNoEncoding = std::numeric_limits<quint64>::max();
 constexpr quint64 kUTF8 = 4;
-const QString kAttributeName = QStringLiteral("com.apple.TextEncoding");
 const QString kPlainTextType = QStringLiteral("public.plain-text");
 // Characters put into the text before the window shows, and then per turn of the event loop.
 constexpr qsizetype kFirstLoadPiece = 1 << 19;
@@ -47,76 +46,6 @@ QString encodingName(quint64 encoding)
 {
     const QString name = StringEncoding::localizedNameOfStringEncoding(encoding);
     return name.isEmpty() ? QString::number(encoding) : name;
-}
-
-// Why a save failed, in the user's words: the cause first (a full disk, a permission, a
-// read-only disk, a missing folder), with the system's own reason, then what became of the file.
-QString saveFailureMessage(const QString& name, const SafeFileWriter& writer)
-{
-    using Step = SafeFileWriter::Step;
-    const int code = writer.errorNumber();
-    const QString reason = qt_error_string(code);
-    const QString where = QFileInfo(writer.failedPath()).fileName();
-    const Step step = writer.failedStep();
-    if (step == Step::Inspect && code == ENOENT) {
-        return Document::tr("The document “%1” could not be saved because the folder “%2” does "
-                            "not exist.")
-            .arg(name, writer.failedPath());
-    }
-    if (step == Step::NotRegularFile) {
-        return code == EISDIR ? Document::tr("The document “%1” could not be saved because “%2” "
-                                             "is a folder.")
-                                    .arg(name, writer.failedPath())
-                              : Document::tr("The document “%1” could not be saved because “%2” "
-                                             "is not a regular file.")
-                                    .arg(name, writer.failedPath());
-    }
-    QString message;
-    if (step == Step::Backup) {
-        message = Document::tr("The document “%1” could not be saved: a copy of the file’s "
-                               "contents could not be kept in “%2” first (%3).")
-                      .arg(name, writer.failedPath(), reason);
-    } else if (code == ENOSPC) {
-        message = Document::tr("The document “%1” could not be saved because the disk is full "
-                               "(%2).")
-                      .arg(name, reason);
-    } else if (code == EDQUOT) {
-        message = Document::tr("The document “%1” could not be saved because your disk quota is "
-                               "used up (%2).")
-                      .arg(name, reason);
-    } else if (code == EROFS) {
-        message = Document::tr("The document “%1” could not be saved because the disk holding it "
-                               "is read-only (%2).")
-                      .arg(name, reason);
-    } else if ((code == EACCES || code == EPERM) && step == Step::Create) {
-        return Document::tr("The document “%1” could not be saved because you don’t have "
-                            "permission to write in the folder “%2”.")
-            .arg(name, where);
-    } else if ((code == EACCES || code == EPERM) && step == Step::Open) {
-        return Document::tr("The document “%1” could not be saved because you don’t have "
-                            "permission to write to the file “%2”.")
-            .arg(name, where);
-    } else {
-        static const QHash<Step, const char*> doing = {
-            {Step::Inspect, QT_TRANSLATE_NOOP("Document", "Examining the file failed")},
-            {Step::Create, QT_TRANSLATE_NOOP("Document", "Creating the new file failed")},
-            {Step::Open, QT_TRANSLATE_NOOP("Document", "Opening the file failed")},
-            {Step::Reserve, QT_TRANSLATE_NOOP("Document", "Reserving space on the disk failed")},
-            {Step::Write, QT_TRANSLATE_NOOP("Document", "Writing to the disk failed")},
-            {Step::Sync, QT_TRANSLATE_NOOP("Document", "Flushing the file to the disk failed")},
-            {Step::Close, QT_TRANSLATE_NOOP("Document", "Closing the file failed")},
-            {Step::Rename, QT_TRANSLATE_NOOP("Document", "Replacing the old file failed")},
-        };
-        message = Document::tr("The document “%1” could not be saved. %2: %3.")
-                      .arg(name, Document::tr(doing.value(step, "")), reason);
-    }
-    if (writer.oldBytesKept()) {
-        return message + u' ' + Document::tr("The file on the disk was left as it was.");
-    }
-    return message + u' ' +
-           Document::tr("The file on the disk may be incomplete: its previous contents are kept "
-                        "in “%1”.")
-               .arg(writer.backupPath());
 }
 
 } // namespace
@@ -549,13 +478,14 @@ bool Document::writeToURL(const QString& path, const QString& type, QString* err
     }
     SafeFileWriter writer(FileManager::backupDirectoryPath());
     if (!writer.write(path, *bytes)) {
-        return fail(saveFailureMessage(name, writer));
+        return fail(SaveFailureMessage::of(name, writer));
     }
     // The file's other attributes are kept as they were; an encoding attribute among them
     // must now name the encoding the text was written in.
-    if (ExtendedAttributes::read(writer.targetPath(), kAttributeName) &&
-        !setTextEncodingAttribute(_documentEncodingForSaving, writer.targetPath())) {
-        ExtendedAttributes::remove(writer.targetPath(), kAttributeName);
+    const QString& attribute = TextEncodingAttribute::name();
+    if (ExtendedAttributes::read(writer.targetPath(), attribute) &&
+        !TextEncodingAttribute::write(_documentEncodingForSaving, writer.targetPath())) {
+        ExtendedAttributes::remove(writer.targetPath(), attribute);
     }
     _documentEncoding = _documentEncodingForSaving;
     _documentLineBreaks = _documentLineBreaksForSaving;
@@ -740,78 +670,6 @@ bool Document::reread(DecodedContents contents, quint64 encoding, bool fileLineB
     // The text is the file's once more; undo brings the edits back, and marks them unsaved.
     _textStorage->setModified(false);
     return true;
-}
-
-quint64 Document::textEncodingFromAttributeValue(const QByteArray& value)
-{
-    QByteArray bytes = value;
-    const qsizetype zero = bytes.indexOf('\0');
-    if (zero >= 0) {
-        bytes.truncate(zero);
-    }
-    const QString text = QString::fromUtf8(bytes);
-    if (text.toUtf8() != bytes) {
-        return kNoEncoding;
-    }
-    const QStringList parts = text.split(u';');
-    if (parts.size() >= 2 && parts[1].size() > 1) {
-        // Like strtol: leading blanks and a sign, digits up to the first other character.
-        const QString number = parts[1];
-        qsizetype i = 0;
-        while (i < number.size() && number[i].isSpace()) {
-            ++i;
-        }
-        bool negative = false;
-        if (i < number.size() && (number[i] == u'+' || number[i] == u'-')) {
-            negative = number[i] == u'-';
-            ++i;
-        }
-        qint64 value = 0;
-        while (i < number.size() && number[i] >= u'0' && number[i] <= u'9' && value < (1LL << 40)) {
-            value = value * 10 + (number[i].unicode() - u'0');
-            ++i;
-        }
-        const quint32 cfEncoding = quint32(qint32(negative ? -value : value));
-        return StringEncoding::convertEncodingToNSStringEncoding(cfEncoding);
-    }
-    if (!parts.isEmpty() && parts[0].size() > 1) {
-        const quint32 cfEncoding = StringEncoding::convertIANACharSetNameToEncoding(parts[0]);
-        if (cfEncoding == StringEncoding::InvalidId) {
-            return kNoEncoding;
-        }
-        return StringEncoding::convertEncodingToNSStringEncoding(cfEncoding);
-    }
-    return kNoEncoding;
-}
-
-quint64 Document::textEncodingAttributeOfURL(const QString& path)
-{
-    if (path.isEmpty()) {
-        return kNoEncoding;
-    }
-    const std::optional<QByteArray> value = ExtendedAttributes::read(path, kAttributeName);
-    // A value that does not fit 127 bytes with its terminating zero is refused.
-    if (!value || value->size() > 127) {
-        return kNoEncoding;
-    }
-    return textEncodingFromAttributeValue(*value);
-}
-
-bool Document::setTextEncodingAttribute(quint64 encoding, const QString& path)
-{
-    if (path.isEmpty()) {
-        return false;
-    }
-    const quint32 cfEncoding = StringEncoding::convertNSStringEncodingToEncoding(encoding);
-    if (cfEncoding == StringEncoding::InvalidId) {
-        return false;
-    }
-    const QString name = StringEncoding::convertEncodingToIANACharSetName(cfEncoding);
-    if (name.isEmpty()) {
-        return false;
-    }
-    const QByteArray value = name.toUtf8() + ';' + QByteArray::number(qint32(cfEncoding));
-    return ExtendedAttributes::write(path, kAttributeName, value);
 }
 
 QPageLayout Document::printInfo()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "document/EncodingManager.h"
+#include "document/TextEncodingAttribute.h"
 #include "platform/CharacterStandIns.h"
 #include "platform/DocumentSettings.h"
 #include "platform/FileStamp.h"
@@ -150,12 +151,21 @@ public:
 
     /// The encoding stored in a file's "com.apple.TextEncoding" attribute; all ones when
     /// the file has no usable attribute.
-    static quint64 textEncodingAttributeOfURL(const QString& path);
+    static quint64 textEncodingAttributeOfURL(const QString& path)
+    {
+        return TextEncodingAttribute::ofFile(path);
+    }
     /// Writes that attribute; false when the encoding has no character-set name or the
     /// attribute cannot be written.
-    static bool setTextEncodingAttribute(quint64 encoding, const QString& path);
+    static bool setTextEncodingAttribute(quint64 encoding, const QString& path)
+    {
+        return TextEncodingAttribute::write(encoding, path);
+    }
     /// The attribute's value parsed as the reader does (for the bytes read from a file).
-    static quint64 textEncodingFromAttributeValue(const QByteArray& value);
+    static quint64 textEncodingFromAttributeValue(const QByteArray& value)
+    {
+        return TextEncodingAttribute::fromValue(value);
+    }
 
     /// Print settings: fit to the page width, margins 36 points left and right, 72 top
     /// and bottom.

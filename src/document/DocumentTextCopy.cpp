@@ -40,13 +40,13 @@ void DocumentTextCopy::copySlice()
         _waitingForLoad = true;
         return;
     }
-    const QString& text = _mirror->string();
-    const qsizetype end = std::min(text.size(), _copied + _sliceLength);
+    const qsizetype size = _mirror->size();
+    const qsizetype end = std::min(size, _copied + _sliceLength);
     if (end > _copied) {
-        _slices.push_back(text.sliced(_copied, end - _copied));
+        _slices.push_back(_mirror->view(_copied, end).toString());
         _copied = end;
     }
-    if (_copied < text.size()) {
+    if (_copied < size) {
         _step.start();
         return;
     }
@@ -73,7 +73,7 @@ void DocumentTextCopy::textDidChange(qsizetype location, qsizetype removed, qsiz
     // In place: a replacement of another length would make a new slice.
     QString& slice = _slices[index];
     slice.remove(location - start, removed);
-    slice.insert(location - start, QStringView(_mirror->string()).sliced(location, added));
+    slice.insert(location - start, _mirror->view(location, location + added));
     _copied += added - removed;
 }
 

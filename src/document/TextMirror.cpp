@@ -4,10 +4,18 @@
 #include <QTextDocument>
 
 #include <algorithm>
+#include <cstring>
 #include <tuple>
 #include <utility>
 
 namespace {
+
+// Room to type into beside a text of `length` characters: without it the first keystrokes
+// reallocate the whole copy.
+qsizetype roomToType(qsizetype length)
+{
+    return length / 16 + 4096;
+}
 
 QString plainText(const QString& raw)
 {
@@ -48,16 +56,69 @@ TextMirror* TextMirror::mirrorOfDocument(QTextDocument* document)
 TextMirror::TextMirror(QTextDocument* document)
     : QObject(document)
     , _document(document)
-    , _string(plainText(document->toRawText()))
 {
-    reserveRoom();
+    setText(plainText(document->toRawText()));
     connect(document, &QTextDocument::contentsChange, this, &TextMirror::contentsChange);
 }
 
-void TextMirror::reserveRoom()
+void TextMirror::setText(const QString& text)
 {
-    // Room to type into: without it the first keystroke reallocates the whole copy.
-    _string.reserve(_string.size() + _string.size() / 16 + 4096);
+    const qsizetype gap = roomToType(text.size());
+    _buffer.assign(size_t(text.size() + gap), u'\0');
+    std::copy(text.utf16(), text.utf16() + text.size(), _buffer.begin());
+    _gapStart = text.size();
+    _gapEnd = text.size() + gap;
+}
+
+void TextMirror::moveGap(qsizetype position)
+{
+    char16_t* data = _buffer.data();
+    if (position < _gapStart) {
+        const qsizetype moved = _gapStart - position;
+        _moved += moved;
+        std::memmove(data + _gapEnd - moved, data + position, size_t(moved) * sizeof(char16_t));
+        _gapStart = position;
+        _gapEnd -= moved;
+    } else if (position > _gapStart) {
+        const qsizetype moved = position - _gapStart;
+        _moved += moved;
+        std::memmove(data + _gapStart, data + _gapEnd, size_t(moved) * sizeof(char16_t));
+        _gapStart = position;
+        _gapEnd += moved;
+    }
+}
+
+QStringView TextMirror::view(qsizetype from, qsizetype to)
+{
+    Q_ASSERT(0 <= from && from <= to && to <= size());
+    if (from < _gapStart && to > _gapStart) {
+        // Out of the way by the shorter move.
+        moveGap(to - _gapStart <= _gapStart - from ? to : from);
+    }
+    const qsizetype start = from < _gapStart ? from : from + gapLength();
+    return QStringView(_buffer.data() + start, to - from);
+}
+
+void TextMirror::remove(qsizetype location, qsizetype length)
+{
+    moveGap(location);
+    _gapEnd += length;
+}
+
+void TextMirror::insert(qsizetype location, QStringView text)
+{
+    moveGap(location);
+    if (gapLength() < text.size()) {
+        const qsizetype length = size();
+        const qsizetype gap = text.size() + roomToType(length);
+        std::vector<char16_t> grown(size_t(length + gap));
+        std::copy(_buffer.begin(), _buffer.begin() + _gapStart, grown.begin());
+        std::copy(_buffer.begin() + _gapEnd, _buffer.end(), grown.begin() + _gapStart + gap);
+        _buffer = std::move(grown);
+        _gapEnd = _gapStart + gap;
+    }
+    std::copy(text.utf16(), text.utf16() + text.size(), _buffer.begin() + _gapStart);
+    _gapStart += text.size();
 }
 
 void TextMirror::contentsChange(int position, int removed, int added)
@@ -65,7 +126,7 @@ void TextMirror::contentsChange(int position, int removed, int added)
     Q_UNUSED(removed);
     // Qt may count the document's closing paragraph separator in both numbers; the lengths
     // before and after say what really changed.
-    const qsizetype oldLength = _string.size();
+    const qsizetype oldLength = size();
     const qsizetype newLength = _document->characterCount() - 1;
     const qsizetype location = std::clamp<qsizetype>(position, 0, oldLength);
     qsizetype reallyAdded = std::clamp<qsizetype>(added, 0, newLength - location);
@@ -76,9 +137,8 @@ void TextMirror::contentsChange(int position, int removed, int added)
     }
     if (location + reallyRemoved > oldLength || location + reallyAdded > newLength) {
         // Not an edit this copy can follow: take the whole text again.
-        const qsizetype before = oldLength;
-        _string = plainText(_document->toRawText());
-        Q_EMIT textDidChange(0, before, _string.size());
+        setText(plainText(_document->toRawText()));
+        Q_EMIT textDidChange(0, oldLength, size());
         return;
     }
     // Qt reports some edits as larger than they are (a paste at the very start of the text
@@ -87,10 +147,9 @@ void TextMirror::contentsChange(int position, int removed, int added)
     qsizetype prefix = 0;
     qsizetype suffix = 0;
     if (location == 0 && reallyRemoved == oldLength) {
-        QString text = plainText(_document->toRawText());
-        std::tie(prefix, suffix) = commonEnds(_string, text);
-        _string = std::move(text);
-        reserveRoom();
+        const QString text = plainText(_document->toRawText());
+        std::tie(prefix, suffix) = commonEnds(this->text(), text);
+        setText(text);
     } else {
         QString inserted;
         if (reallyAdded > 0) {
@@ -99,16 +158,13 @@ void TextMirror::contentsChange(int position, int removed, int added)
             cursor.setPosition(int(location + reallyAdded), QTextCursor::KeepAnchor);
             inserted = plainText(cursor.selectedText());
         }
-        std::tie(prefix, suffix) =
-            commonEnds(QStringView(_string).mid(location, reallyRemoved), inserted);
-        // In place: QString::replace() of a different length builds a new string, a copy
-        // of the whole text per keystroke; remove() and insert() only move the tail.
+        std::tie(prefix, suffix) = commonEnds(view(location, location + reallyRemoved), inserted);
         if (reallyRemoved > prefix + suffix) {
-            _string.remove(location + prefix, reallyRemoved - prefix - suffix);
+            remove(location + prefix, reallyRemoved - prefix - suffix);
         }
         if (inserted.size() > prefix + suffix) {
-            _string.insert(location + prefix,
-                           QStringView(inserted).mid(prefix, inserted.size() - prefix - suffix));
+            insert(location + prefix,
+                   QStringView(inserted).mid(prefix, inserted.size() - prefix - suffix));
         }
     }
     Q_EMIT textDidChange(location + prefix, reallyRemoved - prefix - suffix,

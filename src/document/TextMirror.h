@@ -1,16 +1,21 @@
 #pragma once
 
+#include "platform/TextSource.h"
+
 #include <QObject>
 #include <QString>
+
+#include <vector>
 
 class QTextDocument;
 
 /// A plain copy of a document's text (line breaks as LF), kept in step with every edit.
-/// Syntax colouring needs the whole text as one string after each keystroke; asking the
-/// document for it would copy the whole text each time, while following the edit costs
-/// only moving the tail of the copy. One mirror belongs to one document and serves every
-/// pane on it.
-class TextMirror : public QObject
+/// Syntax colouring, completion and the recovery copy read the text after edits; asking
+/// the document would copy the whole text each time. The copy is a gap buffer: the gap
+/// follows the edits, so a keystroke moves only what lies between the last edit and this
+/// one, and a reader asking for a stretch moves at most that stretch. One mirror belongs
+/// to one document and serves every pane on it.
+class TextMirror : public QObject, public TextSource
 {
     Q_OBJECT
 
@@ -18,18 +23,32 @@ public:
     /// The document's mirror, made (reading the whole text once) on first request.
     static TextMirror* mirrorOfDocument(QTextDocument* document);
 
-    const QString& string() const { return _string; }
+    qsizetype size() const override { return qsizetype(_buffer.size()) - gapLength(); }
+    QStringView view(qsizetype from, qsizetype to) override;
+    /// The whole text in one piece: moves the gap to an end, which costs up to the whole
+    /// text. For passes over everything, not for work per keystroke.
+    QStringView text() { return view(0, size()); }
+    /// How many characters edits and views have moved across the gap so far: what keeping
+    /// the copy has cost.
+    qint64 movedCharacters() const { return _moved; }
 
 Q_SIGNALS:
-    /// `removed` units at `location` were replaced by `added`; string() already holds the
-    /// new text.
+    /// `removed` units at `location` were replaced by `added`; the mirror already holds
+    /// the new text.
     void textDidChange(qsizetype location, qsizetype removed, qsizetype added);
 
 private:
     explicit TextMirror(QTextDocument* document);
     void contentsChange(int position, int removed, int added);
-    void reserveRoom();
+    void setText(const QString& text);
+    qsizetype gapLength() const { return _gapEnd - _gapStart; }
+    void moveGap(qsizetype position);
+    void remove(qsizetype location, qsizetype length);
+    void insert(qsizetype location, QStringView text);
 
     QTextDocument* _document;
-    QString _string;
+    std::vector<char16_t> _buffer;
+    qsizetype _gapStart = 0;
+    qsizetype _gapEnd = 0;
+    qint64 _moved = 0;
 };

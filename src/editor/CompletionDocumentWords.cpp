@@ -66,7 +66,7 @@ void CompletionDocumentWords::textDidChange(qsizetype location, qsizetype remove
 void CompletionDocumentWords::startBuild()
 {
     _buildTimer->stop();
-    const QString& text = _mirror->string();
+    const QStringView text = _mirror->text();
     if (text.size() <= _smallText && !_building) {
         // Read at once: less work than handing a copy to a worker, and ready to answer.
         CompletionWordIndex built(_index.kind());
@@ -84,7 +84,7 @@ void CompletionDocumentWords::startBuild()
     ++_builds;
     // The copy is the only pass over the whole text on this thread: the worker cannot
     // read the mirror while edits change it.
-    QString snapshot(text.constData(), text.size());
+    QString snapshot = text.toString();
     const Kind kind = _index.kind();
     const qsizetype chunkSize = _chunkSize;
     using Result = std::shared_ptr<CompletionWordIndex>;
@@ -130,7 +130,7 @@ bool CompletionDocumentWords::prepare()
         return false;
     }
     if (!_built || _buildTimer->isActive() || _index.pendingCharacters() > _largeChange ||
-        !_index.update(_mirror->string())) {
+        !_index.update(*_mirror)) {
         startBuild();
         return !_building;
     }

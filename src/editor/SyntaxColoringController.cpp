@@ -19,6 +19,22 @@ namespace {
 constexpr qsizetype SliceLength = 256 * 1024;
 constexpr qint64 TurnMilliseconds = 16;
 
+// Just after the first line break at or after `from`, or the end of the text. Read a
+// stretch at a time: a view reaching far would move the text's gap far.
+qsizetype endOfLine(TextSource& text, qsizetype from)
+{
+    constexpr qsizetype Stretch = 4096;
+    const qsizetype n = text.size();
+    for (qsizetype start = from; start < n; start += Stretch) {
+        const qsizetype end = std::min(n, start + Stretch);
+        const qsizetype newline = text.view(start, end).indexOf(u'\n');
+        if (newline >= 0) {
+            return start + newline + 1;
+        }
+    }
+    return n;
+}
+
 } // namespace
 
 SyntaxColoringController::SyntaxColoringController(TextView* textView)
@@ -116,7 +132,7 @@ void SyntaxColoringController::colorRange(Range range)
     }
     SyntaxManager& manager = _textView->services().syntax;
     const std::optional<SyntaxColoring> coloring =
-        manager.syntaxColoringRange(range, text->string(), *_engine);
+        manager.syntaxColoringRange(range, *text, *_engine);
     if (!coloring) {
         return;
     }
@@ -175,15 +191,11 @@ void SyntaxColoringController::continueAllColoring()
     }
     QElapsedTimer turn;
     turn.start();
-    const QString& text = _mirror->string();
-    while (_allColoringNext < text.size()) {
-        qsizetype end = std::min(text.size(), _allColoringNext + SliceLength);
-        const qsizetype newline = text.indexOf(u'\n', end);
-        end = newline < 0 ? text.size() : newline + 1;
+    while (_allColoringNext < _mirror->size()) {
         const qsizetype start = _allColoringNext;
-        _allColoringNext = end;
-        colorRange({start, end - start});
-        if (_allColoringNext < text.size() && turn.elapsed() >= TurnMilliseconds) {
+        _allColoringNext = endOfLine(*_mirror, std::min(_mirror->size(), start + SliceLength));
+        colorRange({start, _allColoringNext - start});
+        if (_allColoringNext < _mirror->size() && turn.elapsed() >= TurnMilliseconds) {
             if (!_continuationScheduled) {
                 _continuationScheduled = true;
                 QTimer::singleShot(0, this, [this] {

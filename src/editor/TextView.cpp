@@ -1,21 +1,20 @@
 #include "editor/TextView.h"
 
 #include "document/TextMirror.h"
-#include "editor/BraceMatcher.h"
-#include "editor/CompletionDocumentWords.h"
 #include "editor/CompletionManager.h"
-#include "editor/FindIndicator.h"
 #include "editor/GutterView.h"
 #include "editor/LayoutManager.h"
 #include "editor/LineShifter.h"
 #include "editor/SpellCheckingController.h"
 #include "editor/StringTransform.h"
 #include "editor/SyntaxColoringController.h"
+#include "editor/TextViewCompletion.h"
+#include "editor/TextViewKeys.h"
+#include "editor/TextViewPrivate.h"
 #include "editor/TransformationsMenu.h"
 #include "editor/UndoActionNames.h"
 #include "platform/PropertyList.h"
 #include "platform/SystemBeep.h"
-#include "syntax/CompletionCandidates.h"
 #include "syntax/SyntaxDefinitionFolder.h"
 #include "syntax/SyntaxManager.h"
 
@@ -24,52 +23,32 @@
 #include <QFile>
 #include <QFontDatabase>
 #include <QFontMetricsF>
-#include <QFutureWatcher>
 #include <QMenu>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QProgressBar>
-#include <QScrollBar>
-#include <QTimer>
-#include <QtConcurrent/QtConcurrentRun>
 
 namespace {
 
 const QString kEntityReferenceResource = QStringLiteral(":/EntityReference.plist");
-// Automatic completion starts this long after a typed key.
-constexpr int kCompletionDelay = 700;
-
-// White space as the platform's white-space set has it: tab and the space separators.
-bool isWhiteSpace(QChar c)
-{
-    return c == QLatin1Char('\t') || c.category() == QChar::Separator_Space;
-}
-
-bool isClosingBracket(const QString& string)
-{
-    return string.size() == 1 && QStringLiteral("]})>").contains(string[0]);
-}
-
-bool isWordCharacter(QChar c)
-{
-    return c.isLetterOrNumber() || c == QLatin1Char('_') || c.isMark();
-}
 
 } // namespace
 
 TextView::TextView(const EditorServices& services, const EditorSettings& settings, QWidget* parent)
     : QPlainTextEdit(parent)
-    , _services(services)
-    , _settings(settings)
+    , d(std::make_unique<TextViewPrivate>(services, settings))
 {
+    d->completion =
+        std::make_unique<TextViewCompletion>(this, services.completion, services.syntax);
+    d->keys = std::make_unique<TextViewKeys>(*this, *d->completion);
     readFontAndColors();
-    _tabWidth = settings.tabWidth;
-    _autoIndent = settings.autoIndent;
-    _autoBraceMatching = settings.autoBraceMatching;
-    _characterEntity = settings.characterEntity;
-    _autoComplete = settings.autoComplete;
+    d->appearance.tabWidth = settings.tabWidth;
+    d->typing.autoIndent = settings.autoIndent;
+    d->typing.autoBraceMatching = settings.autoBraceMatching;
+    d->characterEntity = settings.characterEntity;
+    d->completion->setAutoComplete(settings.autoComplete);
     if (QFile::exists(kEntityReferenceResource)) {
-        _entityReference = PropertyList::readFile(kEntityReferenceResource).toList();
+        d->entityReference = PropertyList::readFile(kEntityReferenceResource).toList();
     }
 
     setFrameShape(QFrame::NoFrame);
@@ -85,53 +64,52 @@ TextView::TextView(const EditorServices& services, const EditorSettings& setting
     // Lay the colours onto blocks that scrolling or an edit is about to show before the paint
     // rather than during it: a change made while painting asks for a second paint.
     connect(this, &QPlainTextEdit::updateRequest, this, [this](const QRect& rect) {
-        if (_layoutManager) {
-            _layoutManager->applyTemporaryAttributes(rect.top(), rect.bottom());
+        if (d->layoutManager) {
+            d->layoutManager->applyTemporaryAttributes(rect.top(), rect.bottom());
         }
     });
-    connect(this, &QPlainTextEdit::cursorPositionChanged, this,
-            &TextView::completionEndedElsewhere);
 }
 
 TextView::~TextView()
 {
-    CompletionManager& completion = _services.completion;
-    if (completion.isComplating(this)) {
-        completion.terminateCompletion();
-    }
+    d->completion->terminate();
+    // The state goes before the base classes: nothing they do on their way out may reach it.
+    disconnect(d->storageDestroyed);
+    disconnect(this, &QPlainTextEdit::updateRequest, this, nullptr);
 }
 
 void TextView::readFontAndColors()
 {
-    _textFont = _settings.font();
-    _textColor = _settings.textColor;
-    _insertionPointColor = _settings.insertionPointColor;
-    _backgroundColor = _settings.backgroundColor;
-    _autoIndentBraces = _settings.autoIndentBraces;
-    _autoIndentClosingBraces = _settings.autoIndentClosingBraces;
-    _UsedChevronMatching = _settings.usedChevronsMatching;
-    _spaceTab = _settings.spaceTab;
+    const EditorSettings& settings = d->settings;
+    d->appearance.textFont = settings.font();
+    d->appearance.textColor = settings.textColor;
+    d->appearance.insertionPointColor = settings.insertionPointColor;
+    d->appearance.backgroundColor = settings.backgroundColor;
+    d->typing.autoIndentBraces = settings.autoIndentBraces;
+    d->typing.autoIndentClosingBraces = settings.autoIndentClosingBraces;
+    d->typing.chevronMatching = settings.usedChevronsMatching;
+    d->typing.spaceTab = settings.spaceTab;
 }
 
 void TextView::applyFontAndColors()
 {
     QPalette colors = palette();
-    if (_textColor.isValid()) {
-        colors.setColor(QPalette::Text, _textColor);
+    if (d->appearance.textColor.isValid()) {
+        colors.setColor(QPalette::Text, d->appearance.textColor);
     }
-    if (_backgroundColor.isValid()) {
-        colors.setColor(QPalette::Base, _backgroundColor);
+    if (d->appearance.backgroundColor.isValid()) {
+        colors.setColor(QPalette::Base, d->appearance.backgroundColor);
         // The one-point strip around the text area shows the text's background too.
-        colors.setColor(QPalette::Window, _backgroundColor);
+        colors.setColor(QPalette::Window, d->appearance.backgroundColor);
     }
     setPalette(colors);
-    if (font() != _textFont) {
-        setFont(_textFont);
+    if (font() != d->appearance.textFont) {
+        setFont(d->appearance.textFont);
     }
     // A shared document takes the font as its own; changing it lays the whole text out
     // again, so only when it really changes.
-    if (document()->defaultFont() != _textFont) {
-        document()->setDefaultFont(_textFont);
+    if (document()->defaultFont() != d->appearance.textFont) {
+        document()->setDefaultFont(d->appearance.textFont);
     }
     viewport()->update();
 }
@@ -143,8 +121,8 @@ void TextView::setTextStorage(QTextDocument* textStorage)
     }
     // Give the document this view's font, tab interval and wrapping before a layout is
     // attached, so that a large text is laid out as few times as possible.
-    if (textStorage->defaultFont() != _textFont) {
-        textStorage->setDefaultFont(_textFont);
+    if (textStorage->defaultFont() != d->appearance.textFont) {
+        textStorage->setDefaultFont(d->appearance.textFont);
     }
     QTextOption option = textStorage->defaultTextOption();
     const QTextOption wanted = defaultTextAttributes().paragraphStyle;
@@ -164,59 +142,56 @@ void TextView::setTextStorage(QTextDocument* textStorage)
         textStorage->setDocumentLayout(new QPlainTextDocumentLayout(textStorage));
     }
     setDocument(textStorage);
-    disconnect(_storageDestroyed);
+    disconnect(d->storageDestroyed);
     // QPlainTextEdit does not survive its document going first; fall back to an empty text
     // of its own while the document's QObject part still stands.
-    _storageDestroyed = connect(textStorage, &QObject::destroyed, this, [this] {
-        delete _layoutManager;
-        _layoutManager = nullptr;
+    d->storageDestroyed = connect(textStorage, &QObject::destroyed, this, [this] {
+        delete d->layoutManager;
+        d->layoutManager = nullptr;
         setDocument(nullptr);
-        _layoutManager = new LayoutManager(this, document());
+        d->layoutManager = new LayoutManager(this, document());
     });
-    delete _layoutManager;
-    _layoutManager = new LayoutManager(this, textStorage);
-    if (_verticalRulerView) {
-        _verticalRulerView->setClientView(this);
+    delete d->layoutManager;
+    d->layoutManager = new LayoutManager(this, textStorage);
+    if (d->verticalRulerView) {
+        d->verticalRulerView->setClientView(this);
     }
-    disconnect(_textChangedElsewhere);
-    _textChangedElsewhere = connect(textStorage, &QTextDocument::contentsChange, this,
-                                    &TextView::completionEndedElsewhere);
-    prepareCompletionWords();
+    d->completion->setDocument(textStorage);
 }
 
 void TextView::setVerticalRulerView(GutterView* ruler)
 {
-    if (ruler == _verticalRulerView) {
+    if (ruler == d->verticalRulerView) {
         return;
     }
-    delete _verticalRulerView;
-    _verticalRulerView = ruler;
+    delete d->verticalRulerView;
+    d->verticalRulerView = ruler;
     if (ruler) {
         ruler->setParent(this);
         ruler->setClientView(this);
-        ruler->setVisible(_rulersVisible);
+        ruler->setVisible(d->rulersVisible);
     }
     updateMargins();
 }
 
 void TextView::setRulersVisible(bool rulersVisible)
 {
-    _rulersVisible = rulersVisible;
-    if (_verticalRulerView) {
-        _verticalRulerView->setVisible(rulersVisible);
+    d->rulersVisible = rulersVisible;
+    if (d->verticalRulerView) {
+        d->verticalRulerView->setVisible(rulersVisible);
     }
     updateMargins();
 }
 
 void TextView::updateMargins()
 {
-    const bool showRuler = _rulersVisible && _verticalRulerView;
-    const int rulerWidth = showRuler ? int(_verticalRulerView->requiredThickness()) : 0;
+    const bool showRuler = d->rulersVisible && d->verticalRulerView;
+    const int rulerWidth = showRuler ? int(d->verticalRulerView->requiredThickness()) : 0;
     // The extra point on the left and top is the text container's origin.
     setViewportMargins(rulerWidth + 1, 1, 0, 0);
     if (showRuler) {
         const QRect area = contentsRect();
-        _verticalRulerView->setGeometry(area.left(), area.top(), rulerWidth, area.height());
+        d->verticalRulerView->setGeometry(area.left(), area.top(), rulerWidth, area.height());
     }
 }
 
@@ -257,15 +232,15 @@ TextView::TextAttributes TextView::defaultTextAttributes() const
     }
     QTextOption style = document()->defaultTextOption();
     style.setTabs({});
-    style.setTabStopDistance(spaceWidth * qreal(_tabWidth));
+    style.setTabStopDistance(spaceWidth * qreal(d->appearance.tabWidth));
     return {fixedPitch, style};
 }
 
 void TextView::configureTypingAttributesAndDefaultParagraphStyle()
 {
     // The tab interval follows the fixed-pitch font, whatever font the text is shown in.
-    _typingAttributes = defaultTextAttributes();
-    setTabStopDistance(_typingAttributes.paragraphStyle.tabStopDistance());
+    d->typingAttributes = defaultTextAttributes();
+    setTabStopDistance(d->typingAttributes.paragraphStyle.tabStopDistance());
 }
 
 QPointF TextView::textContainerOrigin() const
@@ -274,23 +249,33 @@ QPointF TextView::textContainerOrigin() const
     return {margin + 1.0, margin + 1.0};
 }
 
+const EditorServices& TextView::services() const
+{
+    return d->services;
+}
+
+const EditorSettings& TextView::editorSettings() const
+{
+    return d->settings;
+}
+
 void TextView::updatePreferences(const EditorSettings& settings)
 {
-    _settings = settings;
+    d->settings = settings;
     readFontAndColors();
     applyFontAndColors();
-    if (_layoutManager) {
-        _layoutManager->updatePreferences(settings);
+    if (d->layoutManager) {
+        d->layoutManager->updatePreferences(settings);
     }
-    if (_verticalRulerView) {
-        _verticalRulerView->updatePreferences(settings);
+    if (d->verticalRulerView) {
+        d->verticalRulerView->updatePreferences(settings);
     }
 }
 
 void TextView::setWrapLines(bool wrapLines)
 {
-    if (_layoutManager) {
-        _layoutManager->removeBackgroundHighlights();
+    if (d->layoutManager) {
+        d->layoutManager->removeBackgroundHighlights();
     }
     setHorizontalScrollBarPolicy(wrapLines ? Qt::ScrollBarAlwaysOff : Qt::ScrollBarAsNeeded);
     setLineWrapMode(wrapLines ? QPlainTextEdit::WidgetWidth : QPlainTextEdit::NoWrap);
@@ -299,8 +284,8 @@ void TextView::setWrapLines(bool wrapLines)
 
 void TextView::setInvisibleCharacters(bool invisibleCharacters)
 {
-    if (_layoutManager) {
-        _layoutManager->setShowInvisibleCharacters(invisibleCharacters);
+    if (d->layoutManager) {
+        d->layoutManager->setShowInvisibleCharacters(invisibleCharacters);
     }
     viewport()->update();
 }
@@ -338,13 +323,13 @@ Range TextView::visibleCharacterRange() const
 void TextView::paintEvent(QPaintEvent* event)
 {
     const QRect rect = event->rect();
-    if (_layoutManager) {
-        _layoutManager->applyTemporaryAttributes(rect.top(), rect.bottom());
+    if (d->layoutManager) {
+        d->layoutManager->applyTemporaryAttributes(rect.top(), rect.bottom());
     }
     QPlainTextEdit::paintEvent(event);
     QPainter painter(viewport());
-    if (_layoutManager) {
-        _layoutManager->drawGlyphs(painter, rect);
+    if (d->layoutManager) {
+        d->layoutManager->drawGlyphs(painter, rect);
     }
     drawInsertionPoint(painter, rect);
 }
@@ -353,7 +338,7 @@ void TextView::drawInsertionPoint(QPainter& painter, const QRect& rect)
 {
     // QPlainTextEdit draws the insertion point by inverting what lies under it; cover that
     // with one in the insertion point's own colour.
-    if (!_insertionPointColor.isValid() || overwriteMode()) {
+    if (!d->appearance.insertionPointColor.isValid() || overwriteMode()) {
         return;
     }
     const int position = getPaintContext().cursorPosition;
@@ -370,7 +355,7 @@ void TextView::drawInsertionPoint(QPainter& painter, const QRect& rect)
         if (line.isValid()) {
             const QRectF caret(shown.offset.x() + line.cursorToX(inBlock),
                                shown.offset.y() + line.y(), cursorWidth(), line.height());
-            painter.fillRect(caret, _insertionPointColor);
+            painter.fillRect(caret, d->appearance.insertionPointColor);
         }
         break;
     }
@@ -380,20 +365,17 @@ void TextView::drawInsertionPoint(QPainter& painter, const QRect& rect)
 
 SyntaxColoringController* TextView::syntaxColoringController()
 {
-    if (!_syntaxColoring) {
-        _syntaxColoring = new SyntaxColoringController(this);
+    if (!d->syntaxColoring) {
+        d->syntaxColoring = new SyntaxColoringController(this);
     }
-    return _syntaxColoring;
+    return d->syntaxColoring;
 }
 
 void TextView::setSyntaxDictionary(const QVariantMap& syntaxDictionary)
 {
-    _syntaxDictionary = syntaxDictionary;
+    d->syntaxDictionary = syntaxDictionary;
     syntaxColoringController()->setSyntaxDictionary(syntaxDictionary);
-    // A completion under way offered the old definition's words; the new ones are built anew.
-    _services.completion.terminateCompletion();
-    makeCompleteWordsFromSyntaxDictionary();
-    prepareCompletionWords();
+    d->completion->syntaxDictionaryChanged();
 }
 
 void TextView::setSyntaxDictionay(const QString& path)
@@ -424,18 +406,18 @@ void TextView::performSyntaxAllColoring()
 
 void TextView::textDidChanged()
 {
-    if (!_syntaxDictionary.isEmpty()) {
+    if (!d->syntaxDictionary.isEmpty()) {
         syntaxColoringController()->textDidChanged();
     }
 }
 
 std::optional<QVariantList> TextView::makeFunctionDefinition() const
 {
-    if (_syntaxDictionary.isEmpty()) {
+    if (d->syntaxDictionary.isEmpty()) {
         return std::nullopt;
     }
-    return _services.syntax.makeFunctionDefinitionWithString(
-        TextMirror::mirrorOfDocument(document())->string(), _syntaxDictionary);
+    return d->services.syntax.makeFunctionDefinitionWithString(
+        TextMirror::mirrorOfDocument(document())->text(), d->syntaxDictionary);
 }
 
 // Typing ------------------------------------------------------------------------------------
@@ -482,306 +464,21 @@ void TextView::insertTextAtSelection(const QString& text)
 
 void TextView::keyPressEvent(QKeyEvent* event)
 {
-    const int key = event->key();
-    // A read-only text takes the keys that move and select, through QPlainTextEdit's own
-    // handling, which changes nothing; the editing keys below would insert regardless.
-    if (key == Qt::Key_Shift || key == Qt::Key_Control || key == Qt::Key_Alt ||
-        key == Qt::Key_Meta || key == Qt::Key_AltGr || isReadOnly()) {
-        QPlainTextEdit::keyPressEvent(event);
-        return;
-    }
-    const CompletionGuard guard(this);
-    CompletionManager& completion = _services.completion;
-    const bool completing = completion.isComplating(this);
-    const QString characters = event->text();
-    const Qt::KeyboardModifiers modifiers =
-        event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier);
-    // Ctrl+Space starts completion, as Escape does; while the list is open it does nothing.
-    if (key == Qt::Key_Space && modifiers == Qt::ControlModifier) {
-        if (!completing) {
-            complete(this);
-        }
-        return;
-    }
-    if (completing && (key == Qt::Key_Return || key == Qt::Key_Enter) && modifiers == 0) {
-        completion.terminateCompletionWithCancel(false);
-        return;
-    }
-    if (hasMarkedText()) {
-        if (completing) {
-            completion.terminateCompletionWithCancel(true);
-        }
-        interpretKeyEvent(event);
-        return;
-    }
-    if (completing && characters == QLatin1String(" ")) {
-        completion.terminateCompletionWithCancel(true);
-        insertText(characters);
-        return;
-    }
-    if (completing && key == Qt::Key_Right) {
-        completion.terminateCompletionWithCancel(true);
-        return;
-    }
-    if (completing && key == Qt::Key_Left) {
-        completion.terminateCompletionWithCancel(true);
-        interpretKeyEvent(event);
-        return;
-    }
-    if (_autoBraceMatching && isClosingBracket(characters)) {
-        if (completing) {
-            completion.terminateCompletionWithCancel(true);
-        }
-        _isComplete = false;
-        interpretKeyEvent(event);
-        return;
-    }
-    _isComplete = true;
-    if (completing && key != Qt::Key_Down && key != Qt::Key_Up) {
-        // The key meets the text as typed; the list's refresh shows the proposal again.
-        _layoutManager->setProposedText(-1, QString());
-    }
-    interpretKeyEvent(event);
-    // The list follows the typed characters.
-    if (completion.isComplating(this) && key != Qt::Key_Down && key != Qt::Key_Up) {
-        completion.startCompletion(this);
-    }
-}
-
-void TextView::interpretKeyEvent(QKeyEvent* event)
-{
-    const Qt::KeyboardModifiers modifiers =
-        event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier);
-    const int key = event->key();
-    if (event == QKeySequence::SelectAll) {
-        selectAll();
-    } else if ((key == Qt::Key_Return || key == Qt::Key_Enter) && modifiers == 0) {
-        insertNewline(this);
-    } else if (key == Qt::Key_Tab && modifiers == 0) {
-        insertTab(this);
-    } else if (key == Qt::Key_Backspace && modifiers == 0) {
-        deleteBackward(this);
-    } else if (key == Qt::Key_Escape && modifiers == 0) {
-        cancelOperation(this);
-    } else if (key == Qt::Key_Up && event->modifiers() == Qt::NoModifier) {
-        moveUp(this);
-    } else if (key == Qt::Key_Down && event->modifiers() == Qt::NoModifier) {
-        moveDown(this);
-    } else if (!event->text().isEmpty() && event->text()[0].isPrint() &&
-               !(modifiers & (Qt::ControlModifier | Qt::MetaModifier)) && !isReadOnly()) {
-        insertText(event->text());
-    } else {
-        QPlainTextEdit::keyPressEvent(event);
-    }
+    d->keys->keyPressed(event, [this](QKeyEvent* key) { QPlainTextEdit::keyPressEvent(key); });
 }
 
 void TextView::inputMethodEvent(QInputMethodEvent* event)
 {
-    _hasMarkedText = !event->preeditString().isEmpty();
-    CompletionManager& completion = _services.completion;
-    if (_hasMarkedText && completion.isComplating(this)) {
-        completion.terminateCompletionWithCancel(true);
+    d->hasMarkedText = !event->preeditString().isEmpty();
+    if (d->hasMarkedText) {
+        d->completion->terminateWithCancel(true);
     }
     QPlainTextEdit::inputMethodEvent(event);
 }
 
-void TextView::insertText(const QString& string)
-{
-    // A typed key extends the word being completed even when completion was started by
-    // hand, so that cancelling can restore what was typed.
-    if (_isComplete && (_autoComplete || _services.completion.isComplating(this))) {
-        _isComplete = false;
-        CompletionManager& completion = _services.completion;
-        if (!hasMarkedText()) {
-            if (completion.isComplating(this)) {
-                completion.setCurrentPartialWord(completion.currentPartialWord() + string);
-            } else {
-                // Each typed key schedules its own start; one that finds the list open
-                // only refreshes it.
-                QTimer::singleShot(kCompletionDelay, this, [this] { complete(this); });
-            }
-        }
-    }
-    insertTextAtSelection(string);
-
-    if (!_autoBraceMatching || !isClosingBracket(string) || _usedIndentClosingBraces) {
-        return;
-    }
-    if (string == QLatin1String(">") && !_UsedChevronMatching) {
-        return;
-    }
-    const Range match = autoBraceMatching(string);
-    if (match.length > 0) {
-        FindIndicator::showFindIndicatorForRange(this, match);
-    } else {
-        SystemBeep::beep();
-    }
-}
-
-Range TextView::autoBraceMatching(const QString& closing) const
-{
-    if (closing.size() != 1) {
-        return {0, 0};
-    }
-    const Range visible = visibleCharacterRange();
-    QTextCursor cursor(document());
-    cursor.setPosition(int(visible.location));
-    cursor.setPosition(int(visible.max()), QTextCursor::KeepAnchor);
-    // Paragraph separators stand in for line breaks one for one, so positions hold.
-    const QString shown = cursor.selectedText();
-    const qsizetype insertion = textCursor().position() - visible.location;
-    const Range found = BraceMatcher::autoBraceMatching(shown, insertion, closing[0]);
-    return found.length > 0 ? Range(found.location + visible.location, 1) : Range(0, 0);
-}
-
-void TextView::insertNewline(QObject*)
-{
-    QTextCursor cursor = textCursor();
-    cursor.insertBlock();
-    setTextCursor(cursor);
-    autoIndent(this);
-    ensureCursorVisible();
-}
-
-void TextView::autoIndent(QObject*)
-{
-    QTextCursor cursor = textCursor();
-    const QTextBlock previous = cursor.block().previous();
-    if (!_autoIndent || !previous.isValid()) {
-        return;
-    }
-    const auto insert = [this, &cursor](const QString& string) {
-        cursor.insertText(string);
-        setTextCursor(cursor);
-    };
-    const QString line = previous.text();
-    qsizetype indent = 0;
-    while (indent < line.size() && isWhiteSpace(line[indent])) {
-        ++indent;
-    }
-    if (indent > 0) {
-        insert(line.left(indent));
-    }
-    if (!_autoIndentBraces) {
-        return;
-    }
-    qsizetype last = line.size() - 1;
-    while (last >= 0 && isWhiteSpace(line[last])) {
-        --last;
-    }
-    if (last < 0 || line[last] != QLatin1Char('{')) {
-        return;
-    }
-    insertTab(this);
-    if (!_autoIndentClosingBraces) {
-        return;
-    }
-    cursor = textCursor();
-    insert(QStringLiteral("\n"));
-    const QString middle = cursor.block().previous().text();
-    qsizetype whiteSpace = 0;
-    while (whiteSpace < middle.size() && isWhiteSpace(middle[whiteSpace])) {
-        ++whiteSpace;
-    }
-    if (whiteSpace == 0) {
-        return;
-    }
-    const qsizetype k = qMax<qsizetype>(0, whiteSpace - (_spaceTab ? 4 : 1));
-    insert(middle.left(k));
-    _usedIndentClosingBraces = true;
-    insertText(QStringLiteral("}"));
-    _usedIndentClosingBraces = false;
-    const qsizetype position = textCursor().position();
-    FindIndicator::showFindIndicatorForRange(this, {position - 1, 1});
-    setSelectedRange({position - k - 2, 0});
-    ensureCursorVisible();
-}
-
-void TextView::insertTab(QObject*)
-{
-    CompletionManager& completion = _services.completion;
-    if (completion.isComplating(this)) {
-        completion.terminateCompletionWithCancel(false);
-        return;
-    }
-    QTextCursor cursor = textCursor();
-    cursor.insertText(LineShifter::tabUnit(_spaceTab));
-    setTextCursor(cursor);
-}
-
-void TextView::deleteBackward(QObject*)
-{
-    CompletionManager& completion = _services.completion;
-    if (completion.isComplating(this)) {
-        QString partial = completion.currentPartialWord();
-        if (!partial.isEmpty()) {
-            partial.chop(1);
-            completion.setCurrentPartialWord(partial);
-        }
-        const Range selection = selectedRange();
-        if (selection.location != 0) {
-            setSelectedRange({selection.location - 1, selection.length + 1});
-        }
-        if (rangeForUserCompletion().isNotFound()) {
-            completion.terminateCompletionWithCancel(false);
-            return;
-        }
-    }
-    QTextCursor cursor = textCursor();
-    const qsizetype location = cursor.position();
-    if (_spaceTab && !cursor.hasSelection() && location >= 4) {
-        QTextCursor before(document());
-        before.setPosition(int(location - 4));
-        before.setPosition(int(location), QTextCursor::KeepAnchor);
-        if (before.selectedText() == QLatin1String("    ")) {
-            cursor = before;
-        }
-    }
-    if (cursor.hasSelection()) {
-        cursor.removeSelectedText();
-    } else {
-        cursor.deletePreviousChar();
-    }
-    setTextCursor(cursor);
-    ensureCursorVisible();
-}
-
-void TextView::cancelOperation(QObject*)
-{
-    CompletionManager& completion = _services.completion;
-    if (completion.isComplating(this)) {
-        completion.terminateCompletionWithCancel(true);
-    } else {
-        complete(this);
-    }
-}
-
-void TextView::moveUp(QObject*)
-{
-    CompletionManager& completion = _services.completion;
-    if (completion.isComplating(this)) {
-        completion.selectUpperRow();
-    } else {
-        moveCursor(QTextCursor::Up);
-    }
-}
-
-void TextView::moveDown(QObject*)
-{
-    CompletionManager& completion = _services.completion;
-    if (completion.isComplating(this)) {
-        completion.selectLowerRow();
-    } else {
-        moveCursor(QTextCursor::Down);
-    }
-}
-
 void TextView::selectAll()
 {
-    CompletionManager& completion = _services.completion;
-    if (completion.isComplating(this)) {
-        completion.terminateCompletionWithCancel(true);
-    }
+    d->completion->terminateWithCancel(true);
     QPlainTextEdit::selectAll();
 }
 
@@ -790,10 +487,7 @@ void TextView::focusOutEvent(QFocusEvent* event)
     // Focus taken by another part of the window ends the completion; the list itself never
     // takes it, and a window losing its place ends it on its own.
     if (event->reason() != Qt::PopupFocusReason && event->reason() != Qt::ActiveWindowFocusReason) {
-        CompletionManager& completion = _services.completion;
-        if (completion.isComplating(this)) {
-            completion.terminateCompletionWithCancel(true);
-        }
+        d->completion->terminateWithCancel(true);
     }
     QPlainTextEdit::focusOutEvent(event);
 }
@@ -801,10 +495,7 @@ void TextView::focusOutEvent(QFocusEvent* event)
 void TextView::mousePressEvent(QMouseEvent* event)
 {
     Q_EMIT mouseDown(this);
-    CompletionManager& completion = _services.completion;
-    if (completion.isComplating(this)) {
-        completion.terminateCompletionWithCancel(true);
-    }
+    d->completion->terminateWithCancel(true);
     setFocus(Qt::MouseFocusReason);
     QPlainTextEdit::mousePressEvent(event);
 }
@@ -818,24 +509,12 @@ void TextView::doReplaceString(const QString& string, Range range, Range selecte
         SystemBeep::beep();
         return;
     }
-    QTextDocument* text = document();
-    const bool wasEmpty = text->isEmpty();
-    UndoActionNames* names = UndoActionNames::of(text);
+    UndoActionNames* names = UndoActionNames::of(document());
     names->beginStep(actionName);
-    QTextCursor cursor(text);
-    cursor.beginEditBlock();
-    cursor.setPosition(int(range.location));
-    cursor.setPosition(int(range.max()), QTextCursor::KeepAnchor);
-    if (wasEmpty) {
-        // An empty text has no characters to take the attributes from: give the new text
-        // the typing attributes, which are the text's own defaults.
-        cursor.insertText(string, QTextCharFormat());
-    } else {
-        cursor.insertText(string);
-    }
-    cursor.endEditBlock();
+    QTextCursor cursor(document());
+    TypingRules::replace(cursor, {range, string, selected});
     names->endStep();
-    setSelectedRange(selected);
+    setTextCursor(cursor);
 }
 
 void TextView::doInsertString(const QString& string, Range range, Range select,
@@ -857,45 +536,17 @@ void TextView::doInsertString(const QString& string, Range range, Range select,
     ensureCursorVisible();
 }
 
-namespace {
-
-// The text of the lines `range` touches, with their line breaks, and where it starts: a shift
-// needs no more of a large text than that.
-QString touchedLines(QTextDocument* document, Range range, qsizetype* base)
-{
-    const QTextBlock first = document->findBlock(int(range.location));
-    const QTextBlock last = document->findBlock(int(range.max()));
-    *base = first.position();
-    QTextCursor cursor(document);
-    cursor.setPosition(first.position());
-    cursor.setPosition(qMin(last.position() + last.length(), document->characterCount() - 1),
-                       QTextCursor::KeepAnchor);
-    return cursor.selectedText().replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
-}
-
-} // namespace
-
 void TextView::shiftRight(QObject*)
 {
-    const Range selection = selectedRange();
-    qsizetype base = 0;
-    const QString lines = touchedLines(document(), selection, &base);
     const LineShifter::Replacement shift =
-        LineShifter::shiftRight(lines, {selection.location - base, selection.length}, _spaceTab);
-    doReplaceString(shift.string, {shift.range.location + base, shift.range.length},
-                    {shift.selection.location + base, shift.selection.length}, tr("Shift Right"));
+        TypingRules(d->typing).shiftRight(document(), selectedRange());
+    doReplaceString(shift.string, shift.range, shift.selection, tr("Shift Right"));
 }
 
 void TextView::shiftLeft(QObject*)
 {
-    const Range selection = selectedRange();
-    qsizetype base = 0;
-    const QString lines = touchedLines(document(), selection, &base);
-    if (const auto shift = LineShifter::shiftLeft(
-            lines, {selection.location - base, selection.length}, _spaceTab)) {
-        doReplaceString(shift->string, {shift->range.location + base, shift->range.length},
-                        {shift->selection.location + base, shift->selection.length},
-                        tr("Shift Left"));
+    if (const auto shift = TypingRules(d->typing).shiftLeft(document(), selectedRange())) {
+        doReplaceString(shift->string, shift->range, shift->selection, tr("Shift Left"));
     }
 }
 
@@ -977,13 +628,13 @@ void TextView::capitalizeWord(QObject*)
 void TextView::exchangeToEntityReference(QObject*)
 {
     const Range selection = selectedRange();
-    if (_entityReference.isEmpty() || selection.length == 0) {
+    if (d->entityReference.isEmpty() || selection.length == 0) {
         return;
     }
     const QString selected =
         textCursor().selectedText().replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
     const QString replaced = StringTransform::stringByReplacingEntityReferences(
-        selected, _entityReference, _characterEntity);
+        selected, d->entityReference, d->characterEntity);
     UndoActionNames* names = UndoActionNames::of(document());
     names->beginStep(QString());
     QTextCursor cursor = textCursor();
@@ -1021,167 +672,94 @@ void TextView::contextMenuEvent(QContextMenuEvent* event)
     delete menu;
 }
 
-// Completion ---------------------------------------------------------------------------------
+// Fields ------------------------------------------------------------------------------------
 
-void TextView::complete(QObject*)
+LayoutManager* TextView::layoutManager() const
 {
-    const CompletionGuard guard(this);
-    CompletionManager& completion = _services.completion;
-    if (!completion.isComplating(this)) {
-        const Range range = rangeForUserCompletion();
-        QString partial;
-        if (!range.isNotFound()) {
-            QTextCursor cursor(document());
-            cursor.setPosition(int(range.location));
-            cursor.setPosition(int(range.max()), QTextCursor::KeepAnchor);
-            partial = cursor.selectedText();
-        }
-        completion.setCurrentPartialWord(partial);
-    }
-    if (hasMarkedText()) {
-        return;
-    }
-    CompletionDocumentWords* words =
-        CompletionDocumentWords::of(document(), CompletionCandidates::wordKind(_syntaxDictionary));
-    if (!words->prepare()) {
-        // The text's words are being read on a worker: complete once they are, unless the
-        // user has typed or moved on meanwhile.
-        if (!_waitingForWords) {
-            _waitingForWords = true;
-            const int revision = document()->revision();
-            const int position = textCursor().position();
-            connect(
-                words, &CompletionDocumentWords::ready, this,
-                [this, revision, position] {
-                    _waitingForWords = false;
-                    if (document()->revision() == revision && textCursor().position() == position &&
-                        !textCursor().hasSelection()) {
-                        complete(this);
-                    }
-                },
-                Qt::SingleShotConnection);
-        }
-        return;
-    }
-    completion.startCompletion(this);
+    return d->layoutManager;
 }
 
-Range TextView::rangeForUserCompletion() const
+GutterView* TextView::verticalRulerView() const
 {
-    const QTextCursor cursor = textCursor();
-    const qsizetype end = cursor.selectionStart();
-    const QTextBlock block = document()->findBlock(int(end));
-    const QString line = block.text();
-    qsizetype start = end - block.position();
-    const qsizetype inBlockEnd = start;
-    while (start > 0 && isWordCharacter(line[start - 1])) {
-        --start;
-    }
-    if (start == inBlockEnd) {
-        return Range::notFound();
-    }
-    return {block.position() + start, inBlockEnd - start};
+    return d->verticalRulerView;
 }
 
-QStringList TextView::completionsForPartialWordRange(Range range) const
+bool TextView::rulersVisible() const
 {
-    if (range.isNotFound() || range.length == 0) {
-        return {};
-    }
-    QTextCursor cursor(document());
-    cursor.setPosition(int(range.location));
-    cursor.setPosition(int(range.max()), QTextCursor::KeepAnchor);
-    const QString partial = cursor.selectedText();
-    CompletionDocumentWords* words =
-        CompletionDocumentWords::of(document(), CompletionCandidates::wordKind(_syntaxDictionary));
-    // While the text's words are being read, the definition's are offered alone.
-    return CompletionCandidates::completionsFromTextWords(
-        words->wordsForPartialWord(partial).value_or(QStringList()), partial, _syntaxDictionary,
-        _completeWords);
+    return d->rulersVisible;
 }
 
-void TextView::insertCompletion(const QString& word, Range range, int movement, bool isFinal)
+const TextView::TextAttributes& TextView::typingAttributes() const
 {
-    const CompletionGuard guard(this);
-    // Until accepted, the rest of the word is only shown after the typed letters: it is not
-    // in the text, so saving, undo and the modified state never see it.
-    if (!isFinal) {
-        if (selectedRange() != Range(range.max(), 0)) {
-            setSelectedRange({range.max(), 0});
-        }
-        _layoutManager->setProposedText(range.max(), word.mid(range.length));
-        ensureCursorVisible();
-        return;
-    }
-    _layoutManager->setProposedText(-1, QString());
-    if (movement == CancelTextMovement) {
-        return;
-    }
-    QTextCursor cursor(document());
-    cursor.setPosition(int(range.location));
-    cursor.setPosition(int(range.max()), QTextCursor::KeepAnchor);
-    const QString typed = cursor.selectedText();
-    if (typed != word) {
-        // One undo step, apart from the typing before it.
-        cursor.beginEditBlock();
-        if (word.startsWith(typed)) {
-            cursor.setPosition(int(range.max()));
-            cursor.insertText(word.mid(typed.size()));
-        } else {
-            cursor.insertText(word);
-        }
-        cursor.endEditBlock();
-    }
-    setSelectedRange({range.location + word.size(), 0});
-    ensureCursorVisible();
+    return d->typingAttributes;
 }
 
-QString TextView::proposedCompletion() const
+void TextView::setIndicator(QProgressBar* indicator)
 {
-    return _layoutManager ? _layoutManager->proposedText() : QString();
+    d->indicator = indicator;
 }
 
-void TextView::prepareCompletionWords()
+QProgressBar* TextView::indicator() const
 {
-    // On the next turn, once the definition of a new window has been chosen: the words are
-    // read on a worker, and only for the kind the view offers.
-    if (_preparingCompletionWords) {
-        return;
-    }
-    _preparingCompletionWords = true;
-    QTimer::singleShot(0, this, [this] {
-        _preparingCompletionWords = false;
-        CompletionDocumentWords::of(document(), CompletionCandidates::wordKind(_syntaxDictionary));
-    });
+    return d->indicator;
 }
 
-void TextView::completionEndedElsewhere()
+const TextView::Appearance& TextView::appearance() const
 {
-    // Another change of the text or of the insertion point than the completion's own: the
-    // proposed rest of the word no longer belongs there.
-    CompletionManager& completion = _services.completion;
-    if (_completionGuard == 0 && completion.isComplating(this)) {
-        completion.terminateCompletion();
-    }
+    return d->appearance;
 }
 
-void TextView::makeCompleteWordsFromSyntaxDictionary()
+const TypingRules::Settings& TextView::typingSettings() const
 {
-    _completeWords.clear();
-    const quint64 build = ++_completeWordsBuild;
-    const QVariantMap dictionary = _syntaxDictionary;
-    using Result = std::optional<QStringList>;
-    auto* watcher = new QFutureWatcher<Result>(this);
-    connect(watcher, &QFutureWatcher<Result>::finished, this, [this, watcher, build] {
-        const Result words = watcher->result();
-        watcher->deleteLater();
-        // Only the newest build counts; one that found another running leaves none.
-        if (build == _completeWordsBuild) {
-            _completeWords = words.value_or(QStringList());
-            Q_EMIT completeWordsChanged();
-        }
-    });
-    watcher->setFuture(QtConcurrent::run([syntax = &_services.syntax, dictionary] {
-        return syntax->makeCompleteWordsFromSyntaxDictionary(dictionary);
-    }));
+    return d->typing;
+}
+
+TypingRules::Settings& TextView::typing()
+{
+    return d->typing;
+}
+
+TextViewCompletion& TextView::completion() const
+{
+    return *d->completion;
+}
+
+TextViewKeys& TextView::keys() const
+{
+    return *d->keys;
+}
+
+bool TextView::usedIndentClosingBraces() const
+{
+    return d->usedIndentClosingBraces;
+}
+
+void TextView::setUsedIndentClosingBraces(bool value)
+{
+    d->usedIndentClosingBraces = value;
+}
+
+const QVariantList& TextView::entityReference() const
+{
+    return d->entityReference;
+}
+
+bool TextView::characterEntity() const
+{
+    return d->characterEntity;
+}
+
+void TextView::setCharacterEntity(bool value)
+{
+    d->characterEntity = value;
+}
+
+const QVariantMap& TextView::syntaxDictionary() const
+{
+    return d->syntaxDictionary;
+}
+
+bool TextView::hasMarkedText() const
+{
+    return d->hasMarkedText;
 }

@@ -1,6 +1,9 @@
 #pragma once
 
 #include "editor/EditorServices.h"
+#include "editor/TextViewCompletion.h"
+#include "editor/TextViewKeys.h"
+#include "editor/TypingRules.h"
 #include "platform/EditorSettings.h"
 #include "platform/Range.h"
 
@@ -8,20 +11,21 @@
 #include <QFont>
 #include <QList>
 #include <QPlainTextEdit>
-#include <QPointer>
-#include <QProgressBar>
 #include <QStringList>
 #include <QTextBlock>
 #include <QTextOption>
 #include <QVariantList>
 #include <QVariantMap>
 
+#include <memory>
 #include <optional>
 
 class GutterView;
 class LayoutManager;
 class SyntaxColoringController;
+class TextViewPrivate;
 class QMenu;
+class QProgressBar;
 
 /// The text view of an editor pane. QPlainTextEdit is itself a scroll area, so the view is
 /// also the pane's scroll view: its vertical ruler (the line-number gutter) stands in the
@@ -43,6 +47,14 @@ public:
         QPointF offset;
         QRectF rect;
     };
+    /// The font and colours the text is shown in, and the tab width in spaces.
+    struct Appearance {
+        QFont textFont;
+        qint64 tabWidth = 4;
+        QColor textColor;
+        QColor insertionPointColor;
+        QColor backgroundColor;
+    };
 
     /// Takes `settings` into the fields; the view still shows its own empty text.
     TextView(const EditorServices& services, const EditorSettings& settings,
@@ -52,26 +64,26 @@ public:
     /// Shows `textStorage`, a document that may be shared with other panes, and makes this
     /// view's LayoutManager for it.
     void setTextStorage(QTextDocument* textStorage);
-    LayoutManager* layoutManager() const { return _layoutManager; }
+    LayoutManager* layoutManager() const;
 
     /// The vertical ruler (the gutter); the view takes ownership.
     void setVerticalRulerView(GutterView* ruler);
-    GutterView* verticalRulerView() const { return _verticalRulerView; }
+    GutterView* verticalRulerView() const;
     void setRulersVisible(bool rulersVisible);
-    bool rulersVisible() const { return _rulersVisible; }
+    bool rulersVisible() const;
 
     void setupInitialTextViewSharedState();
     void configureTypingAttributesAndDefaultParagraphStyle();
     TextAttributes defaultTextAttributes() const;
-    const TextAttributes& typingAttributes() const { return _typingAttributes; }
+    const TextAttributes& typingAttributes() const;
     /// Where the text starts in the text area when scrolled to the top: one point right of
     /// and below where QPlainTextEdit would put it.
     QPointF textContainerOrigin() const;
 
     /// The managers the view works with, for the controllers of the view.
-    const EditorServices& services() const { return _services; }
+    const EditorServices& services() const;
     /// The settings the view, its layout manager and its gutter follow.
-    const EditorSettings& editorSettings() const { return _settings; }
+    const EditorSettings& editorSettings() const;
     /// Takes up changed settings: the font, the colours, the marks of invisible characters
     /// (hidden again) and the typing rules that no menu toggles. Tab width, entity references
     /// and the toggles keep the values the view started with or its window gave it.
@@ -79,38 +91,41 @@ public:
     void setWrapLines(bool wrapLines);
     bool wrapLines() const { return lineWrapMode() != QPlainTextEdit::NoWrap; }
     void setInvisibleCharacters(bool invisibleCharacters);
-    void setIndicator(QProgressBar* indicator) { _indicator = indicator; }
-    QProgressBar* indicator() const { return _indicator; }
+    void setIndicator(QProgressBar* indicator);
+    QProgressBar* indicator() const;
 
     /// The blocks shown in the viewport meeting [top, bottom], from the first visible one.
     QList<ShownBlock> shownBlocks(qreal top, qreal bottom) const;
     /// The characters of the blocks shown in the viewport.
     Range visibleCharacterRange() const;
 
-    const QFont& textFont() const { return _textFont; }
-    qint64 tabWidth() const { return _tabWidth; }
-    const QColor& textColor() const { return _textColor; }
-    const QColor& insertionPointColor() const { return _insertionPointColor; }
-    const QColor& backgroundColor() const { return _backgroundColor; }
+    const Appearance& appearance() const;
+    const QFont& textFont() const { return appearance().textFont; }
+    qint64 tabWidth() const { return appearance().tabWidth; }
+    const QColor& textColor() const { return appearance().textColor; }
+    const QColor& insertionPointColor() const { return appearance().insertionPointColor; }
+    const QColor& backgroundColor() const { return appearance().backgroundColor; }
 
-    bool autoIndent() const { return _autoIndent; }
-    void setAutoIndent(bool autoIndent) { _autoIndent = autoIndent; }
-    bool autoIndentBraces() const { return _autoIndentBraces; }
-    void setAutoIndentBraces(bool value) { _autoIndentBraces = value; }
-    bool autoIndentClosingBraces() const { return _autoIndentClosingBraces; }
-    void setAutoIndentClosingBraces(bool value) { _autoIndentClosingBraces = value; }
-    bool usedIndentClosingBraces() const { return _usedIndentClosingBraces; }
-    void setUsedIndentClosingBraces(bool value) { _usedIndentClosingBraces = value; }
-    bool autoBraceMatching() const { return _autoBraceMatching; }
-    void setAutoBraceMatching(bool autoBraceMatching) { _autoBraceMatching = autoBraceMatching; }
-    bool UsedChevronMatching() const { return _UsedChevronMatching; }
-    void setUsedChevronMatching(bool value) { _UsedChevronMatching = value; }
-    bool spaceTab() const { return _spaceTab; }
-    void setSpaceTab(bool spaceTab) { _spaceTab = spaceTab; }
-    const QVariantList& entityReference() const { return _entityReference; }
-    bool characterEntity() const { return _characterEntity; }
-    void setCharacterEntity(bool value) { _characterEntity = value; }
-    const QVariantMap& syntaxDictionary() const { return _syntaxDictionary; }
+    /// What the typing rules of this view follow.
+    const TypingRules::Settings& typingSettings() const;
+    bool autoIndent() const { return typingSettings().autoIndent; }
+    void setAutoIndent(bool autoIndent) { typing().autoIndent = autoIndent; }
+    bool autoIndentBraces() const { return typingSettings().autoIndentBraces; }
+    void setAutoIndentBraces(bool value) { typing().autoIndentBraces = value; }
+    bool autoIndentClosingBraces() const { return typingSettings().autoIndentClosingBraces; }
+    void setAutoIndentClosingBraces(bool value) { typing().autoIndentClosingBraces = value; }
+    bool usedIndentClosingBraces() const;
+    void setUsedIndentClosingBraces(bool value);
+    bool autoBraceMatching() const { return typingSettings().autoBraceMatching; }
+    void setAutoBraceMatching(bool value) { typing().autoBraceMatching = value; }
+    bool UsedChevronMatching() const { return typingSettings().chevronMatching; }
+    void setUsedChevronMatching(bool value) { typing().chevronMatching = value; }
+    bool spaceTab() const { return typingSettings().spaceTab; }
+    void setSpaceTab(bool spaceTab) { typing().spaceTab = spaceTab; }
+    const QVariantList& entityReference() const;
+    bool characterEntity() const;
+    void setCharacterEntity(bool value);
+    const QVariantMap& syntaxDictionary() const;
     void setSyntaxDictionary(const QVariantMap& syntaxDictionary);
     /// Loads the definition file at `path` and colours the whole text on the next turn; a
     /// file that cannot be read leaves the view without a definition.
@@ -126,32 +141,36 @@ public:
     /// The definitions the view's definition finds in its whole text.
     std::optional<QVariantList> makeFunctionDefinition() const;
     SyntaxColoringController* syntaxColoringController();
-    const QStringList& completeWords() const { return _completeWords; }
-    void setCompleteWords(const QStringList& completeWords) { _completeWords = completeWords; }
-    bool autoComplete() const { return _autoComplete; }
-    void setAutoComplete(bool autoComplete) { _autoComplete = autoComplete; }
-    bool isComplete() const { return _isComplete; }
-    void setIsComplete(bool isComplete) { _isComplete = isComplete; }
+    const QStringList& completeWords() const { return completion().completeWords(); }
+    void setCompleteWords(const QStringList& words) { completion().setCompleteWords(words); }
+    bool autoComplete() const { return completion().autoComplete(); }
+    void setAutoComplete(bool autoComplete) { completion().setAutoComplete(autoComplete); }
+    bool isComplete() const { return completion().isComplete(); }
+    void setIsComplete(bool isComplete) { completion().setIsComplete(isComplete); }
 
-    // Typing: indentation, tabs, brackets and completion. The key handling routes each key
-    // to one of these, as the platform's key bindings would.
-    void insertNewline(QObject* sender = nullptr);
+    // Typing: indentation, tabs, brackets and completion. The key handling (TextViewKeys)
+    // routes each key to one of these, as the platform's key bindings would; the rules
+    // themselves are TypingRules'.
+    void insertNewline(QObject* = nullptr) { keys().insertNewline(); }
     /// Indents the line just begun like the line before it, one level more after "{".
-    void autoIndent(QObject* sender);
-    void insertTab(QObject* sender = nullptr);
-    void deleteBackward(QObject* sender = nullptr);
-    void cancelOperation(QObject* sender = nullptr);
-    void moveUp(QObject* sender = nullptr);
-    void moveDown(QObject* sender = nullptr);
+    void autoIndent(QObject*) { keys().autoIndent(); }
+    void insertTab(QObject* = nullptr) { keys().insertTab(); }
+    void deleteBackward(QObject* = nullptr) { keys().deleteBackward(); }
+    void cancelOperation(QObject* = nullptr) { keys().cancelOperation(); }
+    void moveUp(QObject* = nullptr) { keys().moveUp(); }
+    void moveDown(QObject* = nullptr) { keys().moveDown(); }
     /// Inserts text typed at the keyboard, then matches a typed closing bracket.
-    void insertText(const QString& string);
+    void insertText(const QString& string) { keys().insertText(string); }
     /// The opening bracket closed by `closing`, typed just before the insertion point,
     /// among the characters shown; (0, 0) when there is none.
-    Range autoBraceMatching(const QString& closing) const;
+    Range autoBraceMatching(const QString& closing) const
+    {
+        return keys().autoBraceMatching(closing);
+    }
     /// Cancels a completion of this view first.
     void selectAll();
     /// Whether an input method is composing text in the view.
-    bool hasMarkedText() const { return _hasMarkedText; }
+    bool hasMarkedText() const;
 
     // Shifting and transformations, each one undoable step.
     void shiftRight(QObject* sender = nullptr);
@@ -182,18 +201,27 @@ public:
         ReturnTextMovement = 0x10,
         CancelTextMovement = 0x17
     };
-    void complete(QObject* sender = nullptr);
+    void complete(QObject* = nullptr) { completion().complete(); }
     /// The word before the insertion point, up to it; not found when there is none.
-    Range rangeForUserCompletion() const;
-    QStringList completionsForPartialWordRange(Range range) const;
+    Range rangeForUserCompletion() const { return completion().rangeForUserCompletion(); }
+    QStringList completionsForPartialWordRange(Range range) const
+    {
+        return completion().completionsForPartialWordRange(range);
+    }
     /// Until `isFinal`, shows the part of `word` beyond the partial word after the insertion
     /// point, grey and not in the text. Accepting (final, not cancelling) replaces the partial
     /// word by `word` as one undo step; cancelling leaves the typed word.
-    void insertCompletion(const QString& word, Range range, int movement, bool isFinal);
+    void insertCompletion(const QString& word, Range range, int movement, bool isFinal)
+    {
+        completion().insertCompletion(word, range, movement, isFinal);
+    }
     /// The rest of the word now proposed after the insertion point; empty when none is.
-    QString proposedCompletion() const;
+    QString proposedCompletion() const { return completion().proposedCompletion(); }
     /// Rebuilds `completeWords` from the definition on a worker thread.
-    void makeCompleteWordsFromSyntaxDictionary();
+    void makeCompleteWordsFromSyntaxDictionary()
+    {
+        completion().makeCompleteWordsFromSyntaxDictionary();
+    }
 
     Range selectedRange() const;
     void setSelectedRange(Range range);
@@ -221,60 +249,14 @@ protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:
+    TypingRules::Settings& typing();
+    TextViewCompletion& completion() const;
+    TextViewKeys& keys() const;
     void readFontAndColors();
     void applyFontAndColors();
     void updateMargins();
     void drawInsertionPoint(QPainter& painter, const QRect& rect);
-    void interpretKeyEvent(QKeyEvent* event);
     void exchangeSelection(QString (*transform)(const QString&), const QString& actionName);
-    /// Has the document's words for completion read on a worker, on the next turn.
-    void prepareCompletionWords();
-    void completionEndedElsewhere();
-    /// Marks changes made by the completion itself (or the key it handles), which do not end it.
-    struct CompletionGuard {
-        explicit CompletionGuard(TextView* view)
-            : view(view)
-        {
-            ++view->_completionGuard;
-        }
-        ~CompletionGuard() { --view->_completionGuard; }
-        CompletionGuard(const CompletionGuard&) = delete;
-        CompletionGuard& operator=(const CompletionGuard&) = delete;
-        TextView* view;
-    };
 
-    const EditorServices _services;
-    EditorSettings _settings;
-    QFont _textFont;
-    qint64 _tabWidth = 4;
-    QColor _textColor;
-    QColor _insertionPointColor;
-    QColor _backgroundColor;
-    bool _autoIndent = false;
-    bool _autoIndentBraces = false;
-    bool _autoIndentClosingBraces = false;
-    bool _usedIndentClosingBraces = false;
-    bool _autoBraceMatching = false;
-    bool _UsedChevronMatching = false;
-    bool _spaceTab = false;
-    QVariantList _entityReference;
-    bool _characterEntity = false;
-    QVariantMap _syntaxDictionary;
-    QStringList _completeWords;
-    bool _autoComplete = false;
-    bool _isComplete = false;
-    QPointer<QProgressBar> _indicator;
-
-    TextAttributes _typingAttributes;
-    LayoutManager* _layoutManager = nullptr;
-    GutterView* _verticalRulerView = nullptr;
-    bool _rulersVisible = true;
-    QMetaObject::Connection _storageDestroyed;
-    SyntaxColoringController* _syntaxColoring = nullptr;
-    bool _hasMarkedText = false;
-    quint64 _completeWordsBuild = 0;
-    int _completionGuard = 0;
-    bool _waitingForWords = false;
-    bool _preparingCompletionWords = false;
-    QMetaObject::Connection _textChangedElsewhere;
+    std::unique_ptr<TextViewPrivate> d;
 };

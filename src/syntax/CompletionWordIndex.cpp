@@ -1,5 +1,6 @@
 #include "syntax/CompletionWordIndex.h"
 
+#include "platform/StringTextSource.h"
 #include "syntax/CompletionCandidates.h"
 
 #include <algorithm>
@@ -280,6 +281,12 @@ qsizetype CompletionWordIndex::textLength() const
 
 bool CompletionWordIndex::update(QStringView text)
 {
+    StringTextSource source(text);
+    return update(source);
+}
+
+bool CompletionWordIndex::update(TextSource& text)
+{
     if (textLength() != text.size()) {
         return false;
     }
@@ -297,7 +304,8 @@ bool CompletionWordIndex::update(QStringView text)
         // until it does.
         while (i + 1 < _chunks.size()) {
             const qsizetype end = start + _chunks[i].length;
-            if (_chunks[i].length > 0 && CompletionWordScanner::isBoundary(text[end - 1], _kind)) {
+            if (_chunks[i].length > 0 &&
+                CompletionWordScanner::isBoundary(text.at(end - 1), _kind)) {
                 break;
             }
             Chunk& next = _chunks[i + 1];
@@ -314,7 +322,7 @@ bool CompletionWordIndex::update(QStringView text)
         const quint64 first = _chunks[i].order;
         const quint64 end =
             i + 1 < _chunks.size() ? _chunks[i + 1].order : std::numeric_limits<quint64>::max();
-        std::vector<Chunk> read = readChunks(text.sliced(start, _chunks[i].length));
+        std::vector<Chunk> read = readChunks(text.view(start, start + _chunks[i].length));
         for (const Chunk& chunk : read) {
             count(chunk.words, 1);
             start += chunk.length;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/TextSource.h"
 #include "syntax/CompletionWordScanner.h"
 
 #include <QHash>
@@ -40,6 +41,7 @@ public:
     /// Reads the words of the parts that changed. `text` is the whole text after every
     /// change told; false (and nothing read) when its length is not the one the changes
     /// add up to, which only a change not told can cause: build() again then.
+    bool update(TextSource& text);
     bool update(QStringView text);
     /// The length of the text the chunks hold.
     qsizetype textLength() const;

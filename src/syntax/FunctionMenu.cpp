@@ -64,7 +64,7 @@ int FunctionMenu::indentationLevelOf(const QVariant& value)
     return integerValue(value);
 }
 
-FunctionMenu::FunctionMenu(const std::optional<QVariantList>& definitions, const QString& text,
+FunctionMenu::FunctionMenu(const std::optional<QVariantList>& definitions, QStringView text,
                            const QString& previousTitle)
 {
     if (!definitions || definitions->isEmpty()) {
@@ -91,7 +91,7 @@ FunctionMenu::FunctionMenu(const std::optional<QVariantList>& definitions, const
 
 FunctionMenu
 FunctionMenu::fromDefinitions(const std::optional<std::vector<Definition>>& definitions,
-                              const QString& text, const QString& previousTitle)
+                              QStringView text, const QString& previousTitle)
 {
     FunctionMenu menu;
     if (!definitions || definitions->empty()) {
@@ -102,7 +102,7 @@ FunctionMenu::fromDefinitions(const std::optional<std::vector<Definition>>& defi
     return menu;
 }
 
-void FunctionMenu::addDefinitions(const std::vector<Definition>& definitions, const QString& text,
+void FunctionMenu::addDefinitions(const std::vector<Definition>& definitions, QStringView text,
                                   const QString& previousTitle)
 {
     _items.reserve(definitions.size() + 2);
@@ -118,7 +118,7 @@ void FunctionMenu::addDefinitions(const std::vector<Definition>& definitions, co
             }
             break;
         }
-        Item item = titled(text.mid(range.location, range.length));
+        Item item = titled(text.mid(range.location, range.length).toString());
         if (item.title == QStringLiteral("-")) {
             _items.push_back(separator());
             continue;
@@ -144,7 +144,7 @@ void FunctionMenu::addDefinitions(const std::vector<Definition>& definitions, co
     }
 }
 
-Range FunctionMenu::rangeToSelect(const Item& item, const QString& text)
+Range FunctionMenu::rangeToSelect(const Item& item, QStringView text)
 {
     if (item.isSeparator || item.rangeString.isEmpty()) {
         return Range::notFound();
@@ -152,7 +152,7 @@ Range FunctionMenu::rangeToSelect(const Item& item, const QString& text)
     return lineRangeForRange(text, NSRangeFromString(item.rangeString));
 }
 
-Range FunctionMenu::lineRangeForRange(const QString& text, Range range)
+Range FunctionMenu::lineRangeForRange(QStringView text, Range range)
 {
     const qsizetype n = text.size();
     const qsizetype location = qBound(qsizetype(0), range.location, n);

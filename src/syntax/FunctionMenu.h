@@ -61,8 +61,7 @@ public:
     };
     /// The pop-up for `definitions` as the constructor makes it for definition items.
     static FunctionMenu fromDefinitions(const std::optional<std::vector<Definition>>& definitions,
-                                        const QString& text,
-                                        const QString& previousTitle = QString());
+                                        QStringView text, const QString& previousTitle = QString());
     /// An "IndentationLevel" as stored: a number, or a string counted by its leading integer.
     static int indentationLevelOf(const QVariant& value);
 
@@ -71,7 +70,7 @@ public:
     /// becoming a separator. The list ends at the first definition that lies beyond the
     /// text (the text changed since the list was made). The item titled like
     /// `previousTitle` (the first such) is selected.
-    FunctionMenu(const std::optional<QVariantList>& definitions, const QString& text,
+    FunctionMenu(const std::optional<QVariantList>& definitions, QStringView text,
                  const QString& previousTitle = QString());
 
     const std::vector<Item>& items() const { return _items; }
@@ -82,13 +81,13 @@ public:
     /// What choosing `item` selects: the whole lines its definition touches, line ends
     /// included. Not found for "No Symbol selected" and separators (the caret then goes
     /// to the start of the selection).
-    static Range rangeToSelect(const Item& item, const QString& text);
+    static Range rangeToSelect(const Item& item, QStringView text);
     /// The lines `range` touches, their line ends included.
-    static Range lineRangeForRange(const QString& text, Range range);
+    static Range lineRangeForRange(QStringView text, Range range);
 
 private:
     FunctionMenu() = default;
-    void addDefinitions(const std::vector<Definition>& definitions, const QString& text,
+    void addDefinitions(const std::vector<Definition>& definitions, QStringView text,
                         const QString& previousTitle);
 
     std::vector<Item> _items;

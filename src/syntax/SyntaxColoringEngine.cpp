@@ -1,6 +1,7 @@
 #include "syntax/SyntaxColoringEngine.h"
 
 #include "platform/Scanner.h"
+#include "platform/StringTextSource.h"
 
 #include <algorithm>
 #include <functional>
@@ -293,7 +294,7 @@ void SyntaxColoringEngine::textDidChange(qsizetype location, qsizetype removed, 
     _editAdded = newEnd - start;
 }
 
-void SyntaxColoringEngine::applyPendingEdit(const QString& text)
+void SyntaxColoringEngine::applyPendingEdit(TextSource& text)
 {
     if (_cachedLength < 0) {
         return;
@@ -322,6 +323,29 @@ void SyntaxColoringEngine::applyPendingEdit(const QString& text)
 
 namespace {
 
+// The text from `offset` to its end, in one piece; positions stay those of the whole text.
+// The block loop only ever reads forward from where it resumes.
+struct Tail {
+    QStringView rest;
+    qsizetype offset = 0;
+
+    qsizetype size() const { return offset + rest.size(); }
+    qsizetype skipSpaces(qsizetype location) const
+    {
+        return offset + ::skipSpaces(rest, location - offset);
+    }
+    qsizetype indexOf(const QString& string, qsizetype from) const
+    {
+        const qsizetype found = rest.indexOf(string, from - offset, Qt::CaseInsensitive);
+        return found < 0 ? size() : offset + found;
+    }
+};
+
+Tail tailFrom(TextSource& text, qsizetype offset)
+{
+    return {text.view(offset, text.size()), offset};
+}
+
 // One turn of the block loop from `location`, which is not at the scanner's end: where the
 // start string was reached and where the end string was reached after it.
 struct Turn {
@@ -329,33 +353,28 @@ struct Turn {
     qsizetype end;
 };
 
-Turn blockTurn(QStringView text, const QString& startString, const QString& endString,
+Turn blockTurn(const Tail& text, const QString& startString, const QString& endString,
                qsizetype location)
 {
     const qsizetype n = text.size();
-    const qsizetype from = skipSpaces(text, location);
-    qsizetype start = n;
-    if (!startString.isEmpty()) {
-        const qsizetype found = text.indexOf(startString, from, Qt::CaseInsensitive);
-        start = found < 0 ? n : found;
-    }
-    const qsizetype endFrom = skipSpaces(text, start);
+    const qsizetype from = text.skipSpaces(location);
+    const qsizetype start = startString.isEmpty() ? n : text.indexOf(startString, from);
+    const qsizetype endFrom = text.skipSpaces(start);
     qsizetype end = n;
     if (endFrom < n && !endString.isEmpty()) {
-        const qsizetype found = text.indexOf(endString, endFrom, Qt::CaseInsensitive);
-        end = found < 0 ? n : found;
+        end = text.indexOf(endString, endFrom);
     }
     return {start, end};
 }
 
-bool isAtEnd(QStringView text, qsizetype location)
+bool isAtEnd(const Tail& text, qsizetype location)
 {
-    return skipSpaces(text, location) >= text.size();
+    return text.skipSpaces(location) >= text.size();
 }
 
 // Runs the block loop from `location` and appends its turns, until the loop ends or
 // `converged` accepts the position reached after a turn.
-void runBlockTurns(QStringView text, const QString& startString, const QString& endString,
+void runBlockTurns(const Tail& text, const QString& startString, const QString& endString,
                    qsizetype location, SyntaxColoring::BlockTurns& turns,
                    const std::function<bool(qsizetype)>& converged)
 {
@@ -377,7 +396,7 @@ void runBlockTurns(QStringView text, const QString& startString, const QString& 
 
 } // namespace
 
-void SyntaxColoringEngine::updateBlockTurns(BlockEntry& entry, QStringView text)
+void SyntaxColoringEngine::updateBlockTurns(BlockEntry& entry, TextSource& text)
 {
     const SyntaxColoring::BlockTurns& old = *entry.turns;
     const qsizetype oldLength = _cachedLength;
@@ -430,7 +449,8 @@ void SyntaxColoringEngine::updateBlockTurns(BlockEntry& entry, QStringView text)
         }
         return false;
     };
-    runBlockTurns(text, entry.startString, entry.endString, resume, *turns, converged);
+    runBlockTurns(tailFrom(text, resume), entry.startString, entry.endString, resume, *turns,
+                  converged);
     if (rejoin < count) {
         for (size_t i = rejoin + 1; i < count; ++i) {
             turns->starts.push_back(old.starts[i] + delta);
@@ -651,7 +671,7 @@ bool SyntaxColoringEngine::syntaxRegularExpressionColoring(
     return true;
 }
 
-void SyntaxColoringEngine::syntaxBlockColoring(BlockList& blocks, QStringView whole, Range range,
+void SyntaxColoringEngine::syntaxBlockColoring(BlockList& blocks, TextSource& text, Range range,
                                                SyntaxColoring::Category category,
                                                std::vector<quint8>& paint,
                                                std::vector<SyntaxColoring::BlockLayer>& layers)
@@ -661,7 +681,7 @@ void SyntaxColoringEngine::syntaxBlockColoring(BlockList& blocks, QStringView wh
     for (BlockEntry& entry : blocks.entries) {
         if (!entry.valid) {
             auto turns = std::make_shared<SyntaxColoring::BlockTurns>();
-            runBlockTurns(whole, entry.startString, entry.endString, 0, *turns, {});
+            runBlockTurns(tailFrom(text, 0), entry.startString, entry.endString, 0, *turns, {});
             entry.turns = std::move(turns);
             entry.valid = true;
         }
@@ -690,6 +710,12 @@ void SyntaxColoringEngine::syntaxBlockColoring(BlockList& blocks, QStringView wh
 
 SyntaxColoring SyntaxColoringEngine::coloringRange(const QString& text, Range range)
 {
+    StringTextSource source(text);
+    return coloringRange(source, range);
+}
+
+SyntaxColoring SyntaxColoringEngine::coloringRange(TextSource& text, Range range)
+{
     const qsizetype n = text.size();
     const qsizetype from = qBound(qsizetype(0), range.location, n);
     const qsizetype to = qBound(from, range.max(), n);
@@ -699,8 +725,10 @@ SyntaxColoring SyntaxColoringEngine::coloringRange(const QString& text, Range ra
     const Definition& definition = *_definition;
     applyPendingEdit(text);
 
-    const QStringView whole(text);
-    const QStringView part = whole.mid(from, to - from);
+    // A copy: the block passes below may ask the source for other stretches, which can
+    // move what a view of it shows.
+    const QString partText = text.view(from, to).toString();
+    const QStringView part(partText);
     std::vector<quint8> paint(size_t(to - from), None);
     quint8 category = None;
     auto paintInPart = [&](qsizetype location, qsizetype length) {
@@ -759,7 +787,7 @@ SyntaxColoring SyntaxColoringEngine::coloringRange(const QString& text, Range ra
             interrupted |= quint16(1u << c);
         }
         if (hasBlockPass(c)) {
-            syntaxBlockColoring(_definition->blocks[size_t(c)], whole, Range(from, to - from),
+            syntaxBlockColoring(_definition->blocks[size_t(c)], text, Range(from, to - from),
                                 Category(c), paint, layers);
         }
     }

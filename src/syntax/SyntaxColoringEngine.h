@@ -2,6 +2,7 @@
 
 #include "platform/Range.h"
 #include "platform/Regex.h"
+#include "platform/TextSource.h"
 #include "syntax/SyntaxColoring.h"
 
 #include <QString>
@@ -47,6 +48,7 @@ public:
 
     /// The colours of `range` of `text` (clamped to the text); an empty result for an empty
     /// range.
+    SyntaxColoring coloringRange(TextSource& text, Range range);
     SyntaxColoring coloringRange(const QString& text, Range range);
 
 private:
@@ -80,14 +82,14 @@ private:
     struct Definition;
 
     void compile();
-    void applyPendingEdit(const QString& text);
-    void updateBlockTurns(BlockEntry& entry, QStringView text);
+    void applyPendingEdit(TextSource& text);
+    void updateBlockTurns(BlockEntry& entry, TextSource& text);
     /// The pattern pass; false when it ended early (time limit or failure).
     bool
     syntaxRegularExpressionColoring(const PatternList& patterns, QStringView text,
                                     const std::function<void(qsizetype, qsizetype)>& paint) const;
     /// The block pass over the whole text, painting what falls into `range`.
-    void syntaxBlockColoring(BlockList& blocks, QStringView whole, Range range,
+    void syntaxBlockColoring(BlockList& blocks, TextSource& text, Range range,
                              SyntaxColoring::Category category, std::vector<quint8>& paint,
                              std::vector<SyntaxColoring::BlockLayer>& layers);
     /// Whether the plain words of `words` can be found as whole runs of word characters in

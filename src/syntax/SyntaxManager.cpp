@@ -55,7 +55,7 @@ void SyntaxManager::updatePreferences(const SyntaxColors& colors)
     _colors[SyntaxColoring::Comments] = colors.comments;
 }
 
-std::optional<SyntaxColoring> SyntaxManager::syntaxColoringRange(Range range, const QString& text,
+std::optional<SyntaxColoring> SyntaxManager::syntaxColoringRange(Range range, TextSource& text,
                                                                  SyntaxColoringEngine& engine)
 {
     // Applying colours can report a text change that asks for colours again.
@@ -67,8 +67,7 @@ std::optional<SyntaxColoring> SyntaxManager::syntaxColoringRange(Range range, co
 }
 
 std::optional<QVariantList>
-SyntaxManager::makeFunctionDefinitionWithString(const QString& string,
-                                                const QVariantMap& dictionary)
+SyntaxManager::makeFunctionDefinitionWithString(QStringView string, const QVariantMap& dictionary)
 {
     const QVariant definitions = dictionary.value(QStringLiteral("FunctionDefinition"));
     if (!definitions.isValid() || _isFunctionLoop) {

@@ -15,6 +15,7 @@
 #include <optional>
 
 class SyntaxColoringEngine;
+class TextSource;
 
 /// The application's one syntax manager: the colours of the nine categories, pushed from
 /// the settings, the guards of the colouring, function-list and completion passes, and the
@@ -57,14 +58,14 @@ public:
 
     /// Colours `range` of `text` with `engine`'s definition. None when the range is empty
     /// or a colouring pass is already running: then nothing changes.
-    std::optional<SyntaxColoring> syntaxColoringRange(Range range, const QString& text,
+    std::optional<SyntaxColoring> syntaxColoringRange(Range range, TextSource& text,
                                                       SyntaxColoringEngine& engine);
 
     /// The definitions the "FunctionDefinition" patterns of `dictionary` find in `string`,
     /// sorted by position (equal positions keep the order they were found in); none when
     /// there is nothing to look for, a build is running, or an entry fails (a match running
     /// into the regular-expression time limit counts as failing).
-    std::optional<QVariantList> makeFunctionDefinitionWithString(const QString& string,
+    std::optional<QVariantList> makeFunctionDefinitionWithString(QStringView string,
                                                                  const QVariantMap& dictionary);
 
 private:

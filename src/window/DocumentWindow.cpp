@@ -52,10 +52,16 @@ DocumentWindow::DocumentWindow(QWidget* parent)
 
     auto* status = new QHBoxLayout;
     status->setContentsMargins(8, 2, 8, 2);
-    _infoField = new QLabel(central);
+    // The status text changes with every key. In a layout, each change would have the
+    // whole window laid out again; in a field of its own it is only placed in that field.
+    _infoArea = new QWidget(central);
+    _infoField = new QLabel(_infoArea);
     _infoField->setObjectName(QStringLiteral("infoField"));
     _infoField->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    status->addWidget(_infoField, 1);
+    _infoArea->setFixedHeight(_infoField->sizeHint().height());
+    _infoArea->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    _infoArea->installEventFilter(this);
+    status->addWidget(_infoArea, 1);
     _indicator = new QProgressBar(central);
     _indicator->setRange(0, 0);
     _indicator->setMaximumSize(80, 12);
@@ -180,4 +186,12 @@ void DocumentWindow::bringToFront()
     shown->show();
     shown->raise();
     shown->activateWindow();
+}
+
+bool DocumentWindow::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == _infoArea && event->type() == QEvent::Resize) {
+        _infoField->setGeometry(_infoArea->rect());
+    }
+    return QMainWindow::eventFilter(watched, event);
 }

@@ -65,11 +65,13 @@ Q_SIGNALS:
     void tabWindowChanged();
 
 protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void changeEvent(QEvent* event) override;
 
 private:
     QSplitter* _splitView = nullptr;
+    QWidget* _infoArea = nullptr;
     QLabel* _infoField = nullptr;
     QProgressBar* _indicator = nullptr;
     QComboBox* _functionPopUp = nullptr;

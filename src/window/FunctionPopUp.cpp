@@ -230,7 +230,7 @@ void FunctionPopUp::updateFunctionDefinitionList(TextView* textView)
         return;
     }
     setFunctionMenu(FunctionMenu::fromDefinitions(
-        definitions->definitions(), TextMirror::mirrorOfDocument(textView->document())->string(),
+        definitions->definitions(), TextMirror::mirrorOfDocument(textView->document())->text(),
         previous));
 }
 
@@ -269,7 +269,7 @@ void FunctionPopUp::selectedFunctionDefinitionItem(TextView* textView, int index
         textView->setTextCursor(cursor);
         return;
     }
-    const QString& text = TextMirror::mirrorOfDocument(textView->document())->string();
+    const QStringView text = TextMirror::mirrorOfDocument(textView->document())->text();
     const Range range = FunctionMenu::lineRangeForRange(
         text, NSRangeFromString(itemData(index, RangeStringRole).toString()));
     // The end first, then back to the start: the view scrolls to the definition's first line.

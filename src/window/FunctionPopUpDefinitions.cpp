@@ -34,7 +34,7 @@ FunctionPopUpDefinitions::FunctionPopUpDefinitions(QTextDocument* document,
         return;
     }
     // Until the first reading the whole text is a change not yet read.
-    _index->textDidChange(0, 0, _mirror->string().size());
+    _index->textDidChange(0, 0, _mirror->size());
     if (pendingIsLarge()) {
         _buildTimer.start();
     }
@@ -90,8 +90,7 @@ void FunctionPopUpDefinitions::startBuild()
     ++_builds;
     // The copy is this thread's only pass over the whole text: the worker cannot read the
     // mirror while edits change it.
-    const QString& text = _mirror->string();
-    QString snapshot(text.constData(), text.size());
+    QString snapshot = _mirror->text().toString();
     const QVariantMap dictionary = _syntaxDictionary;
     _build.setFuture(QtConcurrent::run([snapshot = std::move(snapshot), dictionary] {
         auto built = std::make_shared<FunctionDefinitionIndex>(dictionary);
@@ -139,8 +138,9 @@ std::optional<std::vector<FunctionMenu::Definition>> FunctionPopUpDefinitions::d
         _buildTimer.stop();
     }
     const qint64 before = _index->scannedCharacters();
-    if (!_index->update(_mirror->string())) {
-        _index->build(_mirror->string());
+    const QStringView text = _mirror->text();
+    if (!_index->update(text)) {
+        _index->build(text);
     }
     _scanned += _index->scannedCharacters() - before;
     return _index->definitions();

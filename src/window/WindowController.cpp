@@ -1,7 +1,6 @@
 #include "window/WindowController.h"
 
 #include "document/Document.h"
-#include "document/EncodingManager.h"
 #include "editor/CompletionManager.h"
 #include "editor/EditorController.h"
 #include "editor/LayoutManager.h"
@@ -14,27 +13,20 @@
 #include "platform/StringEncoding.h"
 #include "platform/TextCodec.h"
 #include "search/SearchManager.h"
-#include "syntax/SyntaxDefinitionFolder.h"
 #include "syntax/SyntaxManager.h"
-#include "window/CaretPosition.h"
-#include "window/CharacterCounter.h"
 #include "window/DiskChangeNotices.h"
 #include "window/DocumentWindow.h"
 #include "window/FunctionPopUp.h"
 #include "window/ReadingNotices.h"
 #include "window/SidebarView.h"
+#include "window/StatusLine.h"
 
 #include <QAction>
 #include <QApplication>
-#include <QDesktopServices>
-#include <QFileInfo>
-#include <QLabel>
-#include <QLocale>
 #include <QMessageBox>
 #include <QProgressBar>
 #include <QSplitter>
 #include <QTextDocument>
-#include <QUrl>
 
 namespace {
 
@@ -48,23 +40,16 @@ WindowController::WindowController(Document* document)
 {
     Preferences& preferences = Preferences::sharedPreferences();
     const PreferencesValues settings = preferences.current();
-    _showInvisibleCharacters = settings.window.showInvisibleCharacters;
-    _showGutterView = settings.window.showGutterView;
-    _wrapLines = settings.editor.wrapLines;
-    _autoIndent = settings.editor.autoIndent;
-    _autoBraceMatching = settings.editor.autoBraceMatching;
-    _autoComplete = settings.editor.autoComplete;
-    _allowSpellChecking = settings.window.allowSpellChecking;
+    _toggles.read(settings);
     _spellCheckLanguage = settings.window.spellCheckLanguage;
     _useVerticalforSplitView = settings.window.useVerticalforSplitView;
-    _syntaxColouring = settings.window.syntaxColouring;
-    _defaultForFileType = settings.window.defaultForFileType;
-    _selectedSyntaxName = settings.window.defaultsSyntaxName;
+    _syntax.read(settings.window);
 
     _window = new DocumentWindow;
     _sidebarView = new SidebarView(this);
     _sidebarView->placeBeside(_window->splitView());
-    _counter = new CharacterCounter(document->textStorage());
+    _statusLine = new StatusLine(this);
+    connect(_statusLine, &StatusLine::changed, this, &WindowController::toolbarInformationChanged);
     // Changed settings reach the panes and the document as they are pushed; after every
     // reading the window's toggles go back to the settings.
     connect(&preferences, &Preferences::editorSettingsChanged, this,
@@ -76,21 +61,9 @@ WindowController::WindowController(Document* document)
     connect(&preferences, &Preferences::documentSettingsChanged, document,
             &Document::updatePreferences);
     connect(&preferences, &Preferences::reloaded, this, &WindowController::updatePreferences);
-    _fileIsReadOnly = isReadOnlyFile(document->fileURL());
     connect(document, &Document::documentInformationChanged, this, [this] {
-        _fileIsReadOnly = isReadOnlyFile(_document->fileURL());
-        // A new document named on the command line, or saved under a new name, takes the
-        // syntax of its extension at once when the window chooses by file type.
-        const QString file = _document->fileURL();
-        if (file != _syntaxFileURL) {
-            const bool newExtension =
-                _syntaxFileURL.isEmpty() ||
-                QFileInfo(file).suffix() != QFileInfo(_syntaxFileURL).suffix();
-            _syntaxFileURL = file;
-            if (_defaultForFileType && newExtension) {
-                syntaxSettingToTextView();
-            }
-        }
+        _statusLine->fileChanged();
+        _syntax.fileChanged();
         for (TextView* view : textViews()) {
             view->layoutManager()->setCharacterStandIns(_document->characterStandIns());
         }
@@ -115,12 +88,8 @@ WindowController::WindowController(Document* document)
             &WindowController::textDidChange);
     connect(_window, &DocumentWindow::becameActive, this, [this] {
         if (!textView() || !textView()->textCursor().hasSelection()) {
-            showWholeCount();
+            _statusLine->showWholeCount();
         }
-    });
-    connect(_counter, &CharacterCounter::rangeCounted, this, [this](qint64 count) {
-        _infoCharacters = count;
-        updateToolbarInformation();
     });
     if (auto* popUp = qobject_cast<FunctionPopUp*>(_window->functionPopUp())) {
         connect(popUp, &FunctionPopUp::willPopUp, this,
@@ -136,6 +105,11 @@ WindowController::~WindowController()
         _window->setCloseHandler(nullptr);
         _window->close();
     }
+}
+
+DocumentWindow* WindowController::window() const
+{
+    return _window;
 }
 
 TextView* WindowController::textView() const
@@ -167,23 +141,23 @@ void WindowController::addPane()
     TextView* view = pane->textView();
     _mainTextView = view;
     connect(view, &TextView::selectionChanged, this,
-            [this, view] { textViewDidChangeSelection(view); });
+            [this, view] { _statusLine->selectionChanged(view); });
     connect(view, &TextView::mouseDown, this, &WindowController::textViewMouseDown);
     connect(view, &QPlainTextEdit::cursorPositionChanged, this, [this, view] {
         if (view == textView()) {
-            showCaretPosition();
+            _statusLine->showCaretPosition();
         }
     });
     // The pane clicked or given the focus last is the one menu commands act on.
     connect(qApp, &QApplication::focusChanged, view, [this, view](QWidget*, QWidget* now) {
         if (now == view) {
             _mainTextView = view;
-            showCaretPosition();
+            _statusLine->showCaretPosition();
         }
     });
     view->setFocus();
     // A pane not yet shown does not take the focus at once, and is in front all the same.
-    showCaretPosition();
+    _statusLine->showCaretPosition();
 }
 
 void WindowController::textViewMouseDown(TextView* view)
@@ -204,13 +178,10 @@ void WindowController::textViewMouseDown(TextView* view)
 void WindowController::applyStateToPane(TextView* view)
 {
     view->setIndicator(_window->indicator());
-    view->setInvisibleCharacters(_showInvisibleCharacters);
-    view->setRulersVisible(_showGutterView);
-    view->setWrapLines(_wrapLines);
-    view->setAutoIndent(_autoIndent);
-    view->setAutoBraceMatching(_autoBraceMatching);
-    view->setAutoComplete(_autoComplete);
-    SpellCheckingController::of(view)->setContinuousSpellCheckingEnabled(_allowSpellChecking,
+    for (int toggle = 0; toggle < ViewToggles::ToggleCount; ++toggle) {
+        _toggles.applyTo(ViewToggles::Toggle(toggle), view);
+    }
+    SpellCheckingController::of(view)->setContinuousSpellCheckingEnabled(allowSpellChecking(),
                                                                          _spellCheckLanguage);
     view->layoutManager()->setCharacterStandIns(_document->characterStandIns());
     view->setReadOnly(_document->isLoading() || _document->isReadOnly());
@@ -239,8 +210,7 @@ void WindowController::windowDidLoad()
         setWindowIdentifier(identifier);
         const bool namesSyntax = fields.size() >= 2 && fields[1] != kNone && fields[1] != u"59";
         if (namesSyntax) {
-            _selectedSyntaxName = fields[1];
-            _syntaxColouring = true;
+            _syntax.restore(fields[1]);
         }
         // After the syntax is known, so that the identifier the sidebar writes keeps it.
         swicthSidebar(nullptr);
@@ -250,7 +220,7 @@ void WindowController::windowDidLoad()
         }
     }
     syntaxSettingToTextView();
-    showWholeCount();
+    _statusLine->showWholeCount();
     updateTitle();
 }
 
@@ -266,95 +236,22 @@ void WindowController::updateTitle()
         return;
     }
     _window->setWindowFilePath(_document->fileURL());
-    _window->setWindowTitle(_document->displayName() + QStringLiteral("[*]") +
-                            (_fileIsReadOnly ? QStringLiteral(" — Read-Only") : QString()));
+    _window->setWindowTitle(
+        _document->displayName() + QStringLiteral("[*]") +
+        (_statusLine->isFileReadOnly() ? QStringLiteral(" — Read-Only") : QString()));
     _window->setWindowModified(_document->isDocumentEdited());
 }
 
 // Syntax -------------------------------------------------------------------------------
 
-void WindowController::writeWindowIdentifier(const QString& syntaxName)
-{
-    const QString pane = _isSidebarView ? QString::number(_lastSelectedType) : kNone;
-    setWindowIdentifier(pane + u':' + (syntaxName.isEmpty() ? kNone : syntaxName));
-}
-
-void WindowController::setFunctionPopUpShown(bool shown)
-{
-    if (_window) {
-        _window->functionPopUp()->setVisible(shown);
-        // The definitions are read now, on a worker, so that the pop-up opens at once.
-        auto* popUp = qobject_cast<FunctionPopUp*>(_window->functionPopUp());
-        if (shown && popUp) {
-            popUp->prepareFunctionDefinitions(textView());
-        }
-    }
-}
-
 void WindowController::syntaxSettingToTextView()
 {
-    TextView* view = textView();
-    if (!view) {
-        return;
-    }
-    _syntaxFileURL = _document->fileURL();
-    if (_defaultForFileType && !_document->fileURL().isEmpty()) {
-        const QString path = SyntaxDefinitionFolder::definitionPathForExtension(
-            QFileInfo(_document->fileURL()).suffix());
-        if (!path.isEmpty()) {
-            view->setSyntaxDictionay(path);
-            setFunctionPopUpShown(true);
-            _syntaxColouring = true;
-            _selectedSyntaxName = SyntaxDefinitionFolder::syntaxNameOfPath(path);
-            writeWindowIdentifier(_selectedSyntaxName);
-            return;
-        }
-    }
-    if (_syntaxColouring) {
-        for (const QString& path :
-             SyntaxDefinitionFolder::definitionPathsNamed(_selectedSyntaxName)) {
-            view->setSyntaxDictionay(path);
-            setFunctionPopUpShown(true);
-            writeWindowIdentifier(_selectedSyntaxName);
-        }
-        return;
-    }
-    view->removeSyntaxDictionary();
-    setFunctionPopUpShown(false);
-    _selectedSyntaxName.clear();
-    writeWindowIdentifier(QString());
+    _syntax.syntaxSettingToTextView();
 }
 
 void WindowController::selectedSyntaxColoring(QAction* item)
 {
-    const QString title = item->text();
-    QString recorded;
-    for (TextView* view : textViews()) {
-        if (title == kNone) {
-            view->removeSyntaxDictionary();
-            setFunctionPopUpShown(false);
-            _syntaxColouring = false;
-            _defaultForFileType = false;
-            _selectedSyntaxName.clear();
-            recorded.clear();
-        } else if (title == u"Default For File Type") {
-            _syntaxColouring = false;
-            _selectedSyntaxName.clear();
-            _defaultForFileType = true;
-            syntaxSettingToTextView();
-            recorded.clear();
-        } else {
-            const QString path = item->data().toString();
-            view->setSyntaxDictionay(path);
-            setFunctionPopUpShown(true);
-            _syntaxColouring = true;
-            _defaultForFileType = false;
-            _selectedSyntaxName = SyntaxDefinitionFolder::syntaxNameOfPath(path);
-            recorded = _selectedSyntaxName;
-        }
-    }
-    writeWindowIdentifier(recorded);
-    updateToolbarInformation();
+    _syntax.selectedSyntaxColoring(item);
 }
 
 void WindowController::updateFunctionDefinitionList()
@@ -373,64 +270,57 @@ void WindowController::selectedFunctionDefinitionItem(int index)
 
 // Toggles ------------------------------------------------------------------------------
 
-void WindowController::applyToggle(QObject* sender, bool& flag, void (TextView::*setter)(bool))
+void WindowController::toggle(ViewToggles::Toggle toggle, QObject* sender)
 {
-    // A sender is the user's menu item; without one the window's state is only re-applied.
     if (sender) {
-        flag = !flag;
+        _toggles.invert(toggle);
     }
     for (TextView* view : textViews()) {
-        (view->*setter)(flag);
+        _toggles.applyTo(toggle, view);
     }
 }
 
 void WindowController::toggleGutterView(QObject* sender)
 {
-    applyToggle(sender, _showGutterView, &TextView::setRulersVisible);
+    toggle(ViewToggles::LineNumbers, sender);
 }
 
 void WindowController::toggleInvisibleCharacters(QObject* sender)
 {
-    applyToggle(sender, _showInvisibleCharacters, &TextView::setInvisibleCharacters);
+    toggle(ViewToggles::InvisibleCharacters, sender);
 }
 
 void WindowController::toggleWrapLines(QObject* sender)
 {
-    if (sender) {
-        _wrapLines = !_wrapLines;
-    }
-    TextView* main = textView();
-    for (TextView* view : textViews()) {
-        view->setWrapLines(_wrapLines);
-    }
-    if (main) {
+    toggle(ViewToggles::WrapLines, sender);
+    if (TextView* main = textView()) {
         main->setFocus();
     }
 }
 
 void WindowController::toggleAutoIndent(QObject* sender)
 {
-    applyToggle(sender, _autoIndent, &TextView::setAutoIndent);
+    toggle(ViewToggles::AutoIndent, sender);
 }
 
 void WindowController::toggleAutoBraceMatching(QObject* sender)
 {
-    applyToggle(sender, _autoBraceMatching, &TextView::setAutoBraceMatching);
+    toggle(ViewToggles::BraceMatching, sender);
 }
 
 void WindowController::toggleAutoComplete(QObject* sender)
 {
-    applyToggle(sender, _autoComplete, &TextView::setAutoComplete);
+    toggle(ViewToggles::AutoComplete, sender);
 }
 
 void WindowController::toggleSpellChecking(QObject* sender)
 {
     if (sender) {
-        _allowSpellChecking = !_allowSpellChecking;
+        _toggles.invert(ViewToggles::SpellChecking);
     }
     SpellChecker::sharedSpellChecker().setLanguage(_spellCheckLanguage);
     for (TextView* view : textViews()) {
-        SpellCheckingController::of(view)->setContinuousSpellCheckingEnabled(_allowSpellChecking,
+        SpellCheckingController::of(view)->setContinuousSpellCheckingEnabled(allowSpellChecking(),
                                                                              _spellCheckLanguage);
     }
 }
@@ -439,32 +329,12 @@ void WindowController::toggleSpellChecking(QObject* sender)
 
 bool WindowController::validateMenuItem(QAction* item) const
 {
-    const int tag = item->property("tag").toInt();
-    switch (tag) {
+    if (_toggles.validate(item)) {
+        return true;
+    }
+    switch (item->property("tag").toInt()) {
     case SplitPaneTag:
         item->setText(_isSplitView ? tr("Hide Split Pane") : tr("Show Split Pane"));
-        break;
-    case LineNumbersTag:
-        item->setText(_showGutterView ? tr("Hide Line Numbers") : tr("Show Line Numbers"));
-        break;
-    case InvisibleCharactersTag:
-        item->setText(_showInvisibleCharacters ? tr("Hide Invisible Characters")
-                                               : tr("Show Invisible Characters"));
-        break;
-    case WrapLinesTag:
-        item->setChecked(_wrapLines);
-        break;
-    case AutoIndentTag:
-        item->setChecked(_autoIndent);
-        break;
-    case BraceMatchingTag:
-        item->setChecked(_autoBraceMatching);
-        break;
-    case SpellCheckingTag:
-        item->setChecked(_allowSpellChecking);
-        break;
-    case CompletionTag:
-        item->setChecked(_autoComplete);
         break;
     case VerticalSplitTag:
         item->setChecked(_useVerticalforSplitView);
@@ -476,27 +346,9 @@ bool WindowController::validateMenuItem(QAction* item) const
     case LineBreaksTag:
         item->setChecked(item->data().toLongLong() == _document->documentLineBreaks());
         break;
-    case SyntaxTag: {
-        const QString title = item->text();
-        const bool isDefault = title == u"Default For File Type";
-        if (_defaultForFileType && !_syntaxColouring) {
-            item->setChecked(isDefault);
-        } else if (!_defaultForFileType && _syntaxColouring) {
-            item->setChecked(title == _selectedSyntaxName);
-        } else if (_defaultForFileType && _syntaxColouring) {
-            item->setChecked(!isDefault && title == _selectedSyntaxName);
-        } else {
-            item->setChecked(title == u"None");
-        }
-        if (isDefault) {
-            // Qt menus have no mixed state: the item shows the style's own mark of a
-            // partly checked box where its check mark would be.
-            item->setIcon(_defaultForFileType && _syntaxColouring && _window
-                              ? _window->mixedStateIcon()
-                              : QIcon());
-        }
+    case SyntaxTag:
+        _syntax.validate(item);
         break;
-    }
     default:
         break;
     }
@@ -505,84 +357,24 @@ bool WindowController::validateMenuItem(QAction* item) const
 
 // Status line --------------------------------------------------------------------------
 
-void WindowController::textViewDidChangeSelection(TextView* view)
-{
-    if (view != textView()) {
-        return;
-    }
-    const QTextCursor cursor = view->textCursor();
-    if (!cursor.hasSelection()) {
-        showWholeCount();
-        return;
-    }
-    // Answered by rangeCounted, at once or from a worker; an older answer never lands.
-    _counter->countRange(cursor.selectionStart(), cursor.selectionEnd(), _allowWhitespaceCount);
-}
-
-void WindowController::showWholeCount()
-{
-    // The whole text's count is kept up to date as it changes: nothing to copy. A selection's
-    // count still on its way is older than this one.
-    _counter->cancelRangeCount();
-    _infoCharacters = _counter->count();
-    updateToolbarInformation();
-}
-
 void WindowController::updateSelectCharacterInformation(const QString& text)
 {
-    if (_countloop) {
-        return;
-    }
-    _countloop = true;
-    _infoCharacters = CharacterCounter::countCharacters(text, _allowWhitespaceCount);
-    updateToolbarInformation();
-    _countloop = false;
+    _statusLine->countCharacters(text);
 }
 
 QString WindowController::toolbarInformation() const
 {
-    QString text = QStringLiteral("Characters: ") + QLocale().toString(_infoCharacters);
-    text += QStringLiteral("   ") +
-            StringEncoding::localizedNameOfStringEncoding(_document->documentEncoding());
-    text += QStringLiteral("   ") +
-            EncodingManager::lineBreaksStatusTitle(_document->documentLineBreaks());
-    if (!_selectedSyntaxName.isEmpty() && _syntaxColouring) {
-        text += QStringLiteral("   ") + _selectedSyntaxName;
-    }
-    if (const TextView* view = textView()) {
-        text += QStringLiteral("   ") + CaretPosition::statusText(view->textCursor());
-    }
-    if (_fileIsReadOnly) {
-        text += QStringLiteral("   Read-Only");
-    }
-    return text;
+    return _statusLine->text();
 }
 
-bool WindowController::isReadOnlyFile(const QString& path)
+qint64 WindowController::infoCharacters() const
 {
-    return !path.isEmpty() && QFileInfo::exists(path) && !FileManager::isWritableFile(path);
-}
-
-void WindowController::showCaretPosition()
-{
-    // Only the line changes: the information pane has nothing to refresh.
-    const QString text = toolbarInformation();
-    if (_window && _window->infoField()->text() != text) {
-        _window->infoField()->setText(text);
-        Q_EMIT toolbarInformationChanged(text);
-    }
+    return _statusLine->characters();
 }
 
 void WindowController::updateToolbarInformation()
 {
-    const QString text = toolbarInformation();
-    if (_window) {
-        _window->infoField()->setText(text);
-    }
-    if (_isSidebarView && _lastSelectedType == SidebarView::InfoType) {
-        _sidebarView->updateInformationOfDocument(_document, _selectedSyntaxName);
-    }
-    Q_EMIT toolbarInformationChanged(text);
+    _statusLine->update();
 }
 
 void WindowController::textDidChange()
@@ -600,7 +392,7 @@ void WindowController::textDidChange()
         view->textDidChanged();
     }
     if (!textView() || !textView()->textCursor().hasSelection()) {
-        showWholeCount();
+        _statusLine->showWholeCount();
     }
 }
 
@@ -612,7 +404,7 @@ void WindowController::resetupInitialTextViewSharedState()
     }
     syntaxSettingToTextView();
     toggleSpellChecking(nullptr);
-    showWholeCount();
+    _statusLine->showWholeCount();
 }
 
 void WindowController::updatePreferences(const PreferencesValues& settings)
@@ -625,13 +417,7 @@ void WindowController::updatePreferences(const PreferencesValues& settings)
                 FileManager::syntaxDefinitionDirectoryPathInPath(name + QStringLiteral(".plist")));
         }
     }
-    _wrapLines = settings.editor.wrapLines;
-    _showGutterView = settings.window.showGutterView;
-    _showInvisibleCharacters = settings.window.showInvisibleCharacters;
-    _autoIndent = settings.editor.autoIndent;
-    _autoBraceMatching = settings.editor.autoBraceMatching;
-    _autoComplete = settings.editor.autoComplete;
-    _allowSpellChecking = settings.window.allowSpellChecking;
+    _toggles.read(settings);
     _spellCheckLanguage = settings.window.spellCheckLanguage;
     _useVerticalforSplitView = settings.window.useVerticalforSplitView;
     toggleWrapLines(nullptr);
@@ -686,122 +472,14 @@ void WindowController::setLineBreaks(qsizetype lineBreaks)
     _document->setDocumentLineBreaks(lineBreaks);
 }
 
-QUrl WindowController::sharingURL(int tag, const QString& subject, const QString& text)
-{
-    // E-mail goes to the user's mail program; the other services have web share addresses.
-    static const char* const addresses[] = {"mailto:", "sms:", "https://twitter.com/intent/tweet",
-                                            "https://www.facebook.com/sharer/sharer.php",
-                                            "https://service.weibo.com/share/share.php"};
-    static const char* const keys[] = {"body", "body", "text", "quote", "title"};
-    if (tag < 0 || tag > 4) {
-        return QUrl();
-    }
-    // Every character but the unreserved ones is percent-encoded, '+' and '&' included, so
-    // no service reads a plus as a space or an ampersand as the end of the text.
-    const auto item = [](const char* key, const QString& value) {
-        return QString::fromLatin1(key) + u'=' +
-               QString::fromLatin1(QUrl::toPercentEncoding(value));
-    };
-    QString query = item(keys[tag], text);
-    if (tag == 0) {
-        query = item("subject", subject) + u'&' + query;
-    }
-    QUrl url(QString::fromLatin1(addresses[tag]));
-    url.setQuery(query, QUrl::StrictMode);
-    return url;
-}
-
 void WindowController::shareUsing(int tag)
 {
-    TextView* view = textView();
-    if (!view) {
-        return;
+    if (textView()) {
+        DocumentSharing::share(tag, *_document, _window);
     }
-    // Mail and message programs take a text of some size through their address; web pages
-    // only a short one.
-    const QString text = _document->string();
-    const qsizetype limit = tag <= 1 ? 64 * 1024 : 4 * 1024;
-    if (text.size() > limit) {
-        QMessageBox alert(QMessageBox::Warning, QString(),
-                          tr("The text is too long to share this way."), QMessageBox::Ok, _window);
-        alert.setInformativeText(tr("The whole text is shared, and this service takes at most %L1 "
-                                    "characters. Send the file as an attachment instead.")
-                                     .arg(limit));
-        alert.setWindowModality(Qt::WindowModal);
-        alert.exec();
-        return;
-    }
-    QDesktopServices::openUrl(sharingURL(tag, _document->displayName(), text));
 }
 
 // Sidebar and split panes ----------------------------------------------------------------
-
-void WindowController::swicthSidebar(QObject* sender)
-{
-    if (sender) {
-        swicthSidebarType(sender->property("tag").toLongLong());
-        return;
-    }
-    const QStringList fields = _document->windowIdentifier().split(u':');
-    if (fields.isEmpty() || fields[0] == kNone || (fields.size() > 1 && fields[1] == u"59")) {
-        return;
-    }
-    bool isNumber = false;
-    const qint64 type = fields[0].toLongLong(&isNumber);
-    if (isNumber) {
-        swicthSidebarType(type);
-    }
-}
-
-void WindowController::swicthSidebarType(qint64 type)
-{
-    if (!_window || !_sidebarView->viewController(type)) {
-        return;
-    }
-    const QString syntax = _syntaxColouring ? _selectedSyntaxName : kNone;
-    QWidget* oldView = _sidebarView->shownView();
-    _isSidebarView = !_isSidebarView;
-    _isFullScreen = _window->isFullScreen();
-    // Outside full screen the window grows by the sidebar and the editor keeps its width; in
-    // full screen, and in a tab, whose window the other tabs share, the editor gives up the
-    // room. One resize, not an animated series: each step would lay a wrapped text out again.
-    const bool growsWindow = !_isFullScreen && _window->isWindow();
-    if (_isSidebarView) {
-        _sidebarView->showPane(type);
-        _sidebarView->updateInformationOfDocument(_document, _selectedSyntaxName);
-        _sidebarView->show();
-        if (growsWindow) {
-            _window->resize(_window->width() + SidebarView::Width, _window->height());
-        }
-        setWindowIdentifier(QString::number(type) + u':' + syntax);
-    } else if (_lastSelectedType == type) {
-        _sidebarView->hide();
-        if (growsWindow) {
-            _window->resize(_window->width() - SidebarView::Width, _window->height());
-        }
-        setWindowIdentifier(kNone + u':' + syntax);
-    } else {
-        _sidebarView->updateInformationOfDocument(_document, _selectedSyntaxName);
-        doTransition(_sidebarView->viewController(type), oldView, _sidebarView);
-        _isSidebarView = true;
-        setWindowIdentifier(QString::number(type) + u':' + syntax);
-    }
-    _lastSelectedType = type;
-    if (_isSidebarView) {
-        _sidebarView->viewFirstResponder(type);
-    } else if (TextView* view = textView()) {
-        view->setFocus(Qt::OtherFocusReason);
-    }
-}
-
-void WindowController::showSidebarType(qint64 type)
-{
-    if (_isSidebarView && _lastSelectedType == type) {
-        _sidebarView->viewFirstResponder(type);
-    } else {
-        swicthSidebarType(type);
-    }
-}
 
 void WindowController::doTransition(QWidget* newView, QWidget* oldView, SidebarView* sidebarView)
 {
@@ -874,78 +552,4 @@ void WindowController::toggleFocusOnNextSplitPane(QObject* sender)
             return;
         }
     }
-}
-
-// Find commands --------------------------------------------------------------------------
-
-void WindowController::findNext(QObject* sender)
-{
-    Q_UNUSED(sender);
-    if (TextView* view = textView()) {
-        SearchManager::sharedSearchManager().findNextWithLayoutManager(view->layoutManager());
-    }
-}
-
-void WindowController::findPrevious(QObject* sender)
-{
-    Q_UNUSED(sender);
-    if (TextView* view = textView()) {
-        SearchManager::sharedSearchManager().findPreviousWithLayoutManager(view->layoutManager());
-    }
-}
-
-void WindowController::replaceAndFindNext(QObject* sender)
-{
-    Q_UNUSED(sender);
-    if (TextView* view = textView()) {
-        SearchManager::sharedSearchManager().replaceAndFindNextWithLayoutManager(
-            view->layoutManager());
-    }
-}
-
-void WindowController::replaceAndFindPrevious(QObject* sender)
-{
-    Q_UNUSED(sender);
-    if (TextView* view = textView()) {
-        SearchManager::sharedSearchManager().replaceAndFindPreviousWithLayoutManager(
-            view->layoutManager());
-    }
-}
-
-void WindowController::replaceAll(QObject* sender)
-{
-    Q_UNUSED(sender);
-    if (TextView* view = textView()) {
-        SearchManager::sharedSearchManager().replacingAllStringWithLayoutManager(
-            view->layoutManager());
-    }
-}
-
-void WindowController::useSelectionforFind(QObject* sender)
-{
-    Q_UNUSED(sender);
-    TextView* view = textView();
-    if (!view || !view->textCursor().hasSelection()) {
-        return;
-    }
-    const QTextCursor selection = view->textCursor();
-    if (!_isSidebarView || _lastSelectedType != SidebarView::SearchType) {
-        swicthSidebarType(SidebarView::SearchType);
-    }
-    _sidebarView->setSearchFieldString(
-        selection.selectedText().replace(QChar::ParagraphSeparator, u'\n'));
-    view->setTextCursor(selection);
-}
-
-void WindowController::jumpToSelection(QObject* sender)
-{
-    Q_UNUSED(sender);
-    if (TextView* view = textView()) {
-        view->ensureCursorVisible();
-    }
-}
-
-void WindowController::setSearchString(const QString& string)
-{
-    _sidebarView->setSearchFieldString(string);
 }

@@ -1,12 +1,17 @@
 #pragma once
 
+#include "window/DocumentSharing.h"
+#include "window/FindCommands.h"
+#include "window/SidebarController.h"
+#include "window/SyntaxChoice.h"
+#include "window/ViewToggles.h"
+
 #include <QObject>
 #include <QPointer>
 #include <QString>
 
 #include <vector>
 
-class CharacterCounter;
 class DiskChangeNotices;
 class Document;
 class DocumentWindow;
@@ -15,13 +20,16 @@ class ReadingNotices;
 class QAction;
 class QMenu;
 class SidebarView;
+class StatusLine;
 class TextView;
 struct PreferencesValues;
-class QUrl;
 
-/// The controller of one document's window: the window's own view flags, its syntax
-/// choice, its status line, its window identifier and the validation of its menus. It
-/// applies every flag to each editor pane of the window.
+/// The controller of one document's window: its editor panes (one, or two on the same text
+/// in a split view), its window identifier and the validation of its menus. It applies every
+/// flag to each pane. Its other jobs have classes of their own that it forwards to: the View
+/// toggles (ViewToggles), the syntax choice (SyntaxChoice), the status line (StatusLine), the
+/// sidebar (SidebarController), the find commands (FindCommands) and sharing
+/// (DocumentSharing).
 class WindowController : public QObject
 {
     Q_OBJECT
@@ -47,7 +55,7 @@ public:
     ~WindowController() override;
 
     Document* document() const { return _document; }
-    DocumentWindow* window() const { return _window; }
+    DocumentWindow* window() const;
     /// The window's main text view: the pane created, clicked or focused last.
     TextView* textView() const;
     /// The text views of every pane, in order.
@@ -65,18 +73,18 @@ public:
     void toggleAutoComplete(QObject* sender);
     void toggleSpellChecking(QObject* sender);
 
-    bool showGutterView() const { return _showGutterView; }
-    bool showInvisibleCharacters() const { return _showInvisibleCharacters; }
-    bool wrapLines() const { return _wrapLines; }
-    bool autoIndent() const { return _autoIndent; }
-    bool autoBraceMatching() const { return _autoBraceMatching; }
-    bool autoComplete() const { return _autoComplete; }
-    bool allowSpellChecking() const { return _allowSpellChecking; }
+    bool showGutterView() const { return _toggles.isOn(ViewToggles::LineNumbers); }
+    bool showInvisibleCharacters() const { return _toggles.isOn(ViewToggles::InvisibleCharacters); }
+    bool wrapLines() const { return _toggles.isOn(ViewToggles::WrapLines); }
+    bool autoIndent() const { return _toggles.isOn(ViewToggles::AutoIndent); }
+    bool autoBraceMatching() const { return _toggles.isOn(ViewToggles::BraceMatching); }
+    bool autoComplete() const { return _toggles.isOn(ViewToggles::AutoComplete); }
+    bool allowSpellChecking() const { return _toggles.isOn(ViewToggles::SpellChecking); }
     bool isSplitView() const { return _isSplitView; }
     bool useVerticalforSplitView() const { return _useVerticalforSplitView; }
-    bool syntaxColouring() const { return _syntaxColouring; }
-    bool defaultForFileType() const { return _defaultForFileType; }
-    QString selectedSyntaxName() const { return _selectedSyntaxName; }
+    bool syntaxColouring() const { return _syntax.syntaxColouring(); }
+    bool defaultForFileType() const { return _syntax.defaultForFileType(); }
+    QString selectedSyntaxName() const { return _syntax.selectedSyntaxName(); }
 
     /// Sets titles and check marks of a menu item from the window's state.
     bool validateMenuItem(QAction* item) const;
@@ -87,7 +95,7 @@ public:
     void updateToolbarInformation();
     /// The status line's text.
     QString toolbarInformation() const;
-    qint64 infoCharacters() const { return _infoCharacters; }
+    qint64 infoCharacters() const;
     /// Re-attaches every pane after the document's text was replaced.
     void resetupInitialTextViewSharedState();
     /// After each reading of the settings: sets the window's toggles back to `settings` and
@@ -109,9 +117,15 @@ public:
     /// of Twitter (2), Facebook (3) or Sina Weibo (4).
     void shareUsing(int tag);
     /// The address that hands `text` to the sharing service of `tag`.
-    static QUrl sharingURL(int tag, const QString& subject, const QString& text);
+    static QUrl sharingURL(int tag, const QString& subject, const QString& text)
+    {
+        return DocumentSharing::sharingURL(tag, subject, text);
+    }
 
     QString windowIdentifier() const { return _windowIdentifier; }
+    /// Records the window's identifier, "pane:syntax" (the sidebar pane shown and the syntax
+    /// chosen, each "None" when there is none), in the document too.
+    void setWindowIdentifier(const QString& identifier);
 
     /// Applies the window's syntax choice (by file extension or by name) to the main text view.
     void syntaxSettingToTextView();
@@ -124,79 +138,57 @@ public:
 
     // Sidebar and split panes.
     SidebarView* sidebarView() const { return _sidebarView; }
-    bool isSidebarView() const { return _isSidebarView; }
-    qint64 lastSelectedType() const { return _lastSelectedType; }
+    bool isSidebarView() const { return _sidebar.isShown(); }
+    qint64 lastSelectedType() const { return _sidebar.lastSelectedType(); }
     /// With a sender, opens, switches or closes the sidebar with the pane of the sender's
     /// "tag"; with none, shows the pane recorded in the window identifier.
-    void swicthSidebar(QObject* sender);
-    void swicthSidebarType(qint64 type);
+    void swicthSidebar(QObject* sender) { _sidebar.swicthSidebar(sender); }
+    void swicthSidebarType(qint64 type) { _sidebar.swicthSidebarType(type); }
     void doTransition(QWidget* newView, QWidget* oldView, SidebarView* sidebarView);
     /// Shows the pane of `type`, opening the sidebar or switching to it, and never closes it.
-    void showSidebarType(qint64 type);
+    void showSidebarType(qint64 type) { _sidebar.showSidebarType(type); }
     void toggleSplitView(QObject* sender);
     void toggleUsingVerticalSplitPane(QObject* sender);
     void toggleFocusOnNextSplitPane(QObject* sender);
     void reloadData();
 
     // Find commands on the main text view.
-    void findNext(QObject* sender);
-    void findPrevious(QObject* sender);
-    void replaceAndFindNext(QObject* sender);
-    void replaceAndFindPrevious(QObject* sender);
-    void replaceAll(QObject* sender);
-    void useSelectionforFind(QObject* sender);
-    void jumpToSelection(QObject* sender);
+    void findNext(QObject*) { _find.findNext(); }
+    void findPrevious(QObject*) { _find.findPrevious(); }
+    void replaceAndFindNext(QObject*) { _find.replaceAndFindNext(); }
+    void replaceAndFindPrevious(QObject*) { _find.replaceAndFindPrevious(); }
+    void replaceAll(QObject*) { _find.replaceAll(); }
+    void useSelectionforFind(QObject*) { _find.useSelectionforFind(); }
+    void jumpToSelection(QObject*) { _find.jumpToSelection(); }
     /// Puts a recent search string into the search pane's field.
-    void setSearchString(const QString& string);
+    void setSearchString(const QString& string) { _find.setSearchString(string); }
 
 Q_SIGNALS:
     void toolbarInformationChanged(const QString& text);
 
 private:
     void addPane();
-    void applyToggle(QObject* sender, bool& flag, void (TextView::*setter)(bool));
+    /// A sender is the user's menu item: the flag is inverted first. Either way every pane
+    /// gets the window's flag.
+    void toggle(ViewToggles::Toggle toggle, QObject* sender);
     void applyStateToPane(TextView* view);
     void textDidChange();
-    void textViewDidChangeSelection(TextView* view);
     void textViewMouseDown(TextView* view);
-    void showWholeCount();
-    /// Puts the caret's new place into the status line.
-    void showCaretPosition();
-    /// A file this process may not write: the title and the status line say so.
-    static bool isReadOnlyFile(const QString& path);
-    void setWindowIdentifier(const QString& identifier);
     void updateTitle();
-    void writeWindowIdentifier(const QString& syntaxName);
-    void setFunctionPopUpShown(bool shown);
 
     Document* _document;
     QPointer<DocumentWindow> _window;
     std::vector<EditorController*> _panes;
     QPointer<TextView> _mainTextView;
-    CharacterCounter* _counter = nullptr;
+    StatusLine* _statusLine = nullptr;
 
-    bool _showInvisibleCharacters = false;
-    bool _showGutterView = false;
-    bool _wrapLines = false;
-    bool _autoIndent = false;
-    bool _autoBraceMatching = false;
-    bool _autoComplete = false;
-    bool _allowSpellChecking = false;
+    ViewToggles _toggles;
     QString _spellCheckLanguage;
     bool _isSplitView = false;
     bool _useVerticalforSplitView = false;
-    bool _isSidebarView = false;
-    bool _isFullScreen = false;
-    qint64 _lastSelectedType = 0;
-    qint64 _infoCharacters = 0;
-    bool _allowWhitespaceCount = true;
-    bool _countloop = false;
-    bool _syntaxColouring = false;
-    bool _defaultForFileType = false;
-    QString _selectedSyntaxName;
-    bool _fileIsReadOnly = false;
-    // The file whose name the syntax was last chosen for (empty: none).
-    QString _syntaxFileURL;
+    SidebarController _sidebar{*this};
+    SyntaxChoice _syntax{*this};
+    FindCommands _find{*this};
     QString _windowIdentifier;
     SidebarView* _sidebarView = nullptr;
     ReadingNotices* _notices = nullptr;

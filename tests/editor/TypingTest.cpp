@@ -40,65 +40,25 @@ struct Typing {
     }
 };
 
-TEST(Typing, ReturnIndentsAndClosesBraces)
+TEST(Typing, KeysRunTheTypingRulesWithThePanesSettings)
 {
-    for (bool spaceTab : {false, true}) {
-        Typing typing(spaceTab, QStringLiteral("  if (x) {"));
-        QTest::keyClick(typing.view, Qt::Key_Return);
-        const QString unit = spaceTab ? QStringLiteral("    ") : QStringLiteral("\t");
-        EXPECT_EQ(typing.text(), QStringLiteral("  if (x) {\n  ") + unit + QStringLiteral("\n  }"))
-            << spaceTab;
-        // The insertion point ends the indented middle line, and the "}" is flashed.
-        EXPECT_EQ(typing.caret(), 10 + 1 + 2 + unit.size());
-        EXPECT_EQ(typing.indicated(), Range(typing.text().size() - 1, 1));
-    }
+    // The rules themselves are TypingRules' (see its tests); here the keys reach them.
+    Typing typing(true, QStringLiteral("  if (x) {"));
+    QTest::keyClick(typing.view, Qt::Key_Return);
+    EXPECT_EQ(typing.text(), QStringLiteral("  if (x) {\n      \n  }"));
+    EXPECT_EQ(typing.caret(), 17);
+    // The "}" put in is shown, as a typed one's opening bracket would be.
+    EXPECT_EQ(typing.indicated(), Range(typing.text().size() - 1, 1));
+    QTest::keyClick(typing.view, Qt::Key_Tab);
+    EXPECT_EQ(typing.caret(), 21);
+    QTest::keyClick(typing.view, Qt::Key_Backspace);
+    QTest::keyClick(typing.view, Qt::Key_Backspace);
+    EXPECT_EQ(typing.text(), QStringLiteral("  if (x) {\n  \n  }"));
 
-    // A line of only "{" without spaceTab: one tab, then "}" alone.
-    Typing brace(false, QStringLiteral("{"));
-    QTest::keyClick(brace.view, Qt::Key_Return);
-    EXPECT_EQ(brace.text(), QStringLiteral("{\n\t\n}"));
-    EXPECT_EQ(brace.caret(), 3);
-
-    // Trailing white space after "{" still indents; "(" does not.
-    Typing trailing(false, QStringLiteral("x {  "));
-    QTest::keyClick(trailing.view, Qt::Key_Return);
-    EXPECT_EQ(trailing.text(), QStringLiteral("x {  \n\t\n}"));
-    Typing paren(false, QStringLiteral("\tf("));
-    QTest::keyClick(paren.view, Qt::Key_Return);
-    EXPECT_EQ(paren.text(), QStringLiteral("\tf(\n\t"));
-
-    // A line of white space only is copied and nothing more.
-    Typing blank(true, QStringLiteral(" \t "));
-    QTest::keyClick(blank.view, Qt::Key_Return);
-    EXPECT_EQ(blank.text(), QStringLiteral(" \t \n \t "));
-
-    // Without automatic indentation the new line is empty.
     Typing off(false, QStringLiteral("  {"));
     off.view->setAutoIndent(false);
     QTest::keyClick(off.view, Qt::Key_Return);
     EXPECT_EQ(off.text(), QStringLiteral("  {\n"));
-}
-
-TEST(Typing, TabAndDeleteWorkInTabUnits)
-{
-    Typing spaces(true);
-    QTest::keyClick(spaces.view, Qt::Key_Tab);
-    QTest::keyClick(spaces.view, Qt::Key_Tab);
-    EXPECT_EQ(spaces.text(), QStringLiteral("        "));
-    // Delete after eight spaces removes four, then four more.
-    QTest::keyClick(spaces.view, Qt::Key_Backspace);
-    EXPECT_EQ(spaces.text(), QStringLiteral("    "));
-    QTest::keyClick(spaces.view, Qt::Key_Backspace);
-    EXPECT_EQ(spaces.text(), QString());
-
-    // Three spaces, or spaces after other characters, go one at a time.
-    Typing three(true, QStringLiteral("a   "));
-    QTest::keyClick(three.view, Qt::Key_Backspace);
-    EXPECT_EQ(three.text(), QStringLiteral("a  "));
-
-    Typing tabs(false);
-    QTest::keyClick(tabs.view, Qt::Key_Tab);
-    EXPECT_EQ(tabs.text(), QStringLiteral("\t"));
 }
 
 TEST(Typing, ClosingBracketsFlashTheirOpeningOrBeep)
@@ -125,61 +85,17 @@ TEST(Typing, ClosingBracketsFlashTheirOpeningOrBeep)
     QTest::keyClicks(far.view, QStringLiteral(")"));
     EXPECT_EQ(SystemBeep::count(), beeps + 2);
 
-    // Chevrons only when their matching is on.
+    // Chevrons only when the pane matches them.
     Typing chevron(false, QStringLiteral("<a"));
-    QTest::keyClicks(chevron.view, QStringLiteral(">"));
-    EXPECT_EQ(SystemBeep::count(), beeps + 2);
-    EXPECT_TRUE(chevron.indicated().isNotFound());
     chevron.view->setUsedChevronMatching(true);
-    QTest::keyClicks(chevron.view, QStringLiteral("<b>"));
-    EXPECT_EQ(chevron.indicated(), Range(3, 1));
-
-    // Brace matching off: the bracket is only inserted.
-    Typing off(false, QStringLiteral("x"));
-    off.view->setAutoBraceMatching(false);
-    QTest::keyClicks(off.view, QStringLiteral("]"));
-    EXPECT_EQ(off.text(), QStringLiteral("x]"));
-    EXPECT_EQ(SystemBeep::count(), beeps + 2);
+    QTest::keyClicks(chevron.view, QStringLiteral(">"));
+    EXPECT_EQ(chevron.indicated(), Range(0, 1));
 
     // The "}" of automatic indentation is not matched.
     Typing automatic(false, QStringLiteral("}"));
     automatic.view->setUsedIndentClosingBraces(true);
     automatic.view->insertText(QStringLiteral("}"));
     EXPECT_EQ(SystemBeep::count(), beeps + 2);
-}
-
-TEST(Typing, ShiftsAreUndoableSteps)
-{
-    Typing empty(true);
-    empty.view->shiftRight();
-    EXPECT_EQ(empty.text(), QStringLiteral("    "));
-    EXPECT_EQ(empty.view->selectedRange(), Range(4, 0));
-
-    // Lines in the middle of the text, the selection kept on them.
-    Typing middle(false, QStringLiteral("a\nb\nc\nd"));
-    middle.view->setSelectedRange({2, 3});
-    middle.view->shiftRight();
-    EXPECT_EQ(middle.text(), QStringLiteral("a\n\tb\n\tc\nd"));
-    EXPECT_EQ(middle.view->selectedRange(), Range(3, 4));
-    middle.view->setSelectedRange({4, 0});
-    middle.view->shiftLeft();
-    EXPECT_EQ(middle.text(), QStringLiteral("a\nb\n\tc\nd"));
-    EXPECT_EQ(middle.view->selectedRange(), Range(3, 0));
-
-    Typing lines(true, QStringLiteral("  \tx\n\t  x"));
-    lines.view->selectAll();
-    lines.view->shiftLeft();
-    EXPECT_EQ(lines.text(), QStringLiteral("\tx\n  x"));
-    lines.view->undo();
-    EXPECT_EQ(lines.text(), QStringLiteral("  \tx\n\t  x"));
-
-    // Nothing to remove records no step.
-    Typing flat(true, QStringLiteral("a\nb"));
-    flat.view->selectAll();
-    const int steps = flat.document.availableUndoSteps();
-    flat.view->shiftLeft();
-    EXPECT_EQ(flat.document.availableUndoSteps(), steps);
-    EXPECT_EQ(flat.text(), QStringLiteral("a\nb"));
 }
 
 TEST(Typing, AClickTellsTheWindowFirst)

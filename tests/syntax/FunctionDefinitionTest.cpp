@@ -1,5 +1,6 @@
 #include "SyntaxTestSupport.h"
 #include "platform/PropertyList.h"
+#include "platform/StringTextSource.h"
 #include "syntax/FunctionDefinitionIndex.h"
 #include "syntax/FunctionMenu.h"
 #include "syntax/SyntaxManager.h"
@@ -207,7 +208,7 @@ TEST(SyntaxManager, ColouringAnEmptyRangeDoesNothing)
 {
     SyntaxManager manager;
     SyntaxColoringEngine engine({{"Comments", QVariantList{SyntaxTestSupport::pattern("#.*")}}});
-    const QString text = QStringLiteral("# x");
+    StringTextSource text(u"# x");
     EXPECT_FALSE(manager.syntaxColoringRange(Range(1, 0), text, engine));
     const auto coloring = manager.syntaxColoringRange(Range(0, 3), text, engine);
     ASSERT_TRUE(coloring);

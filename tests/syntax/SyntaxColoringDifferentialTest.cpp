@@ -3,10 +3,13 @@
 // often: words inside longer words, case variants, comments inside strings, blocks that
 // open above the coloured range, blocks that overlap, words at the edges of the range.
 #include "SyntaxTestSupport.h"
+#include "document/TextMirror.h"
 #include "platform/PropertyList.h"
 
 #include <QFile>
 #include <QJsonDocument>
+#include <QTextCursor>
+#include <QTextDocument>
 
 #include <gtest/gtest.h>
 
@@ -247,6 +250,18 @@ TEST(SyntaxColoringDifferential, RecolouringAfterEditsMatchesTheModel)
         QString text = random.text(random.below(120));
         SyntaxColoringEngine engine(definition);
         engine.coloringRange(text, Range(0, text.size()));
+        // The same edits made to a document, coloured through its copy, which hands out
+        // the text in pieces around a gap.
+        QTextDocument document;
+        document.documentLayout(); // a document tells its changes only once it has a layout
+        document.setPlainText(text);
+        TextMirror* mirror = TextMirror::mirrorOfDocument(&document);
+        SyntaxColoringEngine pieces(definition);
+        QObject::connect(mirror, &TextMirror::textDidChange,
+                         [&pieces](qsizetype location, qsizetype removed, qsizetype added) {
+                             pieces.textDidChange(location, removed, added);
+                         });
+        pieces.coloringRange(*mirror, Range(0, text.size()));
         for (int edit = 0; edit < 12; ++edit) {
             // Sometimes several edits arrive before the next colouring.
             for (int burst = random.chance(25) ? 3 : 1; burst > 0; --burst) {
@@ -259,9 +274,16 @@ TEST(SyntaxColoringDifferential, RecolouringAfterEditsMatchesTheModel)
                     random.chance(70) ? random.text(random.below(3)) : QString();
                 text.replace(at, removed, inserted);
                 engine.textDidChange(at, removed, inserted.size());
+                QTextCursor cursor(&document);
+                cursor.setPosition(int(at));
+                cursor.setPosition(int(at + removed), QTextCursor::KeepAnchor);
+                cursor.insertText(inserted);
             }
             const Range range = random.range(text.size());
             expectSame(definition, text, engine.coloringRange(text, range), range, "after an edit");
+            ASSERT_EQ(mirror->text(), text);
+            expectSame(definition, text, pieces.coloringRange(*mirror, range), range,
+                       "through the document's copy");
             if (HasFatalFailure()) {
                 return;
             }

@@ -5,6 +5,8 @@
 #include "app/MainMenu.h"
 #include "document/Document.h"
 #include "document/PermissionsEnforced.h"
+#include "editor/LayoutManager.h"
+#include "editor/SpellCheckingController.h"
 #include "editor/TextView.h"
 #include "platform/Preferences.h"
 #include "platform/UserDefaults.h"
@@ -27,6 +29,7 @@
 
 #include <algorithm>
 #include <fcntl.h>
+#include <functional>
 #include <unistd.h>
 
 namespace {
@@ -189,37 +192,77 @@ TEST(WindowController, StatusLineNeverShowsAnOlderCount)
 TEST(WindowController, TogglesApplyToThePanesAndTheMenus)
 {
     Window window(QStringLiteral("text"));
+    window.controller->toggleSplitView(window.controller);
+    ASSERT_EQ(window.controller->textViews().size(), 2u);
     MainMenu menu(window.controller);
-    QAction* lineNumbers = menu.actionWithTag(WindowController::LineNumbersTag);
-    ASSERT_NE(lineNumbers, nullptr);
-    const bool shown = window.controller->showGutterView();
-    EXPECT_EQ(lineNumbers->text(), shown ? "Hide Line Numbers" : "Show Line Numbers");
-    lineNumbers->trigger();
-    EXPECT_EQ(window.controller->showGutterView(), !shown);
-    window.controller->validateMenuItem(lineNumbers);
-    EXPECT_EQ(lineNumbers->text(), !shown ? "Hide Line Numbers" : "Show Line Numbers");
-
-    QAction* wrap = menu.actionWithTag(WindowController::WrapLinesTag);
-    const bool wrapped = window.controller->wrapLines();
-    wrap->trigger();
-    window.controller->validateMenuItem(wrap);
-    EXPECT_EQ(wrap->isChecked(), !wrapped);
+    struct Toggle {
+        int tag;
+        const char* setting;
+        bool (WindowController::*flag)() const;
+        std::function<bool(TextView*)> pane;
+        // The item's titles while on and off; none for an item with a check mark.
+        const char* onTitle = nullptr;
+        const char* offTitle = nullptr;
+    };
+    const Toggle toggles[] = {
+        {WindowController::LineNumbersTag, "ShowGutterView", &WindowController::showGutterView,
+         [](TextView* view) { return view->rulersVisible(); }, "Hide Line Numbers",
+         "Show Line Numbers"},
+        {WindowController::InvisibleCharactersTag, "ShowInvisibleCharacters",
+         &WindowController::showInvisibleCharacters,
+         [](TextView* view) { return view->layoutManager()->showInvisibleCharacters(); },
+         "Hide Invisible Characters", "Show Invisible Characters"},
+        {WindowController::WrapLinesTag, "DefaultWrapLines", &WindowController::wrapLines,
+         [](TextView* view) { return view->wrapLines(); }},
+        {WindowController::AutoIndentTag, "AutoIndent", &WindowController::autoIndent,
+         [](TextView* view) { return view->autoIndent(); }},
+        {WindowController::BraceMatchingTag, "AutoBraceMatching",
+         &WindowController::autoBraceMatching,
+         [](TextView* view) { return view->autoBraceMatching(); }},
+        {WindowController::CompletionTag, "AutoComplete", &WindowController::autoComplete,
+         [](TextView* view) { return view->autoComplete(); }},
+        {WindowController::SpellCheckingTag, "AllowSpellChecking",
+         &WindowController::allowSpellChecking,
+         [](TextView* view) {
+             return SpellCheckingController::of(view)->isContinuousSpellCheckingEnabled();
+         }},
+    };
+    const auto shows = [&](const Toggle& toggle, QAction* item, bool on) {
+        EXPECT_EQ((window.controller->*toggle.flag)(), on);
+        for (TextView* view : window.controller->textViews()) {
+            EXPECT_EQ(toggle.pane(view), on);
+        }
+        window.controller->validateMenuItem(item);
+        if (toggle.onTitle) {
+            EXPECT_EQ(item->text(), on ? toggle.onTitle : toggle.offTitle);
+        } else {
+            EXPECT_EQ(item->isChecked(), on);
+        }
+    };
+    UserDefaults& defaults = UserDefaults::standardUserDefaults();
+    for (const Toggle& toggle : toggles) {
+        SCOPED_TRACE(toggle.setting);
+        QAction* item = menu.actionWithTag(toggle.tag);
+        ASSERT_NE(item, nullptr);
+        const bool on = defaults.boolForKey(toggle.setting);
+        shows(toggle, item, on);
+        item->trigger();
+        shows(toggle, item, !on);
+        // A settings change resets the window's toggles to their own settings.
+        for (const bool setting : {!on, on}) {
+            defaults.setObject(setting, toggle.setting);
+            Preferences::sharedPreferences().reload();
+            shows(toggle, item, setting);
+        }
+        defaults.removeObjectForKey(toggle.setting);
+    }
 
     // Applying without a sender changes nothing.
+    window.controller->toggleWrapLines(window.controller);
+    const bool wrapped = window.controller->wrapLines();
     window.controller->toggleWrapLines(nullptr);
-    EXPECT_EQ(window.controller->wrapLines(), !wrapped);
-
-    QAction invisible;
-    invisible.setProperty("tag", WindowController::InvisibleCharactersTag);
-    window.controller->validateMenuItem(&invisible);
-    EXPECT_EQ(invisible.text(), window.controller->showInvisibleCharacters()
-                                    ? "Hide Invisible Characters"
-                                    : "Show Invisible Characters");
-
-    // A settings change resets the window's toggles to the settings.
-    const PreferencesValues& settings = Preferences::sharedPreferences().values();
-    window.controller->updatePreferences(settings);
-    EXPECT_EQ(window.controller->showGutterView(), settings.window.showGutterView);
+    EXPECT_EQ(window.controller->wrapLines(), wrapped);
+    EXPECT_EQ(window.controller->textView()->wrapLines(), wrapped);
 }
 
 TEST(WindowController, EncodingLineBreakAndSyntaxItems)

@@ -1,0 +1,164 @@
+#include "editor/TextViewKeys.h"
+
+#include "editor/FindIndicator.h"
+#include "editor/TextView.h"
+#include "editor/TextViewCompletion.h"
+#include "platform/SystemBeep.h"
+
+#include <QKeyEvent>
+
+TextViewKeys::TextViewKeys(TextView& view, TextViewCompletion& completion)
+    : _view(view)
+    , _completion(completion)
+{}
+
+TypingRules TextViewKeys::rules() const
+{
+    return TypingRules(_view.typingSettings());
+}
+
+void TextViewKeys::keyPressed(QKeyEvent* event, const std::function<void(QKeyEvent*)>& base)
+{
+    const int key = event->key();
+    // A read-only text takes the keys that move and select, through QPlainTextEdit's own
+    // handling, which changes nothing; the editing keys below would insert regardless.
+    if (key == Qt::Key_Shift || key == Qt::Key_Control || key == Qt::Key_Alt ||
+        key == Qt::Key_Meta || key == Qt::Key_AltGr || _view.isReadOnly()) {
+        base(event);
+        return;
+    }
+    const TextViewCompletion::Guard guard(&_completion);
+    const bool closingBracket =
+        _view.autoBraceMatching() && TypingRules::isClosingBracket(event->text());
+    const TextViewCompletion::KeyRoute route = _completion.keyPressed(event, closingBracket);
+    if (route != TextViewCompletion::KeyRoute::Done) {
+        interpretKeyEvent(event, base);
+    }
+    if (route == TextViewCompletion::KeyRoute::InterpretAndFollow) {
+        _completion.followTyping();
+    }
+}
+
+void TextViewKeys::interpretKeyEvent(QKeyEvent* event, const std::function<void(QKeyEvent*)>& base)
+{
+    const Qt::KeyboardModifiers modifiers =
+        event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier);
+    const int key = event->key();
+    if (event == QKeySequence::SelectAll) {
+        _view.selectAll();
+    } else if ((key == Qt::Key_Return || key == Qt::Key_Enter) && modifiers == 0) {
+        insertNewline();
+    } else if (key == Qt::Key_Tab && modifiers == 0) {
+        insertTab();
+    } else if (key == Qt::Key_Backspace && modifiers == 0) {
+        deleteBackward();
+    } else if (key == Qt::Key_Escape && modifiers == 0) {
+        cancelOperation();
+    } else if (key == Qt::Key_Up && event->modifiers() == Qt::NoModifier) {
+        moveUp();
+    } else if (key == Qt::Key_Down && event->modifiers() == Qt::NoModifier) {
+        moveDown();
+    } else if (!event->text().isEmpty() && event->text()[0].isPrint() &&
+               !(modifiers & (Qt::ControlModifier | Qt::MetaModifier)) && !_view.isReadOnly()) {
+        insertText(event->text());
+    } else {
+        base(event);
+    }
+}
+
+void TextViewKeys::insertText(const QString& string)
+{
+    _completion.textTyped(string);
+    _view.insertTextAtSelection(string);
+    if (!rules().matchesTypedBracket(string) || _view.usedIndentClosingBraces()) {
+        return;
+    }
+    const Range match = autoBraceMatching(string);
+    if (match.length > 0) {
+        FindIndicator::showFindIndicatorForRange(&_view, match);
+    } else {
+        SystemBeep::beep();
+    }
+}
+
+Range TextViewKeys::autoBraceMatching(const QString& closing) const
+{
+    if (closing.size() != 1) {
+        return {0, 0};
+    }
+    return TypingRules::openingBracket(_view.document(), _view.visibleCharacterRange(),
+                                       _view.textCursor().position(), closing[0]);
+}
+
+void TextViewKeys::insertNewline()
+{
+    QTextCursor cursor = _view.textCursor();
+    const Range closing = rules().insertNewline(cursor);
+    _view.setTextCursor(cursor);
+    closingBraceInserted(closing);
+    _view.ensureCursorVisible();
+}
+
+void TextViewKeys::autoIndent()
+{
+    QTextCursor cursor = _view.textCursor();
+    const Range closing = rules().autoIndent(cursor);
+    _view.setTextCursor(cursor);
+    closingBraceInserted(closing);
+}
+
+void TextViewKeys::closingBraceInserted(Range closing)
+{
+    if (closing.isNotFound()) {
+        return;
+    }
+    // The "}" counts as typed for completion, but it is no bracket to match: it shows itself.
+    _completion.textTyped(QStringLiteral("}"));
+    FindIndicator::showFindIndicatorForRange(&_view, closing);
+    _view.ensureCursorVisible();
+}
+
+void TextViewKeys::insertTab()
+{
+    if (_completion.isCompleting()) {
+        _completion.terminateWithCancel(false);
+        return;
+    }
+    QTextCursor cursor = _view.textCursor();
+    rules().insertTab(cursor);
+    _view.setTextCursor(cursor);
+}
+
+void TextViewKeys::deleteBackward()
+{
+    if (!_completion.backspacePressed()) {
+        return;
+    }
+    QTextCursor cursor = _view.textCursor();
+    rules().deleteBackward(cursor);
+    _view.setTextCursor(cursor);
+    _view.ensureCursorVisible();
+}
+
+void TextViewKeys::cancelOperation()
+{
+    if (_completion.isCompleting()) {
+        _completion.terminateWithCancel(true);
+    } else {
+        _completion.complete();
+    }
+}
+
+void TextViewKeys::moveUp()
+{
+    if (!_completion.selectRow(true)) {
+        _view.moveCursor(QTextCursor::Up);
+    }
+}
+
+void TextViewKeys::moveDown()
+{
+    if (!_completion.selectRow(false)) {
+        _view.moveCursor(QTextCursor::Down);
+    }
+}

@@ -1,0 +1,75 @@
+#include "window/FindCommands.h"
+
+#include "editor/TextView.h"
+#include "search/SearchManager.h"
+#include "window/SidebarView.h"
+#include "window/WindowController.h"
+
+void FindCommands::onMainView(const std::function<void(SearchManager&, LayoutManager*)>& command)
+{
+    if (TextView* view = _controller.textView()) {
+        command(SearchManager::sharedSearchManager(), view->layoutManager());
+    }
+}
+
+void FindCommands::findNext()
+{
+    onMainView([](SearchManager& search, LayoutManager* layout) {
+        search.findNextWithLayoutManager(layout);
+    });
+}
+
+void FindCommands::findPrevious()
+{
+    onMainView([](SearchManager& search, LayoutManager* layout) {
+        search.findPreviousWithLayoutManager(layout);
+    });
+}
+
+void FindCommands::replaceAndFindNext()
+{
+    onMainView([](SearchManager& search, LayoutManager* layout) {
+        search.replaceAndFindNextWithLayoutManager(layout);
+    });
+}
+
+void FindCommands::replaceAndFindPrevious()
+{
+    onMainView([](SearchManager& search, LayoutManager* layout) {
+        search.replaceAndFindPreviousWithLayoutManager(layout);
+    });
+}
+
+void FindCommands::replaceAll()
+{
+    onMainView([](SearchManager& search, LayoutManager* layout) {
+        search.replacingAllStringWithLayoutManager(layout);
+    });
+}
+
+void FindCommands::useSelectionforFind()
+{
+    TextView* view = _controller.textView();
+    if (!view || !view->textCursor().hasSelection()) {
+        return;
+    }
+    const QTextCursor selection = view->textCursor();
+    if (!_controller.isSidebarView() || _controller.lastSelectedType() != SidebarView::SearchType) {
+        _controller.swicthSidebarType(SidebarView::SearchType);
+    }
+    _controller.sidebarView()->setSearchFieldString(
+        selection.selectedText().replace(QChar::ParagraphSeparator, u'\n'));
+    view->setTextCursor(selection);
+}
+
+void FindCommands::jumpToSelection()
+{
+    if (TextView* view = _controller.textView()) {
+        view->ensureCursorVisible();
+    }
+}
+
+void FindCommands::setSearchString(const QString& string)
+{
+    _controller.sidebarView()->setSearchFieldString(string);
+}

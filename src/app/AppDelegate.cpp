@@ -14,21 +14,26 @@
 #include <QPalette>
 #include <QTextDocument>
 
+#include <algorithm>
 #include <limits>
 
 AppDelegate::AppDelegate(QObject* parent)
     : QObject(parent)
 {}
 
-QList<QPair<QString, QColor>> AppDelegate::defaultColors()
+QList<QPair<QString, QColor>> AppDelegate::defaultColors(int scheme)
 {
     const QColor darkGray = QColor::fromRgbF(1.0f / 3, 1.0f / 3, 1.0f / 3);
     const QColor control = qApp ? QApplication::palette().color(QPalette::Button)
                                 : QColor::fromRgbF(0.93f, 0.93f, 0.93f);
+    const QColor text[] = {Qt::black, Qt::white, Qt::white, darkGray, Qt::black};
+    const QColor insertion[] = {Qt::black, Qt::white, Qt::red, Qt::black, Qt::black};
+    const QColor background[] = {Qt::white, darkGray, Qt::black, Qt::white, Qt::white};
+    scheme = std::clamp(scheme, 0, 4);
     return {
-        {SettingsKey::DefaultTextColor, Qt::black},
-        {SettingsKey::DefaultInsertionPointColor, Qt::black},
-        {SettingsKey::DefaultBackgroundColor, Qt::white},
+        {SettingsKey::DefaultTextColor, text[scheme]},
+        {SettingsKey::DefaultInsertionPointColor, insertion[scheme]},
+        {SettingsKey::DefaultBackgroundColor, background[scheme]},
         {SettingsKey::InvisibleCharacterColor, QColor::fromRgbF(0.2f, 0.7f, 0.9f)},
         {SettingsKey::GutterTextColor, darkGray},
         {SettingsKey::GutterBorderColor, darkGray},

@@ -20,8 +20,10 @@ public:
     /// `SettingsKey::OpenDefaultsTextEncoding` and registers the result with `defaults`. Returns
     /// false, registering nothing, when the resource is missing or is not a dictionary.
     static bool registerDefaults(const QString& resourcePath, UserDefaults& defaults);
-    /// The sixteen colour settings and their default colours, in order.
-    static QList<QPair<QString, QColor>> defaultColors();
+    /// The sixteen colour settings and their colours, in order: the defaults (scheme 0), or
+    /// one of the preferences' other colour schemes (1 white on grey, 2 white on black, 3 grey
+    /// on white, 4 black on white), which differ in the text, caret and background colours.
+    static QList<QPair<QString, QColor>> defaultColors(int scheme = 0);
 
     /// Archives `object` and stores it under `key` in the dictionary being built.
     static void keyedArchiverOfObject(const QColor& object, const QString& key,

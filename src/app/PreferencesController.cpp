@@ -1,5 +1,6 @@
 #include "app/PreferencesController.h"
 
+#include "app/AppDelegate.h"
 #include "app/Application.h"
 #include "app/ColorWell.h"
 #include "app/DefaultsBinding.h"
@@ -14,7 +15,6 @@
 #include "window/EncodingPopUp.h"
 
 #include <QActionGroup>
-#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QEvent>
@@ -506,28 +506,7 @@ void PreferencesController::changedSyntaxColouringType(int tag)
     if (tag < 0 || tag > 4) {
         return;
     }
-    const QColor darkGray = QColor::fromRgbF(1.0f / 3, 1.0f / 3, 1.0f / 3);
-    const QColor text[] = {Qt::black, Qt::white, Qt::white, darkGray, Qt::black};
-    const QColor insertion[] = {Qt::black, Qt::white, Qt::red, Qt::black, Qt::black};
-    const QColor background[] = {Qt::white, darkGray, Qt::black, Qt::white, Qt::white};
-    const QList<QPair<QString, QColor>> colors = {
-        {SettingsKey::DefaultTextColor, text[tag]},
-        {SettingsKey::DefaultInsertionPointColor, insertion[tag]},
-        {SettingsKey::DefaultBackgroundColor, background[tag]},
-        {SettingsKey::InvisibleCharacterColor, QColor::fromRgbF(0.2f, 0.7f, 0.9f)},
-        {SettingsKey::GutterTextColor, darkGray},
-        {SettingsKey::GutterBorderColor, darkGray},
-        {SettingsKey::GutterBackgroundColor, QApplication::palette().color(QPalette::Button)},
-        {SettingsKey::BlockwordsColor, darkGray},
-        {SettingsKey::KeywordsColor, QColor::fromRgbF(0.5f, 0.0f, 0.5f)},
-        {SettingsKey::PreprocessorColor, QColor::fromRgbF(0.4f, 0.2f, 0.0f)},
-        {SettingsKey::StringsColor, QColor::fromRgbF(0.8f, 0.1f, 0.1f)},
-        {SettingsKey::CommentsColor, QColor::fromRgbF(0.0f, 0.5f, 0.0f)},
-        {SettingsKey::CommandsColor, QColor::fromRgbF(0.7f, 0.0f, 0.5f)},
-        {SettingsKey::ValuesColor, QColor::fromRgbF(0.7f, 0.0f, 0.5f)},
-        {SettingsKey::NumbersColor, Qt::blue},
-        {SettingsKey::CharactersColor, Qt::blue},
-    };
+    const QList<QPair<QString, QColor>> colors = AppDelegate::defaultColors(tag);
     for (const auto& [name, color] : colors) {
         keyedArchiverOfObject(color, name, store());
     }

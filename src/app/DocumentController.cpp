@@ -38,13 +38,9 @@
 #include <algorithm>
 #include <utility>
 
-namespace {
-
-
-} // namespace
-
 DocumentController::DocumentController(QObject* parent)
     : QObject(parent)
+    , _autosavingDelay(Preferences::sharedPreferences().current().document.autosavingDelay)
 {
     connect(&Preferences::sharedPreferences(), &Preferences::applicationSettingsChanged, this,
             &DocumentController::updatePreferences);
@@ -59,6 +55,7 @@ void DocumentController::awakeFromNib()
 {
     const ApplicationSettings settings = Preferences::sharedPreferences().current().application;
     _openDefaultsTextEncoding = settings.openDefaultsTextEncoding;
+    _autosavingDelay = Preferences::sharedPreferences().current().document.autosavingDelay;
     _isOpenPanel = false;
 
     const QString app = FileManager::applicationName();
@@ -150,9 +147,11 @@ Document* DocumentController::addDocument(Document* document, bool display, Plac
 Document* DocumentController::makeDocument()
 {
     // The settings as the store holds them now: a document opened while the preferences
-    // window is open starts from what it shows.
-    return new Document(EncodingManager::sharedEncodingManager(),
-                        Preferences::sharedPreferences().current().document, this);
+    // window is open starts from what it shows. The autosave delay is the one the
+    // application started with.
+    DocumentSettings settings = Preferences::sharedPreferences().current().document;
+    settings.autosavingDelay = _autosavingDelay;
+    return new Document(EncodingManager::sharedEncodingManager(), settings, this);
 }
 
 Document* DocumentController::newDocument()

@@ -34,6 +34,9 @@ public:
     void awakeFromNib();
 
     quint64 openDefaultsTextEncoding() const { return _openDefaultsTextEncoding; }
+    /// The seconds between recovery copies of a modified document, read when the application
+    /// starts (a change takes effect at the next start, as the preferences say).
+    qint64 autosavingDelay() const { return _autosavingDelay; }
 
     /// The encoding chosen in the open panel's pop-up when it was confirmed; all ones for
     /// "Automatic".
@@ -151,6 +154,7 @@ private:
     std::vector<Document*> _documents;
 
     quint64 _openDefaultsTextEncoding = 0;
+    qint64 _autosavingDelay = 0;
     quint64 _openPanelEncoding = ~quint64(0);
     bool _isOpenPanel = false;
 };

@@ -172,7 +172,11 @@ bool Document::isDocumentEdited() const
 
 void Document::updatePreferences(const DocumentSettings& settings)
 {
+    // The autosave delay stays the one the document was made with: the application takes a
+    // new one at its next start.
+    const qint64 autosavingDelay = _settings.autosavingDelay;
     _settings = settings;
+    _settings.autosavingDelay = autosavingDelay;
 }
 
 bool Document::readFromURL(const QString& path, const QString& type, QString* error,

@@ -141,8 +141,9 @@ TEST(Preferences, EverySettingIsReadPushedOnceWhenChangedAndFollowed)
          [](const Followers& f) { return f.document()->documentSettings().UTF8AppendByBOM; }},
         {"SavePanelExtensionHidden", true, true, Part::Document,
          [](const Followers& f) { return f.document()->savePanelExtensionHidden(); }},
+        // The autosave delay is read when the application starts (see below).
         {"AutosavingDelay", 45, qint64(45), Part::Document,
-         [](const Followers& f) { return f.document()->autosavingDelay(); }},
+         [](const Followers&) { return DocumentController().autosavingDelay(); }},
         // Panes: the open ones follow the font, the colours, the marks and the typing rules;
         // the window sets the toggles back; tab width and entities are a new pane's.
         {"DefaultFont", "DejaVu Serif", "DejaVu Serif", Part::Editor,
@@ -295,4 +296,12 @@ TEST(Preferences, EverySettingIsReadPushedOnceWhenChangedAndFollowed)
         postUpdatePreferences();
         EXPECT_EQ(row.shown(f), before) << row.key << ": back to the shipped value";
     }
+
+    // Open documents, and documents made later, keep the delay the application started with.
+    const qint64 startDelay = f.document()->autosavingDelay();
+    store.setInteger(startDelay + 15, SettingsKey::AutosavingDelay);
+    postUpdatePreferences();
+    EXPECT_EQ(f.document()->autosavingDelay(), startDelay);
+    EXPECT_EQ(f.fresh()->document()->autosavingDelay(), startDelay);
+    store.removeObjectForKey(SettingsKey::AutosavingDelay);
 }

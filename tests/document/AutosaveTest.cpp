@@ -63,6 +63,8 @@ TEST(Autosave, KeepsACopyWhileTheUserTypesAndNeverWritesTheFile)
     TestRoot root;
     root.userDefaults().setInteger(1, SettingsKey::AutosavingDelay);
     DocumentController& controller = root.documentController();
+    // The application's start reads the delay.
+    controller.awakeFromNib();
     RecoveryStore& store = root.recoveryStore();
     const QByteArray onDisk = "on disk\r\n";
     const QString path = TestSupport::writeFile(TestSupport::makeTempDir() + "/notes.txt", onDisk);

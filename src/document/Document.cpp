@@ -3,6 +3,7 @@
 #include "document/EncodingManager.h"
 #include "document/SaveFailureMessage.h"
 #include "document/TextEncodingAttribute.h"
+#include "document/TextMirror.h"
 #include "platform/ExtendedAttributes.h"
 #include "platform/FileManager.h"
 #include "platform/Range.h"
@@ -285,6 +286,8 @@ bool Document::loadContents(const QString& path, quint64 encoding, QString* erro
     _pendingOffset = 0;
     _textStorage->setUndoRedoEnabled(false);
     _textStorage->clear();
+    // The plain copy of the text takes its whole size now instead of growing with each piece.
+    TextMirror::mirrorOfDocument(_textStorage)->reserve(_pendingText.size());
     appendPendingText(kFirstLoadPiece);
     if (isLoading()) {
         _loadTimer->start();

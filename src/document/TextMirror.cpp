@@ -105,17 +105,30 @@ void TextMirror::remove(qsizetype location, qsizetype length)
     _gapEnd += length;
 }
 
+void TextMirror::regrow(qsizetype gap)
+{
+    const qsizetype length = size();
+    std::vector<char16_t> grown(size_t(length + gap));
+    std::copy(_buffer.begin(), _buffer.begin() + _gapStart, grown.begin());
+    std::copy(_buffer.begin() + _gapEnd, _buffer.end(), grown.begin() + _gapStart + gap);
+    _buffer = std::move(grown);
+    _gapEnd = _gapStart + gap;
+    _moved += length;
+}
+
+void TextMirror::reserve(qsizetype length)
+{
+    const qsizetype wanted = std::max(length, size()) + roomToType(length);
+    if (qsizetype(_buffer.size()) < wanted) {
+        regrow(wanted - size());
+    }
+}
+
 void TextMirror::insert(qsizetype location, QStringView text)
 {
     moveGap(location);
     if (gapLength() < text.size()) {
-        const qsizetype length = size();
-        const qsizetype gap = text.size() + roomToType(length);
-        std::vector<char16_t> grown(size_t(length + gap));
-        std::copy(_buffer.begin(), _buffer.begin() + _gapStart, grown.begin());
-        std::copy(_buffer.begin() + _gapEnd, _buffer.end(), grown.begin() + _gapStart + gap);
-        _buffer = std::move(grown);
-        _gapEnd = _gapStart + gap;
+        regrow(text.size() + roomToType(size()));
     }
     std::copy(text.utf16(), text.utf16() + text.size(), _buffer.begin() + _gapStart);
     _gapStart += text.size();
@@ -146,7 +159,7 @@ void TextMirror::contentsChange(int position, int removed, int added)
     // either end did not change, and the edit told is only what lies between.
     qsizetype prefix = 0;
     qsizetype suffix = 0;
-    if (location == 0 && reallyRemoved == oldLength) {
+    if (location == 0 && reallyRemoved == oldLength && oldLength > 0) {
         const QString text = plainText(_document->toRawText());
         std::tie(prefix, suffix) = commonEnds(this->text(), text);
         setText(text);

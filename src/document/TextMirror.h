@@ -28,9 +28,13 @@ public:
     /// The whole text in one piece: moves the gap to an end, which costs up to the whole
     /// text. For passes over everything, not for work per keystroke.
     QStringView text() { return view(0, size()); }
-    /// How many characters edits and views have moved across the gap so far: what keeping
-    /// the copy has cost.
+    /// How many characters edits and views have moved so far, across the gap or into a
+    /// larger buffer: what keeping the copy has cost.
     qint64 movedCharacters() const { return _moved; }
+    /// Makes room for a text of `length` characters at once, so that a text that goes in
+    /// piece by piece (a large file being read) is not copied into a larger buffer again and
+    /// again as it grows.
+    void reserve(qsizetype length);
 
 Q_SIGNALS:
     /// `removed` units at `location` were replaced by `added`; the mirror already holds
@@ -45,6 +49,8 @@ private:
     void moveGap(qsizetype position);
     void remove(qsizetype location, qsizetype length);
     void insert(qsizetype location, QStringView text);
+    /// Moves the text into a buffer whose gap holds `gap` characters.
+    void regrow(qsizetype gap);
 
     QTextDocument* _document;
     std::vector<char16_t> _buffer;

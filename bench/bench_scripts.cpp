@@ -11,9 +11,9 @@
 #include "editor/TextView.h"
 #include "scripts/ScriptLibrary.h"
 #include "scripts/ScriptManager.h"
-#include "scripts/ScriptTreeModel.h"
 #include "window/DocumentWindow.h"
 #include "window/ScriptController.h"
+#include "window/ScriptTreeModel.h"
 #include "window/WindowController.h"
 
 #include <QDir>

@@ -8,14 +8,17 @@
 #include "app/ScriptCommands.h"
 #include "app/SingleInstance.h"
 #include "app/TerminationSignals.h"
+#include "document/Document.h"
 #include "document/RecoveryStore.h"
 #include "platform/NotificationCenter.h"
+#include "platform/SystemBeep.h"
 #include "platform/UserDefaults.h"
 #include "scripts/ScriptManager.h"
 #include "window/TabWindow.h"
 
 #include <QIcon>
 #include <QMessageBox>
+#include <QPlainTextDocumentLayout>
 #include <QPointer>
 #include <QProcess>
 #include <QWidget>
@@ -27,6 +30,11 @@ Application::Application(int& argc, char** argv)
     setOrganizationName(QStringLiteral("Tessaran"));
     setApplicationVersion(QStringLiteral(TESSARAN_VERSION));
     setDesktopFileName(QStringLiteral("tessaran"));
+    SystemBeep::setSound(&QApplication::beep);
+    // Every text starts with the layout of the plain-text views that show it.
+    Document::setTextLayoutFactory([](QTextDocument* text) -> QAbstractTextDocumentLayout* {
+        return new QPlainTextDocumentLayout(text);
+    });
     // The installed theme icon when there is one, else the copy built into the program.
     setWindowIcon(QIcon::fromTheme(QStringLiteral("tessaran"),
                                    QIcon(QStringLiteral(":/Images/tessaran.png"))));

@@ -1,6 +1,6 @@
 #include "app/KeyTypeDelegate.h"
 
-#include "syntax/SyntaxEntryTableModel.h"
+#include "app/SyntaxEntryTableModel.h"
 
 #include <QComboBox>
 

@@ -5,11 +5,11 @@
 #include "editor/TextView.h"
 #include "platform/FileManager.h"
 #include "platform/PropertyList.h"
-#include "scripts/ScriptAlert.h"
 #include "scripts/ScriptLibrary.h"
 #include "scripts/ScriptManager.h"
-#include "scripts/ScriptSheet.h"
 #include "window/DocumentWindow.h"
+#include "window/ScriptAlert.h"
+#include "window/ScriptSheet.h"
 #include "window/WindowController.h"
 
 #include <QCoreApplication>

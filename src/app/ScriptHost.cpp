@@ -2,7 +2,9 @@
 
 #include "app/DocumentController.h"
 #include "app/JavaScriptRunner.h"
+#include "editor/TextView.h"
 #include "window/DocumentWindow.h"
+#include "window/ScriptAlert.h"
 #include "window/WindowController.h"
 
 ScriptHost::ScriptHost(DocumentController& documents)
@@ -29,16 +31,58 @@ Document* ScriptHost::openDocumentWithContentsOfURL(const QString& path, bool di
     return _documents.openDocumentWithContentsOfURL(path, display);
 }
 
-TextView* ScriptHost::textViewOf(Document* document) const
+TextView* ScriptHost::mainTextViewOf(Document* document) const
 {
     WindowController* controller = _documents.windowControllerOf(document);
     return controller ? controller->textView() : nullptr;
 }
 
-QWidget* ScriptHost::windowOf(Document* document) const
+QObject* ScriptHost::textViewOf(Document* document) const
+{
+    return mainTextViewOf(document);
+}
+
+QObject* ScriptHost::windowOf(Document* document) const
 {
     WindowController* controller = _documents.windowControllerOf(document);
     return controller ? controller->window() : nullptr;
+}
+
+bool ScriptHost::isShown(Document* document) const
+{
+    const TextView* view = mainTextViewOf(document);
+    return view && view->window()->isVisible();
+}
+
+QString ScriptHost::selectedTextOf(Document* document) const
+{
+    const TextView* view = mainTextViewOf(document);
+    if (!view) {
+        return QString();
+    }
+    QString selection = view->textCursor().selectedText();
+    selection.replace(QChar::ParagraphSeparator, u'\n');
+    return selection;
+}
+
+void ScriptHost::insertTextAtSelection(Document* document, const QString& text)
+{
+    if (TextView* view = mainTextViewOf(document)) {
+        view->insertTextAtSelection(text);
+    }
+}
+
+void ScriptHost::focusTextView(Document* document)
+{
+    if (TextView* view = mainTextViewOf(document)) {
+        view->setFocus();
+    }
+}
+
+void ScriptHost::showAlert(const QString& title, const QString& text, bool caution,
+                           bool applicationModal)
+{
+    ScriptAlert::show(title, text, caution, applicationModal);
 }
 
 std::optional<QString> ScriptHost::runInProcessScript(const QString& source,

@@ -6,6 +6,7 @@
 #include "scripts/ScriptLibrary.h"
 #include "scripts/ScriptManager.h"
 #include "window/DocumentWindow.h"
+#include "window/ScriptTreeModel.h"
 #include "window/WindowController.h"
 
 #include <QAction>
@@ -97,7 +98,7 @@ void ScriptMenu::makeSupportMenuItems(QMenu* menu)
 
 void ScriptMenu::addMenuOfScriptObject(const ScriptObjectPtr& node, QMenu* menu)
 {
-    const QIcon icon = ScriptLibrary::iconOf(node);
+    const QIcon icon = ScriptTreeModel::iconOf(node);
     QAction* item = menu->addAction(node->title());
     item->setData(QVariant::fromValue(node));
     if (!icon.isNull()) {

@@ -2,11 +2,11 @@
 
 #include "app/DocumentController.h"
 #include "app/KeyTypeDelegate.h"
+#include "app/SyntaxEntryTableModel.h"
 #include "platform/FileManager.h"
 #include "platform/Preferences.h"
 #include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
-#include "syntax/SyntaxEntryTableModel.h"
 
 #include <QApplication>
 #include <QComboBox>

@@ -11,12 +11,12 @@
 #include "platform/StringEncoding.h"
 #include "platform/TextCodec.h"
 
+#include <QAbstractTextDocumentLayout>
 #include <QAbstractUndoItem>
 #include <QFile>
 #include <QFileInfo>
 #include <QLocale>
 #include <QPainter>
-#include <QPlainTextDocumentLayout>
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
@@ -49,7 +49,18 @@ QString encodingName(quint64 encoding)
     return name.isEmpty() ? QString::number(encoding) : name;
 }
 
+Document::TextLayoutFactory& textLayoutFactory()
+{
+    static Document::TextLayoutFactory factory = nullptr;
+    return factory;
+}
+
 } // namespace
+
+void Document::setTextLayoutFactory(TextLayoutFactory factory)
+{
+    textLayoutFactory() = factory;
+}
 
 Document::Document(EncodingManager& encodings, const DocumentSettings& settings, QObject* parent)
     : QObject(parent)
@@ -60,7 +71,12 @@ Document::Document(EncodingManager& encodings, const DocumentSettings& settings,
     , _autosaveTimer(new QTimer(this))
     , _loadTimer(new QTimer(this))
 {
-    _textStorage->setDocumentLayout(new QPlainTextDocumentLayout(_textStorage));
+    if (const TextLayoutFactory factory = textLayoutFactory()) {
+        _textStorage->setDocumentLayout(factory(_textStorage));
+    } else {
+        // A text storage without a layout tells nobody of its changes.
+        _textStorage->documentLayout();
+    }
     _textStorage->setUndoRedoEnabled(false);
     _fileType = kPlainTextType;
     _documentEncoding = settings.defaultsTextEncoding;

@@ -12,6 +12,7 @@
 
 #include <memory>
 
+class QAbstractTextDocumentLayout;
 class QTextDocument;
 class QTimer;
 
@@ -48,6 +49,14 @@ public:
     Document(EncodingManager& encodings, const DocumentSettings& settings,
              QObject* parent = nullptr);
     ~Document() override;
+
+    /// Makes the layout a new document's text storage starts with.
+    using TextLayoutFactory = QAbstractTextDocumentLayout* (*)(QTextDocument* textStorage);
+    /// The text views need their own kind of layout, and a layout put in later tells the
+    /// whole text as changed to everyone who follows the text: the application hands in
+    /// the views' kind before it makes a document. Without one a document has Qt's
+    /// rich-text layout.
+    static void setTextLayoutFactory(TextLayoutFactory factory);
 
     /// The text. Every line break in it is one LF, whatever the file holds, except in a file
     /// that does not look like text, whose CRs stay CRs; characters the text storage cannot

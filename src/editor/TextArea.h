@@ -1,5 +1,6 @@
 #pragma once
 
+#include "document/TextStore.h"
 #include "editor/InvisibleCharacterPainter.h"
 #include "editor/TextAreaLayout.h"
 #include "editor/TextAreaPainter.h"
@@ -21,7 +22,6 @@ class QMenu;
 class TextAreaMouse;
 class QMimeData;
 class TextFormatProvider;
-class TextStore;
 struct TextChange;
 
 /// A view of a TextStore that lays out only the lines it shows, so that a text of any size

@@ -6,9 +6,7 @@
 
 #include <QDir>
 #include <QFile>
-#include <QFileIconProvider>
 #include <QFileInfo>
-#include <QHash>
 #include <QSaveFile>
 #include <QSet>
 
@@ -106,21 +104,6 @@ QList<QPair<ScriptObjectPtr, int>> ScriptLibrary::folders() const
 QString ScriptLibrary::filePathOf(const ScriptObjectPtr& script)
 {
     return FileManager::scriptDirectoryPathInPath(script->path());
-}
-
-QIcon ScriptLibrary::iconOf(const ScriptObjectPtr& node)
-{
-    static QHash<QString, QIcon> icons;
-    const QFileIconProvider provider;
-    if (!node->isLeaf()) {
-        return provider.icon(QFileIconProvider::Folder);
-    }
-    const QString extension = QFileInfo(node->path()).suffix();
-    auto found = icons.find(extension);
-    if (found == icons.end()) {
-        found = icons.insert(extension, provider.icon(QFileInfo(filePathOf(node))));
-    }
-    return *found;
 }
 
 bool ScriptLibrary::addScript(const QString& name, const QString& extension, const QString& text,

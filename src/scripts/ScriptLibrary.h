@@ -2,7 +2,6 @@
 
 #include "scripts/ScriptObject.h"
 
-#include <QIcon>
 #include <QPair>
 #include <QString>
 #include <QStringList>
@@ -28,9 +27,6 @@ public:
     QList<QPair<ScriptObjectPtr, int>> folders() const;
     /// The full path of a script's file in the Script folder.
     static QString filePathOf(const ScriptObjectPtr& script);
-    /// The desktop's icon for a script's file type (looked up once per extension) or for
-    /// a folder.
-    static QIcon iconOf(const ScriptObjectPtr& node);
 
     /// Writes `text` in `encoding` to the Script folder as `name`.`extension` and adds
     /// the script at the end of `folder`. False, changing nothing, when that file name is

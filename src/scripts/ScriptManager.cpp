@@ -2,19 +2,16 @@
 
 #include "document/Document.h"
 #include "document/EncodingManager.h"
-#include "editor/TextView.h"
 #include "platform/PreferencesValues.h"
 #include "platform/PropertyList.h"
 #include "platform/Regex.h"
 #include "platform/SharedInstance.h"
 #include "platform/TextCodec.h"
 #include "platform/UserDefaults.h"
-#include "scripts/ScriptAlert.h"
 #include "scripts/ScriptFolderWatcher.h"
 #include "scripts/ScriptLibrary.h"
 #include "scripts/ScriptTarget.h"
 
-#include <QApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -23,7 +20,6 @@
 #include <QStandardPaths>
 #include <QStringDecoder>
 #include <QTemporaryFile>
-#include <QTextDocument>
 #include <QTimer>
 #include <QUrl>
 
@@ -226,9 +222,12 @@ QString ScriptManager::decodeOutputPiece(QByteArray& pending, const QByteArray& 
 
 // Running ------------------------------------------------------------------------------
 
-TextView* ScriptManager::frontTextView() const
+void ScriptManager::alert(const QString& title, const QString& text, bool caution,
+                          bool applicationModal) const
 {
-    return _target ? _target->textViewOf(_target->currentDocument()) : nullptr;
+    if (_target) {
+        _target->showAlert(title, text, caution, applicationModal);
+    }
 }
 
 void ScriptManager::runScriptWithSource(const QString& source, const QString& scriptName)
@@ -237,12 +236,12 @@ void ScriptManager::runScriptWithSource(const QString& source, const QString& sc
         const std::optional<QString> error =
             _target ? _target->runInProcessScript(source, QString()) : std::nullopt;
         if (error) {
-            ScriptAlert::show(tr("Error Script"), *error, true);
+            alert(tr("Error Script"), *error, true);
         }
         return;
     }
     if (!kProcessKinds.contains(scriptName)) {
-        ScriptAlert::show(tr("This source cannot be performed."), tr("Notice"));
+        alert(tr("This source cannot be performed."), tr("Notice"));
         return;
     }
     if (_isFindRunning) {
@@ -254,13 +253,12 @@ void ScriptManager::runScriptWithSource(const QString& source, const QString& sc
     }
     if (!interpreter) {
         _isNewWindow = false;
-        ScriptAlert::show(tr("Notice"), tr("Not Found unix commands."));
+        alert(tr("Notice"), tr("Not Found unix commands."));
         return;
     }
     if (!isRunnable(*interpreter)) {
         _isNewWindow = false;
-        ScriptAlert::show(tr("Notice"),
-                          tr("Not Found unix commands.") + u'\n' + interpreter->command);
+        alert(tr("Notice"), tr("Not Found unix commands.") + u'\n' + interpreter->command);
         return;
     }
     if (interpreter->takesProgramText()) {
@@ -274,7 +272,7 @@ void ScriptManager::runScriptWithSource(const QString& source, const QString& sc
     const QByteArray bytes = source.toUtf8();
     if (!file->open() || file->write(bytes) != bytes.size() || !file->flush()) {
         _isNewWindow = false;
-        ScriptAlert::show(
+        alert(
             tr("Notice"),
             tr("The script could not be written to a temporary file: %1").arg(file->errorString()));
         return;
@@ -319,8 +317,7 @@ void ScriptManager::startProcess(const QStringList& arguments)
     connect(process, &QProcess::errorOccurred, this, [this, process](QProcess::ProcessError error) {
         if (error == QProcess::FailedToStart && process == _task) {
             stopProcess();
-            ScriptAlert::show(tr("Notice"),
-                              tr("Not Found unix commands.") + u'\n' + process->program());
+            alert(tr("Notice"), tr("Not Found unix commands.") + u'\n' + process->program());
         }
     });
 
@@ -331,10 +328,8 @@ void ScriptManager::startProcess(const QStringList& arguments)
 
     // The selection goes to the standard input, which is then closed: an empty
     // selection is an input that ends at once.
-    if (TextView* view = _outputView) {
-        QString selection = view->textCursor().selectedText();
-        selection.replace(QChar::ParagraphSeparator, u'\n');
-        process->write(selection.toUtf8());
+    if (_outputView) {
+        process->write(_target->selectedTextOf(_outputDocument).toUtf8());
     }
     process->closeWriteChannel();
 }
@@ -344,7 +339,7 @@ void ScriptManager::setOutputDocument(Document* document)
     _outputDocument = document;
     _outputView = _target ? _target->textViewOf(document) : nullptr;
     _hasOutputWindow = _outputView != nullptr;
-    QWidget* window = _target ? _target->windowOf(document) : nullptr;
+    QObject* window = _target ? _target->windowOf(document) : nullptr;
     if (window && _task) {
         // Closing that window ends the script: nothing else may receive its output.
         QProcess* process = _task;
@@ -377,10 +372,9 @@ void ScriptManager::getData(const QByteArray& data)
     }
     if (overflow && _isFindRunning) {
         stopProcess();
-        ScriptAlert::show(tr("Notice"),
-                          tr("The script was stopped because its output passed %1.")
-                              .arg(QLocale().formattedDataSize(
-                                  outputLimit(), 0, QLocale::DataSizeTraditionalFormat)));
+        alert(tr("Notice"), tr("The script was stopped because its output passed %1.")
+                                .arg(QLocale().formattedDataSize(
+                                    outputLimit(), 0, QLocale::DataSizeTraditionalFormat)));
     }
 }
 
@@ -396,17 +390,16 @@ void ScriptManager::insertOutput(const QString& text)
         // No document was in front when the script started.
         return;
     }
-    TextView* view = _outputView;
-    if (!view || !view->window()->isVisible()) {
+    if (!_outputView || !_outputDocument || !_target->isShown(_outputDocument)) {
         // Its window was closed; it goes away a moment later.
         stopProcess();
         return;
     }
-    if (_outputDocument && _outputDocument->isLoading()) {
+    if (_outputDocument->isLoading()) {
         // Output put in while the file still goes in would be taken for part of the file.
         _outputDocument->finishLoading();
     }
-    view->insertTextAtSelection(text);
+    _target->insertTextAtSelection(_outputDocument, text);
 }
 
 void ScriptManager::stopProcess()
@@ -472,8 +465,8 @@ void ScriptManager::runRegisterScriptWithPath(const QString& path)
         }
     }
     // Give the editor its focus back.
-    if (TextView* view = frontTextView()) {
-        view->setFocus();
+    if (_target) {
+        _target->focusTextView(_target->currentDocument());
     }
 }
 
@@ -485,13 +478,13 @@ void ScriptManager::runRegisterAppleScriptWithPath(const QString& path)
         source = sourceOfFilePath(path);
     }
     if (!source) {
-        ScriptAlert::show(tr("Error"), tr("No entries found."), false, true);
+        alert(tr("Error"), tr("No entries found."), false, true);
         return;
     }
     const std::optional<QString> error =
         _target ? _target->runInProcessScript(*source, path) : std::nullopt;
     if (error) {
-        ScriptAlert::show(tr("Error"), *error, false, true);
+        alert(tr("Error"), *error, false, true);
     }
 }
 
@@ -502,7 +495,7 @@ void ScriptManager::runRegisterScript(const ScriptObjectPtr& node)
     }
     const QFileInfo file(ScriptLibrary::filePathOf(node));
     if (!file.exists() || file.isDir()) {
-        ScriptAlert::show(tr("No such file or directory."), tr("Notice"));
+        alert(tr("No such file or directory."), tr("Notice"));
         return;
     }
     runRegisterScriptWithPath(file.filePath());

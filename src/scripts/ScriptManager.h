@@ -18,7 +18,6 @@ class EncodingManager;
 class QTemporaryFile;
 class ScriptFolderWatcher;
 class ScriptTarget;
-class TextView;
 class UserDefaults;
 
 /// The application's one script manager: it keeps the script library in the settings store
@@ -117,9 +116,6 @@ public:
     /// Starts watching the Script folder for scripts put there by hand (once, at launch).
     void bootUp();
 
-    /// The text view scripts act on: the main text view of the front document's window.
-    TextView* frontTextView() const;
-
     /// Loads the library from `SettingsKey::ScriptAllItems` into the application's
     /// scriptDataSource; an empty library when the setting is missing or cannot be read.
     void readScriptDataSource();
@@ -145,6 +141,9 @@ private:
     /// Makes the window of `document` the one that receives the output.
     void setOutputDocument(Document* document);
     void insertOutput(const QString& text);
+    /// Tells the user through the target; without one nobody is there to tell.
+    void alert(const QString& title, const QString& text, bool caution = false,
+               bool applicationModal = false) const;
 
     UserDefaults& _store;
     EncodingManager& _encodings;
@@ -160,7 +159,7 @@ private:
     /// opened for "@new". Without one, the output is dropped; once its window is closed,
     /// the child is stopped.
     QPointer<Document> _outputDocument;
-    QPointer<TextView> _outputView;
+    QPointer<QObject> _outputView;
     bool _hasOutputWindow = false;
     /// The source handed to an interpreter as a file, removed when the child ends.
     std::unique_ptr<QTemporaryFile> _sourceFile;

@@ -7,7 +7,7 @@
 #include "platform/SharedInstance.h"
 #include "search/SearchEngine.h"
 
-#include <QApplication>
+#include <QGuiApplication>
 #include <QPalette>
 #include <QScrollBar>
 #include <QSignalBlocker>
@@ -133,8 +133,8 @@ QString SearchManager::findLabel() const
 
 QColor SearchManager::highlightColor()
 {
-    return highlightWithLevel(QApplication::palette().color(QPalette::Active, QPalette::Highlight),
-                              0.5);
+    return highlightWithLevel(
+        QGuiApplication::palette().color(QPalette::Active, QPalette::Highlight), 0.5);
 }
 
 QString SearchManager::stringOf(const QTextDocument* textStorage)

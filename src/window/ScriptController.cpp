@@ -1,11 +1,11 @@
 #include "window/ScriptController.h"
 
-#include "scripts/ScriptAlert.h"
 #include "scripts/ScriptLibrary.h"
 #include "scripts/ScriptManager.h"
-#include "scripts/ScriptSheet.h"
 #include "scripts/ScriptTarget.h"
-#include "scripts/ScriptTreeModel.h"
+#include "window/ScriptAlert.h"
+#include "window/ScriptSheet.h"
+#include "window/ScriptTreeModel.h"
 
 #include <QDesktopServices>
 #include <QFile>

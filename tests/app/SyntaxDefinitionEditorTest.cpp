@@ -2,10 +2,10 @@
 
 #include "TestSupport.h"
 #include "app/DocumentController.h"
+#include "app/SyntaxEntryTableModel.h"
 #include "platform/FileManager.h"
 #include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
-#include "syntax/SyntaxEntryTableModel.h"
 
 #include <QAbstractItemDelegate>
 #include <QComboBox>

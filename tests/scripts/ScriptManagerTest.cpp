@@ -9,7 +9,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QMessageBox>
 #include <QPointer>
 #include <QSignalSpy>
 #include <QTest>
@@ -246,25 +245,6 @@ TEST_F(ScriptRunning, RunawayJavaScriptIsInterrupted)
     EXPECT_EQ(JavaScriptRunner::run(QStringLiteral("1 + 1")).outcome,
               JavaScriptRunner::Outcome::Ran);
     JavaScriptRunner::setTimeLimit(JavaScriptRunner::DefaultTimeLimit);
-}
-
-TEST_F(ScriptRunning, AlertsAreSheetsOnTheWindow)
-{
-    Document* document = openDocument(QStringLiteral("text"));
-    DocumentWindow* window =
-        DocumentController::sharedDocumentController().windowControllerOf(document)->window();
-    ScriptAlert::show(QStringLiteral("Notice"), QStringLiteral("Not Found unix commands."), true,
-                      false, window);
-    auto* sheet = window->findChild<QMessageBox*>();
-    ASSERT_NE(sheet, nullptr);
-    EXPECT_EQ(sheet->windowModality(), Qt::WindowModal);
-    // The headline in the body, where the title bar cannot cut it off.
-    EXPECT_EQ(sheet->text(), "Notice");
-    EXPECT_EQ(sheet->informativeText(), "Not Found unix commands.");
-    EXPECT_EQ(sheet->icon(), QMessageBox::Warning);
-    EXPECT_EQ(sheet->buttons().size(), 1);
-    EXPECT_TRUE(sheet->isVisible());
-    sheet->accept();
 }
 
 namespace {

@@ -1,16 +1,28 @@
 #pragma once
 
+#include "TestSupport.h"
 #include "app/DocumentController.h"
+#include "app/ScriptMenu.h"
 #include "document/Document.h"
 #include "editor/TextView.h"
-#include "scripts/ScriptAlert.h"
+#include "platform/FileManager.h"
+#include "scripts/ScriptLibrary.h"
+#include "scripts/ScriptManager.h"
+#include "scripts/ScriptObject.h"
 #include "window/DocumentWindow.h"
+#include "window/ScriptAlert.h"
 #include "window/WindowController.h"
 
+#include <QAction>
 #include <QCoreApplication>
+#include <QDir>
+#include <QMenu>
+#include <QMenuBar>
 #include <QTest>
 #include <QTextCursor>
 #include <QTextDocument>
+
+#include <gtest/gtest.h>
 
 #include <vector>
 
@@ -60,6 +72,68 @@ struct AlertRecorder {
             [this](const ScriptAlert::Alert& alert) { alerts.push_back(alert); });
     }
     ~AlertRecorder() { ScriptAlert::setHandler(nullptr); }
+};
+
+inline ScriptLibrary& library()
+{
+    return ScriptManager::sharedScriptManager().library();
+}
+
+/// A Script folder and a library that start empty; the document windows close after.
+class ScriptLibraryTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        QDir(FileManager::scriptDirectoryPathInPath()).removeRecursively();
+        QDir().mkpath(FileManager::scriptDirectoryPathInPath());
+        ScriptManager::sharedScriptManager().setScriptDataSource(ScriptObjectList());
+    }
+    void TearDown() override { closeAllDocuments(); }
+
+    static QString script(const QString& name)
+    {
+        return FileManager::scriptDirectoryPathInPath(name);
+    }
+    static ScriptObjectPtr addFile(const QString& name, const ScriptObjectPtr& folder)
+    {
+        TestSupport::writeFile(script(name), "#!/bin/sh -c\necho " + name.toUtf8());
+        ScriptObjectPtr node = ScriptObject::initWithPath(name, true);
+        ScriptObjectList list = library().entries(folder);
+        list.append(node);
+        if (folder) {
+            folder->setChildren(list);
+        } else {
+            ScriptManager::sharedScriptManager().setScriptDataSource(list);
+        }
+        return node;
+    }
+    static QStringList titles(const ScriptObjectList& nodes)
+    {
+        QStringList result;
+        for (const ScriptObjectPtr& node : nodes) {
+            result << node->title();
+        }
+        return result;
+    }
+    static QMenu* scriptsMenuOf(Document* document)
+    {
+        return DocumentController::sharedDocumentController()
+            .windowControllerOf(document)
+            ->window()
+            ->menuBar()
+            ->findChild<QMenu*>(QStringLiteral("scriptsMenu"));
+    }
+    static QStringList itemTitles(QMenu* menu, bool withFixed = false)
+    {
+        QStringList result;
+        for (QAction* item : menu->actions()) {
+            if (withFixed || item->property("tag").toInt() != ScriptMenu::FixedTag) {
+                result << (item->isSeparator() ? QStringLiteral("-") : item->text());
+            }
+        }
+        return result;
+    }
 };
 
 } // namespace ScriptTestSupport

@@ -1,4 +1,4 @@
-#include "scripts/ScriptSheet.h"
+#include "window/ScriptSheet.h"
 
 #include "scripts/ScriptLibrary.h"
 

@@ -3,6 +3,7 @@
 #include "scripts/ScriptObject.h"
 
 #include <QAbstractItemModel>
+#include <QIcon>
 
 #include <memory>
 
@@ -22,6 +23,10 @@ public:
     /// The tree of `library`.
     explicit ScriptTreeModel(ScriptLibrary& library, QObject* parent = nullptr);
     ~ScriptTreeModel() override;
+
+    /// The desktop's icon for a script's file type (looked up once per extension) or for
+    /// a folder, as the pane and the Scripts menu show it.
+    static QIcon iconOf(const ScriptObjectPtr& node);
 
     /// Shows the application's scriptDataSource again.
     void reloadData();

@@ -1,8 +1,10 @@
-#include "scripts/ScriptTreeModel.h"
+#include "window/ScriptTreeModel.h"
 
 #include "scripts/ScriptLibrary.h"
 
 #include <QFileIconProvider>
+#include <QFileInfo>
+#include <QHash>
 #include <QMimeData>
 
 struct ScriptTreeModel::Item {
@@ -21,6 +23,21 @@ ScriptTreeModel::ScriptTreeModel(ScriptLibrary& library, QObject* parent)
 }
 
 ScriptTreeModel::~ScriptTreeModel() = default;
+
+QIcon ScriptTreeModel::iconOf(const ScriptObjectPtr& node)
+{
+    static QHash<QString, QIcon> icons;
+    const QFileIconProvider provider;
+    if (!node->isLeaf()) {
+        return provider.icon(QFileIconProvider::Folder);
+    }
+    const QString extension = QFileInfo(node->path()).suffix();
+    auto found = icons.find(extension);
+    if (found == icons.end()) {
+        found = icons.insert(extension, provider.icon(QFileInfo(ScriptLibrary::filePathOf(node))));
+    }
+    return *found;
+}
 
 void ScriptTreeModel::build(Item* item, const ScriptObjectList& nodes)
 {
@@ -108,7 +125,7 @@ QVariant ScriptTreeModel::data(const QModelIndex& index, int role) const
         return node->title();
     }
     if (role == Qt::DecorationRole) {
-        return ScriptLibrary::iconOf(node);
+        return iconOf(node);
     }
     return {};
 }

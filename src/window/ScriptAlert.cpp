@@ -1,4 +1,4 @@
-#include "scripts/ScriptAlert.h"
+#include "window/ScriptAlert.h"
 
 #include <QApplication>
 #include <QMessageBox>

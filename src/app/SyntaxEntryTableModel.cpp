@@ -1,4 +1,4 @@
-#include "syntax/SyntaxEntryTableModel.h"
+#include "app/SyntaxEntryTableModel.h"
 
 #include <QFont>
 #include <QFontDatabase>

@@ -1,76 +1,35 @@
 #include "window/SidebarView.h"
 
-#include "TestSupport.h"
+#include "TestWindow.h"
 #include "app/FindMenu.h"
-#include "app/MainMenu.h"
 #include "app/PreferencesController.h"
-#include "document/Document.h"
 #include "editor/FindIndicator.h"
 #include "editor/LayoutManager.h"
-#include "editor/TextView.h"
 #include "editor/UndoActionNames.h"
 #include "platform/PreferencesValues.h"
 #include "platform/UserDefaults.h"
 #include "search/SearchManager.h"
-#include "window/DocumentWindow.h"
 #include "window/GotoController.h"
 #include "window/InfoController.h"
 #include "window/ScriptController.h"
 #include "window/SearchController.h"
-#include "window/WindowController.h"
 
-#include <QAction>
 #include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMainWindow>
-#include <QMenu>
 #include <QSplitter>
-#include <QTest>
-#include <QTextDocument>
-
-#include <gtest/gtest.h>
 
 #include <functional>
 
 namespace {
 
-/// A document window as the document controller makes one, shown offscreen.
-struct Window {
-    Document* document = new TestDocument;
-    WindowController* controller = nullptr;
-    MainMenu* menu = nullptr;
-
+/// Shown unless said otherwise: the panes take the keyboard focus.
+struct Window : TestWindow {
     explicit Window(const QString& text = QString(), const QString& identifier = QString(),
                     bool show = true)
-    {
-        document->setWindowIdentifier(identifier);
-        if (!text.isEmpty()) {
-            document->textStorage()->setPlainText(text);
-        }
-        controller = new WindowController(document);
-        controller->windowDidLoad();
-        menu = new MainMenu(controller);
-        if (show) {
-            DocumentWindow* window = controller->window();
-            window->show();
-            window->activateWindow();
-            EXPECT_TRUE(QTest::qWaitForWindowActive(window));
-        }
-    }
-    ~Window() { delete document; }
-
-    DocumentWindow* window() const { return controller->window(); }
-    SidebarView* sidebar() const { return controller->sidebarView(); }
-    QAction* action(const QString& menuName, const QString& title) const
-    {
-        for (QAction* item : menu->menuNamed(menuName)->actions()) {
-            if (item->text() == title) {
-                return item;
-            }
-        }
-        return nullptr;
-    }
+        : TestWindow(text, identifier, show)
+    {}
 };
 
 void resetEngine()
@@ -152,6 +111,9 @@ TEST(SidebarView, OpeningSwitchingAndClosing)
 
 TEST(SidebarView, WindowIdentifierAndFullScreen)
 {
+    // The identifier's syntax wins over the settings' choice.
+    TestRoot root;
+    root.userDefaults().setBool(false, SettingsKey::SyntaxColouring);
     // The script pane with Perl applied: "3:Perl", then "None:Perl".
     Window perl(QStringLiteral("print 1;"), QStringLiteral("None:Perl"));
     EXPECT_FALSE(perl.sidebar()->isVisible());
@@ -167,8 +129,15 @@ TEST(SidebarView, WindowIdentifierAndFullScreen)
     EXPECT_EQ(restored.controller->lastSelectedType(), SidebarView::InfoType);
     EXPECT_EQ(restored.controller->windowIdentifier(), "2:Perl");
     EXPECT_EQ(restored.sidebar()->infoController()->syntaxField()->text(), "Perl");
+    EXPECT_TRUE(restored.controller->syntaxColouring());
+    EXPECT_EQ(restored.controller->selectedSyntaxName(), "Perl");
     Window none(QStringLiteral("x"), QStringLiteral("1:59"), false);
     EXPECT_FALSE(none.controller->isSidebarView());
+    // One that is no identifier of this editor's is put right.
+    Window foreign(QString(), QStringLiteral("_NS:60"), false);
+    EXPECT_EQ(foreign.controller->windowIdentifier(), "None:None");
+    EXPECT_EQ(foreign.document->windowIdentifier(), "None:None");
+    EXPECT_FALSE(foreign.controller->syntaxColouring());
 
     // In full screen the window keeps its size and the editor gives up the 240 points.
     Window full(QStringLiteral("text"));

@@ -367,34 +367,6 @@ TEST(SidebarView, UndoOfReplaceAllRestoresTheTextAndTakesTheHighlightAway)
     resetEngine();
 }
 
-TEST(SidebarView, GoToPane)
-{
-    QString text;
-    for (int i = 1; i <= 60; ++i) {
-        text += QStringLiteral("line %1\n").arg(i);
-    }
-    Window window(text);
-    window.window()->resize(600, 400);
-    window.action("findMenu", "Go to Line…")->trigger();
-    GotoController* pane = window.sidebar()->gotoController();
-    ASSERT_TRUE(pane->isVisible());
-    EXPECT_TRUE(pane->gotoField()->hasFocus());
-    QTest::keyClicks(pane->gotoField(), "50");
-    QTest::keyClick(pane->gotoField(), Qt::Key_Return);
-    TextView* view = window.controller->textView();
-    const qsizetype line50 = window.document->textStorage()->findBlockByNumber(49).position();
-    EXPECT_TRUE(view->visibleCharacterRange().contains(line50));
-    EXPECT_EQ(view->layoutManager()->backgroundHighlights({0, text.size()}).size(), 1u);
-    EXPECT_EQ(view->textCursor().position(), 0);
-
-    // An empty document: nothing happens.
-    Window empty;
-    empty.controller->swicthSidebarType(SidebarView::GotoType);
-    empty.sidebar()->gotoController()->gotoField()->setText("1");
-    empty.sidebar()->gotoController()->gotoLine(nullptr);
-    EXPECT_FALSE(empty.controller->textView()->layoutManager()->hasBackgroundHighlights());
-}
-
 TEST(SidebarView, TheHighlightedStateFollowsWhatTheWindowShows)
 {
     resetEngine();
@@ -517,8 +489,17 @@ TEST(SidebarView, FoundAndGoneToRangesShowTheSameIndicatorAsABrace)
 
     window.action("findMenu", "Go to Line…")->trigger();
     GotoController* gotoPane = window.sidebar()->gotoController();
+    EXPECT_TRUE(gotoPane->isVisible());
+    EXPECT_TRUE(gotoPane->gotoField()->hasFocus());
     QTest::keyClicks(gotoPane->gotoField(), "3");
     QTest::keyClick(gotoPane->gotoField(), Qt::Key_Return);
     EXPECT_EQ(indicated(), QList<Range>({Range(17, 6)}));
+
+    // In an empty document there is no line to go to: nothing happens.
+    Window empty;
+    empty.controller->swicthSidebarType(SidebarView::GotoType);
+    empty.sidebar()->gotoController()->gotoField()->setText("1");
+    empty.sidebar()->gotoController()->gotoLine(nullptr);
+    EXPECT_FALSE(empty.view()->layoutManager()->hasBackgroundHighlights());
     resetEngine();
 }

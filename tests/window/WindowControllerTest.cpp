@@ -234,7 +234,7 @@ TEST(WindowController, TogglesApplyToThePanesAndTheMenus)
     EXPECT_EQ(window.controller->textView()->wrapLines(), wrapped);
 }
 
-TEST(WindowController, EncodingLineBreakAndSyntaxItems)
+TEST(WindowController, EncodingAndLineBreakItems)
 {
     Window window(QStringLiteral("text"), QStringLiteral("None:Perl"));
     MainMenu& menu = *window.menu;
@@ -282,16 +282,6 @@ TEST(WindowController, EncodingLineBreakAndSyntaxItems)
         window.controller->validateMenuItem(item);
         EXPECT_EQ(item->isChecked(), item->data().toInt() == 2) << item->text().toStdString();
     }
-
-    QAction defaultItem(QStringLiteral("Default For File Type"));
-    defaultItem.setProperty("tag", 500);
-    defaultItem.setCheckable(true);
-    QAction perl(QStringLiteral("Perl"));
-    perl.setProperty("tag", 500);
-    perl.setCheckable(true);
-    window.controller->validateMenuItem(&defaultItem);
-    window.controller->validateMenuItem(&perl);
-    EXPECT_TRUE(perl.isChecked());
 }
 
 TEST(WindowController, WindowsOpenAtTheEndOfARunComeBackAtTheNext)
@@ -366,6 +356,12 @@ TEST(WindowController, TheSyntaxMenuDrawsTheMixedState)
         return QImage();
     };
     const QImage mixed = defaultRow();
+    // The check mark itself is the named syntax's.
+    QAction perl(QStringLiteral("Perl"));
+    perl.setProperty("tag", int(WindowController::SyntaxTag));
+    perl.setCheckable(true);
+    window.controller->validateMenuItem(&perl);
+    EXPECT_TRUE(perl.isChecked());
 
     // Neither choice: the same item, unchecked and not mixed.
     QAction none(QStringLiteral("None"));

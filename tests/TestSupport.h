@@ -4,7 +4,9 @@
 #include "document/Document.h"
 
 #include <QByteArray>
+#include <QList>
 #include <QString>
+#include <QStringList>
 
 /// Shared helpers for the tests.
 namespace TestSupport {
@@ -19,6 +21,18 @@ QByteArray readFile(const QString& path);
 /// of its settings store (the shipped defaults unless a test changed them).
 EncodingManager& encodings();
 DocumentSettings documentSettings();
+
+/// What an alert showed, as the user reads it.
+struct Alert {
+    QString title;
+    QString text;
+    QString informativeText;
+    QStringList buttons;
+};
+
+/// Answers the next alerts to show, in turn, each with the button titled as in `buttons` (one
+/// without such a button is dismissed), as a user would, and notes in `seen` what each showed.
+void answerAlerts(const QStringList& buttons, QList<Alert>* seen = nullptr);
 
 } // namespace TestSupport
 

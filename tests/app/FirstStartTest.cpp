@@ -86,19 +86,11 @@ TEST(FirstStart, NeverReplacesTheUsersFiles)
     EXPECT_TRUE(QFile::exists(FileManager::syntaxDefinitionDirectoryPathInPath("Perl.plist")));
 }
 
-TEST(FirstStart, ReadsItsSettingsAndClearsTheReadingFlags)
+TEST(FirstStart, ClearsTheOpenPanelsFlag)
 {
     TestRoot root;
-    UserDefaults& defaults = root.userDefaults();
-    defaults.setInteger(45, "AutosavingDelay");
-    defaults.setUnsignedInteger(8, "OpenDefaultsTextEncoding");
     DocumentController& controller = root.documentController();
     controller.setIsOpenPanel(true);
     controller.awakeFromNib();
-    EXPECT_EQ(TestDocument().autosavingDelay(), 45);
-    EXPECT_EQ(controller.openDefaultsTextEncoding(), 8u);
     EXPECT_FALSE(controller.isOpenPanel());
-    defaults.removeObjectForKey("AutosavingDelay");
-    defaults.removeObjectForKey("OpenDefaultsTextEncoding");
-    EXPECT_EQ(defaults.unsignedIntegerForKey("OpenDefaultsTextEncoding"), ~quint64(0));
 }

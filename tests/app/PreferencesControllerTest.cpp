@@ -5,17 +5,14 @@
 #include "app/Application.h"
 #include "app/ColorWell.h"
 #include "app/FontWell.h"
-#include "app/MainMenu.h"
 #include "app/SyntaxDefinitionEditor.h"
-#include "document/Document.h"
 #include "platform/ColorArchive.h"
 #include "platform/FileManager.h"
 #include "platform/NotificationCenter.h"
 #include "platform/PropertyList.h"
 #include "platform/SpellChecker.h"
 #include "platform/UserDefaults.h"
-#include "window/DocumentWindow.h"
-#include "window/WindowController.h"
+#include "window/TestWindow.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -253,9 +250,8 @@ TEST(PreferencesController, OpenWindowsTakeUpChangesWhenTheWindowCloses)
     QFile::copy(":/SyntaxDefinition/C.plist", c);
     QFile::setPermissions(c, QFile::permissions(c) | QFile::WriteOwner);
 
-    auto* document = new TestDocument;
-    auto* window = new WindowController(document);
-    window->windowDidLoad();
+    TestWindow open;
+    WindowController* window = open.controller;
     const bool shown = window->showGutterView();
     PreferencesController controller;
     controller.showWindow();
@@ -273,21 +269,12 @@ TEST(PreferencesController, OpenWindowsTakeUpChangesWhenTheWindowCloses)
     EXPECT_EQ(PropertyList::readDictionary(c)->value("Keywords").toList().last(), "new");
     EXPECT_EQ(spy.count(), 2);
     EXPECT_EQ(window->showGutterView(), !shown);
-    delete document;
 }
 
 TEST(PreferencesController, TheEditMenuOpensTheWindow)
 {
-    auto* document = new TestDocument;
-    auto* window = new WindowController(document);
-    window->windowDidLoad();
-    auto* menu = new MainMenu(window); // owned by the window controller
-    QAction* item = nullptr;
-    for (QAction* action : menu->menuNamed("editMenu")->actions()) {
-        if (action->text() == u"Preferences…") {
-            item = action;
-        }
-    }
+    TestWindow window;
+    QAction* item = window.action(QStringLiteral("editMenu"), QStringLiteral("Preferences…"));
     ASSERT_NE(item, nullptr);
     EXPECT_EQ(item->shortcut(), QKeySequence("Ctrl+,"));
     item->trigger();
@@ -295,5 +282,4 @@ TEST(PreferencesController, TheEditMenuOpensTheWindow)
     EXPECT_TRUE(preferences->isVisible());
     EXPECT_EQ(preferences->height(), 440);
     preferences->close();
-    delete document;
 }

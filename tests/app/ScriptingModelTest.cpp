@@ -106,34 +106,6 @@ TEST_F(ScriptingModel, DocumentProperties)
     EXPECT_EQ(bare->contents(), "");
 }
 
-TEST_F(ScriptingModel, AFileStillLoadingIsNotChanged)
-{
-    QByteArray bytes;
-    for (int line = 0; bytes.size() < 2'000'000; ++line) {
-        bytes += "line " + QByteArray::number(line) + " of a file that takes a while\n";
-    }
-    const QString path = TestSupport::writeFile(TestSupport::makeTempDir() + "/large.txt", bytes);
-    Document* document =
-        DocumentController::sharedDocumentController().openDocumentWithContentsOfURL(path);
-    ASSERT_NE(document, nullptr);
-    ASSERT_TRUE(document->isLoading());
-
-    ScriptingDocument* scripting = ScriptingDocument::of(document);
-    const auto edit = scripting->setContents(QStringLiteral("typed"));
-    ASSERT_TRUE(edit);
-    EXPECT_EQ(edit->kind, ScriptingDocument::Refusal::NotEditable);
-    EXPECT_TRUE(edit->message.contains("still loading")) << edit->message.toStdString();
-    EXPECT_TRUE(scripting->setTextRange({0, 4}));
-
-    // Once the whole file is in, it is the file, unchanged; then edits go in.
-    document->finishLoading();
-    EXPECT_EQ(document->string().toUtf8(), bytes);
-    EXPECT_FALSE(document->isDocumentEdited());
-    EXPECT_FALSE(scripting->setContents(QStringLiteral("typed")));
-    EXPECT_TRUE(document->isDocumentEdited());
-    document->textStorage()->setModified(false);
-}
-
 TEST_F(ScriptingModel, JavaScriptSeesTheApplication)
 {
     Document* first = openDocument(QStringLiteral("one"));

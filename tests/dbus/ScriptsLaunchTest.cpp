@@ -1,92 +1,30 @@
 // The scripting side of the real editor: what other programs may not do to its documents over
 // D-Bus, and the script library of a first run that is killed.
-#include "TestSupport.h"
+#include "DBusTestSupport.h"
 #include "scripts/ScriptManager.h"
 
-#include <QDBusArgument>
-#include <QDBusConnection>
-#include <QDBusConnectionInterface>
 #include <QDBusError>
-#include <QDBusMessage>
 #include <QDBusMetaType>
-#include <QDBusObjectPath>
-#include <QDBusVariant>
 #include <QFileInfo>
-#include <QProcess>
 #include <QSettings>
-#include <QTest>
 
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <limits>
+
+using namespace DBusTestSupport;
 
 namespace {
 
-const QString kService = QStringLiteral("org.tessaran.Tessaran");
-const QString kApplicationPath = QStringLiteral("/org/tessaran/Tessaran");
-const QString kApplication = QStringLiteral("org.tessaran.Tessaran.Application");
-const QString kDocument = QStringLiteral("org.tessaran.Tessaran.Document");
-const QString kProperties = QStringLiteral("org.freedesktop.DBus.Properties");
-
-QDBusConnection bus()
-{
-    return QDBusConnection::sessionBus();
-}
-
-QDBusMessage call(const QString& path, const QString& interface, const QString& method,
-                  const QVariantList& arguments = {})
-{
-    QDBusMessage message = QDBusMessage::createMethodCall(kService, path, interface, method);
-    message.setArguments(arguments);
-    return bus().call(message, QDBus::Block, 20000);
-}
-
 QVariant get(const QString& path, const QString& name)
 {
-    return call(path, kProperties, QStringLiteral("Get"), {kDocument, name})
-        .arguments()
-        .value(0)
-        .value<QDBusVariant>()
-        .variant();
+    return documentProperty(path, name);
 }
 
 QDBusMessage set(const QString& path, const QString& name, const QVariant& value)
 {
-    return call(path, kProperties, QStringLiteral("Set"),
-                {kDocument, name, QVariant::fromValue(QDBusVariant(value))});
+    return setDocumentProperty(path, name, value);
 }
-
-/// An editor with folders of its own for settings and data, so that its runs are first runs
-/// and what it leaves behind stays out of the other tests' way.
-struct Editor {
-    QString config = TestSupport::makeTempDir();
-    QString data = TestSupport::makeTempDir();
-    QProcess process;
-
-    void start(const QStringList& arguments)
-    {
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("XDG_CONFIG_HOME"), config);
-        environment.insert(QStringLiteral("XDG_DATA_HOME"), data);
-        process.setProcessEnvironment(environment);
-        process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        process.start(QStringLiteral(TESSARAN_EXECUTABLE), arguments);
-    }
-    static bool listening()
-    {
-        return QTest::qWaitFor(
-            [] { return bus().interface()->isServiceRegistered(kService).value(); }, 30000);
-    }
-    /// Kills it without a word; true once its name has left the bus.
-    bool kill()
-    {
-        ::kill(pid_t(process.processId()), SIGKILL);
-        process.waitForFinished();
-        return QTest::qWaitFor(
-            [] { return !bus().interface()->isServiceRegistered(kService).value(); }, 30000);
-    }
-};
 
 } // namespace
 
@@ -105,15 +43,7 @@ TEST(ScriptingInterface, RefusesWhatADocumentCannotTake)
     const QString large = TestSupport::writeFile(dir + "/large.txt", bytes);
 
     Editor editor;
-    editor.start({text, nul, large});
-    ASSERT_TRUE(Editor::listening());
-    const auto documentAt = [](int index) {
-        return call(kApplicationPath, kApplication, QStringLiteral("document"), {index})
-            .arguments()
-            .value(0)
-            .value<QDBusObjectPath>()
-            .path();
-    };
+    ASSERT_TRUE(editor.start({text, nul, large}));
     // First, while the large file is still going in.
     const QString loading = documentAt(2);
     const QDBusMessage early = set(loading, QStringLiteral("contents"), QStringLiteral("typed"));
@@ -174,6 +104,15 @@ TEST(ScriptingInterface, RefusesWhatADocumentCannotTake)
     // None of it changed anything.
     EXPECT_EQ(get(textPath, "contents").toString(), "xabcx\n");
     EXPECT_EQ(get(textPath, "selection").toString(), "abc");
+    EXPECT_EQ(qdbus_cast<QList<qlonglong>>(get(textPath, "textRange")), QList<qlonglong>({1, 3}));
+    EXPECT_EQ(get(textPath, "textEncoding").toString(), "UTF-8");
+    // The description other programs read.
+    EXPECT_TRUE(call(textPath, QStringLiteral("org.freedesktop.DBus.Introspectable"),
+                     QStringLiteral("Introspect"))
+                    .arguments()
+                    .value(0)
+                    .toString()
+                    .contains("<property name=\"selection\" type=\"s\" access=\"read\"/>"));
     EXPECT_EQ(get(nulPath, "selection").toString(), "");
 
     // The same calls with what the document can take go through.
@@ -200,11 +139,10 @@ TEST(ScriptLibrary, AFirstRunKilledLeavesItsLibraryBehind)
 {
     ASSERT_TRUE(bus().isConnected()) << "no session bus";
     Editor editor;
-    editor.start({});
-    ASSERT_TRUE(Editor::listening());
+    ASSERT_TRUE(editor.start({}));
     ASSERT_TRUE(editor.kill());
 
-    QSettings settings(editor.config + "/Tessaran/Tessaran.conf", QSettings::IniFormat);
+    QSettings settings(editor.settingsFile(), QSettings::IniFormat);
     const std::optional<ScriptObjectList> library =
         ScriptManager::unarchivedScriptDataSource(settings.value("ScriptAllItems").toByteArray());
     ASSERT_TRUE(library) << "no library in the settings";

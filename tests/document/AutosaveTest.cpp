@@ -8,11 +8,8 @@
 #include "platform/PreferencesValues.h"
 #include "platform/UserDefaults.h"
 
-#include <QAbstractButton>
-#include <QApplication>
 #include <QDir>
 #include <QFile>
-#include <QMessageBox>
 #include <QRandomGenerator>
 #include <QSet>
 #include <QSignalSpy>
@@ -24,30 +21,6 @@
 #include <gtest/gtest.h>
 
 namespace {
-
-// Answers the next alert with the button titled `title`, as a user would.
-void answerNextAlert(const QString& title)
-{
-    auto* timer = new QTimer;
-    timer->setInterval(10);
-    QObject::connect(timer, &QTimer::timeout, [timer, title] {
-        for (QWidget* window : QApplication::topLevelWidgets()) {
-            auto* alert = qobject_cast<QMessageBox*>(window);
-            if (!alert || !alert->isVisible()) {
-                continue;
-            }
-            for (QAbstractButton* button : alert->buttons()) {
-                if (button->text() == title) {
-                    timer->stop();
-                    timer->deleteLater();
-                    button->click();
-                    return;
-                }
-            }
-        }
-    });
-    timer->start();
-}
 
 void type(Document* document, const QString& text)
 {
@@ -91,7 +64,7 @@ TEST(Autosave, KeepsACopyWhileTheUserTypesAndNeverWritesTheFile)
 
     // "Don't Save" discards: the file stays as it was, and so does no copy.
     const QString copy = store.copyFile(document);
-    answerNextAlert(QStringLiteral("Don’t Save"));
+    TestSupport::answerAlerts({QStringLiteral("Don’t Save")});
     EXPECT_TRUE(controller.closeDocument(document));
     controller.discardAllDocuments();
     EXPECT_FALSE(QFile::exists(copy));
@@ -102,7 +75,7 @@ TEST(Autosave, KeepsACopyWhileTheUserTypesAndNeverWritesTheFile)
     ASSERT_TRUE(document);
     type(document, "reverted");
     ASSERT_TRUE(store.writeCopy(document));
-    answerNextAlert(QStringLiteral("Revert"));
+    TestSupport::answerAlerts({QStringLiteral("Revert")});
     controller.revertDocumentToSaved(document);
     EXPECT_EQ(document->string(), "on disk\n");
     EXPECT_FALSE(document->isDocumentEdited());

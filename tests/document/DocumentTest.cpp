@@ -29,20 +29,6 @@ bool xattrsWork(const QString& dir)
 
 } // namespace
 
-TEST(Document, NewDocumentTakesTheDefaults)
-{
-    DocumentSettings settings = TestSupport::documentSettings();
-    settings.defaultsTextEncoding = kMacRoman;
-    settings.defaultsLineBreaks = 2;
-    Document document(TestSupport::encodings(), settings);
-    EXPECT_EQ(document.documentEncoding(), kMacRoman);
-    EXPECT_EQ(document.documentLineBreaks(), 2);
-    EXPECT_EQ(document.documentEncodingForSaving(), kNone);
-    EXPECT_TRUE(document.textStorage()->isEmpty());
-    EXPECT_FALSE(document.isDocumentEdited());
-    EXPECT_FALSE(document.textStorage()->isUndoAvailable());
-}
-
 TEST(Document, EncodingChoiceFollowsHowTheReadStarted)
 {
     const QString dir = TestSupport::makeTempDir();
@@ -178,21 +164,15 @@ TEST(Document, FailedSavesLeaveTheFileAndTheDocumentAsTheyWere)
     EXPECT_EQ(document.string(), "old bytes\n");
 }
 
-TEST(Document, EmptyAndUnreadableFiles)
+// What cannot be read at all is refused by the loader (see TextLoaderTest and HostileFileTest).
+TEST(Document, AnEmptyFileTakesTheDefaultEncoding)
 {
-    const QString dir = TestSupport::makeTempDir();
-    const QString empty = TestSupport::writeFile(dir + "/empty.txt", "");
+    const QString empty = TestSupport::writeFile(TestSupport::makeTempDir() + "/empty.txt", "");
     DocumentSettings settings = TestSupport::documentSettings();
     settings.defaultsTextEncoding = kShiftJIS;
     Document document(TestSupport::encodings(), settings);
     ASSERT_TRUE(document.readFromURL(empty, QString()));
     EXPECT_EQ(document.documentEncoding(), kShiftJIS);
-
-    TestDocument folder;
-    QString error;
-    EXPECT_FALSE(folder.readFromURL(dir, QString(), &error));
-    EXPECT_FALSE(error.isEmpty());
-    EXPECT_FALSE(folder.readFromURL(dir + "/missing.txt", QString(), &error));
 }
 
 TEST(Document, AttributeValues)
@@ -224,29 +204,6 @@ TEST(Document, AttributeValues)
     EXPECT_FALSE(Document::setTextEncodingAttribute(kUTF8, QString()));
     ExtendedAttributes::write(file, "com.apple.TextEncoding", QByteArray(200, 'a'));
     EXPECT_EQ(Document::textEncodingAttributeOfURL(file), kNone);
-}
-
-TEST(Document, DuplicateAndReplace)
-{
-    const QString dir = TestSupport::makeTempDir();
-    const QString file = TestSupport::writeFile(dir + "/notes.txt", "first\r\nsecond\r\n");
-
-    TestDocument document;
-    ASSERT_TRUE(document.readFromURL(file, QString()));
-    EXPECT_EQ(document.documentLineBreaks(), 2);
-
-    // Replacing the whole text is one undoable step.
-    document.setTextStorage(QStringLiteral("third\nfourth\n"));
-    EXPECT_TRUE(document.isDocumentEdited());
-    document.textStorage()->undo();
-    EXPECT_EQ(document.string(), QStringLiteral("first\nsecond\n"));
-
-    // A duplicate has the text and the formats but no file and nothing to undo.
-    const std::unique_ptr<Document> copy = document.duplicateAndReturnError();
-    EXPECT_EQ(copy->string(), document.string());
-    EXPECT_EQ(copy->documentLineBreaks(), 2);
-    EXPECT_TRUE(copy->fileURL().isEmpty());
-    EXPECT_FALSE(copy->textStorage()->isUndoAvailable());
 }
 
 TEST(Document, LargeFilesGoInPieceByPieceAndAreWholeForEveryReader)

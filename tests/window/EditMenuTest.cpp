@@ -1,16 +1,4 @@
-#include "TestSupport.h"
-#include "app/MainMenu.h"
-#include "document/Document.h"
-#include "editor/TextView.h"
-#include "window/DocumentWindow.h"
-#include "window/WindowController.h"
-
-#include <QAction>
-#include <QMenu>
-#include <QTest>
-#include <QTextDocument>
-
-#include <gtest/gtest.h>
+#include "TestWindow.h"
 
 namespace {
 
@@ -26,18 +14,15 @@ QAction* itemTitled(QMenu* menu, const QString& prefix)
 
 TEST(EditMenu, UndoAndRedoNameTheirSteps)
 {
-    auto* document = new TestDocument;
-    document->textStorage()->setPlainText(QStringLiteral("ABC\ndef"));
-    auto* controller = new WindowController(document);
-    controller->windowDidLoad();
-    // The menu is the controller's child: the controller deletes it.
-    MainMenu& menu = *new MainMenu(controller);
+    TestWindow window(QStringLiteral("ABC\ndef"));
+    Document* document = window.document;
+    MainMenu& menu = *window.menu;
     QMenu* edit = menu.menuNamed(QStringLiteral("editMenu"));
     QMenu* format = menu.menuNamed(QStringLiteral("formatMenu"));
     ASSERT_TRUE(edit && format);
     QAction* undo = edit->actions()[0];
     QAction* redo = edit->actions()[1];
-    TextView* view = controller->textView();
+    TextView* view = window.view();
 
     QAction* shiftRight = itemTitled(format, QStringLiteral("Shift Right"));
     QAction* shiftLeft = itemTitled(format, QStringLiteral("Shift Left"));
@@ -73,7 +58,6 @@ TEST(EditMenu, UndoAndRedoNameTheirSteps)
     view->setSelectedRange({0, 0});
     shiftLeft->trigger();
     EXPECT_EQ(undo->text(), QStringLiteral("Undo Shift Left"));
-    delete document;
 }
 
 } // namespace

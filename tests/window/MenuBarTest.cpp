@@ -1,53 +1,24 @@
-#include "TestSupport.h"
-#include "app/HelpMenu.h"
-#include "app/MainMenu.h"
-#include "document/Document.h"
+#include "TestWindow.h"
 #include "app/DocumentController.h"
+#include "app/HelpMenu.h"
 #include "platform/FileManager.h"
 #include "platform/FileTitles.h"
 #include "platform/UserDefaults.h"
-#include "window/DocumentWindow.h"
-#include "window/WindowController.h"
 
-#include <QAction>
 #include <QApplication>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QProcess>
 #include <QStandardPaths>
-#include <QTextDocument>
 #include <QTimer>
-
-#include <gtest/gtest.h>
 
 #include <functional>
 
 namespace {
-
-struct Window {
-    Document* document = new TestDocument;
-    WindowController* controller = nullptr;
-    MainMenu* menu = nullptr;
-
-    Window()
-    {
-        controller = new WindowController(document);
-        controller->windowDidLoad();
-        menu = new MainMenu(controller);
-    }
-    ~Window() { delete document; }
-
-    QAction* action(const char* menuName, const char* objectName) const
-    {
-        QMenu* menu_ = menu->menuNamed(QString::fromLatin1(menuName));
-        return menu_ ? menu_->findChild<QAction*>(QString::fromLatin1(objectName)) : nullptr;
-    }
-};
 
 /// Chooses File > Open… in the document's window, and has `answer` deal with the panel.
 void openFromTheMenu(Document* document, const std::function<void(QFileDialog*)>& answer)
@@ -91,7 +62,7 @@ TEST(MenuBar, OpenRecentTellsFilesOfTheSameNameApart)
          {"/b/x/f.txt", "/x/f.txt", "/notes.txt", "/tests/app/main.cpp", "/src/app/main.cpp"}) {
         documents.noteNewRecentDocumentURL(dir + QLatin1String(file));
     }
-    Window window;
+    TestWindow window;
     QMenu* recent = window.menu->menuNamed(QStringLiteral("openRecentMenu"));
     ASSERT_NE(recent, nullptr);
     QMetaObject::invokeMethod(recent, "aboutToShow");
@@ -149,13 +120,13 @@ TEST(MenuBar, OpenPanelStartsInTheFrontDocumentsFolder)
 
 TEST(MenuBar, HelpMenuShowsAboutAndFindsTheReadMe)
 {
-    Window window;
+    TestWindow window;
     QMenuBar* bar = window.controller->window()->menuBar();
     QMenu* help = window.menu->menuNamed(QStringLiteral("helpMenu"));
     ASSERT_NE(help, nullptr);
     EXPECT_EQ(bar->actions().last(), help->menuAction());
-    QAction* about = window.action("helpMenu", "about");
-    QAction* readMe = window.action("helpMenu", "readMe");
+    QAction* about = help->findChild<QAction*>(QStringLiteral("about"));
+    QAction* readMe = help->findChild<QAction*>(QStringLiteral("readMe"));
     ASSERT_NE(about, nullptr);
     ASSERT_NE(readMe, nullptr);
     EXPECT_EQ(about->text(), "&About Tessaran");

@@ -18,10 +18,8 @@
 #include <QApplication>
 #include <QMenu>
 #include <QMenuBar>
-#include <QMessageBox>
 #include <QTest>
 #include <QTextDocument>
-#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -84,39 +82,16 @@ protected:
         ASSERT_TRUE(QTest::qWaitForWindowActive(window));
     }
 
-    /// Presses, in turn, the buttons titled in `buttons` of the alerts that show, noting in
-    /// `asked` the name each alert quotes (“name”), separated by spaces.
-    static void answerAlerts(const QStringList& buttons, std::string* asked)
+    /// The names the alerts quote (“name”), separated by spaces.
+    static std::string quoted(const QList<TestSupport::Alert>& alerts)
     {
-        asked->clear();
-        auto* timer = new QTimer;
-        timer->setInterval(10);
-        auto remaining = std::make_shared<QStringList>(buttons);
-        QObject::connect(timer, &QTimer::timeout, [timer, remaining, asked] {
-            for (QWidget* widget : QApplication::topLevelWidgets()) {
-                auto* alert = qobject_cast<QMessageBox*>(widget);
-                if (!alert || !alert->isVisible() || alert->property("answered").toBool()) {
-                    continue;
-                }
-                alert->setProperty("answered", true);
-                const QString said = alert->windowTitle() + u' ' + alert->text();
-                const qsizetype open = said.indexOf(u'“');
-                const QString name = said.mid(open + 1, said.indexOf(u'”') - open - 1);
-                asked->append(asked->empty() ? name.toStdString() : ' ' + name.toStdString());
-                const QString button = remaining->takeFirst();
-                for (QAbstractButton* candidate : alert->buttons()) {
-                    if (candidate->text() == button) {
-                        candidate->click();
-                    }
-                }
-                if (remaining->isEmpty()) {
-                    timer->stop();
-                    timer->deleteLater();
-                }
-                return;
-            }
-        });
-        timer->start();
+        QStringList names;
+        for (const TestSupport::Alert& alert : alerts) {
+            const QString said = alert.title + u' ' + alert.text;
+            const qsizetype open = said.indexOf(u'“');
+            names << said.mid(open + 1, said.indexOf(u'”') - open - 1);
+        }
+        return names.join(u' ').toStdString();
     }
 
     /// Drags with the left button from `from` on the tab bar to the global point `to`.
@@ -293,17 +268,17 @@ TEST_F(TabWindowTest, ClosingTabsAsksAboutEachTabsChanges)
 
     // Ctrl+W closes the current tab; Cancel keeps it, Don't Save closes it, file untouched.
     windowOf(b)->selectTab();
-    std::string asked;
-    answerAlerts({"Cancel"}, &asked);
+    QList<TestSupport::Alert> asked;
+    TestSupport::answerAlerts({"Cancel"}, &asked);
     QTest::keyClick(controllerOf(b)->textView(), Qt::Key_W, Qt::ControlModifier);
-    EXPECT_EQ(asked, "b.txt");
+    EXPECT_EQ(quoted(asked), "b.txt");
     EXPECT_EQ(tabs->count(), 6);
     EXPECT_EQ(tabs->currentDocumentWindow(), windowOf(b));
     // Without a window manager, nothing gives the window back its activation after an alert.
     activate(tabs);
-    answerAlerts({"Don’t Save"}, &asked);
+    TestSupport::answerAlerts({"Don’t Save"}, &asked);
     QTest::keyClick(controllerOf(b)->textView(), Qt::Key_W, Qt::ControlModifier);
-    EXPECT_EQ(asked, "b.txt");
+    EXPECT_EQ(quoted(asked), "b.txt");
     EXPECT_EQ(tabNames(tabs), "a.txt c.txt* d.txt* e.txt f.txt");
     EXPECT_EQ(TestSupport::readFile(_dir + "/b.txt"), original);
 
@@ -319,9 +294,9 @@ TEST_F(TabWindowTest, ClosingTabsAsksAboutEachTabsChanges)
 
     // Closing the window asks about each modified tab in turn; a Cancel stops there and keeps
     // the window, with the tab it was asked about and the tabs without changes.
-    answerAlerts({"Don’t Save", "Cancel"}, &asked);
+    TestSupport::answerAlerts({"Don’t Save", "Cancel"}, &asked);
     EXPECT_FALSE(tabs->close());
-    EXPECT_EQ(asked, "c.txt d.txt");
+    EXPECT_EQ(quoted(asked), "c.txt d.txt");
     EXPECT_EQ(tabNames(tabs), "d.txt* e.txt");
     EXPECT_TRUE(tabs->isVisible());
     EXPECT_EQ(TestSupport::readFile(_dir + "/c.txt"), original);

@@ -1,56 +1,28 @@
 #include "window/WindowController.h"
 
-#include "TestSupport.h"
+#include "TestWindow.h"
 #include "app/DocumentController.h"
-#include "app/MainMenu.h"
-#include "document/Document.h"
 #include "document/PermissionsEnforced.h"
 #include "editor/LayoutManager.h"
 #include "editor/SpellCheckingController.h"
-#include "editor/TextView.h"
 #include "platform/Preferences.h"
 #include "platform/UserDefaults.h"
 #include "window/CharacterCounter.h"
-#include "window/DocumentWindow.h"
 
-#include <QAction>
 #include <QCursor>
 #include <QFile>
 #include <QFileInfo>
 #include <QImage>
 #include <QLabel>
 #include <QLocale>
-#include <QMenu>
 #include <QSplitter>
-#include <QTest>
-#include <QTextDocument>
-
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <fcntl.h>
 #include <functional>
 #include <unistd.h>
 
-namespace {
-
-struct Window {
-    Document* document = new TestDocument;
-    WindowController* controller = nullptr;
-
-    explicit Window(const QString& text = QString(), const QString& identifier = QString())
-    {
-        document->setWindowIdentifier(identifier);
-        if (!text.isEmpty()) {
-            document->textStorage()->setPlainText(text);
-        }
-        controller = new WindowController(document);
-        controller->windowDidLoad();
-    }
-    ~Window() { delete document; }
-};
-
-} // namespace
+using Window = TestWindow;
 
 TEST(WindowController, StatusLine)
 {
@@ -85,11 +57,8 @@ TEST(WindowController, StatusLineFollowsTheCaretAndSaysAFileIsReadOnly)
 {
     // The front pane's caret, after the document's parts; a tab and a character outside the
     // BMP are one column each.
-    Window window(QStringLiteral("ab\n\tc\U0001F600d\nlast"));
-    DocumentWindow* shown = window.controller->window();
-    shown->show();
-    shown->activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(shown));
+    Window window(QStringLiteral("ab\n\tc\U0001F600d\nlast"), QString(), true);
+    DocumentWindow* shown = window.window();
     const auto status = [&] { return shown->infoField()->text(); };
     TextView* first = window.controller->textView();
     EXPECT_TRUE(status().endsWith("   Line 1, Column 1")) << status().toStdString();
@@ -194,7 +163,7 @@ TEST(WindowController, TogglesApplyToThePanesAndTheMenus)
     Window window(QStringLiteral("text"));
     window.controller->toggleSplitView(window.controller);
     ASSERT_EQ(window.controller->textViews().size(), 2u);
-    MainMenu menu(window.controller);
+    MainMenu& menu = *window.menu;
     struct Toggle {
         int tag;
         const char* setting;
@@ -265,10 +234,10 @@ TEST(WindowController, TogglesApplyToThePanesAndTheMenus)
     EXPECT_EQ(window.controller->textView()->wrapLines(), wrapped);
 }
 
-TEST(WindowController, EncodingLineBreakAndSyntaxItems)
+TEST(WindowController, EncodingAndLineBreakItems)
 {
     Window window(QStringLiteral("text"), QStringLiteral("None:Perl"));
-    MainMenu menu(window.controller);
+    MainMenu& menu = *window.menu;
     QMenu* encodings = menu.menuNamed("encodingMenu");
     ASSERT_NE(encodings, nullptr);
     int items = 0;
@@ -313,33 +282,6 @@ TEST(WindowController, EncodingLineBreakAndSyntaxItems)
         window.controller->validateMenuItem(item);
         EXPECT_EQ(item->isChecked(), item->data().toInt() == 2) << item->text().toStdString();
     }
-
-    QAction defaultItem(QStringLiteral("Default For File Type"));
-    defaultItem.setProperty("tag", 500);
-    defaultItem.setCheckable(true);
-    QAction perl(QStringLiteral("Perl"));
-    perl.setProperty("tag", 500);
-    perl.setCheckable(true);
-    window.controller->validateMenuItem(&defaultItem);
-    window.controller->validateMenuItem(&perl);
-    EXPECT_TRUE(perl.isChecked());
-}
-
-TEST(WindowController, RestorationFromTheWindowIdentifier)
-{
-    TestRoot root;
-    root.userDefaults().setBool(false, SettingsKey::SyntaxColouring);
-    Window restored(QString(), QStringLiteral("2:Perl"));
-    EXPECT_TRUE(restored.controller->syntaxColouring());
-    EXPECT_EQ(restored.controller->selectedSyntaxName(), "Perl");
-
-    Window fresh(QString(), QStringLiteral("_NS:60"));
-    EXPECT_EQ(fresh.controller->windowIdentifier(), "None:None");
-    EXPECT_EQ(fresh.document->windowIdentifier(), "None:None");
-    EXPECT_FALSE(fresh.controller->syntaxColouring());
-
-    Window none(QString(), QStringLiteral("None:None"));
-    EXPECT_FALSE(none.controller->syntaxColouring());
 }
 
 TEST(WindowController, WindowsOpenAtTheEndOfARunComeBackAtTheNext)
@@ -372,20 +314,8 @@ TEST(WindowController, WindowsOpenAtTheEndOfARunComeBackAtTheNext)
     EXPECT_EQ(controller.reopenDocumentsOfLastRun(), 0);
 }
 
-TEST(WindowController, SharingMenuAndAddresses)
+TEST(WindowController, SharingAddressesCarryTheTextEncoded)
 {
-    Window window(QStringLiteral("a"));
-    MainMenu menu(window.controller);
-    QMenu* share = menu.menuNamed(QStringLiteral("shareMenu"));
-    ASSERT_NE(share, nullptr);
-    QStringList items;
-    for (QAction* item : share->actions()) {
-        items << (item->isSeparator() ? QStringLiteral("-")
-                                      : item->text() + u':' + item->property("tag").toString());
-    }
-    EXPECT_EQ(items, QStringList({"Email:0", "Messages:1", "-", "Twitter:2", "Facebook:3",
-                                  "Sina Weibo:4"}));
-
     const QString text = QStringLiteral("a+b & c=d 100% \u00e9\n");
     const QUrl mail = WindowController::sharingURL(0, QStringLiteral("notes.txt"), text);
     EXPECT_EQ(mail.scheme(), "mailto");
@@ -406,7 +336,7 @@ TEST(WindowController, TheSyntaxMenuDrawsTheMixedState)
     root.userDefaults().setBool(true, SettingsKey::DefaultForFileType);
     Window window(QStringLiteral("text"), QStringLiteral("None:Perl"));
     ASSERT_TRUE(window.controller->syntaxColouring() && window.controller->defaultForFileType());
-    MainMenu menu(window.controller);
+    MainMenu& menu = *window.menu;
     QMenu* syntax = menu.menuNamed(QStringLiteral("syntaxMenu"));
     ASSERT_NE(syntax, nullptr);
     // The row of "Default For File Type" as the open menu shows it.
@@ -426,6 +356,12 @@ TEST(WindowController, TheSyntaxMenuDrawsTheMixedState)
         return QImage();
     };
     const QImage mixed = defaultRow();
+    // The check mark itself is the named syntax's.
+    QAction perl(QStringLiteral("Perl"));
+    perl.setProperty("tag", int(WindowController::SyntaxTag));
+    perl.setCheckable(true);
+    window.controller->validateMenuItem(&perl);
+    EXPECT_TRUE(perl.isChecked());
 
     // Neither choice: the same item, unchecked and not mixed.
     QAction none(QStringLiteral("None"));

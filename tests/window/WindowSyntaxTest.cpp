@@ -1,11 +1,13 @@
 // The syntax choice of a document window, its colours and its function pop-up, in real
 // windows on real files.
-#include "TestSupport.h"
+#include "TestWindow.h"
 #include "app/Application.h"
 #include "app/CommandLine.h"
 #include "app/CommandLineOpener.h"
 #include "app/DocumentController.h"
 #include "document/Document.h"
+#include "editor/CompletionManager.h"
+#include "editor/CompletionPanel.h"
 #include "editor/LayoutManager.h"
 #include "editor/SyntaxColoringController.h"
 #include "editor/TextView.h"
@@ -13,8 +15,6 @@
 #include "platform/FileManager.h"
 #include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
-#include "editor/CompletionManager.h"
-#include "editor/CompletionPanel.h"
 #include "syntax/FunctionMenu.h"
 #include "syntax/SyntaxManager.h"
 #include "window/DocumentWindow.h"
@@ -26,7 +26,6 @@
 #include <QAction>
 #include <QApplication>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QLabel>
 #include <QMenu>
@@ -53,16 +52,6 @@ const QString kCSource = QStringLiteral("/* header\n"
                                         "{\n"
                                         "    return helper(LIMIT);\n"
                                         "}\n");
-
-template <typename Condition> bool waitFor(Condition condition, int milliseconds = 5000)
-{
-    QElapsedTimer timer;
-    timer.start();
-    while (!condition() && timer.elapsed() < milliseconds) {
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    }
-    return condition();
-}
 
 void installDefinitions()
 {
@@ -107,7 +96,7 @@ struct OpenFile {
         EXPECT_NE(document, nullptr);
         controller = DocumentController::sharedDocumentController().windowControllerOf(document);
         EXPECT_TRUE(QTest::qWaitForWindowExposed(controller->window()));
-        EXPECT_TRUE(waitFor([this] { return isColored(view()); }));
+        EXPECT_TRUE(QTest::qWaitFor([this] { return isColored(view()); }));
     }
     ~OpenFile()
     {
@@ -158,7 +147,7 @@ TEST(WindowSyntax, OpeningACFileColoursItAndChoosingFromTheMenuRecolours)
     QAction* python = file.syntaxItem("Python");
     ASSERT_NE(python, nullptr);
     python->trigger();
-    EXPECT_TRUE(waitFor([&] { return isColored(view); }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return isColored(view); }));
     EXPECT_EQ(view->syntaxDictionary().value("Name").toString(), "Python");
     EXPECT_EQ(colorAt(view, text.indexOf("include")), comments());
     EXPECT_NE(colorAt(view, text.indexOf("// done") + 3), comments());
@@ -179,10 +168,14 @@ TEST(WindowSyntax, OpeningACFileColoursItAndChoosingFromTheMenuRecolours)
 
     // Back to the file type: C again, and the identifier records no syntax.
     file.syntaxItem("Default For File Type")->trigger();
-    EXPECT_TRUE(waitFor([&] { return isColored(view); }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return isColored(view); }));
     EXPECT_EQ(colorAt(view, text.indexOf("int helper")), keywords());
     EXPECT_EQ(file.controller->windowIdentifier(), "None:None");
     EXPECT_TRUE(file.controller->toolbarInformation().contains("   C   Line "));
+
+    // Every colouring above was laid over the text by the pane: none of it is an edit.
+    EXPECT_FALSE(file.document->textStorage()->isUndoAvailable());
+    EXPECT_FALSE(file.document->isDocumentEdited());
 }
 
 TEST(WindowSyntax, ExtensionsAreComparedExactly)
@@ -238,13 +231,10 @@ TEST(WindowSyntax, RestorationAppliesTheSavedSyntax)
     ASSERT_TRUE(PropertyList::writeXml(
         perl, FileManager::syntaxDefinitionDirectoryPathInPath("Perl.plist")));
 
-    auto* document = new TestDocument;
-    document->setWindowIdentifier(QStringLiteral("2:Perl"));
-    document->textStorage()->setPlainText(QStringLiteral("my $x = 1; # note\nsub f { }\n"));
-    auto* controller = new WindowController(document);
-    controller->windowDidLoad();
-    TextView* view = controller->textView();
-    EXPECT_TRUE(waitFor([&] { return isColored(view); }));
+    TestWindow window(QStringLiteral("my $x = 1; # note\nsub f { }\n"), QStringLiteral("2:Perl"));
+    WindowController* controller = window.controller;
+    TextView* view = window.view();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return isColored(view); }));
     EXPECT_EQ(view->syntaxDictionary().value("Name").toString(), "Perl");
     EXPECT_EQ(colorAt(view, 0), keywords());
     EXPECT_EQ(colorAt(view, 13), comments());
@@ -258,7 +248,7 @@ TEST(WindowSyntax, RestorationAppliesTheSavedSyntax)
         edited, FileManager::syntaxDefinitionDirectoryPathInPath("Perl.plist")));
     root.userDefaults().setObject(ColorArchive::archivedData(QColor(255, 0, 0)), "KeywordsColor");
     Application::instance()->postUpdatePreferences(nullptr);
-    EXPECT_TRUE(waitFor([&] { return isColored(view); }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return isColored(view); }));
     EXPECT_FALSE(colorAt(view, 0).isValid());
     EXPECT_EQ(colorAt(view, 18), QColor(255, 0, 0));
 
@@ -270,13 +260,12 @@ TEST(WindowSyntax, RestorationAppliesTheSavedSyntax)
     QAction item(QStringLiteral("Renamed"));
     item.setData(renamedPath);
     controller->selectedSyntaxColoring(&item);
-    EXPECT_TRUE(waitFor([&] { return isColored(view); }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return isColored(view); }));
     EXPECT_EQ(colorAt(view, 0), keywords());
     EXPECT_TRUE(controller->windowIdentifier().endsWith(":Renamed"));
     Application::instance()->postUpdatePreferences(nullptr);
     EXPECT_TRUE(view->syntaxDictionary().isEmpty());
     EXPECT_TRUE(view->layoutManager()->temporaryAttributes({0, 100}).empty());
-    delete document;
 }
 
 TEST(WindowSyntax, FunctionPopUpListsAndSelectsDefinitions)
@@ -344,7 +333,7 @@ TEST(WindowSyntax, FunctionPopUpOfALargeFileReadsOnlyWhatChanged)
     auto* definitions = popUp->findChild<FunctionPopUpDefinitions*>();
     ASSERT_NE(definitions, nullptr);
     // The whole text is read once, on a worker.
-    ASSERT_TRUE(waitFor([&] { return definitions->isReady(); }, 20000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return definitions->isReady(); }, 20000));
     EXPECT_EQ(definitions->builds(), 1);
     EXPECT_EQ(definitions->scannedCharacters(), 0);
 
@@ -403,15 +392,15 @@ TEST(WindowSyntax, FunctionPopUpGivesTheKeysBackToTheText)
     ASSERT_NE(popUp, nullptr);
     file.controller->window()->activateWindow();
     popUp->setFocus(Qt::TabFocusReason);
-    ASSERT_TRUE(waitFor([&] { return popUp->hasFocus(); }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return popUp->hasFocus(); }));
     // Opened and chosen from with the keyboard, as a user would.
     QTest::keyClick(popUp, Qt::Key_Space);
-    ASSERT_TRUE(waitFor([&] { return popUp->view()->isVisible(); }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return popUp->view()->isVisible(); }));
     QTest::keyClick(popUp->view(), Qt::Key_End);
     QTest::keyClick(popUp->view(), Qt::Key_Return);
-    ASSERT_TRUE(waitFor([&] { return !popUp->view()->isVisible(); }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !popUp->view()->isVisible(); }));
     EXPECT_EQ(popUp->currentText(), "main");
-    EXPECT_TRUE(waitFor([&] { return file.view()->hasFocus(); }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return file.view()->hasFocus(); }));
     // The keys go to the text: the line chosen is selected, Left goes to its start.
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Left);
     QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("//"));
@@ -429,7 +418,7 @@ TEST(WindowSyntax, ACompletionNotAcceptedIsNeverSaved)
     view->moveCursor(QTextCursor::End);
     QTest::keyClicks(view, QStringLiteral("pr"));
     CompletionManager& completion = CompletionManager::sharedCompletionManager();
-    ASSERT_TRUE(waitFor([&] { return completion.panel()->isVisible(); }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return completion.panel()->isVisible(); }));
     ASSERT_FALSE(view->proposedCompletion().isEmpty());
 
     // Saved while the rest of a word is shown: the file holds what was typed, and stays
@@ -482,40 +471,6 @@ TEST(WindowSyntax, TypingInsideABlockCommentOpenedAboveTheVisibleLines)
     const QTextBlock next = line.next();
     EXPECT_EQ(colorAt(view, next.position()), keywords());
     EXPECT_EQ(colorAt(view, line.position()), comments());
-}
-
-TEST(WindowSyntax, ColoursStayOutOfTheDocumentAndItsUndo)
-{
-    installDefinitions();
-    OpenFile file(QStringLiteral("undo.c"), kCSource);
-    TextView* view = file.view();
-    QTextDocument* storage = file.document->textStorage();
-    EXPECT_EQ(storage->availableUndoSteps(), 0);
-    EXPECT_FALSE(storage->isModified());
-
-    QTextCursor cursor(storage);
-    cursor.movePosition(QTextCursor::End);
-    view->setTextCursor(cursor);
-    QTest::keyClicks(view, "int counter;");
-    EXPECT_EQ(colorAt(view, kCSource.size()), keywords());
-    EXPECT_EQ(storage->availableUndoSteps(), 1);
-
-    view->undo();
-    EXPECT_EQ(file.document->string(), kCSource);
-    EXPECT_FALSE(storage->isModified());
-    EXPECT_EQ(storage->availableUndoSteps(), 0);
-    // No character of the document carries a colour of its own.
-    for (QTextBlock block = storage->begin(); block.isValid(); block = block.next()) {
-        for (auto it = block.begin(); !it.atEnd(); ++it) {
-            EXPECT_FALSE(it.fragment().charFormat().hasProperty(QTextFormat::ForegroundBrush));
-        }
-    }
-    // The colours are still laid over the text by the pane.
-    EXPECT_EQ(colorAt(view, kCSource.indexOf("int main")), keywords());
-
-    // Saving writes the text alone.
-    ASSERT_TRUE(file.document->writeSafelyToURL(file.path, QString(), Document::Save));
-    EXPECT_EQ(TestSupport::readFile(file.path), kCSource.toUtf8());
 }
 
 TEST(WindowSyntax, ANewFileTakesTheSyntaxOfItsNameAtOnce)

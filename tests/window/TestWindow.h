@@ -1,0 +1,60 @@
+#pragma once
+
+#include "TestSupport.h"
+#include "app/MainMenu.h"
+#include "document/Document.h"
+#include "editor/TextView.h"
+#include "window/DocumentWindow.h"
+#include "window/SidebarView.h"
+#include "window/WindowController.h"
+
+#include <QAction>
+#include <QMenu>
+#include <QTest>
+#include <QTextDocument>
+
+#include <gtest/gtest.h>
+
+/// A document window with its menus, as the document controller makes one, on a document of
+/// the test's own that it deletes, window and all, at the end.
+struct TestWindow {
+    Document* document = new TestDocument;
+    WindowController* controller = nullptr;
+    MainMenu* menu = nullptr; // the controller's child
+
+    /// A window on `text`, restored with `identifier`; `show` puts it on screen, active.
+    explicit TestWindow(const QString& text = QString(), const QString& identifier = QString(),
+                        bool show = false)
+    {
+        document->setWindowIdentifier(identifier);
+        if (!text.isEmpty()) {
+            document->textStorage()->setPlainText(text);
+        }
+        controller = new WindowController(document);
+        controller->windowDidLoad();
+        menu = new MainMenu(controller);
+        if (show) {
+            DocumentWindow* shown = controller->window();
+            shown->show();
+            shown->activateWindow();
+            EXPECT_TRUE(QTest::qWaitForWindowActive(shown));
+        }
+    }
+    ~TestWindow() { delete document; }
+    TestWindow(const TestWindow&) = delete;
+    TestWindow& operator=(const TestWindow&) = delete;
+
+    DocumentWindow* window() const { return controller->window(); }
+    TextView* view() const { return controller->textView(); }
+    SidebarView* sidebar() const { return controller->sidebarView(); }
+    /// The item of the menu named `menuName` titled `title`.
+    QAction* action(const QString& menuName, const QString& title) const
+    {
+        for (QAction* item : menu->menuNamed(menuName)->actions()) {
+            if (item->text() == title) {
+                return item;
+            }
+        }
+        return nullptr;
+    }
+};

@@ -3,7 +3,6 @@
 // the function list names the program's definitions. Every colouring is also checked
 // against the step-by-step model.
 #include "SyntaxTestSupport.h"
-#include "platform/PropertyList.h"
 #include "syntax/FunctionMenu.h"
 #include "syntax/SyntaxManager.h"
 
@@ -25,12 +24,6 @@ struct Sample {
     QStringList functions;
 };
 
-QVariantMap shipped(const QString& name)
-{
-    return PropertyList::readDictionary(QStringLiteral(":/SyntaxDefinition/%1.plist").arg(name))
-        .value_or(QVariantMap());
-}
-
 QStringList functionTitles(const QVariantMap& definition, const QString& text)
 {
     SyntaxManager manager;
@@ -46,6 +39,20 @@ QStringList functionTitles(const QVariantMap& definition, const QString& text)
 }
 
 const Sample samples[] = {
+    // Two slashes inside a string begin a comment: the comment colour wins from there.
+    {"C",
+     "#include <stdio.h>\n"
+     "/* entry */\n"
+     "int main(void) { printf(\"%d // no\", 0x1F); }\n",
+     {{"#include <stdio.h>", 'P'},
+      {"/* entry */", 'C'},
+      {"int", 'K'},
+      {"main", '.'},
+      {"void", 'K'},
+      {"printf", '.'},
+      {"\"%d ", 'S'},
+      {"// no\", 0x1F); }", 'C'}},
+     {"main"}},
     {"C++",
      "#include <vector>\n"
      "namespace app {\n"

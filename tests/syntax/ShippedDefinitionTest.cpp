@@ -24,12 +24,6 @@ using namespace SyntaxTestSupport;
 
 namespace {
 
-QVariantMap shipped(const QString& name)
-{
-    return PropertyList::readDictionary(QStringLiteral(":/SyntaxDefinition/%1.plist").arg(name))
-        .value_or(QVariantMap());
-}
-
 // Every pattern of the definition compiles with the options its pass uses; function
 // entries name a kind the pop-up knows and have the group they list.
 void expectPatternsCompile(const QString& name, const QVariantMap& definition)
@@ -423,22 +417,4 @@ TEST(ShippedDefinitions, NoPatternRunsIntoTheTimeLimitOnTextOfAnotherLanguage)
                 << name.toStdString();
         }
     }
-}
-
-TEST(ShippedDefinitions, TheCDefinitionColoursASmallProgramAsExpected)
-{
-    const QString text = QStringLiteral("#include <stdio.h>\n"
-                                        "/* entry */\n"
-                                        "int main(void) { printf(\"%d // no\", 0x1F); }\n");
-    const std::string picture = colour(shipped("C"), text);
-    EXPECT_EQ(picture.substr(0, 31), "PPPPPPPPPPPPPPPPPP.CCCCCCCCCCC.");
-    // Two slashes inside a string begin a comment: the comment colour wins from there.
-    EXPECT_EQ(picture.substr(31), "KKK......KKKK...........SSSSCCCCCCCCCCCCCCCC.");
-
-    SyntaxManager manager;
-    const auto items = manager.makeFunctionDefinitionWithString(text, shipped("C"));
-    ASSERT_TRUE(items);
-    ASSERT_EQ(items->size(), 1);
-    EXPECT_EQ(items->at(0).toMap().value("RangeString").toString(), "{35, 4}");
-    EXPECT_EQ(items->at(0).toMap().value("KeyType").toString(), "Function");
 }

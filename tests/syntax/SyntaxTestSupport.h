@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ReferenceColoring.h"
+#include "platform/PropertyList.h"
 #include "syntax/SyntaxColoring.h"
 #include "syntax/SyntaxColoringEngine.h"
 
@@ -33,6 +34,13 @@ inline QVariantList words(std::initializer_list<const char*> list)
         result.append(QString::fromUtf8(word));
     }
     return result;
+}
+
+/// A definition the application ships, read from its resources.
+inline QVariantMap shipped(const QString& name)
+{
+    return PropertyList::readDictionary(QStringLiteral(":/SyntaxDefinition/%1.plist").arg(name))
+        .value_or(QVariantMap());
 }
 
 inline const QString Letters =

@@ -1,5 +1,4 @@
 #include "SyntaxTestSupport.h"
-#include "platform/PropertyList.h"
 #include "platform/StringTextSource.h"
 #include "syntax/FunctionDefinitionIndex.h"
 #include "syntax/FunctionMenu.h"
@@ -8,6 +7,8 @@
 #include <QRandomGenerator>
 
 #include <gtest/gtest.h>
+
+#include <optional>
 
 namespace {
 
@@ -29,13 +30,6 @@ QStringList titles(const FunctionMenu& menu)
         result.append(item.isSeparator ? QStringLiteral("---") : item.title);
     }
     return result;
-}
-
-QVariantMap shippedDefinition(const QString& name)
-{
-    return PropertyList::readFile(QStringLiteral(":/SyntaxDefinition/") + name +
-                                  QStringLiteral(".plist"))
-        .toMap();
 }
 
 const QString Python = QStringLiteral("class Shape:\n"
@@ -69,78 +63,61 @@ TEST(FunctionDefinitions, ACaptureGroupListsTheBareNameWithTheEntrysAttributes)
     EXPECT_EQ(menu.items()[2].kind, FunctionMenu::Kind::Function);
 }
 
-TEST(FunctionDefinitions, AllMatchingTakesTheWholeMatchAndItemsAreSortedByPosition)
+TEST(FunctionDefinitions, EntriesListTheirMatchesInTextOrderOrFailTheBuild)
 {
+    const QString marks = QStringLiteral("#pragma mark -\nint f(void)\n#pragma mark Tools\n");
+    const struct {
+        const char* what;
+        QVariantMap definition;
+        std::optional<QStringList> titles; // below "No Symbol selected" and its separator
+        const QString& text = Python;
+    } cases[] = {
+        {"without \"AllMatching\" an entry needs group 1",
+         definitionWith({functionEntry("^def\\s+\\w+"),
+                         functionEntry("^class\\s+\\w+", {{"AllMatching", true}})}),
+         std::nullopt},
+        {"\"AllMatching\" takes the whole match; items sorted by position",
+         definitionWith({functionEntry("^def\\s+\\w+", {{"AllMatching", true}}),
+                         functionEntry("^class\\s+\\w+", {{"AllMatching", true}})}),
+         QStringList({"class Shape", "def main"})},
+        {"two entries matching at one place are listed in entry order",
+         definitionWith({functionEntry("^(def) main"), functionEntry("^(d)ef")}),
+         QStringList({"def", "d"})},
+        {"letter case is ignored even when the words respect it",
+         QVariantMap{{"FunctionDefinition", QVariantList{functionEntry("^DEF (\\w+)")}},
+                     {"CaseInsensitive", false}},
+         QStringList({"main"})},
+        {"nothing to look for", {}, std::nullopt},
+        {"an entry without a pattern", definitionWith({QVariantMap{{"KeyType", "Function"}}}),
+         std::nullopt},
+        {"an entry that is not a dictionary", definitionWith({"^def"}), std::nullopt},
+        {"a pattern that does not compile finds nothing; the others still count",
+         definitionWith({functionEntry("(def"), functionEntry("^def (\\w+)")}),
+         QStringList({"main"})},
+        {"a dash becomes a separator line", definitionWith({functionEntry("^#pragma mark (.*)$")}),
+         QStringList({"---", "Tools"}), marks},
+    };
     SyntaxManager manager;
-    const auto items = manager.makeFunctionDefinitionWithString(
-        Python, definitionWith({functionEntry("^def\\s+\\w+"),
-                                functionEntry("^class\\s+\\w+", {{"AllMatching", true}})}));
-    // Without "AllMatching" the item is group 1, which the first pattern lacks: the build fails.
-    EXPECT_FALSE(items);
-
-    const auto sorted = manager.makeFunctionDefinitionWithString(
-        Python, definitionWith({functionEntry("^def\\s+\\w+", {{"AllMatching", true}}),
-                                functionEntry("^class\\s+\\w+", {{"AllMatching", true}})}));
-    ASSERT_TRUE(sorted);
-    EXPECT_EQ(titles(FunctionMenu(sorted, Python)),
-              QStringList({"No Symbol selected", "---", "class Shape", "def main"}));
-    // Without a "KeyType" the item carries neither kind nor indentation.
-    EXPECT_EQ(sorted->at(0).toMap().keys(),
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        const auto items = manager.makeFunctionDefinitionWithString(c.text, c.definition);
+        ASSERT_EQ(items.has_value(), c.titles.has_value());
+        // The guard is cleared on the way out of a failed build too.
+        EXPECT_FALSE(manager.isFunctionLoop());
+        if (items) {
+            EXPECT_EQ(titles(FunctionMenu(items, c.text)),
+                      QStringList({"No Symbol selected", "---"}) + *c.titles);
+        }
+    }
+    // Without a "KeyType" an item carries neither kind nor indentation.
+    const auto plain = manager.makeFunctionDefinitionWithString(
+        Python, definitionWith({functionEntry("^class\\s+\\w+", {{"AllMatching", true}})}));
+    ASSERT_TRUE(plain);
+    EXPECT_EQ(plain->at(0).toMap().keys(),
               QStringList({"BoldType", "RangeLocation", "RangeString"}));
-    EXPECT_FALSE(FunctionMenu(sorted, Python).items()[2].hasKind);
-}
-
-TEST(FunctionDefinitions, TwoEntriesMatchingAtOnePlaceAreBothListedInEntryOrder)
-{
-    SyntaxManager manager;
-    const auto items = manager.makeFunctionDefinitionWithString(
-        Python, definitionWith({functionEntry("^def (main)", {{"KeyType", "Function"}}),
-                                functionEntry("^def (\\w+)", {{"KeyType", "Method"}})}));
-    ASSERT_TRUE(items);
-    const FunctionMenu menu(items, Python);
-    ASSERT_EQ(titles(menu), QStringList({"No Symbol selected", "---", "main", "main"}));
-    EXPECT_EQ(menu.items()[2].kind, FunctionMenu::Kind::Function);
-    EXPECT_EQ(menu.items()[3].kind, FunctionMenu::Kind::Method);
-}
-
-TEST(FunctionDefinitions, LetterCaseIsIgnoredEvenWhenTheWordsRespectIt)
-{
-    SyntaxManager manager;
-    QVariantMap definition = definitionWith({functionEntry("^DEF (\\w+)")});
-    definition.insert("CaseInsensitive", false);
-    const auto items = manager.makeFunctionDefinitionWithString(Python, definition);
-    ASSERT_TRUE(items);
-    EXPECT_EQ(items->size(), 1);
-}
-
-TEST(FunctionDefinitions, NothingToLookForOrAFailingEntryGivesNoList)
-{
-    SyntaxManager manager;
-    EXPECT_FALSE(manager.makeFunctionDefinitionWithString(Python, {}));
-    EXPECT_FALSE(manager.makeFunctionDefinitionWithString(
-        Python, definitionWith({QVariantMap{{"KeyType", "Function"}}})));
-    EXPECT_FALSE(manager.makeFunctionDefinitionWithString(Python, definitionWith({"^def"})));
-    // A pattern that does not compile finds nothing; the others still count.
-    const auto items = manager.makeFunctionDefinitionWithString(
-        Python, definitionWith({functionEntry("(def"), functionEntry("^def (\\w+)")}));
-    ASSERT_TRUE(items);
-    EXPECT_EQ(items->size(), 1);
-    // The guard is cleared on the way out of a failed build.
-    EXPECT_FALSE(manager.isFunctionLoop());
+    EXPECT_FALSE(FunctionMenu(plain, Python).items()[2].hasKind);
     EXPECT_EQ(titles(FunctionMenu(std::nullopt, Python)), QStringList({"No Symbol selected"}));
     EXPECT_EQ(titles(FunctionMenu(QVariantList(), Python)), QStringList({"No Symbol selected"}));
-}
-
-// --- The pop-up's items -------------------------------------------------------------
-
-TEST(FunctionMenu, ADashBecomesASeparatorLine)
-{
-    SyntaxManager manager;
-    const QString text = QStringLiteral("#pragma mark -\nint f(void)\n#pragma mark Tools\n");
-    const auto items = manager.makeFunctionDefinitionWithString(
-        text, definitionWith({functionEntry("^#pragma mark (.*)$")}));
-    EXPECT_EQ(titles(FunctionMenu(items, text)),
-              QStringList({"No Symbol selected", "---", "---", "Tools"}));
 }
 
 TEST(FunctionMenu, ReopeningKeepsTheFirstItemWithThePreviousTitleSelected)
@@ -193,29 +170,6 @@ TEST(FunctionMenu, IndentationIsTheLevelsIntegerValue)
     EXPECT_EQ(level(QVariant()), 0);
 }
 
-TEST(FunctionMenu, KindsNameTheirImagesAndUnknownKindsShowNone)
-{
-    ASSERT_EQ(FunctionMenu::kindNames().size(), 11);
-    EXPECT_EQ(FunctionMenu::kindForName("None"), FunctionMenu::Kind::None);
-    EXPECT_EQ(FunctionMenu::kindForName("Constant"), FunctionMenu::Kind::Constant);
-    EXPECT_EQ(FunctionMenu::kindForName("Category"), FunctionMenu::Kind::Category);
-    EXPECT_EQ(FunctionMenu::kindForName("class"), FunctionMenu::Kind::Unknown);
-}
-
-// --- The manager --------------------------------------------------------------------
-
-TEST(SyntaxManager, ColouringAnEmptyRangeDoesNothing)
-{
-    SyntaxManager manager;
-    SyntaxColoringEngine engine({{"Comments", QVariantList{SyntaxTestSupport::pattern("#.*")}}});
-    StringTextSource text(u"# x");
-    EXPECT_FALSE(manager.syntaxColoringRange(Range(1, 0), text, engine));
-    const auto coloring = manager.syntaxColoringRange(Range(0, 3), text, engine);
-    ASSERT_TRUE(coloring);
-    EXPECT_EQ(coloring->runs().size(), 1u);
-    EXPECT_FALSE(manager.isEndlessLoop());
-}
-
 TEST(FunctionDefinitions, PatternsWithinLinesAreToldApart)
 {
     const struct {
@@ -252,7 +206,8 @@ TEST(FunctionDefinitions, IndexFollowsEditsAsASearchOfTheWholeTextWould)
     // Read in chunks (C, Python) and whole (HTML, whose tags may span lines), a group that
     // takes no part, an entry without group 1, edits at random.
     const QList<QVariantMap> definitions = {
-        shippedDefinition("C"), shippedDefinition("Python"), shippedDefinition("HTML"),
+        SyntaxTestSupport::shipped("C"), SyntaxTestSupport::shipped("Python"),
+        SyntaxTestSupport::shipped("HTML"),
         definitionWith({functionEntry("^(x)?(y+)", {{"KeyType", "Macro"}}),
                         functionEntry("^y", {{"AllMatching", true}, {"BoldType", true}})}),
         definitionWith({functionEntry("^z")})};

@@ -3,7 +3,6 @@
 #include "EditorTestSupport.h"
 #include "document/TextBuilder.h"
 #include "document/TextStore.h"
-#include "editor/TextBoundaries.h"
 #include "editor/TextFormatProvider.h"
 #include "editor/TextHeightMap.h"
 #include "editor/TextLayoutCache.h"
@@ -372,8 +371,7 @@ TEST(TextAreaTest, KeysMoveTheCaretByCharacterWordRowLineAndPage)
         SCOPED_TRACE(test.name);
         area.setSelections({test.start});
         QTest::keyClick(&area, test.key, test.modifiers);
-        EXPECT_EQ(area.selections().first().anchor, test.expected.anchor);
-        EXPECT_EQ(area.selections().first().position, test.expected.position);
+        EXPECT_EQ(area.selections().first(), test.expected);
     }
 
     // Down keeps to the column it started from: through a short line and back out of it.
@@ -711,63 +709,6 @@ TEST(TextAreaTest, ALoadingTextGrowsUnderTheViewWithoutMovingIt)
     area.setLoading(false);
     QTest::keyClicks(&area, QStringLiteral("q"));
     EXPECT_EQ(pane->store.text().length(), all.size() + 1);
-}
-
-TEST(TextAreaTest, CharacterAndWordStopsKeepClustersWhole)
-{
-    enum Stop { Next, Previous, NextWord, PreviousWord, Word, Line };
-    struct Case {
-        const char* name;
-        QString text;
-        Stop stop;
-        qsizetype position;
-        Range expected; // a position is (position, 0)
-    };
-    const QString words = u"foo.bar  baz"_qs;
-    const Case cases[] = {
-        {"a letter with a combining accent", u"e\u0301x"_qs, Next, 0, {2, 0}},
-        {"back over it", u"e\u0301x"_qs, Previous, 2, {0, 0}},
-        {"a surrogate pair", u"a😀b"_qs, Next, 1, {3, 0}},
-        {"an emoji with its skin tone", u"👍🏽!"_qs, Next, 0, {4, 0}},
-        {"a line feed is a character", u"ab\ncd"_qs, Next, 2, {3, 0}},
-        {"next word: past letters", words, NextWord, 0, {3, 0}},
-        {"next word: past a dot", words, NextWord, 3, {4, 0}},
-        {"next word: past the blanks after a word", words, NextWord, 4, {9, 0}},
-        {"previous word: this word's start", words, PreviousWord, 12, {9, 0}},
-        {"previous word: over blanks", words, PreviousWord, 9, {4, 0}},
-        {"previous word at a line start", u"ab\ncd"_qs, PreviousWord, 3, {2, 0}},
-        {"a word", words, Word, 5, {4, 3}},
-        {"just past a word", words, Word, 7, {4, 3}},
-        {"between blanks", words, Word, 8, {7, 2}},
-        {"a line and its line feed", u"ab\ncd"_qs, Line, 1, {0, 3}},
-        {"the last line", u"ab\ncd"_qs, Line, 4, {3, 2}},
-    };
-    for (const Case& test : cases) {
-        SCOPED_TRACE(test.name);
-        const TextSnapshot text = built(test.text);
-        Range found;
-        switch (test.stop) {
-        case Next:
-            found = {TextBoundaries::nextCharacter(text, test.position), 0};
-            break;
-        case Previous:
-            found = {TextBoundaries::previousCharacter(text, test.position), 0};
-            break;
-        case NextWord:
-            found = {TextBoundaries::nextWord(text, test.position), 0};
-            break;
-        case PreviousWord:
-            found = {TextBoundaries::previousWord(text, test.position), 0};
-            break;
-        case Word:
-            found = TextBoundaries::wordRange(text, test.position);
-            break;
-        case Line:
-            found = TextBoundaries::lineRange(text, test.position);
-            break;
-        }
-        EXPECT_EQ(found, test.expected);
-    }
 }
 
 TEST(TextAreaTest, PositionsAndPointsAgreeAcrossThePiecesOfALongLine)

@@ -133,6 +133,17 @@ TEST(TypingRules, EachRuleIsOneUndoStepOnTheDocument)
         {"left, caret", kTabs, Edit::ShiftLeft, "a\n\tb|\n\tc\nd", "a\nb|\n\tc\nd"},
         {"left, spaces or a tab", kSpaces, Edit::ShiftLeft, "«  \tx\n\t  x»", "«\tx\n  x»"},
         {"left, nothing to remove", kSpaces, Edit::ShiftLeft, "«a\nb»", "«a\nb»"},
+        {"right, an empty line among them", kTabs, Edit::ShiftRight, "«a\n\nc»\nd",
+         "\t«a\n\t\n\tc»\nd"},
+        {"right, a selection starting with a line break", kSpaces, Edit::ShiftRight, "«\nx»\n",
+         "«    \n    x»\n"},
+        {"left, one space or one tab", kTabs, Edit::ShiftLeft, "«  a\n\t\tb»", "« a\n\tb»"},
+        {"left, empty text", kSpaces, Edit::ShiftLeft, "|", "|"},
+        {"left, caret in the leading spaces", kSpaces, Edit::ShiftLeft, "  |  x", "|x"},
+        {"left, later lines", kSpaces, Edit::ShiftLeft, "«a\n    b\n    c»", "«a\nb\nc»"},
+        // The selection never ends before the start of its last line.
+        {"left, into the last line's spaces", kSpaces, Edit::ShiftLeft, "«a\n  »  b\n    c",
+         "«a\n»b\n    c"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
@@ -186,6 +197,7 @@ TEST(TypingRules, TypedClosingBracketsFindTheirOpeningOnScreen)
         {"((a)(b))", {0, 8}, u')', {1, 1}},
         {"<b>", {0, 3}, u'>', {0, 1}},
         {"a)", {0, 2}, u')', {0, 0}},
+        {"(a))", {0, 4}, u')', {0, 0}},
         // Positions are the document's, whatever part of it is on screen.
         {"xx\n[a]", {3, 3}, u']', {3, 1}},
         // An opening bracket scrolled out of sight is not found.

@@ -103,35 +103,16 @@ TEST(Transformation, EntityReferencesDoNotEscapeTheirOwnAmpersand)
     EXPECT_EQ(numeric.text(), QStringLiteral("&#8220;x&#8221; &#8211; &#8804;"));
 }
 
-TEST(Transformation, ContextMenuHasItsTenPositions)
+TEST(Transformation, ContextMenuItemsActOnTheView)
 {
     Pane pane(QStringLiteral("x"));
     std::unique_ptr<QMenu> menu(pane.view->menuForEvent(nullptr));
     const QList<QAction*> items = menu->actions();
     ASSERT_EQ(items.size(), 10);
-    const QStringList titles = {"Cut", "Copy",        "Paste",      "Delete", "Select All",
-                                "",    "Shift Right", "Shift Left", "",       "Transformations"};
-    for (int i = 0; i < 10; ++i) {
-        EXPECT_EQ(items[i]->isSeparator(), titles[i].isEmpty()) << i;
-        EXPECT_EQ(items[i]->text(), titles[i]) << i;
-        EXPECT_TRUE(items[i]->shortcut().isEmpty()) << i;
-    }
     QMenu* transformations = items[9]->menu();
     ASSERT_TRUE(transformations);
-    EXPECT_EQ(transformations->title(), QStringLiteral("Transformations"));
-    QStringList sub;
-    for (QAction* item : transformations->actions()) {
-        sub.append(item->isSeparator() ? QStringLiteral("-") : item->text());
-    }
-    EXPECT_EQ(sub, QStringList({"Exchange to Entity Reference", "-", "Exchange to Upper Case",
-                                "Exchange to Lower Case", "Exchange to Capitalize", "-",
-                                "Exchange to Fullwidth", "Exchange to Halfwidth",
-                                "Exchange Hiragana to Katakana", "Exchange Hiragana to Latin",
-                                "Exchange Katakana to Hiragana", "Exchange Katakana to Latin",
-                                "Exchange Latin to Hiragana", "Exchange Latin to Katakana", "-",
-                                "Exchange Mandarin to Pingyin"}));
-
-    // The items act on the view.
+    ASSERT_EQ(transformations->actions()[6]->text(), QStringLiteral("Exchange to Fullwidth"));
+    ASSERT_EQ(items[6]->text(), QStringLiteral("Shift Right"));
     pane.view->selectAll();
     transformations->actions()[6]->trigger();
     EXPECT_EQ(pane.text(), QStringLiteral("\uFF58"));

@@ -100,60 +100,97 @@ TEST(ScriptManager, KeepsACharacterSplitBetweenPieces)
     EXPECT_TRUE(pending.isEmpty());
 }
 
-TEST_F(ScriptRunning, OutputReplacesTheSelection)
+TEST_F(ScriptRunning, TheSelectionGoesInAndTheOutputReplacesIt)
 {
-    Document* document = openDocument(QStringLiteral("xabcx"), 1, 3);
-    runAndWait(QStringLiteral("#!/bin/sh -c\necho hi"));
-    EXPECT_EQ(document->string(), "xhi\nx");
-    EXPECT_FALSE(manager().isFindRunning());
+    const struct {
+        const char* what;
+        QString text;
+        Range selection;
+        const char* source;
+        const char* kind;
+        QString expected;
+    } cases[] = {
+        {"output", "xabcx", {1, 3}, "#!/bin/sh -c\necho hi", "ShellScript", "xhi\nx"},
+        {"the last of two \"#!\" lines; the home folder",
+         "",
+         {0, 0},
+         "#!/bin/false\n#!/bin/sh -c\npwd",
+         "ShellScript",
+         QDir::homePath() + u'\n'},
+        {"standard error", "", {0, 0}, "#!/bin/sh -c\necho err >&2", "ShellScript", "err\n"},
+        {"an empty selection is an input that ends at once",
+         "ab",
+         {1, 0},
+         "#!/bin/sh -c\ncat; echo done",
+         "ShellScript",
+         "adone\nb"},
+        {"the selection on standard input",
+         u"<caf\u00e9\nline>"_qs,
+         {1, 9},
+         "#!/bin/sh -c\nprintf '['; cat; printf ']'",
+         "ShellScript",
+         u"<[caf\u00e9\nline]>"_qs},
+        {"a character whose bytes arrive in two pieces",
+         "",
+         {0, 0},
+         "#!/bin/sh -c\nprintf '\\303'; sleep 0.2; printf '\\251'",
+         "ShellScript",
+         u"\u00e9"_qs},
+        // Latin-1 bytes amid UTF-8, then a character cut off by the end of the output.
+        {"output that is not UTF-8",
+         "",
+         {0, 0},
+         "#!/bin/sh\nprintf 'caf\\351 \\303\\251t\\351\\n'; printf '\\342\\202'\n",
+         "ShellScript",
+         u"caf\uFFFD \u00e9t\uFFFD\n\uFFFD\uFFFD"_qs},
+        // Perl reads switches from a first "#!" line: keep it second.
+        {"Perl",
+         "abc",
+         {0, 3},
+         "# comment\n#!/usr/bin/perl -w -e\nwhile (<STDIN>) { print uc $_; }",
+         "Perl",
+         "ABC"},
+        {"Python",
+         "abc",
+         {0, 3},
+         "#!/usr/bin/python3 -c\nimport sys\nsys.stdout.write(sys.stdin.read()[::-1])",
+         "Python",
+         "cba"},
+        // Interpreters without a program-text option read the source from a file.
+        {"sh from a file", "<abc>", {1, 3}, "#!/bin/sh\ntr a-z A-Z\n", "ShellScript", "<ABC>"},
+        {"Python from a file",
+         "<abc>",
+         {1, 3},
+         "#!/usr/bin/env python3\nimport sys\nsys.stdout.write(sys.stdin.read().upper())\n",
+         "Python",
+         "<ABC>"},
+        {"Perl from a file",
+         "<abc>",
+         {1, 3},
+         "#!/usr/bin/perl\nprint uc while <STDIN>;\n",
+         "Perl",
+         "<ABC>"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        Document* document = openDocument(c.text, c.selection.location, c.selection.length);
+        runAndWait(QString::fromUtf8(c.source), QString::fromUtf8(c.kind));
+        EXPECT_EQ(document->string(), c.expected);
+        EXPECT_FALSE(manager().isFindRunning());
+    }
 
     // The options of the "#!" line are one argument, a file holding the source the last one.
     Document* echo = openDocument(QString());
     runAndWait(QStringLiteral("#!/bin/echo -w -T"));
     EXPECT_TRUE(echo->string().startsWith("-w -T " + QDir::tempPath() + "/tessaran-script-"))
         << echo->string().toStdString();
-
-    // The last of two "#!" lines is used; the working folder is the home folder.
-    Document* two = openDocument(QString());
-    runAndWait(QStringLiteral("#!/bin/false\n#!/bin/sh -c\npwd"));
-    EXPECT_EQ(two->string(), QDir::homePath() + u'\n');
-
-    // Standard error goes in with the output.
-    Document* errors = openDocument(QString());
-    runAndWait(QStringLiteral("#!/bin/sh -c\necho out; echo err >&2"));
-    EXPECT_TRUE(errors->string().contains("err\n"));
-}
-
-TEST_F(ScriptRunning, SelectionOnStandardInput)
-{
-    // An empty selection is an input that ends at once: cat returns.
-    Document* empty = openDocument(QStringLiteral("ab"), 1, 0);
-    runAndWait(QStringLiteral("#!/bin/sh -c\ncat; echo done"));
-    EXPECT_EQ(empty->string(), "adone\nb");
-
-    Document* text = openDocument(QStringLiteral("<caf\u00e9\nline>"), 1, 9);
-    runAndWait(QStringLiteral("#!/bin/sh -c\nprintf '['; cat; printf ']'"));
-    EXPECT_EQ(text->string(), QStringLiteral("<[caf\u00e9\nline]>"));
-
-    // A character whose bytes arrive in two pieces.
-    Document* split = openDocument(QString());
-    runAndWait(QStringLiteral("#!/bin/sh -c\nprintf '\\303'; sleep 0.2; printf '\\251'"));
-    EXPECT_EQ(split->string(), QStringLiteral("\u00e9"));
-}
-
-TEST_F(ScriptRunning, PerlAndPython)
-{
-    Document* perl = openDocument(QStringLiteral("abc"), 0, 3);
-    runAndWait(QStringLiteral("# Perl reads switches from a first \"#!\" line: keep it second.\n"
-                              "#!/usr/bin/perl -w -e\nwhile (<STDIN>) { print uc $_; }"),
-               QStringLiteral("Perl"));
-    EXPECT_EQ(perl->string(), "ABC");
-
-    Document* python = openDocument(QStringLiteral("abc"), 0, 3);
-    runAndWait(QStringLiteral("#!/usr/bin/python3 -c\nimport sys\n"
-                              "sys.stdout.write(sys.stdin.read()[::-1])"),
-               QStringLiteral("Python"));
-    EXPECT_EQ(python->string(), "cba");
+    // The file exists while the script runs and is gone once it has ended.
+    Document* path = openDocument(QString());
+    runAndWait(QStringLiteral("#!/bin/sh\ntest -f \"$0\" && grep -q 'grep -q' \"$0\" && "
+                              "printf %s \"$0\"\n"));
+    EXPECT_TRUE(path->string().startsWith(QDir::tempPath() + "/tessaran-script-"))
+        << path->string().toStdString();
+    EXPECT_FALSE(QFileInfo::exists(path->string()));
 }
 
 TEST_F(ScriptRunning, NewDocumentReceivesEveryPiece)
@@ -213,7 +250,7 @@ TEST_F(ScriptRunning, ScriptFilesByExtension)
     Document* document = openDocument(QStringLiteral("abc"), 0, 3);
     QSignalSpy stopped(&manager(), &ScriptManager::processStopped);
     manager().runRegisterScriptWithPath(
-        TestSupport::writeFile(dir + "/wrap.sh", "#!/bin/sh -c\nprintf '('; cat; printf ')'"));
+        TestSupport::writeFile(dir + "/wrap.sh", "#!/bin/sh\nprintf '('; cat; printf ')'"));
     ASSERT_TRUE(stopped.wait(5000));
     EXPECT_EQ(document->string(), "(abc)");
 
@@ -279,50 +316,6 @@ void closeWindowOf(Document* document)
 }
 
 } // namespace
-
-TEST_F(ScriptRunning, InterpretersWithoutProgramTextOptionReadASourceFile)
-{
-    struct Case {
-        const char* source;
-        const char* kind;
-    };
-    const Case cases[] = {
-        {"#!/bin/sh\ntr a-z A-Z\n", "ShellScript"},
-        {"#!/usr/bin/env python3\nimport sys\nsys.stdout.write(sys.stdin.read().upper())\n",
-         "Python"},
-        {"#!/usr/bin/perl\nprint uc while <STDIN>;\n", "Perl"},
-    };
-    for (const Case& item : cases) {
-        Document* document = openDocument(QStringLiteral("<abc>"), 1, 3);
-        runAndWait(QString::fromUtf8(item.source), QString::fromUtf8(item.kind));
-        EXPECT_EQ(document->string(), "<ABC>") << item.source;
-    }
-
-    // A library script, run as the menu runs it.
-    Document* document = openDocument(QStringLiteral("abc"), 0, 3);
-    QSignalSpy stopped(&manager(), &ScriptManager::processStopped);
-    manager().runRegisterScriptWithPath(TestSupport::writeFile(
-        TestSupport::makeTempDir() + "/Upper.sh", "#!/bin/sh\ntr a-z A-Z\n"));
-    ASSERT_TRUE(stopped.wait(10000));
-    EXPECT_EQ(document->string(), "ABC");
-
-    // The file exists while the script runs and is gone once it has ended.
-    Document* path = openDocument(QString());
-    runAndWait(QStringLiteral("#!/bin/sh\ntest -f \"$0\" && grep -q 'grep -q' \"$0\" && "
-                              "printf %s \"$0\"\n"));
-    EXPECT_TRUE(path->string().startsWith(QDir::tempPath() + "/tessaran-script-"))
-        << path->string().toStdString();
-    EXPECT_FALSE(QFileInfo::exists(path->string()));
-}
-
-TEST_F(ScriptRunning, OutputThatIsNotUtf8ShowsAsReplacementCharacters)
-{
-    Document* document = openDocument(QString());
-    // Latin-1 bytes amid UTF-8, then a character cut off by the end of the output.
-    runAndWait(
-        QStringLiteral("#!/bin/sh\nprintf 'caf\\351 \\303\\251t\\351\\n'; printf '\\342\\202'\n"));
-    EXPECT_EQ(document->string(), QStringLiteral("caf\uFFFD \u00e9t\uFFFD\n\uFFFD\uFFFD"));
-}
 
 TEST_F(ScriptRunning, OutputBeyondTheLimitStopsTheScript)
 {

@@ -4,46 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <vector>
-
-namespace {
-
-// Occurrences found the way the plain-text search walks a text with the scanner.
-std::vector<Range> scanOccurrences(const QString& text, const QString& word, bool caseSensitive)
-{
-    std::vector<Range> result;
-    Scanner scanner(text);
-    scanner.setCaseSensitive(caseSensitive);
-    while (!scanner.isAtEnd()) {
-        scanner.scanUpToString(word);
-        const qsizetype start = scanner.scanLocation();
-        if (!scanner.scanString(word)) {
-            break;
-        }
-        result.push_back({start, word.size()});
-        scanner.setScanLocation(start + 1);
-    }
-    return result;
-}
-
-} // namespace
-
-TEST(Scanner, WalksOccurrencesLikeThePlainSearch)
-{
-    using R = std::vector<Range>;
-    EXPECT_EQ(scanOccurrences("aaa", "aa", true), (R{{0, 2}, {1, 2}}));
-    EXPECT_EQ(scanOccurrences("aaaa", "aa", true), (R{{0, 2}, {1, 2}, {2, 2}}));
-    // The skip before a step stands, so an occurrence after blanks is found where it is.
-    EXPECT_EQ(scanOccurrences("b  b\n\tb", "b", true), (R{{0, 1}, {3, 1}, {6, 1}}));
-    // A search string that begins with a blank is never found.
-    EXPECT_EQ(scanOccurrences("a x x", " x", true), R{});
-    EXPECT_EQ(scanOccurrences("a\nx", "\nx", true), R{});
-    EXPECT_EQ(scanOccurrences("xABCx abc", "abc", false), (R{{1, 3}, {6, 3}}));
-    EXPECT_EQ(scanOccurrences("xABCx abc", "abc", true), (R{{6, 3}}));
-    EXPECT_EQ(scanOccurrences("", "a", true), R{});
-    EXPECT_EQ(scanOccurrences("   \n ", "a", true), R{});
-}
-
 TEST(Scanner, EndAndSkipRules)
 {
     Scanner scanner(QStringLiteral("  x \u2028\u00a0\u3000\u0085\t"));

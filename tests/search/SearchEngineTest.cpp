@@ -7,7 +7,13 @@ using R = std::vector<Range>;
 TEST(SearchEngine, PlainOccurrences)
 {
     EXPECT_EQ(SearchEngine::findAllString("aaaa", "aa", true), (R{{0, 2}, {1, 2}, {2, 2}}));
+    // Blanks are skipped before each step, yet an occurrence after them is found where it is.
+    EXPECT_EQ(SearchEngine::findAllString("b  b\n\tb", "b", true), (R{{0, 1}, {3, 1}, {6, 1}}));
+    // A search string that begins with a blank is never found.
     EXPECT_EQ(SearchEngine::findAllString("a x and x", " x", true), R{});
+    EXPECT_EQ(SearchEngine::findAllString("a\nx", "\nx", true), R{});
+    EXPECT_EQ(SearchEngine::findAllString("   \n ", "a", true), R{});
+    EXPECT_EQ(SearchEngine::findAllString("", "a", true), R{});
     EXPECT_EQ(SearchEngine::findAllString("xABCx abc", "abc", false), (R{{1, 3}, {6, 3}}));
     EXPECT_EQ(SearchEngine::findAllString("xABCx abc", "abc", true), (R{{6, 3}}));
     EXPECT_EQ(SearchEngine::findAllString("abc", "", true), R{});

@@ -1,5 +1,5 @@
-// When and what a pane colours: both panes of a window, large insertions, lines scrolled
-// into view after an edit, and the progress indicator of the whole-text colouring.
+// When and what a pane colours: both panes of a window, lines scrolled into view after
+// an edit, large insertions, and the progress indicator of the whole-text colouring.
 #include "editor/SyntaxColoringController.h"
 
 #include "EditorTestSupport.h"
@@ -88,7 +88,7 @@ TEST(SyntaxColoringController, BothPanesOfADocumentAreColoured)
     EXPECT_EQ(colorAt(views[0], 0), keywords());
 }
 
-TEST(SyntaxColoringController, LargeInsertionsAndLinesScrolledIntoView)
+TEST(SyntaxColoringController, AnEditBelowTheShownLinesIsColouredWhenItComesIntoView)
 {
     QTextDocument document;
     document.setPlainText(lines("x = 1;\n", 200));
@@ -109,18 +109,6 @@ TEST(SyntaxColoringController, LargeInsertionsAndLinesScrolledIntoView)
     view->verticalScrollBar()->setValue(view->verticalScrollBar()->maximum());
     QCoreApplication::processEvents();
     EXPECT_EQ(colorAt(view, small), keywords());
-    view->verticalScrollBar()->setValue(0);
-    QCoreApplication::processEvents();
-
-    // More than 900 characters inserted at once colour the whole text again.
-    const QString pasted = lines("int big;\n", 120);
-    ASSERT_GT(pasted.size(), SyntaxColoringController::LargeInsertion);
-    end.movePosition(QTextCursor::End);
-    end.insertText(pasted);
-    view->textDidChanged();
-    EXPECT_TRUE(view->syntaxColoringController()->isColoringAll());
-    ASSERT_TRUE(waitUntilColored(view));
-    EXPECT_EQ(colorAt(view, document.characterCount() - 1 - 9), keywords());
 }
 
 TEST(SyntaxColoringController, PastingMoreThan900CharactersColoursTheWholeTextWherever)

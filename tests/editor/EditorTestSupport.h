@@ -53,6 +53,24 @@ inline std::unique_ptr<EditorController> makePane(QTextDocument* document,
     return makePane(document, shippedSettings(), size);
 }
 
+/// A document with one pane on it, as a window holds them.
+struct Pane {
+    QTextDocument document;
+    std::unique_ptr<EditorController> controller;
+
+    explicit Pane(const QString& text, const EditorSettings& settings = shippedSettings(),
+                  QSize size = QSize(420, 300))
+    {
+        document.setPlainText(text);
+        controller = makePane(&document, settings, size);
+    }
+    TextView* view() const { return controller->textView(); }
+    LayoutManager* layoutManager() const { return controller->layoutManager(); }
+    QString text() const { return document.toPlainText(); }
+    Range selection() const { return view()->selectedRange(); }
+    void select(Range range) { view()->setSelectedRange(range); }
+};
+
 /// How many pixels of `image` inside `rect` are within `tolerance` of `color` per channel.
 inline int countPixels(const QImage& image, const QRect& rect, const QColor& color,
                        int tolerance = 40)

@@ -8,45 +8,35 @@ using namespace EditorTest;
 
 namespace {
 
-struct Pane {
-    QTextDocument document;
-    std::unique_ptr<EditorController> controller;
-    TextView* view = nullptr;
-
-    explicit Pane(const QString& text, const EditorSettings& settings = shippedSettings())
-    {
-        document.setPlainText(text);
-        controller = makePane(&document, settings);
-        view = controller->textView();
-    }
-    QString text() const { return document.toPlainText(); }
-    QString undoName() { return UndoActionNames::of(&document)->undoActionName(); }
-};
+QString undoName(QTextDocument& document)
+{
+    return UndoActionNames::of(&document)->undoActionName();
+}
 
 TEST(Transformation, FullwidthIsOneNamedUndoableStep)
 {
     Pane pane(QStringLiteral("xABCy"));
-    pane.view->setSelectedRange({1, 3});
-    pane.view->exchangeToFullwidth();
+    pane.view()->setSelectedRange({1, 3});
+    pane.view()->exchangeToFullwidth();
     EXPECT_EQ(pane.text(), QStringLiteral("x\uFF21\uFF22\uFF23y"));
-    EXPECT_EQ(pane.view->selectedRange(), Range(1, 3));
-    EXPECT_EQ(pane.undoName(), QStringLiteral("exchange to Fullwidth"));
+    EXPECT_EQ(pane.view()->selectedRange(), Range(1, 3));
+    EXPECT_EQ(undoName(pane.document), QStringLiteral("exchange to Fullwidth"));
     // The converted text stays selected, so a second command follows on.
-    pane.view->exchangeToHalfwidth();
+    pane.view()->exchangeToHalfwidth();
     EXPECT_EQ(pane.text(), QStringLiteral("xABCy"));
-    EXPECT_EQ(pane.undoName(), QStringLiteral("exchange to Halfwidth"));
-    pane.view->undo();
-    EXPECT_EQ(pane.undoName(), QStringLiteral("exchange to Fullwidth"));
+    EXPECT_EQ(undoName(pane.document), QStringLiteral("exchange to Halfwidth"));
+    pane.view()->undo();
+    EXPECT_EQ(undoName(pane.document), QStringLiteral("exchange to Fullwidth"));
     EXPECT_EQ(UndoActionNames::of(&pane.document)->redoActionName(),
               QStringLiteral("exchange to Halfwidth"));
-    pane.view->undo();
+    pane.view()->undo();
     EXPECT_EQ(pane.text(), QStringLiteral("xABCy"));
-    EXPECT_EQ(pane.undoName(), QString());
+    EXPECT_EQ(undoName(pane.document), QString());
 
     // An empty selection does nothing and records nothing.
-    pane.view->setSelectedRange({2, 0});
+    pane.view()->setSelectedRange({2, 0});
     const int steps = pane.document.availableUndoSteps();
-    pane.view->exchangeToFullwidth();
+    pane.view()->exchangeToFullwidth();
     EXPECT_EQ(pane.document.availableUndoSteps(), steps);
 }
 
@@ -73,13 +63,13 @@ TEST(Transformation, ScriptConversions)
               QStringLiteral("Hello World"));
 
     Pane pane(QStringLiteral("かな"));
-    pane.view->selectAll();
-    pane.view->exchangeHiraganaToKatakana();
+    pane.view()->selectAll();
+    pane.view()->exchangeHiraganaToKatakana();
     EXPECT_EQ(pane.text(), QStringLiteral("カナ"));
-    EXPECT_EQ(pane.undoName(), QStringLiteral("exchange Hiragana to Katakana"));
-    pane.view->exchangeKatakanaToLatin();
+    EXPECT_EQ(undoName(pane.document), QStringLiteral("exchange Hiragana to Katakana"));
+    pane.view()->exchangeKatakanaToLatin();
     EXPECT_EQ(pane.text(), QStringLiteral("kana"));
-    pane.view->uppercaseWord();
+    pane.view()->uppercaseWord();
     EXPECT_EQ(pane.text(), QStringLiteral("KANA"));
 }
 
@@ -88,32 +78,32 @@ TEST(Transformation, EntityReferencesDoNotEscapeTheirOwnAmpersand)
     EditorSettings settings = shippedSettings();
     settings.characterEntity = true;
     Pane named(QStringLiteral("a & < é → α"), settings);
-    ASSERT_GT(named.view->entityReference().size(), 200);
-    named.view->selectAll();
-    named.view->exchangeToEntityReference();
+    ASSERT_GT(named.view()->entityReference().size(), 200);
+    named.view()->selectAll();
+    named.view()->exchangeToEntityReference();
     EXPECT_EQ(named.text(), QStringLiteral("a &amp; &lt; &eacute; &rarr; &alpha;"));
-    EXPECT_EQ(named.undoName(), QString());
-    named.view->undo();
+    EXPECT_EQ(undoName(named.document), QString());
+    named.view()->undo();
     EXPECT_EQ(named.text(), QStringLiteral("a & < é → α"));
 
     settings.characterEntity = false;
     Pane numeric(QStringLiteral("“x” – ≤"), settings);
-    numeric.view->selectAll();
-    numeric.view->exchangeToEntityReference();
+    numeric.view()->selectAll();
+    numeric.view()->exchangeToEntityReference();
     EXPECT_EQ(numeric.text(), QStringLiteral("&#8220;x&#8221; &#8211; &#8804;"));
 }
 
 TEST(Transformation, ContextMenuItemsActOnTheView)
 {
     Pane pane(QStringLiteral("x"));
-    std::unique_ptr<QMenu> menu(pane.view->menuForEvent(nullptr));
+    std::unique_ptr<QMenu> menu(pane.view()->menuForEvent(nullptr));
     const QList<QAction*> items = menu->actions();
     ASSERT_EQ(items.size(), 10);
     QMenu* transformations = items[9]->menu();
     ASSERT_TRUE(transformations);
     ASSERT_EQ(transformations->actions()[6]->text(), QStringLiteral("Exchange to Fullwidth"));
     ASSERT_EQ(items[6]->text(), QStringLiteral("Shift Right"));
-    pane.view->selectAll();
+    pane.view()->selectAll();
     transformations->actions()[6]->trigger();
     EXPECT_EQ(pane.text(), QStringLiteral("\uFF58"));
     items[6]->trigger();

@@ -26,42 +26,20 @@ SearchManager& engine(const QString& search = QString(), const QString& replace 
     return manager;
 }
 
-struct Pane {
-    QTextDocument document;
-    std::unique_ptr<EditorController> controller;
+using EditorTest::Pane;
 
-    explicit Pane(const QString& text)
-    {
-        document.setPlainText(text);
-        controller = EditorTest::makePane(&document);
-    }
-    TextView* view() const { return controller->textView(); }
-    LayoutManager* layoutManager() const { return controller->layoutManager(); }
-    Range selection() const
-    {
-        const QTextCursor cursor = view()->textCursor();
-        return {cursor.selectionStart(), cursor.selectionEnd() - cursor.selectionStart()};
-    }
-    void select(Range range)
-    {
-        QTextCursor cursor(&document);
-        cursor.setPosition(int(range.location));
-        cursor.setPosition(int(range.max()), QTextCursor::KeepAnchor);
-        view()->setTextCursor(cursor);
-    }
-    /// The characters carrying the background layer, as one string of '#' and '.'.
-    QString painted() const
-    {
-        QString marks(document.characterCount() - 1, u'.');
-        for (const ColorStore::Run& run :
-             layoutManager()->backgroundHighlights({0, marks.size()})) {
-            for (qsizetype i = run.location; i < run.location + run.length; ++i) {
-                marks[i] = u'#';
-            }
+/// The characters carrying the background layer, as one string of '#' and '.'.
+QString painted(const Pane& pane)
+{
+    QString marks(pane.document.characterCount() - 1, u'.');
+    for (const ColorStore::Run& run :
+         pane.layoutManager()->backgroundHighlights({0, marks.size()})) {
+        for (qsizetype i = run.location; i < run.location + run.length; ++i) {
+            marks[i] = u'#';
         }
-        return marks;
     }
-};
+    return marks;
+}
 
 } // namespace
 
@@ -71,7 +49,7 @@ TEST(SearchManager, FindCountsPaintsAndSelects)
     SearchManager& search = engine(QStringLiteral("aa"));
     EXPECT_EQ(search.findStringWithLayoutManager(pane.layoutManager()), "Find String : 3 Matches");
     EXPECT_EQ(search.searchMatchesList(), (std::vector<Range>{{0, 2}, {1, 2}, {2, 2}}));
-    EXPECT_EQ(pane.painted(), "####");
+    EXPECT_EQ(painted(pane), "####");
     EXPECT_TRUE(search.backgroundHighlight());
     EXPECT_EQ(pane.selection(), Range(1, 2)); // the first one after the insertion point at 0
 
@@ -83,13 +61,13 @@ TEST(SearchManager, FindCountsPaintsAndSelects)
     engine(QStringLiteral(" x"));
     EXPECT_EQ(search.findStringWithLayoutManager(spaced.layoutManager()),
               "Find String : 0 Matches");
-    EXPECT_EQ(spaced.painted(), ".......");
+    EXPECT_EQ(painted(spaced), ".......");
     EXPECT_EQ(spaced.selection(), Range(0, 1));
 
     // An empty search string gives the label without a count.
     engine();
     EXPECT_EQ(search.findStringWithLayoutManager(pane.layoutManager()), "Find String :");
-    EXPECT_EQ(pane.painted(), "....");
+    EXPECT_EQ(painted(pane), "....");
     search.setRegularExpressions(true);
     EXPECT_EQ(search.findNextWithLayoutManager(pane.layoutManager()), "ICU-comaptible :");
 
@@ -99,7 +77,7 @@ TEST(SearchManager, FindCountsPaintsAndSelects)
     EXPECT_EQ(search.findStringWithLayoutManager(groups.layoutManager()),
               "ICU-comaptible : 4 Matches");
     EXPECT_EQ(search.searchMatchesList(), (std::vector<Range>{{0, 1}, {1, 1}, {3, 1}, {4, 1}}));
-    EXPECT_EQ(groups.painted(), "##.##");
+    EXPECT_EQ(painted(groups), "##.##");
     // A pattern that does not compile finds nothing, silently.
     engine(QStringLiteral("(a")).setRegularExpressions(true);
     EXPECT_EQ(search.findStringWithLayoutManager(groups.layoutManager()),
@@ -217,7 +195,7 @@ TEST(SearchManager, GoToPaintsAndStepsThroughTheNamedLines)
         const QTextBlock block = pane.document.findBlockByNumber(line - 1);
         return Range(block.position(), block.length());
     };
-    const auto painted = [&] {
+    const auto paintedRuns = [&] {
         return pane.layoutManager()->backgroundHighlights({0, text.size()});
     };
     pane.select({3, 2});
@@ -232,7 +210,7 @@ TEST(SearchManager, GoToPaintsAndStepsThroughTheNamedLines)
             << shownLine;
     }
     EXPECT_EQ(positions, (std::vector<qsizetype>{1, 2, 0, 1}));
-    const Runs runs = painted();
+    const Runs runs = paintedRuns();
     ASSERT_EQ(runs.size(), 3u);
     EXPECT_EQ(Range(runs[1].location, runs[1].length), lineRange(20));
     EXPECT_TRUE(search.backgroundHighlight());
@@ -242,7 +220,7 @@ TEST(SearchManager, GoToPaintsAndStepsThroughTheNamedLines)
     search.gotoTextFieldDidChange(QStringLiteral("end"));
     search.gotoLine(pane.view());
     EXPECT_TRUE(pane.view()->visibleCharacterRange().contains(lineRange(40).location));
-    EXPECT_EQ(painted().size(), 3u);
+    EXPECT_EQ(paintedRuns().size(), 3u);
     search.gotoTextFieldDidChange(QStringLiteral("start"));
     search.gotoLine(pane.view());
     EXPECT_EQ(pane.view()->verticalScrollBar()->value(), 0);
@@ -254,7 +232,7 @@ TEST(SearchManager, GoToPaintsAndStepsThroughTheNamedLines)
     EXPECT_EQ(search.gotoPosition(), 1);
     EXPECT_EQ(search.gotoRangePosition().size(), 4u);
     EXPECT_TRUE(search.gotoRangePosition()[1].isNotFound());
-    EXPECT_EQ(painted().size(), 2u);
+    EXPECT_EQ(paintedRuns().size(), 2u);
     search.gotoLine(pane.view());
     EXPECT_EQ(search.gotoPosition(), 0); // stepped over '5-3' and '99' to '2'
     EXPECT_TRUE(pane.view()->visibleCharacterRange().contains(lineRange(2).location));
@@ -266,7 +244,7 @@ TEST(SearchManager, GoToPaintsAndStepsThroughTheNamedLines)
          std::vector<std::pair<QString, int>>{{"+0", 5}, {"-0", 4}, {"+2", 7}, {" 7 ", 7}}) {
         search.gotoTextFieldDidChange(description);
         search.gotoLine(pane.view());
-        const Runs one = painted();
+        const Runs one = paintedRuns();
         ASSERT_EQ(one.size(), 1u) << description.toStdString();
         EXPECT_EQ(Range(one[0].location, one[0].length), lineRange(line))
             << description.toStdString();
@@ -275,7 +253,7 @@ TEST(SearchManager, GoToPaintsAndStepsThroughTheNamedLines)
     for (const QString& description : {QStringLiteral("5-3"), QStringLiteral("3-"), QString()}) {
         search.gotoTextFieldDidChange(description);
         search.gotoLine(pane.view());
-        EXPECT_TRUE(painted().empty()) << description.toStdString();
+        EXPECT_TRUE(paintedRuns().empty()) << description.toStdString();
     }
     EXPECT_EQ(pane.selection(), lineRange(5));
 }

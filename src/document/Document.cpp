@@ -2,6 +2,7 @@
 
 #include "document/EncodingManager.h"
 #include "document/SaveFailureMessage.h"
+#include "document/TextDocumentLayout.h"
 #include "document/TextEncodingAttribute.h"
 #include "platform/ExtendedAttributes.h"
 #include "platform/FileManager.h"
@@ -15,7 +16,6 @@
 #include <QFileInfo>
 #include <QLocale>
 #include <QPainter>
-#include <QPlainTextDocumentLayout>
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
@@ -59,7 +59,7 @@ Document::Document(EncodingManager& encodings, const DocumentSettings& settings,
     , _autosaveTimer(new QTimer(this))
     , _loadTimer(new QTimer(this))
 {
-    _textStorage->setDocumentLayout(new QPlainTextDocumentLayout(_textStorage));
+    _textStorage->setDocumentLayout(new TextDocumentLayout(_textStorage));
     _textStorage->setUndoRedoEnabled(false);
     _fileType = kPlainTextType;
     _documentEncoding = settings.defaultsTextEncoding;

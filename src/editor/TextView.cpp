@@ -1,5 +1,6 @@
 #include "editor/TextView.h"
 
+#include "document/TextDocumentLayout.h"
 #include "document/TextMirror.h"
 #include "editor/CompletionManager.h"
 #include "editor/GutterView.h"
@@ -139,7 +140,7 @@ void TextView::setTextStorage(QTextDocument* textStorage)
     auto* layout =
         textStorage->findChild<QAbstractTextDocumentLayout*>(QString(), Qt::FindDirectChildrenOnly);
     if (!qobject_cast<QPlainTextDocumentLayout*>(layout)) {
-        textStorage->setDocumentLayout(new QPlainTextDocumentLayout(textStorage));
+        textStorage->setDocumentLayout(new TextDocumentLayout(textStorage));
     }
     setDocument(textStorage);
     disconnect(d->storageDestroyed);

@@ -12,6 +12,7 @@
 #include <QElapsedTimer>
 #include <QInputMethodEvent>
 #include <QListWidget>
+#include <QPaintEvent>
 #include <QRandomGenerator>
 #include <QScreen>
 #include <QTest>
@@ -355,6 +356,53 @@ TEST(Completion, PanelGeometry)
     const QPoint wordTop =
         pane.view->viewport()->mapToGlobal(pane.view->cursorRect(start).topLeft());
     EXPECT_LE(panel->geometry().bottom(), wordTop.y());
+}
+
+namespace {
+
+/// What a widget was asked to paint, as one rectangle.
+struct PaintedArea : QObject {
+    QRect area;
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::Paint) {
+            area |= static_cast<QPaintEvent*>(event)->rect();
+        }
+        return QObject::eventFilter(watched, event);
+    }
+};
+
+} // namespace
+
+TEST(Completion, TheProposalRepaintsOnlyItsLine)
+{
+    QString text;
+    for (int i = 0; i < 40; ++i) {
+        text += QStringLiteral("print printf Print\n");
+    }
+    Completing pane(text + QStringLiteral("pr"));
+    pane.view->centerCursor();
+    PaintedArea painted;
+    pane.view->viewport()->installEventFilter(&painted);
+    QTest::keyClick(pane.view, Qt::Key_Escape);
+    ASSERT_TRUE(pane.panelShown());
+    QTest::qWait(50);
+    const int line = pane.view->cursorRect().height();
+    // Stepping to another candidate, typing a letter that keeps the list open, and
+    // taking the proposal away each repaint the line, not the view.
+    const std::vector<std::function<void()>> steps{
+        [&] { QTest::keyClick(pane.view, Qt::Key_Down); },
+        [&] { QTest::keyClick(pane.view, Qt::Key_I); },
+        [&] { QTest::keyClick(pane.view, Qt::Key_Escape); },
+    };
+    for (size_t step = 0; step < steps.size(); ++step) {
+        painted.area = QRect();
+        steps[step]();
+        QTest::qWait(50);
+        EXPECT_FALSE(painted.area.isEmpty()) << "step " << step;
+        EXPECT_LE(painted.area.height(), 2 * line) << "step " << step;
+    }
+    EXPECT_FALSE(pane.panelShown());
 }
 
 TEST(Completion, StartsByItselfAfterTyping)

@@ -15,6 +15,7 @@
 #include <QPaintEvent>
 #include <QRandomGenerator>
 #include <QScreen>
+#include <QScrollBar>
 #include <QTest>
 #include <QTextDocument>
 
@@ -303,6 +304,38 @@ TEST(Completion, OnlyAnAcceptedWordReachesTheTextAndTheUndoStack)
     EXPECT_FALSE(pane.panelShown());
     EXPECT_TRUE(pane.view->proposedCompletion().isEmpty());
     EXPECT_EQ(pane.text(), QStringLiteral("// print printf Print\nprint"));
+}
+
+TEST(Completion, EveryCandidateOfALongListCanBeReached)
+{
+    QString text;
+    QStringList candidates;
+    for (int i = 0; i < 300; ++i) {
+        candidates.append(QStringLiteral("word%1").arg(i, 3, 10, QLatin1Char('0')));
+        text += candidates.back() + QLatin1Char(' ');
+    }
+    Completing pane(text + QStringLiteral("\nwo"));
+    QTest::keyClick(pane.view, Qt::Key_Escape);
+    ASSERT_TRUE(pane.panelShown());
+    EXPECT_EQ(pane.manager.numberOfRowsInTableView(), 300);
+    // Stepping down goes through every candidate in order, past the rows first shown.
+    for (int row = 1; row < 300; ++row) {
+        QTest::keyClick(pane.view, Qt::Key_Down);
+        ASSERT_EQ(pane.view->proposedCompletion(), candidates[row].mid(2)) << "row " << row;
+    }
+    QTest::keyClick(pane.view, Qt::Key_Down);
+    EXPECT_EQ(pane.view->proposedCompletion(), candidates.back().mid(2));
+    QTest::keyClick(pane.view, Qt::Key_Escape);
+
+    // Scrolling to the end of the list shows its last rows.
+    QTest::keyClick(pane.view, Qt::Key_Escape);
+    ASSERT_TRUE(pane.panelShown());
+    QScrollBar* bar = pane.manager.tableView()->verticalScrollBar();
+    for (int turn = 0; turn < 20; ++turn) {
+        bar->setValue(bar->maximum());
+        QCoreApplication::processEvents(); // the list lays its new rows out
+    }
+    EXPECT_EQ(shownCandidates(), candidates);
 }
 
 TEST(Completion, NoCandidatesLeavesTheTextAsTyped)

@@ -23,6 +23,7 @@
 
 #include <ctime>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace BenchSupport {
@@ -144,11 +145,47 @@ double processCpuMilliseconds()
     return double(now.tv_sec) * 1e3 + double(now.tv_nsec) / 1e6;
 }
 
+namespace {
+
+// Counts the events the application handles on its own thread, except those of the wait's
+// own timer and loop.
+class EventCounter : public QObject
+{
+public:
+    explicit EventCounter(const QObject* own)
+        : _own(own)
+    {
+        QCoreApplication::instance()->installEventFilter(this);
+    }
+    ~EventCounter() override { QCoreApplication::instance()->removeEventFilter(this); }
+    int take() { return std::exchange(_events, 0); }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (watched != _own && watched->parent() != _own &&
+            event->type() != QEvent::DeferredDelete) {
+            ++_events;
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    const QObject* _own;
+    int _events = 0;
+};
+
+} // namespace
+
 Idle waitUntilIdle(int quietMs, int limitMs)
 {
-    // Slices of waiting in the event loop (which sleeps while nothing happens); a slice in
-    // which the process used less than a millisecond of CPU and no worker ran is quiet.
+    // Slices of waiting in the event loop (which sleeps while nothing happens). A slice is
+    // quiet when the application handled no event of its own (a timer, a posted call, a
+    // paint), no worker ran and the process used little CPU. CPU alone is no measure on a
+    // loaded machine: waking up from the loop's own 50 ms timer sometimes costs more than a
+    // millisecond there, so that a strict threshold never saw an idle application go quiet.
     constexpr int kSliceMs = 50;
+    constexpr double kBusyCpuMs = 5;
     QElapsedTimer timer;
     timer.start();
     const double cpuStart = processCpuMilliseconds();
@@ -156,14 +193,22 @@ Idle waitUntilIdle(int quietMs, int limitMs)
     double quietSince = 0;
     double cpuAtQuiet = cpuStart;
     bool quiet = false;
+    QObject own;
+    EventCounter events(&own);
     while (timer.elapsed() < limitMs) {
         const double sliceStart = double(timer.nsecsElapsed()) / 1e6;
         const double cpuBefore = processCpuMilliseconds();
-        QEventLoop loop;
-        QTimer::singleShot(kSliceMs, &loop, &QEventLoop::quit);
-        loop.exec();
+        {
+            QEventLoop loop(&own);
+            QTimer slice(&own);
+            slice.setSingleShot(true);
+            QObject::connect(&slice, &QTimer::timeout, &loop, &QEventLoop::quit);
+            slice.start(kSliceMs);
+            loop.exec();
+        }
         const double used = processCpuMilliseconds() - cpuBefore;
-        const bool busy = used >= 1.0 || QThreadPool::globalInstance()->activeThreadCount() > 0;
+        const bool busy = events.take() > 0 || used >= kBusyCpuMs ||
+                          QThreadPool::globalInstance()->activeThreadCount() > 0;
         if (busy) {
             quiet = false;
         } else if (!quiet) {

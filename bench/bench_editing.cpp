@@ -7,6 +7,7 @@
 #include "editor/TextView.h"
 #include "platform/PropertyList.h"
 #include "syntax/CompletionCandidates.h"
+#include "syntax/CompletionWordIndex.h"
 #include "syntax/SyntaxManager.h"
 
 #include <QCoreApplication>
@@ -105,6 +106,51 @@ void BM_CompletionCandidates(benchmark::State& state)
     state.counters["textMB"] = double(text.size()) * 2 / (1024 * 1024);
 }
 BENCHMARK(BM_CompletionCandidates)->Unit(benchmark::kMillisecond);
+
+/// A keystroke in the middle of a 20 MB text while the completion list is open: the word
+/// index follows the edit, reads what changed and lists the words of a two-letter prefix.
+/// The argument is the index's chunk size.
+void BM_CompletionIndexKeystroke(benchmark::State& state)
+{
+    QString text;
+    const QString source = BenchSupport::mixedSourceText();
+    while (text.size() < 10 * 1024 * 1024) {
+        text += source;
+    }
+    CompletionWordIndex index;
+    index.setChunkSize(qsizetype(state.range(0)));
+    index.build(text);
+    const qsizetype middle = text.indexOf(u'\n', text.size() / 2) + 1;
+    const QString typed = QStringLiteral("qu");
+    qsizetype at = middle;
+    qsizetype found = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        const bool remove = at - middle == typed.size();
+        if (remove) {
+            text.remove(middle, typed.size());
+        } else {
+            text.insert(at, typed[at - middle]);
+        }
+        state.ResumeTiming();
+        if (remove) {
+            index.textDidChange(middle, typed.size(), 0);
+            at = middle;
+        } else {
+            index.textDidChange(at, 0, 1);
+            ++at;
+        }
+        index.update(text);
+        found = index.wordsForPartialWord(QStringLiteral("st")).size();
+        benchmark::DoNotOptimize(found);
+    }
+    state.counters["candidates"] = double(found);
+    state.counters["chunks"] = double(index.chunkCount());
+}
+BENCHMARK(BM_CompletionIndexKeystroke)
+    ->Arg(16 * 1024)
+    ->Arg(4 * 1024)
+    ->Unit(benchmark::kMicrosecond);
 
 } // namespace
 

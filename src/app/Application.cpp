@@ -10,6 +10,7 @@
 #include "app/TerminationSignals.h"
 #include "document/Document.h"
 #include "document/RecoveryStore.h"
+#include "editor/TextDocumentLayout.h"
 #include "platform/NotificationCenter.h"
 #include "platform/SystemBeep.h"
 #include "platform/UserDefaults.h"
@@ -18,7 +19,6 @@
 
 #include <QIcon>
 #include <QMessageBox>
-#include <QPlainTextDocumentLayout>
 #include <QPointer>
 #include <QProcess>
 #include <QWidget>
@@ -33,7 +33,7 @@ Application::Application(int& argc, char** argv)
     SystemBeep::setSound(&QApplication::beep);
     // Every text starts with the layout of the plain-text views that show it.
     Document::setTextLayoutFactory([](QTextDocument* text) -> QAbstractTextDocumentLayout* {
-        return new QPlainTextDocumentLayout(text);
+        return new TextDocumentLayout(text);
     });
     // The installed theme icon when there is one, else the copy built into the program.
     setWindowIcon(QIcon::fromTheme(QStringLiteral("tessaran"),

@@ -10,9 +10,11 @@
 #include <QGuiApplication>
 #include <QListWidget>
 #include <QScreen>
+#include <QScrollBar>
 #include <QTextBlock>
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -42,6 +44,14 @@ CompletionPanel* CompletionManager::panel()
                 &CompletionManager::tableViewSelectionDidChange);
         connect(table, &QListWidget::itemDoubleClicked, this,
                 &CompletionManager::doubleClickedTableViewRow);
+        // Rows are made as they come into reach: scrolling to the end of the list brings
+        // the next ones.
+        connect(table->verticalScrollBar(), &QScrollBar::valueChanged, this, [this](int value) {
+            const QScrollBar* bar = tableView()->verticalScrollBar();
+            if (value + bar->pageStep() >= bar->maximum()) {
+                addRows(tableView()->count() + RowBatch);
+            }
+        });
     }
     return _panel;
 }
@@ -88,8 +98,10 @@ bool CompletionManager::setupCompletionWords()
     QListWidget* table = tableView();
     _reloading = true;
     table->clear();
-    table->addItems(_completeWords);
     _reloading = false;
+    // A short partial word has thousands of candidates and the list shows eight: the rows
+    // are made a batch at a time, as stepping or scrolling reaches them.
+    addRows(RowBatch);
     if (!_completeWords.isEmpty()) {
         _reloading = true;
         table->setCurrentRow(0);
@@ -195,10 +207,26 @@ void CompletionManager::selectUpperRow()
     table->scrollToItem(table->currentItem());
 }
 
+void CompletionManager::addRows(int count)
+{
+    QListWidget* table = tableView();
+    const int from = table->count();
+    const int to = int(std::min<qsizetype>(_completeWords.size(), count));
+    if (to <= from) {
+        return;
+    }
+    const bool reloading = std::exchange(_reloading, true);
+    table->addItems(_completeWords.mid(from, to - from));
+    _reloading = reloading;
+}
+
 void CompletionManager::selectLowerRow()
 {
     QListWidget* table = tableView();
     const int row = table->currentRow();
+    if (row + 1 >= table->count()) {
+        addRows(table->count() + RowBatch);
+    }
     if (row + 1 < table->count()) {
         table->setCurrentRow(row + 1);
     }

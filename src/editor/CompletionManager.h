@@ -66,6 +66,9 @@ private:
     void doubleClickedTableViewRow();
     void insertSelectedCandidate();
     void associatedNotifications(QWidget* window);
+    /// Makes the rows of the first `count` candidates that have none yet.
+    void addRows(int count);
+    static constexpr int RowBatch = 64;
 
     CompletionPanel* _panel = nullptr;
     QStringList _completeWords;

@@ -1,5 +1,6 @@
 #include "editor/LayoutManager.h"
 
+#include "editor/TextDocumentLayout.h"
 #include "editor/TextView.h"
 
 #include <QFontDatabase>
@@ -8,6 +9,8 @@
 #include <QPainter>
 #include <QTextBlock>
 #include <QTextDocument>
+
+#include <algorithm>
 
 namespace {
 
@@ -313,9 +316,27 @@ void LayoutManager::setSyntaxColors(Range range, const std::vector<ColorStore::R
     // there is nothing to paint again but what the edit itself changed.
     const std::vector<ColorStore::Run> before = _syntaxColors.runs(range.location, range.max());
     _syntaxColors.replaceColors(range, runs);
-    if (_syntaxColors.runs(range.location, range.max()) != before) {
-        colorsChanged(range);
+    const std::vector<ColorStore::Run> after = _syntaxColors.runs(range.location, range.max());
+    // Only the stretch between the first and the last run that differ changed colour.
+    const auto [beforeFirst, afterFirst] =
+        std::mismatch(before.begin(), before.end(), after.begin(), after.end());
+    if (beforeFirst == before.end() && afterFirst == after.end()) {
+        return;
     }
+    const auto [beforeLast, afterLast] =
+        std::mismatch(before.rbegin(), std::make_reverse_iterator(beforeFirst), after.rbegin(),
+                      std::make_reverse_iterator(afterFirst));
+    qsizetype from = range.max();
+    qsizetype to = range.location;
+    for (auto run = beforeFirst; run != beforeLast.base(); ++run) {
+        from = std::min(from, run->location);
+        to = std::max(to, run->location + run->length);
+    }
+    for (auto run = afterFirst; run != afterLast.base(); ++run) {
+        from = std::min(from, run->location);
+        to = std::max(to, run->location + run->length);
+    }
+    colorsChanged({from, std::max<qsizetype>(0, to - from)});
 }
 
 void LayoutManager::removeTemporaryAttribute(Range forCharacterRange)
@@ -506,22 +527,27 @@ QList<QTextLayout::FormatRange> LayoutManager::formatsForBlock(const QTextBlock&
 
 void LayoutManager::setProposedText(qsizetype position, const QString& text)
 {
+    const bool shows = !text.isEmpty() && _textStorage;
+    const QTextBlock block = shows ? _textStorage->findBlock(int(position)) : QTextBlock();
     if (!_proposedText.isEmpty()) {
-        const QTextBlock block = _proposal.block();
+        const QTextBlock shownIn = _proposal.block();
         _proposal = QTextCursor();
         _proposedText.clear();
-        if (block.isValid() && block.layout()) {
-            block.layout()->setPreeditArea(-1, QString());
-            relayOut(block);
+        if (shownIn.isValid() && shownIn.layout()) {
+            shownIn.layout()->setPreeditArea(-1, QString());
+            // Stepping through the candidates changes the proposal within one line: it is
+            // laid out once, below.
+            if (shownIn != block) {
+                relayOut(shownIn);
+            }
         }
     }
-    if (text.isEmpty() || !_textStorage) {
+    if (!shows) {
         return;
     }
     _proposal = QTextCursor(_textStorage);
     _proposal.setPosition(int(position));
     _proposedText = text;
-    const QTextBlock block = _proposal.block();
     block.layout()->setPreeditArea(int(position - block.position()), text);
     relayOut(block);
 }
@@ -538,8 +564,17 @@ void LayoutManager::relayOut(const QTextBlock& block)
     if (formats != layout->formats()) {
         layout->setFormats(formats);
     }
-    // Now, not merged into the next edit's notice: only the layout of the block changes.
-    _textStorage->markContentsDirty(block.position(), block.length());
+    markBlockDirty(block);
+}
+
+void LayoutManager::markBlockDirty(const QTextBlock& block)
+{
+    // Now, not merged into the next edit's notice.
+    if (auto* layout = qobject_cast<TextDocumentLayout*>(_textStorage->documentLayout())) {
+        layout->relayOutBlock(block);
+    } else {
+        _textStorage->markContentsDirty(block.position(), block.length());
+    }
 }
 
 int LayoutManager::applyTemporaryAttributes(qreal top, qreal bottom)
@@ -547,29 +582,30 @@ int LayoutManager::applyTemporaryAttributes(qreal top, qreal bottom)
     if (!_textView || !_textStorage) {
         return 0;
     }
-    int changed = 0;
-    qsizetype from = -1;
-    qsizetype to = -1;
+    std::vector<std::pair<QTextBlock, QList<QTextLayout::FormatRange>>> changed;
     for (const TextView::ShownBlock& shown : _textView->shownBlocks(top, bottom)) {
-        QTextLayout* layout = shown.block.layout();
         QList<QTextLayout::FormatRange> formats = formatsForBlock(shown.block);
-        if (formats == layout->formats()) {
-            continue;
+        if (formats != shown.block.layout()->formats()) {
+            changed.emplace_back(shown.block, std::move(formats));
         }
-        layout->setFormats(formats);
-        if (from < 0) {
-            from = shown.block.position();
-        }
-        to = shown.block.position() + shown.block.length();
-        ++changed;
     }
     // The change must reach the document layout now; left pending, it would be merged into
-    // the next edit's contentsChange. One notice for all blocks: each block is then laid out
-    // once, when it is painted.
-    if (changed > 0) {
-        _textStorage->markContentsDirty(int(from), int(to - from));
+    // the next edit's contentsChange. A few blocks are told one by one, so that only their
+    // lines are painted again; many in one notice, each then laid out once, when painted.
+    if (changed.size() <= 4) {
+        for (const auto& [block, formats] : changed) {
+            block.layout()->setFormats(formats);
+            markBlockDirty(block);
+        }
+    } else {
+        for (const auto& [block, formats] : changed) {
+            block.layout()->setFormats(formats);
+        }
+        const QTextBlock& last = changed.back().first;
+        const int from = changed.front().first.position();
+        _textStorage->markContentsDirty(from, last.position() + last.length() - from);
     }
-    return changed;
+    return int(changed.size());
 }
 
 void LayoutManager::textStorageDidChange(int position, int removed, int added)
@@ -606,10 +642,26 @@ void LayoutManager::textStorageDidChange(int position, int removed, int added)
 
 void LayoutManager::colorsChanged(Range range)
 {
-    Q_UNUSED(range);
+    // Only the shown lines the colours changed in are painted again: a slice of the
+    // whole-text colouring off screen paints nothing, a keyword typed paints its line.
     for (LayoutManager* pane : panesByDocument().value(_textStorage)) {
-        if (pane->_textView) {
-            pane->_textView->viewport()->update();
+        TextView* view = pane->_textView;
+        if (!view) {
+            continue;
+        }
+        QRectF dirty;
+        for (const TextView::ShownBlock& shown : view->shownBlocks(0, view->viewport()->height())) {
+            const qsizetype start = shown.block.position();
+            if (start >= range.max()) {
+                break;
+            }
+            if (start + shown.block.length() > range.location) {
+                dirty |= shown.rect;
+            }
+        }
+        if (!dirty.isEmpty()) {
+            const QRect lines = dirty.toAlignedRect();
+            view->viewport()->update(0, lines.top(), view->viewport()->width(), lines.height());
         }
     }
 }

@@ -138,6 +138,8 @@ Q_SIGNALS:
 
 private:
     void relayOut(const QTextBlock& block);
+    /// Has the document lay `block` out again and repaint its line.
+    void markBlockDirty(const QTextBlock& block);
     void clearBackgroundHighlights();
     void textStorageDidChange(int position, int removed, int added);
     void drawStandIns(QPainter& painter, const QRectF& rect);

@@ -8,6 +8,7 @@
 #include "editor/SpellCheckingController.h"
 #include "editor/StringTransform.h"
 #include "editor/SyntaxColoringController.h"
+#include "editor/TextDocumentLayout.h"
 #include "editor/TextViewCompletion.h"
 #include "editor/TextViewKeys.h"
 #include "editor/TextViewPrivate.h"
@@ -139,7 +140,7 @@ void TextView::setTextStorage(QTextDocument* textStorage)
     auto* layout =
         textStorage->findChild<QAbstractTextDocumentLayout*>(QString(), Qt::FindDirectChildrenOnly);
     if (!qobject_cast<QPlainTextDocumentLayout*>(layout)) {
-        textStorage->setDocumentLayout(new QPlainTextDocumentLayout(textStorage));
+        textStorage->setDocumentLayout(new TextDocumentLayout(textStorage));
     }
     setDocument(textStorage);
     disconnect(d->storageDestroyed);

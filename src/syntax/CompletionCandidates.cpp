@@ -78,10 +78,19 @@ QStringList CompletionCandidates::completionsFromTextWords(QStringList textWords
     // The definition's words come after the text's and are sorted in among them; a stable
     // merge keeps the text's words first among words equal but for case, as one stable sort
     // of both lists would.
+    // The text's words are sorted ignoring case, so a word is among them when it is in the
+    // run of words equal to it but for case: no set of every text word, which for a short
+    // partial word holds thousands.
+    auto inTextWords = [&textWords](const QString& word) {
+        const auto [first, last] =
+            std::equal_range(textWords.cbegin(), textWords.cend(), word, lessIgnoringCase);
+        return std::find(first, last, word) != last;
+    };
     QStringList definitionWords;
-    QSet<QString> taken(textWords.cbegin(), textWords.cend());
+    QSet<QString> taken;
     for (const QString& word : completeWords) {
-        if (startsWithIgnoringCase(word, partialWord) && !taken.contains(word)) {
+        if (startsWithIgnoringCase(word, partialWord) && !taken.contains(word) &&
+            !inTextWords(word)) {
             taken.insert(word);
             definitionWords.append(word);
         }

@@ -127,7 +127,9 @@ private:
     bool orderChunks(size_t from, size_t to);
 
     Kind _kind;
-    qsizetype _chunkSize = 16 * 1024;
+    // What a keystroke reads again while the list is open: small, as a chunk costs only a
+    // few bytes to keep.
+    qsizetype _chunkSize = 4 * 1024;
     std::vector<Chunk> _chunks;
     std::vector<Word> _words;
     std::vector<quint32> _freeWords;

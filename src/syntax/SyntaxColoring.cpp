@@ -1,5 +1,7 @@
 #include "syntax/SyntaxColoring.h"
 
+#include "syntax/SyntaxBlockTurns.h"
+
 #include <algorithm>
 
 namespace {
@@ -46,16 +48,15 @@ std::vector<SyntaxColoring::Run> SyntaxColoring::runsInRange(Range window) const
     };
 
     for (const BlockLayer& layer : _blocks) {
-        const BlockTurns& turns = *layer.turns;
+        const SyntaxBlockTurns& turns = *layer.turns;
         // Ends never decrease, so the first block reaching into the window is found by
         // bisection and the walk stops at the first one starting after it.
-        auto first = std::upper_bound(turns.ends.begin(), turns.ends.end(), from - layer.endLength);
-        for (size_t i = size_t(first - turns.ends.begin()); i < turns.starts.size(); ++i) {
-            const qsizetype start = turns.starts[i];
+        for (size_t i = turns.firstEndingAfter(from - layer.endLength); i < turns.size(); ++i) {
+            const qsizetype start = turns.start(i);
             if (start >= to) {
                 break;
             }
-            fill(start, std::min(_textLength, turns.ends[i] + layer.endLength), layer.category);
+            fill(start, std::min(_textLength, turns.end(i) + layer.endLength), layer.category);
         }
     }
     // The recoloured range was cleared before anything was painted, and what was painted

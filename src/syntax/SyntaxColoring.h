@@ -7,6 +7,8 @@
 #include <memory>
 #include <vector>
 
+class SyntaxBlockTurns;
+
 /// What one colouring call lays over a text: the range it recoloured (its colours are
 /// removed first) and the colours painted afterwards, already resolved in painting order
 /// so that a later category wins where two overlap.
@@ -47,18 +49,11 @@ public:
         bool operator==(const Run&) const = default;
     };
 
-    /// The blocks one block entry found over the whole text: turn i painted
-    /// [starts[i], min(textLength, ends[i] + endLength)). Both arrays never decrease.
-    struct BlockTurns {
-        std::vector<qsizetype> starts;
-        std::vector<qsizetype> ends;
-        /// The last turn could only have repeated itself, which ended its category's pass.
-        bool stalled = false;
-    };
+    /// The blocks one block entry found over the whole text, painted in `category`.
     struct BlockLayer {
         Category category = Comments;
         qsizetype endLength = 0;
-        std::shared_ptr<const BlockTurns> turns;
+        std::shared_ptr<const SyntaxBlockTurns> turns;
     };
 
     SyntaxColoring() = default;

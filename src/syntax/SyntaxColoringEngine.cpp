@@ -5,14 +5,12 @@
 
 #include <algorithm>
 #include <functional>
-#include <limits>
 
 namespace {
 
 using Category = SyntaxColoring::Category;
 
 constexpr quint8 None = 0xFF;
-constexpr qsizetype Unbounded = std::numeric_limits<qsizetype>::max();
 
 // A set of UTF-16 units.
 using UnitSet = std::vector<quint64>;
@@ -313,152 +311,13 @@ void SyntaxColoringEngine::applyPendingEdit(TextSource& text)
     for (BlockList& list : _definition->blocks) {
         for (BlockEntry& entry : list.entries) {
             if (entry.valid) {
-                updateBlockTurns(entry, text);
+                SyntaxBlockTurns::textDidChange(entry.turns, text, _editLocation, _editRemoved,
+                                                _editAdded);
             }
         }
     }
     _hasPendingEdit = false;
     _cachedLength = text.size();
-}
-
-namespace {
-
-// The text from `offset` to its end, in one piece; positions stay those of the whole text.
-// The block loop only ever reads forward from where it resumes.
-struct Tail {
-    QStringView rest;
-    qsizetype offset = 0;
-
-    qsizetype size() const { return offset + rest.size(); }
-    qsizetype skipSpaces(qsizetype location) const
-    {
-        return offset + ::skipSpaces(rest, location - offset);
-    }
-    qsizetype indexOf(const QString& string, qsizetype from) const
-    {
-        const qsizetype found = rest.indexOf(string, from - offset, Qt::CaseInsensitive);
-        return found < 0 ? size() : offset + found;
-    }
-};
-
-Tail tailFrom(TextSource& text, qsizetype offset)
-{
-    return {text.view(offset, text.size()), offset};
-}
-
-// One turn of the block loop from `location`, which is not at the scanner's end: where the
-// start string was reached and where the end string was reached after it.
-struct Turn {
-    qsizetype start;
-    qsizetype end;
-};
-
-Turn blockTurn(const Tail& text, const QString& startString, const QString& endString,
-               qsizetype location)
-{
-    const qsizetype n = text.size();
-    const qsizetype from = text.skipSpaces(location);
-    const qsizetype start = startString.isEmpty() ? n : text.indexOf(startString, from);
-    const qsizetype endFrom = text.skipSpaces(start);
-    qsizetype end = n;
-    if (endFrom < n && !endString.isEmpty()) {
-        end = text.indexOf(endString, endFrom);
-    }
-    return {start, end};
-}
-
-bool isAtEnd(const Tail& text, qsizetype location)
-{
-    return text.skipSpaces(location) >= text.size();
-}
-
-// Runs the block loop from `location` and appends its turns, until the loop ends or
-// `converged` accepts the position reached after a turn.
-void runBlockTurns(const Tail& text, const QString& startString, const QString& endString,
-                   qsizetype location, SyntaxColoring::BlockTurns& turns,
-                   const std::function<bool(qsizetype)>& converged)
-{
-    while (!isAtEnd(text, location)) {
-        const Turn turn = blockTurn(text, startString, endString, location);
-        turns.starts.push_back(turn.start);
-        turns.ends.push_back(turn.end);
-        if (turn.end == location) {
-            // No progress: every further turn would be this one again.
-            turns.stalled = true;
-            return;
-        }
-        location = turn.end;
-        if (converged && converged(location)) {
-            return;
-        }
-    }
-}
-
-} // namespace
-
-void SyntaxColoringEngine::updateBlockTurns(BlockEntry& entry, TextSource& text)
-{
-    const SyntaxColoring::BlockTurns& old = *entry.turns;
-    const qsizetype oldLength = _cachedLength;
-    const qsizetype edit = _editLocation;
-    const qsizetype delta = _editAdded - _editRemoved;
-    const qsizetype startLength = entry.startString.size();
-    const qsizetype endLength = entry.endString.size();
-    const size_t count = old.starts.size();
-
-    // A turn is kept when everything it looked at lies before the edit. What a turn looks
-    // at grows with the turns, so the kept turns are a prefix.
-    auto lookedAtEnd = [&](size_t i) {
-        if (old.ends[i] >= oldLength) {
-            return Unbounded;
-        }
-        return std::max(old.starts[i] + startLength, old.ends[i] + endLength);
-    };
-    size_t lo = 0, hi = count;
-    while (lo < hi) {
-        const size_t mid = (lo + hi) / 2;
-        if (lookedAtEnd(mid) <= edit) {
-            lo = mid + 1;
-        } else {
-            hi = mid;
-        }
-    }
-    const size_t kept = lo;
-    if (kept == count && old.stalled) {
-        return;
-    }
-
-    auto turns = std::make_shared<SyntaxColoring::BlockTurns>();
-    turns->starts.assign(old.starts.begin(), old.starts.begin() + qsizetype(kept));
-    turns->ends.assign(old.ends.begin(), old.ends.begin() + qsizetype(kept));
-    const qsizetype resume = kept > 0 ? old.ends[kept - 1] : 0;
-
-    // Once a turn ends behind the edit where an old turn ended, the rest is the old rest,
-    // shifted: the loop's only state is its position.
-    const qsizetype editEnd = edit + _editAdded;
-    size_t rejoin = count;
-    auto converged = [&](qsizetype location) {
-        if (location < editEnd) {
-            return false;
-        }
-        auto it =
-            std::lower_bound(old.ends.begin() + qsizetype(kept), old.ends.end(), location - delta);
-        if (it != old.ends.end() && *it == location - delta) {
-            rejoin = size_t(it - old.ends.begin());
-            return true;
-        }
-        return false;
-    };
-    runBlockTurns(tailFrom(text, resume), entry.startString, entry.endString, resume, *turns,
-                  converged);
-    if (rejoin < count) {
-        for (size_t i = rejoin + 1; i < count; ++i) {
-            turns->starts.push_back(old.starts[i] + delta);
-            turns->ends.push_back(old.ends[i] + delta);
-        }
-        turns->stalled = old.stalled;
-    }
-    entry.turns = std::move(turns);
 }
 
 bool SyntaxColoringEngine::canColorByRuns(const WordList& words, QStringView text,
@@ -680,26 +539,24 @@ void SyntaxColoringEngine::syntaxBlockColoring(BlockList& blocks, TextSource& te
     const qsizetype to = range.max();
     for (BlockEntry& entry : blocks.entries) {
         if (!entry.valid) {
-            auto turns = std::make_shared<SyntaxColoring::BlockTurns>();
-            runBlockTurns(tailFrom(text, 0), entry.startString, entry.endString, 0, *turns, {});
-            entry.turns = std::move(turns);
+            entry.turns =
+                std::make_shared<SyntaxBlockTurns>(text, entry.startString, entry.endString);
             entry.valid = true;
         }
-        const SyntaxColoring::BlockTurns& turns = *entry.turns;
+        const SyntaxBlockTurns& turns = *entry.turns;
         const qsizetype endLength = entry.endString.size();
-        auto first = std::upper_bound(turns.ends.begin(), turns.ends.end(), from - endLength);
-        for (size_t i = size_t(first - turns.ends.begin()); i < turns.starts.size(); ++i) {
-            const qsizetype start = std::max(turns.starts[i], from);
+        for (size_t i = turns.firstEndingAfter(from - endLength); i < turns.size(); ++i) {
+            const qsizetype start = std::max(turns.start(i), from);
             if (start >= to) {
                 break;
             }
-            const qsizetype end = std::min(turns.ends[i] + endLength, to);
+            const qsizetype end = std::min(turns.end(i) + endLength, to);
             if (start < end) {
                 std::fill(paint.begin() + (start - from), paint.begin() + (end - from), category);
             }
         }
         layers.push_back({category, endLength, entry.turns});
-        if (turns.stalled) {
+        if (turns.stalled()) {
             // A block whose end stands where it starts would be found again forever: its
             // one block is painted and the category's block pass ends there, later entries
             // unused, as when a pass fails.

@@ -3,6 +3,7 @@
 #include "platform/Range.h"
 #include "platform/Regex.h"
 #include "platform/TextSource.h"
+#include "syntax/SyntaxBlockTurns.h"
 #include "syntax/SyntaxColoring.h"
 
 #include <QString>
@@ -61,7 +62,7 @@ private:
     struct BlockEntry {
         QString startString;
         QString endString;
-        std::shared_ptr<SyntaxColoring::BlockTurns> turns;
+        std::shared_ptr<SyntaxBlockTurns> turns;
         bool valid = false;
     };
     struct BlockList {
@@ -83,7 +84,6 @@ private:
 
     void compile();
     void applyPendingEdit(TextSource& text);
-    void updateBlockTurns(BlockEntry& entry, TextSource& text);
     /// The pattern pass; false when it ended early (time limit or failure).
     bool
     syntaxRegularExpressionColoring(const PatternList& patterns, QStringView text,

@@ -2,6 +2,7 @@
 
 #include "window/FunctionPopUp.h"
 #include "window/InformationBar.h"
+#include "window/StatusField.h"
 #include "window/TabWindow.h"
 
 #include <QCloseEvent>
@@ -55,9 +56,8 @@ DocumentWindow::DocumentWindow(QWidget* parent)
     // The status text changes with every key. In a layout, each change would have the
     // whole window laid out again; in a field of its own it is only placed in that field.
     _infoArea = new QWidget(central);
-    _infoField = new QLabel(_infoArea);
+    _infoField = new StatusField(_infoArea);
     _infoField->setObjectName(QStringLiteral("infoField"));
-    _infoField->setTextInteractionFlags(Qt::TextSelectableByMouse);
     _infoArea->setFixedHeight(_infoField->sizeHint().height());
     _infoArea->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     _infoArea->installEventFilter(this);

@@ -12,8 +12,10 @@
 #include <QElapsedTimer>
 #include <QInputMethodEvent>
 #include <QListWidget>
+#include <QPaintEvent>
 #include <QRandomGenerator>
 #include <QScreen>
+#include <QScrollBar>
 #include <QTest>
 #include <QTextDocument>
 
@@ -304,6 +306,38 @@ TEST(Completion, OnlyAnAcceptedWordReachesTheTextAndTheUndoStack)
     EXPECT_EQ(pane.text(), QStringLiteral("// print printf Print\nprint"));
 }
 
+TEST(Completion, EveryCandidateOfALongListCanBeReached)
+{
+    QString text;
+    QStringList candidates;
+    for (int i = 0; i < 300; ++i) {
+        candidates.append(QStringLiteral("word%1").arg(i, 3, 10, QLatin1Char('0')));
+        text += candidates.back() + QLatin1Char(' ');
+    }
+    Completing pane(text + QStringLiteral("\nwo"));
+    QTest::keyClick(pane.view, Qt::Key_Escape);
+    ASSERT_TRUE(pane.panelShown());
+    EXPECT_EQ(pane.manager.numberOfRowsInTableView(), 300);
+    // Stepping down goes through every candidate in order, past the rows first shown.
+    for (int row = 1; row < 300; ++row) {
+        QTest::keyClick(pane.view, Qt::Key_Down);
+        ASSERT_EQ(pane.view->proposedCompletion(), candidates[row].mid(2)) << "row " << row;
+    }
+    QTest::keyClick(pane.view, Qt::Key_Down);
+    EXPECT_EQ(pane.view->proposedCompletion(), candidates.back().mid(2));
+    QTest::keyClick(pane.view, Qt::Key_Escape);
+
+    // Scrolling to the end of the list shows its last rows.
+    QTest::keyClick(pane.view, Qt::Key_Escape);
+    ASSERT_TRUE(pane.panelShown());
+    QScrollBar* bar = pane.manager.tableView()->verticalScrollBar();
+    for (int turn = 0; turn < 20; ++turn) {
+        bar->setValue(bar->maximum());
+        QCoreApplication::processEvents(); // the list lays its new rows out
+    }
+    EXPECT_EQ(shownCandidates(), candidates);
+}
+
 TEST(Completion, NoCandidatesLeavesTheTextAsTyped)
 {
     Completing pane(QStringLiteral("alpha beta\nzq"));
@@ -355,6 +389,53 @@ TEST(Completion, PanelGeometry)
     const QPoint wordTop =
         pane.view->viewport()->mapToGlobal(pane.view->cursorRect(start).topLeft());
     EXPECT_LE(panel->geometry().bottom(), wordTop.y());
+}
+
+namespace {
+
+/// What a widget was asked to paint, as one rectangle.
+struct PaintedArea : QObject {
+    QRect area;
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::Paint) {
+            area |= static_cast<QPaintEvent*>(event)->rect();
+        }
+        return QObject::eventFilter(watched, event);
+    }
+};
+
+} // namespace
+
+TEST(Completion, TheProposalRepaintsOnlyItsLine)
+{
+    QString text;
+    for (int i = 0; i < 40; ++i) {
+        text += QStringLiteral("print printf Print\n");
+    }
+    Completing pane(text + QStringLiteral("pr"));
+    pane.view->centerCursor();
+    PaintedArea painted;
+    pane.view->viewport()->installEventFilter(&painted);
+    QTest::keyClick(pane.view, Qt::Key_Escape);
+    ASSERT_TRUE(pane.panelShown());
+    QTest::qWait(50);
+    const int line = pane.view->cursorRect().height();
+    // Stepping to another candidate, typing a letter that keeps the list open, and
+    // taking the proposal away each repaint the line, not the view.
+    const std::vector<std::function<void()>> steps{
+        [&] { QTest::keyClick(pane.view, Qt::Key_Down); },
+        [&] { QTest::keyClick(pane.view, Qt::Key_I); },
+        [&] { QTest::keyClick(pane.view, Qt::Key_Escape); },
+    };
+    for (size_t step = 0; step < steps.size(); ++step) {
+        painted.area = QRect();
+        steps[step]();
+        QTest::qWait(50);
+        EXPECT_FALSE(painted.area.isEmpty()) << "step " << step;
+        EXPECT_LE(painted.area.height(), 2 * line) << "step " << step;
+    }
+    EXPECT_FALSE(pane.panelShown());
 }
 
 TEST(Completion, StartsByItselfAfterTyping)

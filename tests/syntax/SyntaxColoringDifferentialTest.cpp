@@ -262,6 +262,10 @@ TEST(SyntaxColoringDifferential, RecolouringAfterEditsMatchesTheModel)
                              pieces.textDidChange(location, removed, added);
                          });
         pieces.coloringRange(*mirror, Range(0, text.size()));
+        // A colouring kept by its caller shows the text it was made for, whatever edits
+        // the engine follows afterwards (outside its short range, by its blocks).
+        SyntaxColoring kept = engine.coloringRange(text, Range(0, 1));
+        std::vector<SyntaxColoring::Run> keptRuns = kept.runs();
         for (int edit = 0; edit < 12; ++edit) {
             // Sometimes several edits arrive before the next colouring.
             for (int burst = random.chance(25) ? 3 : 1; burst > 0; --burst) {
@@ -281,6 +285,11 @@ TEST(SyntaxColoringDifferential, RecolouringAfterEditsMatchesTheModel)
             }
             const Range range = random.range(text.size());
             expectSame(definition, text, engine.coloringRange(text, range), range, "after an edit");
+            ASSERT_EQ(kept.runs(), keptRuns) << "a colouring handed out earlier changed";
+            if (random.chance(30)) {
+                kept = engine.coloringRange(text, Range(0, 1));
+                keptRuns = kept.runs();
+            }
             ASSERT_EQ(mirror->text(), text);
             expectSame(definition, text, pieces.coloringRange(*mirror, range), range,
                        "through the document's copy");

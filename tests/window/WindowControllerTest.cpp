@@ -10,6 +10,7 @@
 #include "window/CharacterCounter.h"
 
 #include <QCursor>
+#include <QEnterEvent>
 #include <QFile>
 #include <QFileInfo>
 #include <QImage>
@@ -51,6 +52,19 @@ TEST(WindowController, StatusLine)
     // The count follows edits without a selection.
     QTest::keyClicks(big.controller->textView(), "yz");
     EXPECT_EQ(big.controller->infoCharacters(), 12348);
+
+    // The text can be selected with the mouse, as a label's.
+    QLabel* field = big.controller->window()->infoField();
+    big.controller->window()->show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(big.controller->window()));
+    const QPoint start(2, field->height() / 2);
+    QEnterEvent enter(start, field->mapTo(field->window(), start), field->mapToGlobal(start));
+    QCoreApplication::sendEvent(field, &enter);
+    QTest::mousePress(field, Qt::LeftButton, {}, start);
+    QTest::mouseMove(field, QPoint(field->width() / 2, start.y()));
+    QTest::mouseRelease(field, Qt::LeftButton, {}, QPoint(field->width() / 2, start.y()));
+    EXPECT_TRUE(field->selectedText().startsWith(QStringLiteral("Characters")))
+        << field->selectedText().toStdString();
 }
 
 TEST(WindowController, StatusLineFollowsTheCaretAndSaysAFileIsReadOnly)

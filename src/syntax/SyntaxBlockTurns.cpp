@@ -1,0 +1,215 @@
+#include "syntax/SyntaxBlockTurns.h"
+
+#include "platform/Scanner.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace {
+
+constexpr qsizetype Unbounded = std::numeric_limits<qsizetype>::max();
+
+qsizetype skipSpaces(QStringView text, qsizetype i)
+{
+    const qsizetype n = text.size();
+    while (i < n && Scanner::isWhitespaceOrNewline(text[i])) {
+        ++i;
+    }
+    return i;
+}
+
+// The text from `offset` to its end, in one piece; positions stay those of the whole text.
+// The block loop only ever reads forward from where it resumes.
+struct Tail {
+    QStringView rest;
+    qsizetype offset = 0;
+
+    qsizetype size() const { return offset + rest.size(); }
+    qsizetype skipSpaces(qsizetype location) const
+    {
+        return offset + ::skipSpaces(rest, location - offset);
+    }
+    qsizetype indexOf(const QString& string, qsizetype from) const
+    {
+        const qsizetype found = rest.indexOf(string, from - offset, Qt::CaseInsensitive);
+        return found < 0 ? size() : offset + found;
+    }
+};
+
+} // namespace
+
+SyntaxBlockTurns::SyntaxBlockTurns(TextSource& text, const QString& startString,
+                                   const QString& endString)
+    : _startString(startString)
+    , _endString(endString)
+    , _length(text.size())
+{
+    _stalled = runTurns(
+        text, 0,
+        [this](qsizetype start, qsizetype end) {
+            _starts.push_back(start);
+            _ends.push_back(end);
+        },
+        [](qsizetype) { return false; });
+    _split = _starts.size();
+}
+
+template <typename Sink, typename Converged>
+bool SyntaxBlockTurns::runTurns(TextSource& source, qsizetype location, Sink sink,
+                                Converged converged) const
+{
+    const Tail text{source.view(location, source.size()), location};
+    const qsizetype n = text.size();
+    while (text.skipSpaces(location) < n) {
+        // One turn: where the start string was reached, and the end string after it.
+        const qsizetype from = text.skipSpaces(location);
+        const qsizetype start = _startString.isEmpty() ? n : text.indexOf(_startString, from);
+        const qsizetype endFrom = text.skipSpaces(start);
+        qsizetype end = n;
+        if (endFrom < n && !_endString.isEmpty()) {
+            end = text.indexOf(_endString, endFrom);
+        }
+        sink(start, end);
+        if (end == location) {
+            // No progress: every further turn would be this one again.
+            return true;
+        }
+        location = end;
+        if (converged(location)) {
+            return false;
+        }
+    }
+    return false;
+}
+
+size_t SyntaxBlockTurns::firstEndingAfter(qsizetype position) const
+{
+    size_t lo = 0;
+    size_t hi = size();
+    while (lo < hi) {
+        const size_t mid = (lo + hi) / 2;
+        if (end(mid) <= position) {
+            lo = mid + 1;
+        } else {
+            hi = mid;
+        }
+    }
+    return lo;
+}
+
+void SyntaxBlockTurns::moveSplit(size_t index)
+{
+    // Both ways a position and its distance from the end trade places.
+    for (; _split < index; ++_split) {
+        _starts[_split] = _length - _starts[_split];
+        _ends[_split] = _length - _ends[_split];
+    }
+    while (_split > index) {
+        --_split;
+        _starts[_split] = _length - _starts[_split];
+        _ends[_split] = _length - _ends[_split];
+    }
+}
+
+void SyntaxBlockTurns::textDidChange(std::shared_ptr<SyntaxBlockTurns>& turns, TextSource& text,
+                                     qsizetype location, qsizetype removed, qsizetype added)
+{
+    if (!turns) {
+        return;
+    }
+    if (turns.use_count() > 1) {
+        turns = std::make_shared<SyntaxBlockTurns>(*turns);
+    }
+    turns->update(text, location, removed, added);
+}
+
+void SyntaxBlockTurns::update(TextSource& text, qsizetype edit, qsizetype removed, qsizetype added)
+{
+    const qsizetype oldLength = _length;
+    const qsizetype delta = added - removed;
+    const qsizetype startLength = _startString.size();
+    const qsizetype endLength = _endString.size();
+    const size_t count = size();
+
+    // A turn is kept when everything it looked at lies before the edit. What a turn looks
+    // at grows with the turns, so the kept turns are a prefix.
+    auto lookedAtEnd = [&](size_t i) {
+        const qsizetype e = end(i);
+        return e >= oldLength ? Unbounded : std::max(start(i) + startLength, e + endLength);
+    };
+    size_t lo = 0;
+    size_t hi = count;
+    while (lo < hi) {
+        const size_t mid = (lo + hi) / 2;
+        if (lookedAtEnd(mid) <= edit) {
+            lo = mid + 1;
+        } else {
+            hi = mid;
+        }
+    }
+    const size_t kept = lo;
+    moveSplit(kept);
+    if (kept == count && _stalled) {
+        _length = oldLength + delta;
+        return;
+    }
+
+    // Once a turn ends behind the edit where an old turn ended, the rest is the old rest,
+    // shifted: the loop's only state is its position. The old turns from `kept` on are
+    // held by their distance from the old end.
+    const qsizetype resume = kept > 0 ? _ends[kept - 1] : 0;
+    const qsizetype editEnd = edit + added;
+    size_t rejoin = count;
+    std::vector<Turn> fresh;
+    const bool stalled = runTurns(
+        text, resume,
+        [&](qsizetype start, qsizetype end) {
+            fresh.push_back({start, end});
+        },
+        [&](qsizetype location) {
+            if (location < editEnd) {
+                return false;
+            }
+            const qsizetype target = location - delta;
+            size_t a = kept;
+            size_t b = count;
+            while (a < b) {
+                const size_t mid = (a + b) / 2;
+                if (oldLength - _ends[mid] < target) {
+                    a = mid + 1;
+                } else {
+                    b = mid;
+                }
+            }
+            if (a < count && oldLength - _ends[a] == target) {
+                rejoin = a;
+                return true;
+            }
+            return false;
+        });
+
+    // The fresh turns take the place of the old ones they replace; typing inside a block or
+    // between two finds as many as there were, and nothing else moves.
+    const size_t replacedEnd = rejoin < count ? rejoin + 1 : count;
+    const size_t replaced = replacedEnd - kept;
+    if (fresh.size() > replaced) {
+        const size_t more = fresh.size() - replaced;
+        _starts.insert(_starts.begin() + qsizetype(kept), more, 0);
+        _ends.insert(_ends.begin() + qsizetype(kept), more, 0);
+    } else if (fresh.size() < replaced) {
+        const size_t fewer = replaced - fresh.size();
+        _starts.erase(_starts.begin() + qsizetype(kept), _starts.begin() + qsizetype(kept + fewer));
+        _ends.erase(_ends.begin() + qsizetype(kept), _ends.begin() + qsizetype(kept + fewer));
+    }
+    for (size_t k = 0; k < fresh.size(); ++k) {
+        _starts[kept + k] = fresh[k].start;
+        _ends[kept + k] = fresh[k].end;
+    }
+    // The old turns after the rejoining one moved with the end of the text: their distance
+    // from it holds.
+    _split = kept + fresh.size();
+    _length = text.size();
+    if (rejoin == count) {
+        _stalled = stalled;
+    }
+}

@@ -302,8 +302,6 @@ bool Document::loadContents(const QString& path, quint64 encoding, QString* erro
     _pendingOffset = 0;
     _textStorage->setUndoRedoEnabled(false);
     _textStorage->clear();
-    // The plain copy of the text takes its whole size now instead of growing with each piece.
-    TextMirror::mirrorOfDocument(_textStorage)->reserve(_pendingText.size());
     appendPendingText(kFirstLoadPiece);
     if (isLoading()) {
         _loadTimer->start();
@@ -402,6 +400,12 @@ void Document::appendPendingText(qsizetype length)
         // End the piece after a line break, so no line and no surrogate pair is split.
         const qsizetype lineEnd = _pendingText.indexOf(u'\n', end);
         end = lineEnd < 0 ? _pendingText.size() : lineEnd + 1;
+    }
+    if (_pendingOffset > 0) {
+        // The plain copy of the text takes its whole size at once instead of growing with
+        // each piece. Not with the first piece: the file's decoded contents are still in
+        // memory then, and the peak would hold the text once more.
+        TextMirror::mirrorOfDocument(_textStorage)->reserve(_pendingText.size());
     }
     QTextCursor cursor(_textStorage);
     cursor.movePosition(QTextCursor::End);

@@ -64,15 +64,16 @@ TextMirror::TextMirror(QTextDocument* document)
 void TextMirror::setText(const QString& text)
 {
     const qsizetype gap = roomToType(text.size());
-    _buffer.assign(size_t(text.size() + gap), u'\0');
-    std::copy(text.utf16(), text.utf16() + text.size(), _buffer.begin());
+    _capacity = text.size() + gap;
+    _buffer.reset(new char16_t[size_t(_capacity)]);
+    std::copy(text.utf16(), text.utf16() + text.size(), _buffer.get());
     _gapStart = text.size();
     _gapEnd = text.size() + gap;
 }
 
 void TextMirror::moveGap(qsizetype position)
 {
-    char16_t* data = _buffer.data();
+    char16_t* data = _buffer.get();
     if (position < _gapStart) {
         const qsizetype moved = _gapStart - position;
         _moved += moved;
@@ -96,7 +97,7 @@ QStringView TextMirror::view(qsizetype from, qsizetype to)
         moveGap(to - _gapStart <= _gapStart - from ? to : from);
     }
     const qsizetype start = from < _gapStart ? from : from + gapLength();
-    return QStringView(_buffer.data() + start, to - from);
+    return QStringView(_buffer.get() + start, to - from);
 }
 
 void TextMirror::remove(qsizetype location, qsizetype length)
@@ -108,10 +109,11 @@ void TextMirror::remove(qsizetype location, qsizetype length)
 void TextMirror::regrow(qsizetype gap)
 {
     const qsizetype length = size();
-    std::vector<char16_t> grown(size_t(length + gap));
-    std::copy(_buffer.begin(), _buffer.begin() + _gapStart, grown.begin());
-    std::copy(_buffer.begin() + _gapEnd, _buffer.end(), grown.begin() + _gapStart + gap);
+    std::unique_ptr<char16_t[]> grown(new char16_t[size_t(length + gap)]);
+    std::copy(_buffer.get(), _buffer.get() + _gapStart, grown.get());
+    std::copy(_buffer.get() + _gapEnd, _buffer.get() + _capacity, grown.get() + _gapStart + gap);
     _buffer = std::move(grown);
+    _capacity = length + gap;
     _gapEnd = _gapStart + gap;
     _moved += length;
 }
@@ -119,7 +121,7 @@ void TextMirror::regrow(qsizetype gap)
 void TextMirror::reserve(qsizetype length)
 {
     const qsizetype wanted = std::max(length, size()) + roomToType(length);
-    if (qsizetype(_buffer.size()) < wanted) {
+    if (_capacity < wanted) {
         regrow(wanted - size());
     }
 }
@@ -130,7 +132,7 @@ void TextMirror::insert(qsizetype location, QStringView text)
     if (gapLength() < text.size()) {
         regrow(text.size() + roomToType(size()));
     }
-    std::copy(text.utf16(), text.utf16() + text.size(), _buffer.begin() + _gapStart);
+    std::copy(text.utf16(), text.utf16() + text.size(), _buffer.get() + _gapStart);
     _gapStart += text.size();
 }
 

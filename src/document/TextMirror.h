@@ -5,7 +5,7 @@
 #include <QObject>
 #include <QString>
 
-#include <vector>
+#include <memory>
 
 class QTextDocument;
 
@@ -23,7 +23,7 @@ public:
     /// The document's mirror, made (reading the whole text once) on first request.
     static TextMirror* mirrorOfDocument(QTextDocument* document);
 
-    qsizetype size() const override { return qsizetype(_buffer.size()) - gapLength(); }
+    qsizetype size() const override { return _capacity - gapLength(); }
     QStringView view(qsizetype from, qsizetype to) override;
     /// The whole text in one piece: moves the gap to an end, which costs up to the whole
     /// text. For passes over everything, not for work per keystroke.
@@ -53,7 +53,9 @@ private:
     void regrow(qsizetype gap);
 
     QTextDocument* _document;
-    std::vector<char16_t> _buffer;
+    // Left uninitialised: the gap's pages cost no memory until text is written into them.
+    std::unique_ptr<char16_t[]> _buffer;
+    qsizetype _capacity = 0;
     qsizetype _gapStart = 0;
     qsizetype _gapEnd = 0;
     qint64 _moved = 0;

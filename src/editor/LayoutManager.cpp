@@ -328,14 +328,14 @@ void LayoutManager::setSyntaxColors(Range range, const std::vector<ColorStore::R
                       std::make_reverse_iterator(afterFirst));
     qsizetype from = range.max();
     qsizetype to = range.location;
-    for (auto run = beforeFirst; run != beforeLast.base(); ++run) {
-        from = std::min(from, run->location);
-        to = std::max(to, run->location + run->length);
-    }
-    for (auto run = afterFirst; run != afterLast.base(); ++run) {
-        from = std::min(from, run->location);
-        to = std::max(to, run->location + run->length);
-    }
+    const auto cover = [&from, &to](auto run, auto end) {
+        for (; run != end; ++run) {
+            from = std::min(from, run->location);
+            to = std::max(to, run->location + run->length);
+        }
+    };
+    cover(beforeFirst, beforeLast.base());
+    cover(afterFirst, afterLast.base());
     colorsChanged({from, std::max<qsizetype>(0, to - from)});
 }
 

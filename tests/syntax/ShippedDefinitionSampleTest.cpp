@@ -1,8 +1,9 @@
-// Each shipped definition on a short program of its language: the words, literals and
-// comments get the colours a reader expects, words inside longer words stay plain, and
-// the function list names the program's definitions. Every colouring is also checked
-// against the step-by-step model.
+// Each shipped definition on a short program of its language (tests/data/samples): the
+// words, literals and comments get the colours a reader expects, words inside longer words
+// stay plain, and the function list names the program's definitions. Every colouring is
+// also checked against the step-by-step model.
 #include "SyntaxTestSupport.h"
+#include "TestSupport.h"
 #include "syntax/FunctionMenu.h"
 #include "syntax/SyntaxManager.h"
 
@@ -19,7 +20,7 @@ struct Expectation {
 
 struct Sample {
     const char* definition;
-    const char* text;
+    const char* file;
     std::vector<Expectation> colours;
     QStringList functions;
 };
@@ -41,9 +42,7 @@ QStringList functionTitles(const QVariantMap& definition, const QString& text)
 const Sample samples[] = {
     // Two slashes inside a string begin a comment: the comment colour wins from there.
     {"C",
-     "#include <stdio.h>\n"
-     "/* entry */\n"
-     "int main(void) { printf(\"%d // no\", 0x1F); }\n",
+     "C.txt",
      {{"#include <stdio.h>", 'P'},
       {"/* entry */", 'C'},
       {"int", 'K'},
@@ -54,17 +53,7 @@ const Sample samples[] = {
       {"// no\", 0x1F); }", 'C'}},
      {"main"}},
     {"C++",
-     "#include <vector>\n"
-     "namespace app {\n"
-     "template <typename T> class Box : public Base {\n"
-     "public:\n"
-     "    int size() const { return n; }\n"
-     "};\n"
-     "std::string Box::name(int i) {\n"
-     "    auto s = u8\"x\"; char c = 'a'; int n = 1'000'000; // note\n"
-     "    return nullptr;\n"
-     "}\n"
-     "}\n",
+     "Cpp.txt",
      {{"#include <vector>", 'P'},
       {"namespace", 'K'},
       {"public", 'K'},
@@ -76,17 +65,7 @@ const Sample samples[] = {
       {"nullptr", 'V'}},
      {"app", "Box", "size", "Box::name"}},
     {"Objective C",
-     "#import <Foundation/Foundation.h>\n"
-     "@interface Foo : NSObject\n"
-     "@property (nonatomic) NSString *name;\n"
-     "- (void)run:(int)n;\n"
-     "@end\n"
-     "@implementation Foo (Extra)\n"
-     "#pragma mark - Actions\n"
-     "- (void)run:(int)n {\n"
-     "    NSLog(@\"%d\", n); self.name = nil; return YES;\n"
-     "}\n"
-     "@end\n",
+     "ObjectiveC.txt",
      {{"#import <Foundation/Foundation.h>", 'P'},
       {"@interface", 'K'},
       {"nonatomic", 'K'},
@@ -97,20 +76,7 @@ const Sample samples[] = {
       {"YES", 'V'}},
      {"Foo", "name", "Foo (Extra)", "-", "Actions", "- (void)run:(int)n"}},
     {"Java",
-     "package demo;\n"
-     "@FunctionalInterface\n"
-     "public sealed class Shape permits Circle {\n"
-     "    private final int size = 0x1F;\n"
-     "    public Shape(int size) {\n"
-     "        this.size = size; // set\n"
-     "    }\n"
-     "    public static <T> List<T> items(String name) throws IOException {\n"
-     "        var text = \"\"\"\n"
-     "            block\"\"\";\n"
-     "        return null;\n"
-     "    }\n"
-     "}\n"
-     "record Point(int x, int y) {}\n",
+     "Java.txt",
      {{"package", 'K'},
       {"@FunctionalInterface", 'P'},
       {"sealed", 'K'},
@@ -121,17 +87,7 @@ const Sample samples[] = {
       {"null", 'V'}},
      {"Shape", "Shape", "items", "Point"}},
     {"JavaScript",
-     "'use strict';\n"
-     "import { a } from './a.js';\n"
-     "export default class Widget extends Base {\n"
-     "  static #count = 0;\n"
-     "  async load(url) {\n"
-     "    const re = /ab+c/gi; // find\n"
-     "    return await fetch(`${url}?q=1`) ?? null;\n"
-     "  }\n"
-     "}\n"
-     "const add = (x, y) => x + y;\n"
-     "function* gen() { yield 42n; }\n",
+     "JavaScript.txt",
      {{"'use strict'", 'P'},
       {"class", 'K'},
       {"/ab+c/gi", 'H'},
@@ -142,20 +98,7 @@ const Sample samples[] = {
       {"42n", 'N'}},
      {"Widget", "load", "add", "gen"}},
     {"PHP",
-     "<?php\n"
-     "namespace App;\n"
-     "#[Attribute]\n"
-     "final class User extends Model {\n"
-     "    const LIMIT = 10;\n"
-     "    public function __construct(private array $list = []) {\n"
-     "        $this->list = array_map('trim', $list); // clean\n"
-     "    }\n"
-     "}\n"
-     "function helper($class) { return NULL; }\n"
-     "echo <<<EOT\n"
-     "Hello\n"
-     "EOT;\n"
-     "?>\n",
+     "PHP.txt",
      {{"<?php", 'P'},
       {"#[Attribute]", 'P'},
       {"final", 'K'},
@@ -169,23 +112,7 @@ const Sample samples[] = {
       {"<<<EOT\nHello\nEOT", 'S'}},
      {"App", "User", "LIMIT", "__construct", "helper"}},
     {"Perl",
-     "#!/usr/bin/perl\n"
-     "package My::Module;\n"
-     "use strict;\n"
-     "my %opts = (size => 0x10);\n"
-     "sub run {\n"
-     "    my ($self, @args) = @_;\n"
-     "    print \"Hello\\n\" if $self =~ /^h/i; # greet\n"
-     "    return scalar @args;\n"
-     "}\n"
-     "\n"
-     "=head1 NAME\n"
-     "\n"
-     "Docs here\n"
-     "\n"
-     "=cut\n"
-     "\n"
-     "1;\n",
+     "Perl.txt",
      {{"#!/usr/bin/perl", 'P'},
       {"package", 'K'},
       {"my", 'K'},
@@ -199,24 +126,7 @@ const Sample samples[] = {
       {"=head1 NAME\n\nDocs here\n\n=cut", 'C'}},
      {"My::Module", "run"}},
     {"Ruby",
-     "# frozen_string_literal: true\n"
-     "module Shapes\n"
-     "  class Circle < Base\n"
-     "    attr_reader :radius\n"
-     "    MAX = 10\n"
-     "    def initialize(radius)\n"
-     "      @radius = radius || 1.5\n"
-     "    end\n"
-     "    def self.unit? = new(1)\n"
-     "    def area\n"
-     "      return nil unless defined?(@radius)\n"
-     "      \"r=#{@radius}\" # note\n"
-     "    end\n"
-     "  end\n"
-     "end\n"
-     "=begin\n"
-     "doc\n"
-     "=end\n",
+     "Ruby.txt",
      {{"# frozen_string_literal: true", 'C'},
       {"module", 'K'},
       {"attr_reader", 'X'},
@@ -229,21 +139,7 @@ const Sample samples[] = {
       {"=begin\ndoc\n=end", 'C'}},
      {"Shapes", "Circle", "radius", "MAX", "initialize", "self.unit?", "area"}},
     {"ShellScript",
-     "#!/bin/sh\n"
-     "# prepare\n"
-     "set -e\n"
-     "NAME=\"world\"\n"
-     "greet() {\n"
-     "    local who=${1:-$NAME}\n"
-     "    if [ -n \"$who\" ]; then echo \"hi $who\" >&2; fi\n"
-     "}\n"
-     "function cleanup {\n"
-     "    rm -f /tmp/x.$$ 2>/dev/null\n"
-     "}\n"
-     "cat <<EOF\n"
-     "body\n"
-     "EOF\n"
-     "find . -type f --help\n",
+     "ShellScript.txt",
      {{"#!/bin/sh", 'P'},
       {"# prepare", 'C'},
       {"set", 'X'},
@@ -260,16 +156,7 @@ const Sample samples[] = {
       {"--help", '.'}},
      {"greet", "cleanup"}},
     {"SQL",
-     "-- schema\n"
-     "CREATE TABLE IF NOT EXISTS users (\n"
-     "  id SERIAL PRIMARY KEY,\n"
-     "  name VARCHAR(40) NOT NULL DEFAULT 'n''a'\n"
-     ");\n"
-     "create or replace function add_one(i integer) returns integer as $$\n"
-     "  select i + 1;\n"
-     "$$ language sql;\n"
-     "/* done */\n"
-     "SELECT count(*) FROM \"users\" WHERE id > 10;\n",
+     "SQL.txt",
      {{"-- schema", 'C'},
       {"CREATE", 'K'},
       {"SERIAL", 'X'},
@@ -284,17 +171,7 @@ const Sample samples[] = {
       {"10", 'N'}},
      {"users", "add_one"}},
     {"CCS",
-     "@import url(\"base.css\");\n"
-     "/* layout */\n"
-     ".card > a:hover, .card:focus {\n"
-     "  color: #fff;\n"
-     "  margin: -4px 1.5em;\n"
-     "  display: none !important;\n"
-     "  -webkit-transition: opacity .3s;\n"
-     "}\n"
-     "@media (max-width: 600px) {\n"
-     "  body { font-family: \"Helvetica\", sans-serif; }\n"
-     "}\n",
+     "CCS.txt",
      {{"@import", 'P'},
       {"url", 'X'},
       {"\"base.css\"", 'S'},
@@ -312,14 +189,7 @@ const Sample samples[] = {
       {"sans-serif", 'V'}},
      {".card > a:hover, .card:focus", "@media (max-width: 600px)", "body"}},
     {"XML",
-     "<?xml version=\"1.0\"?>\n"
-     "<!DOCTYPE note SYSTEM \"note.dtd\">\n"
-     "<xsl:stylesheet version=\"1.0\" xmlns:xsl=\"http://www.w3.org/1999/XSL/Transform\">\n"
-     "  <!-- a comment -->\n"
-     "  <xsl:template match=\"/\">\n"
-     "    <p id=\"intro\">Fish &amp; chips<![CDATA[ <raw> ]]></p>\n"
-     "  </xsl:template>\n"
-     "</xsl:stylesheet>\n",
+     "XML.txt",
      {{"<?xml version=\"1.0\"?>", 'P'},
       {"<!DOCTYPE note SYSTEM \"note.dtd\">", 'P'},
       {"xsl:stylesheet", 'K'},
@@ -331,18 +201,7 @@ const Sample samples[] = {
       {"<![CDATA[ <raw> ]]>", 'S'}},
      {"/", "intro"}},
     {"Haskell",
-     "{-# LANGUAGE GADTs #-}\n"
-     "module Main where\n"
-     "import qualified Data.Map as M\n"
-     "-- | entry\n"
-     "data Shape = Circle Double | Square Double deriving Show\n"
-     "class Container f where\n"
-     "  empty :: f a\n"
-     "instance Show a => Container [] where\n"
-     "area :: Shape -> Double\n"
-     "area (Circle r) = pi * r ^ 2\n"
-     "main = putStrLn \"hi\" >> print 'x' >> print (foldl' (+) 0 [1, 2.5e3])\n"
-     "x --> y = x\n",
+     "Haskell.txt",
      {{"{-# LANGUAGE GADTs #-}", 'C'},
       {"module", 'K'},
       {"qualified", 'K'},
@@ -357,22 +216,7 @@ const Sample samples[] = {
       {"-->", '.'}},
      {"Main", "Shape", "Container", "empty", "Container []", "area"}},
     {"AppleScript",
-     "use scripting additions\n"
-     "property greeting : \"Hello\"\n"
-     "(* block\n"
-     "   comment *)\n"
-     "on run\n"
-     "\tTell application \"Finder\" to activate\n"
-     "\tdisplay dialog greeting & \" world\" -- say it\n"
-     "\tset x to 3.5 * pi\n"
-     "\tif x is missing value then return\n"
-     "end run\n"
-     "to sayHello(name)\n"
-     "\ttry\n"
-     "\t\tlog name\n"
-     "\ton error msg\n"
-     "\tend try\n"
-     "end sayHello\n",
+     "AppleScript.txt",
      {{"use scripting additions", 'P'},
       {"property", 'K'},
       {"\"Hello\"", 'S'},
@@ -386,10 +230,7 @@ const Sample samples[] = {
       {"missing value", 'V'},
       {"log", 'X'}},
      {"greeting", "run", "sayHello"}},
-    {"Plain Text",
-     "int main() { return 0; } // \"x\" /* y */\n",
-     {{"int main() { return 0; } // \"x\" /* y */", '.'}},
-     {}},
+    {"Plain Text", "PlainText.txt", {{"int main() { return 0; } // \"x\" /* y */", '.'}}, {}},
 };
 
 void PrintTo(const Sample& sample, std::ostream* os)
@@ -408,7 +249,9 @@ TEST_P(ShippedDefinitionSample, ColoursAndListsTheProgram)
     const Sample& sample = GetParam();
     const QVariantMap definition = shipped(sample.definition);
     ASSERT_FALSE(definition.isEmpty());
-    const QString text = QString::fromUtf8(sample.text);
+    const QString text = QString::fromUtf8(TestSupport::readFile(
+        QStringLiteral(TESSARAN_TEST_DATA "/samples/") + QLatin1String(sample.file)));
+    ASSERT_FALSE(text.isEmpty());
     const std::string picture = colour(definition, text);
     for (const Expectation& expectation : sample.colours) {
         const QString token = QString::fromUtf8(expectation.token);

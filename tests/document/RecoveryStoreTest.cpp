@@ -3,6 +3,7 @@
 // changed meanwhile, and never lost to a full disk or a folder that cannot be made.
 #include "document/RecoveryStore.h"
 
+#include "SaveTestSupport.h"
 #include "TestSupport.h"
 #include "app/DocumentController.h"
 #include "document/Document.h"
@@ -10,27 +11,22 @@
 #include <QDir>
 #include <QFile>
 #include <QProcess>
+#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QTextDocument>
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
-#include <cstring>
-#include <fcntl.h>
 #include <sys/mount.h>
 #include <unistd.h>
+
+using namespace SaveTestSupport;
 
 namespace {
 
 QStringList foldersIn(const QString& root)
 {
     return QDir(root).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
-}
-
-QStringList filesIn(const QString& folder)
-{
-    return QDir(folder).entryList(QDir::Files | QDir::Hidden | QDir::System);
 }
 
 // What an editor that ended leaves: its folder with the document's copy, its lock free.
@@ -52,54 +48,6 @@ Document* documentAt(const QString& path)
     }
     return nullptr;
 }
-
-// A small file system of its own, full once 2 MB are written; unmounted at the end.
-class SmallFileSystem
-{
-public:
-    SmallFileSystem()
-        : _path(TestSupport::makeTempDir())
-    {
-        if (::mount("tmpfs", QFile::encodeName(_path).constData(), "tmpfs", 0, "size=2m") == 0) {
-            _mounted = true;
-        } else {
-            _error = QString::fromLocal8Bit(std::strerror(errno));
-        }
-    }
-    ~SmallFileSystem()
-    {
-        if (_mounted) {
-            ::umount2(QFile::encodeName(_path).constData(), MNT_DETACH);
-        }
-    }
-    SmallFileSystem(const SmallFileSystem&) = delete;
-    SmallFileSystem& operator=(const SmallFileSystem&) = delete;
-
-    bool mounted() const { return _mounted; }
-    QString error() const { return _error; }
-    QString path() const { return _path; }
-
-    /// Writes a file until the file system has no room left; the errno that stopped it.
-    int fill() const
-    {
-        const int fd = ::open(QFile::encodeName(_path + "/filler").constData(),
-                              O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
-        const QByteArray block(64 * 1024, 'f');
-        int error = 0;
-        while (error == 0) {
-            if (::write(fd, block.constData(), size_t(block.size())) < 0) {
-                error = errno;
-            }
-        }
-        ::close(fd);
-        return error;
-    }
-
-private:
-    QString _path;
-    QString _error;
-    bool _mounted = false;
-};
 
 } // namespace
 
@@ -241,12 +189,15 @@ TEST(RecoveryStore, AFullDiskOrAFolderThatCannotBeMadeNeverCostsTheLastGoodCopy)
         EXPECT_EQ(store.errorString(), message);
     }
 
-    const SmallFileSystem disk;
-    if (!disk.mounted()) {
-        GTEST_SKIP() << "mounting a 2 MB tmpfs is not permitted here ("
-                     << disk.error().toStdString() << "): the full-disk case is not tested";
+    QString why;
+    const QString disk = mountSmallDisk(&why);
+    if (disk.isEmpty()) {
+        GTEST_SKIP() << "mounting a 2 MB tmpfs is not permitted here (" << why.toStdString()
+                     << "): the full-disk case is not tested";
     }
-    const QString root = disk.path() + "/Recovery";
+    const auto unmount =
+        qScopeGuard([&] { ::umount2(QFile::encodeName(disk).constData(), MNT_DETACH); });
+    const QString root = disk + "/Recovery";
     QString folder;
     QByteArray good;
     {
@@ -257,7 +208,7 @@ TEST(RecoveryStore, AFullDiskOrAFolderThatCannotBeMadeNeverCostsTheLastGoodCopy)
         good = TestSupport::readFile(store.copyFile(&document));
         EXPECT_TRUE(good.endsWith("\ngood copy\n"));
 
-        ASSERT_EQ(disk.fill(), ENOSPC);
+        fillUp(disk);
         // Small and large alike: neither fits, and neither may cost the good copy.
         for (const qsizetype size : {qsizetype(10), qsizetype(1) << 20}) {
             document.setTextStorage(QString(size, u'n'));

@@ -39,19 +39,6 @@ QString backupFolder()
     return FileManager::applicationSupportDirectoryPath() + "/Backups";
 }
 
-// Fills the file system holding `dir` to the last byte.
-void fillUp(const QString& dir)
-{
-    const int fd = ::open(QFile::encodeName(dir + "/filler").constData(),
-                          O_CREAT | O_WRONLY | O_CLOEXEC, 0600);
-    ASSERT_GE(fd, 0);
-    const QByteArray block(64 * 1024, 'f');
-    while (::write(fd, block.constData(), size_t(block.size())) > 0) {
-    }
-    EXPECT_EQ(errno, ENOSPC);
-    ::close(fd);
-}
-
 ino_t inodeOf(const QString& path)
 {
     struct stat status {
@@ -71,12 +58,13 @@ void anotherProgram(const QString& script, const QString& path)
 // namespace of its own, so that the small disk it mounts goes away with it.
 TEST(SaveFaults, DISABLED_OnAFullOrReadOnlyDisk)
 {
-    const QString disk = TestSupport::makeTempDir();
-    const QByteArray mountPoint = QFile::encodeName(disk);
-    if (::mount("tmpfs", mountPoint.constData(), "tmpfs", 0, "size=2m") != 0) {
-        GTEST_SKIP() << "a 2 MB tmpfs cannot be mounted here (" << std::strerror(errno)
+    QString why;
+    const QString disk = mountSmallDisk(&why);
+    if (disk.isEmpty()) {
+        GTEST_SKIP() << "a 2 MB tmpfs cannot be mounted here (" << why.toStdString()
                      << "), so saving on a really full disk is not tested";
     }
+    const QByteArray mountPoint = QFile::encodeName(disk);
     const QByteArray old = "old bytes, caf\xc3\xa9\n";
     struct Case {
         QString name;
@@ -95,23 +83,33 @@ TEST(SaveFaults, DISABLED_OnAFullOrReadOnlyDisk)
     ASSERT_EQ(::link(QFile::encodeName(disk + "/linked.txt").constData(),
                      QFile::encodeName(disk + "/second name.txt").constData()),
               0);
+    // Saves every case anew: each is refused with the message ending `says`, or saved when
+    // `says` is empty.
+    const auto saveEach = [&](const QString& says) {
+        for (const Case& c : cases) {
+            SCOPED_TRACE(c.name.toStdString());
+            const QString path = disk + "/" + c.name;
+            TestDocument document;
+            ASSERT_TRUE(document.readFromURL(path, QString()));
+            document.setTextStorage(c.text);
+            QString error;
+            const bool saved = document.writeSafelyToURL(path, QString(), Document::Save, &error);
+            if (says.isEmpty()) {
+                EXPECT_TRUE(saved) << error.toStdString();
+                EXPECT_EQ(TestSupport::readFile(path), c.text.toUtf8());
+                EXPECT_FALSE(document.isDocumentEdited());
+                continue;
+            }
+            EXPECT_FALSE(saved);
+            expectNothingLost(document, path, old, c.text);
+            EXPECT_EQ(error.toStdString(), ("The document “" + c.name + "” could not be saved " +
+                                            says + " The file on the disk was left as it was.")
+                                               .toStdString());
+        }
+    };
     fillUp(disk);
     const QStringList files = filesIn(disk);
-
-    for (const Case& c : cases) {
-        const QString path = disk + "/" + c.name;
-        TestDocument document;
-        ASSERT_TRUE(document.readFromURL(path, QString()));
-        document.setTextStorage(c.text);
-        QString error;
-        EXPECT_FALSE(document.writeSafelyToURL(path, QString(), Document::Save, &error));
-        expectNothingLost(document, path, old, c.text);
-        EXPECT_EQ(error.toStdString(),
-                  ("The document “" + c.name +
-                   "” could not be saved because the disk is full (No space left on device). The "
-                   "file on the disk was left as it was.")
-                      .toStdString());
-    }
+    saveEach("because the disk is full (No space left on device).");
     EXPECT_EQ(TestSupport::readFile(disk + "/second name.txt"), old);
     // No unfinished file is left behind, and no copy of the old bytes either.
     EXPECT_EQ(filesIn(disk), files);
@@ -120,33 +118,12 @@ TEST(SaveFaults, DISABLED_OnAFullOrReadOnlyDisk)
     // A disk that can only be read.
     ASSERT_EQ(::mount(nullptr, mountPoint.constData(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr),
               0);
-    {
-        const QString path = disk + "/small.txt";
-        TestDocument document;
-        ASSERT_TRUE(document.readFromURL(path, QString()));
-        document.setTextStorage("new\n");
-        QString error;
-        EXPECT_FALSE(document.writeSafelyToURL(path, QString(), Document::Save, &error));
-        expectNothingLost(document, path, old, "new\n");
-        EXPECT_EQ(error.toStdString(),
-                  "The document “small.txt” could not be saved because the disk holding it is "
-                  "read-only (Read-only file system). The file on the disk was left as it was.");
-    }
+    saveEach("because the disk holding it is read-only (Read-only file system).");
 
     // With room again, the same saves succeed.
     ASSERT_EQ(::mount(nullptr, mountPoint.constData(), nullptr, MS_REMOUNT, nullptr), 0);
     ASSERT_TRUE(QFile::remove(disk + "/filler"));
-    for (const Case& c : cases) {
-        const QString path = disk + "/" + c.name;
-        TestDocument document;
-        ASSERT_TRUE(document.readFromURL(path, QString()));
-        document.setTextStorage(c.text);
-        QString error;
-        EXPECT_TRUE(document.writeSafelyToURL(path, QString(), Document::Save, &error))
-            << error.toStdString();
-        EXPECT_EQ(TestSupport::readFile(path), c.text.toUtf8());
-        EXPECT_FALSE(document.isDocumentEdited());
-    }
+    saveEach({});
     EXPECT_EQ(TestSupport::readFile(disk + "/second name.txt"), cases[2].text.toUtf8());
     ::umount2(mountPoint.constData(), MNT_DETACH);
 }

@@ -5,10 +5,13 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
 #include <QProcess>
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <cstring>
 #include <fcntl.h>
 #include <sched.h>
 #include <sys/mount.h>
@@ -53,6 +56,28 @@ QString largeText(char tag, qsizetype size)
         text += QStringLiteral("%1 line %2 of the text\n").arg(QChar(tag)).arg(line);
     }
     return text;
+}
+
+QString mountSmallDisk(QString* why)
+{
+    const QString dir = TestSupport::makeTempDir();
+    if (::mount("tmpfs", QFile::encodeName(dir).constData(), "tmpfs", 0, "size=2m") != 0) {
+        *why = QString::fromLocal8Bit(std::strerror(errno));
+        return {};
+    }
+    return dir;
+}
+
+void fillUp(const QString& dir)
+{
+    const int fd = ::open(QFile::encodeName(dir + "/filler").constData(),
+                          O_CREAT | O_WRONLY | O_CLOEXEC, 0600);
+    ASSERT_GE(fd, 0);
+    const QByteArray block(64 * 1024, 'f');
+    while (::write(fd, block.constData(), size_t(block.size())) > 0) {
+    }
+    EXPECT_EQ(errno, ENOSPC);
+    ::close(fd);
 }
 
 QStringList filesIn(const QString& dir)

@@ -21,6 +21,13 @@ QStringList filesIn(const QString& dir);
 void expectNothingLost(const Document& document, const QString& path, const QByteArray& onDisk,
                        const QString& text);
 
+/// Mounts a file system of 2 MB on a fresh folder and returns the folder; an empty string,
+/// with the system's reason in `why`, where mounting is not permitted.
+QString mountSmallDisk(QString* why);
+
+/// Fills the file system holding `dir` to the last byte.
+void fillUp(const QString& dir);
+
 struct ChildRun {
     int status = -1;
     QString output;

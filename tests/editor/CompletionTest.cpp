@@ -9,7 +9,6 @@
 #include "syntax/CompletionWordIndex.h"
 #include "syntax/SyntaxManager.h"
 
-#include <QElapsedTimer>
 #include <QInputMethodEvent>
 #include <QListWidget>
 #include <QPaintEvent>
@@ -25,20 +24,6 @@
 #include <memory>
 
 namespace {
-
-/// Runs the event loop until `condition` holds or `milliseconds` pass.
-bool waitUntil(const std::function<bool()>& condition, int milliseconds)
-{
-    QElapsedTimer timer;
-    timer.start();
-    while (!condition()) {
-        if (timer.elapsed() > milliseconds) {
-            return false;
-        }
-        QTest::qWait(10);
-    }
-    return true;
-}
 
 QVariantMap cDefinition()
 {
@@ -67,22 +52,15 @@ struct Completing {
         EditorSettings settings = EditorTest::shippedSettings();
         settings.autoComplete = autoComplete;
         document.setPlainText(text);
-        pane = std::make_unique<EditorController>(EditorTest::services(), settings);
-        pane->setupInitialTextViewSharedStateWithTextStorage(&document);
+        pane = EditorTest::makePane(&document, settings, QSize(500, 300));
         view = pane->textView();
         view->setSyntaxDictionary(cDefinition());
-        view->resize(500, 300);
-        view->show();
-        EXPECT_TRUE(QTest::qWaitForWindowExposed(view));
         view->setSelectedRange({text.size(), 0});
     }
     ~Completing() { manager.terminateCompletion(); }
     QString text() const { return document.toPlainText(); }
     bool panelShown() { return manager.panel()->isVisible(); }
 };
-
-
-
 
 QString randomText(QRandomGenerator& random, const QList<QString>& pieces, int count)
 {
@@ -152,7 +130,7 @@ TEST(Completion, KeystrokesReadOnlyTheTextTheyChange)
     }
     Completing pane(text, true);
     CompletionDocumentWords* words = nullptr;
-    ASSERT_TRUE(waitUntil(
+    ASSERT_TRUE(QTest::qWaitFor(
         [&] {
             words = CompletionDocumentWords::existing(&pane.document);
             return words && words->prepare();
@@ -170,7 +148,7 @@ TEST(Completion, KeystrokesReadOnlyTheTextTheyChange)
     EXPECT_TRUE(pane.panelShown());
     QTest::keyClick(pane.view, Qt::Key_Tab);
     QTest::keyClicks(pane.view, QStringLiteral(" alpha99"));
-    ASSERT_TRUE(waitUntil([&] { return pane.panelShown(); }, 3000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return pane.panelShown(); }, 3000));
     EXPECT_EQ(shownCandidates().first(), QStringLiteral("alpha990"));
     QTest::keyClick(pane.view, Qt::Key_Escape);
 
@@ -185,7 +163,7 @@ TEST(Completion, DefinitionWordsAreBuiltOnAWorkerThread)
     Completing pane{QString()};
     pane.view->makeCompleteWordsFromSyntaxDictionary();
     EXPECT_TRUE(pane.view->completeWords().isEmpty());
-    ASSERT_TRUE(waitUntil([&] { return !pane.view->completeWords().isEmpty(); }, 5000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !pane.view->completeWords().isEmpty(); }, 5000));
     const QStringList words = pane.view->completeWords();
     const QVariantMap definition = cDefinition();
     const qsizetype keywords = definition.value("Keywords").toList().size();
@@ -257,6 +235,13 @@ TEST(Completion, StepAcceptAndCancel)
     QTest::keyClick(pane.view, Qt::Key_Space);
     EXPECT_TRUE(pane.text().endsWith(QStringLiteral(" PR ")));
     EXPECT_FALSE(pane.panelShown());
+
+    // No candidates: no list, and the text stays as typed.
+    QTest::keyClicks(pane.view, QStringLiteral("zq"));
+    QTest::keyClick(pane.view, Qt::Key_Escape);
+    EXPECT_FALSE(pane.panelShown());
+    EXPECT_FALSE(pane.manager.isComplating(pane.view));
+    EXPECT_TRUE(pane.text().endsWith(QStringLiteral(" PR zq")));
 }
 
 TEST(Completion, OnlyAnAcceptedWordReachesTheTextAndTheUndoStack)
@@ -268,7 +253,8 @@ TEST(Completion, OnlyAnAcceptedWordReachesTheTextAndTheUndoStack)
     // After the pause the list is open and the rest of a word shown: the text, its undo
     // stack and its modified state are those of the typing alone.
     QTest::keyClicks(pane.view, QStringLiteral("pr"));
-    ASSERT_TRUE(waitUntil([&] { return pane.panelShown(); }, 3000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return pane.panelShown(); }, 3000));
+    EXPECT_EQ(shownCandidates(), QStringList({"print", "Print", "printf"}));
     EXPECT_FALSE(pane.view->proposedCompletion().isEmpty());
     EXPECT_EQ(pane.text(), QStringLiteral("print printf Print\npr"));
     EXPECT_EQ(pane.document.availableUndoSteps(), steps + 1);
@@ -304,6 +290,15 @@ TEST(Completion, OnlyAnAcceptedWordReachesTheTextAndTheUndoStack)
     EXPECT_FALSE(pane.panelShown());
     EXPECT_TRUE(pane.view->proposedCompletion().isEmpty());
     EXPECT_EQ(pane.text(), QStringLiteral("// print printf Print\nprint"));
+
+    // Never by itself while an input method is composing.
+    pane.view->setAutoComplete(true);
+    QInputMethodEvent composing(QStringLiteral("k"), {});
+    QCoreApplication::sendEvent(pane.view, &composing);
+    ASSERT_TRUE(pane.view->hasMarkedText());
+    QTest::keyClicks(pane.view, QStringLiteral("i"));
+    QTest::qWait(1000);
+    EXPECT_FALSE(pane.panelShown());
 }
 
 TEST(Completion, EveryCandidateOfALongListCanBeReached)
@@ -336,15 +331,6 @@ TEST(Completion, EveryCandidateOfALongListCanBeReached)
         QCoreApplication::processEvents(); // the list lays its new rows out
     }
     EXPECT_EQ(shownCandidates(), candidates);
-}
-
-TEST(Completion, NoCandidatesLeavesTheTextAsTyped)
-{
-    Completing pane(QStringLiteral("alpha beta\nzq"));
-    QTest::keyClick(pane.view, Qt::Key_Escape);
-    EXPECT_FALSE(pane.panelShown());
-    EXPECT_FALSE(pane.manager.isComplating(pane.view));
-    EXPECT_EQ(pane.text(), QStringLiteral("alpha beta\nzq"));
 }
 
 TEST(Completion, PanelGeometry)
@@ -435,26 +421,6 @@ TEST(Completion, TheProposalRepaintsOnlyItsLine)
         EXPECT_FALSE(painted.area.isEmpty()) << "step " << step;
         EXPECT_LE(painted.area.height(), 2 * line) << "step " << step;
     }
-    EXPECT_FALSE(pane.panelShown());
-}
-
-TEST(Completion, StartsByItselfAfterTyping)
-{
-    Completing pane(QStringLiteral("print printf\n"), true);
-    QTest::keyClicks(pane.view, QStringLiteral("pr"));
-    QTest::qWait(300);
-    EXPECT_FALSE(pane.panelShown());
-    ASSERT_TRUE(waitUntil([&] { return pane.panelShown(); }, 2000));
-    EXPECT_EQ(shownCandidates(), QStringList({"print", "printf"}));
-    QTest::keyClick(pane.view, Qt::Key_Escape);
-    EXPECT_EQ(pane.text(), QStringLiteral("print printf\npr"));
-
-    // Never while an input method is composing.
-    QInputMethodEvent composing(QStringLiteral("k"), {});
-    QCoreApplication::sendEvent(pane.view, &composing);
-    ASSERT_TRUE(pane.view->hasMarkedText());
-    QTest::keyClicks(pane.view, QStringLiteral("i"));
-    QTest::qWait(1000);
     EXPECT_FALSE(pane.panelShown());
 }
 

@@ -97,15 +97,17 @@ TEST(ShippedDefinitions, AllLoadUnderTheirOwnNamesAndEveryPatternCompiles)
         }
         expectPatternsCompile(name, definition);
     }
-    EXPECT_EQ(owners.value("c"), "C");
-    EXPECT_EQ(owners.value("cpp"), "C++");
-    EXPECT_EQ(owners.value("hpp"), "C++");
-    EXPECT_EQ(owners.value("py"), "Python");
-    EXPECT_EQ(owners.value("sh"), "ShellScript");
-    EXPECT_EQ(owners.value("bash"), "ShellScript");
-    EXPECT_EQ(owners.value("pm"), "Perl");
-    EXPECT_EQ(owners.value("css"), "CCS");
-    EXPECT_EQ(owners.value("txt"), "Plain Text");
+    for (const auto& [extension, name] : {std::pair{"c", "C"},
+                                          {"cpp", "C++"},
+                                          {"hpp", "C++"},
+                                          {"py", "Python"},
+                                          {"sh", "ShellScript"},
+                                          {"bash", "ShellScript"},
+                                          {"pm", "Perl"},
+                                          {"css", "CCS"},
+                                          {"txt", "Plain Text"}}) {
+        EXPECT_EQ(owners.value(extension), name) << extension;
+    }
 
     // C++ and Objective C know C's words.
     const QSet<QString> c = wordSet(shipped("C"), {"Keywords", "Commands", "Values"});

@@ -45,6 +45,7 @@ TEST(SyntaxColoring, WordsAreColouredWhereTheyStandAlone)
         {"inside longer words", keywords({"int"}), "print int_max (int) xint int",
          "...............KKK.......KKK"},
         {"range edges look no further", keywords({"int"}), "xintx", ".KKK.", Range(1, 3)},
+        {"an empty range colours nothing", keywords({"if"}), "if", "..", Range(1, 0)},
         {"a whole-text word needs its neighbours", keywords({"int"}), "xintx", "....."},
         {"empty character set: no words, still patterns and blocks",
          {{"CharacterSet", QString()},
@@ -201,14 +202,6 @@ TEST(SyntaxColoring, AnEndlessPatternHitsTheTimeLimitAndEndsItsCategoryQuietly)
         SyntaxColoringEngine(definition).coloringRange(text, Range(0, text.size()));
     EXPECT_TRUE(coloring.wasInterrupted(SyntaxColoring::Numbers));
     EXPECT_FALSE(coloring.wasInterrupted(SyntaxColoring::Strings));
-}
-
-TEST(SyntaxColoring, AnEmptyRangeChangesNothing)
-{
-    SyntaxColoringEngine engine(keywords({"if"}));
-    const SyntaxColoring coloring = engine.coloringRange(QStringLiteral("if"), Range(1, 0));
-    EXPECT_EQ(coloring.range().length, 0);
-    EXPECT_TRUE(coloring.runs().empty());
 }
 
 TEST(SyntaxColoring, RemovingTheDefinitionRemovesEveryColour)

@@ -164,12 +164,6 @@ TEST_F(ScriptRunning, TheSelectionGoesInAndTheOutputReplacesIt)
          "#!/usr/bin/env python3\nimport sys\nsys.stdout.write(sys.stdin.read().upper())\n",
          "Python",
          "<ABC>"},
-        {"Perl from a file",
-         "<abc>",
-         {1, 3},
-         "#!/usr/bin/perl\nprint uc while <STDIN>;\n",
-         "Perl",
-         "<ABC>"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
@@ -218,32 +212,7 @@ TEST_F(ScriptRunning, ASecondScriptStopsTheFirst)
     EXPECT_TRUE(!first || first->state() == QProcess::NotRunning);
 }
 
-TEST_F(ScriptRunning, Alerts)
-{
-    AlertRecorder recorder;
-    Document* document = openDocument(QStringLiteral("text"));
-    manager().runScriptWithSource(QStringLiteral("echo hi"), QStringLiteral("ShellScript"));
-    manager().runScriptWithSource(QStringLiteral("#!/no/such/interpreter\n"),
-                                  QStringLiteral("Ruby"));
-    manager().runScriptWithSource(QStringLiteral("#!/usr/bin/env no-such-tessaran-program\n"),
-                                  QStringLiteral("Python"));
-    manager().runScriptWithSource(QStringLiteral("int main;"), QStringLiteral("C"));
-    manager().runScriptWithSource(QStringLiteral("let x = ;\n"), QStringLiteral("AppleScript"));
-    ASSERT_EQ(recorder.alerts.size(), 5u);
-    EXPECT_EQ(recorder.alerts[0].title, "Notice");
-    EXPECT_EQ(recorder.alerts[0].text, "Not Found unix commands.");
-    EXPECT_TRUE(recorder.alerts[1].text.startsWith("Not Found unix commands."));
-    EXPECT_TRUE(recorder.alerts[2].text.startsWith("Not Found unix commands."));
-    EXPECT_EQ(recorder.alerts[3].title, "This source cannot be performed.");
-    EXPECT_EQ(recorder.alerts[3].text, "Notice");
-    EXPECT_EQ(recorder.alerts[4].title, "Error Script");
-    EXPECT_TRUE(recorder.alerts[4].text.startsWith("1 error\n"));
-    EXPECT_TRUE(recorder.alerts[4].caution);
-    EXPECT_EQ(document->string(), "text");
-    EXPECT_FALSE(manager().isFindRunning());
-}
-
-TEST_F(ScriptRunning, ScriptFilesByExtension)
+TEST_F(ScriptRunning, WhatCannotRunSaysWhyAndLeavesTheText)
 {
     AlertRecorder recorder;
     const QString dir = TestSupport::makeTempDir();
@@ -254,6 +223,13 @@ TEST_F(ScriptRunning, ScriptFilesByExtension)
     ASSERT_TRUE(stopped.wait(5000));
     EXPECT_EQ(document->string(), "(abc)");
 
+    manager().runScriptWithSource(QStringLiteral("echo hi"), QStringLiteral("ShellScript"));
+    manager().runScriptWithSource(QStringLiteral("#!/no/such/interpreter\n"),
+                                  QStringLiteral("Ruby"));
+    manager().runScriptWithSource(QStringLiteral("#!/usr/bin/env no-such-tessaran-program\n"),
+                                  QStringLiteral("Python"));
+    manager().runScriptWithSource(QStringLiteral("int main;"), QStringLiteral("C"));
+    manager().runScriptWithSource(QStringLiteral("let x = ;\n"), QStringLiteral("AppleScript"));
     // Unknown extensions run nothing; the in-process kinds report what they cannot load.
     manager().runRegisterScriptWithPath(
         TestSupport::writeFile(dir + "/x.txt", "#!/bin/sh -c\necho"));
@@ -261,23 +237,30 @@ TEST_F(ScriptRunning, ScriptFilesByExtension)
     manager().runRegisterScriptWithPath(TestSupport::writeFile(dir + "/old.scpt", "compiled"));
     manager().runRegisterScriptWithPath(dir + "/missing.js");
     manager().runRegisterScriptWithPath(TestSupport::writeFile(dir + "/bad.js", "\n\nvar = 3;"));
-    ASSERT_EQ(recorder.alerts.size(), 3u);
-    EXPECT_EQ(recorder.alerts[0].title, "Error");
-    EXPECT_EQ(recorder.alerts[0].text, "No entries found.");
-    EXPECT_TRUE(recorder.alerts[0].applicationModal);
-    EXPECT_EQ(recorder.alerts[1].text, "No entries found.");
-    EXPECT_TRUE(recorder.alerts[2].text.startsWith("3 error\n"));
+    ASSERT_EQ(recorder.alerts.size(), 8u);
+    EXPECT_EQ(recorder.alerts[0].title, "Notice");
+    EXPECT_EQ(recorder.alerts[0].text, "Not Found unix commands.");
+    EXPECT_TRUE(recorder.alerts[1].text.startsWith("Not Found unix commands."));
+    EXPECT_TRUE(recorder.alerts[2].text.startsWith("Not Found unix commands."));
+    EXPECT_EQ(recorder.alerts[3].title, "This source cannot be performed.");
+    EXPECT_EQ(recorder.alerts[3].text, "Notice");
+    EXPECT_EQ(recorder.alerts[4].title, "Error Script");
+    EXPECT_TRUE(recorder.alerts[4].text.startsWith("1 error\n"));
+    EXPECT_TRUE(recorder.alerts[4].caution);
+    EXPECT_EQ(recorder.alerts[5].title, "Error");
+    EXPECT_EQ(recorder.alerts[5].text, "No entries found.");
+    EXPECT_TRUE(recorder.alerts[5].applicationModal);
+    EXPECT_EQ(recorder.alerts[6].text, "No entries found.");
+    EXPECT_TRUE(recorder.alerts[7].text.startsWith("3 error\n"));
     EXPECT_EQ(document->string(), "(abc)");
+    EXPECT_FALSE(manager().isFindRunning());
 }
 
 TEST_F(ScriptRunning, RunawayJavaScriptIsInterrupted)
 {
     JavaScriptRunner::setTimeLimit(300);
-    QElapsedTimer timer;
-    timer.start();
-    const JavaScriptRunner::Result result = JavaScriptRunner::run(QStringLiteral("for (;;) {}"));
-    EXPECT_EQ(result.outcome, JavaScriptRunner::Outcome::Interrupted);
-    EXPECT_LT(timer.elapsed(), 3000);
+    EXPECT_EQ(JavaScriptRunner::run(QStringLiteral("for (;;) {}")).outcome,
+              JavaScriptRunner::Outcome::Interrupted);
     // The next script runs normally.
     EXPECT_EQ(JavaScriptRunner::run(QStringLiteral("1 + 1")).outcome,
               JavaScriptRunner::Outcome::Ran);

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-TEST(ColorArchive, RoundTripsExactlyThroughTheStore)
+TEST(ColorArchive, RoundTripsExactlyThroughTheStoreAndRefusesWhatIsNoArchive)
 {
     const QString path = TestSupport::makeTempDir() + "/colors.conf";
     const QList<QColor> colors = {
@@ -31,12 +31,7 @@ TEST(ColorArchive, RoundTripsExactlyThroughTheStore)
         // Archiving what was read gives the same bytes again.
         EXPECT_EQ(ColorArchive::archivedData(back), ColorArchive::archivedData(colors[i])) << i;
     }
-}
-
-TEST(ColorArchive, DataThatIsNotAnArchiveReadsAsNoColour)
-{
-    const QString path = TestSupport::makeTempDir() + "/colors.conf";
-    UserDefaults defaults(path);
+    // Data that is not an archive reads as no colour.
     defaults.setObject(QByteArray("srgb 1 0 0"), "Short");
     defaults.setObject(QByteArray("cmyk 1 0 0 1"), "Space");
     defaults.setObject(QByteArray("srgb 1 0 x 1"), "Garbage");

@@ -38,11 +38,9 @@ TEST(FileManager, SupportFoldersHangFromTheDataHome)
     EXPECT_TRUE(QFileInfo(support).isDir());
 
     // The folder operations only join names; they create nothing.
-    EXPECT_EQ(FileManager::syntaxDefinitionDirectoryPathInPath(), support + "/SyntaxDefinition");
     EXPECT_EQ(FileManager::syntaxDefinitionDirectoryPathInPath("C.plist"),
               support + "/SyntaxDefinition/C.plist");
     EXPECT_EQ(FileManager::scriptDirectoryPathInPath(), support + "/Script");
-    EXPECT_EQ(FileManager::scriptDirectoryPathInPath("a.sh"), support + "/Script/a.sh");
     EXPECT_FALSE(QFileInfo::exists(support + "/SyntaxDefinition"));
 
     const QString created =

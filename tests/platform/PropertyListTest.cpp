@@ -32,22 +32,11 @@ TEST(PropertyList, RoundTripOfEveryType)
     ASSERT_TRUE(PropertyList::writeXml(map, path, &error)) << error.toStdString();
     const auto back = PropertyList::readDictionary(path);
     ASSERT_TRUE(back.has_value());
+    EXPECT_EQ(*back, map);
+    // Equal numbers of other types would pass the comparison: the types are the ones written.
     EXPECT_EQ(back->value("unsigned").typeId(), QMetaType::ULongLong);
-    EXPECT_EQ(back->value("unsigned").toULongLong(), allOnes);
-    EXPECT_EQ(back->value("large").toULongLong(), quint64(1) << 63);
     EXPECT_EQ(back->value("negative").typeId(), QMetaType::LongLong);
-    EXPECT_EQ(back->value("negative").toLongLong(), -1);
-    EXPECT_EQ(back->value("int").toLongLong(), 42);
-    EXPECT_EQ(back->value("bool").toBool(), true);
     EXPECT_EQ(back->value("false").typeId(), QMetaType::Bool);
-    EXPECT_EQ(back->value("real").toDouble(), 0.125);
-    EXPECT_EQ(back->value("string").toString(), QStringLiteral("Grüße ✓ & <xml>"));
-    EXPECT_EQ(back->value("data").toByteArray(), QByteArray("\x00\x01\xff", 3));
-    EXPECT_EQ(back->value("date").toDateTime(), map.value("date").toDateTime());
-    const QVariantList array = back->value("array").toList();
-    ASSERT_EQ(array.size(), 3);
-    EXPECT_EQ(array[2].toMap().value("deep").toList().value(1).toString(), "two");
-    EXPECT_TRUE(back->value("empty").toMap().isEmpty());
     // The XML says which large values are unsigned.
     EXPECT_TRUE(TestSupport::readFile(path).contains("<integer>18446744073709551615</integer>"));
     EXPECT_TRUE(TestSupport::readFile(path).contains("<integer>-1</integer>"));

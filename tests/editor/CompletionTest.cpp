@@ -291,8 +291,9 @@ TEST(Completion, OnlyAnAcceptedWordReachesTheTextAndTheUndoStack)
     EXPECT_TRUE(pane.view->proposedCompletion().isEmpty());
     EXPECT_EQ(pane.text(), QStringLiteral("// print printf Print\nprint"));
 
-    // Never by itself while an input method is composing.
+    // Never by itself while an input method is composing, though the word has candidates.
     pane.view->setAutoComplete(true);
+    pane.view->textCursor().insertText(QStringLiteral("\npr"));
     QInputMethodEvent composing(QStringLiteral("k"), {});
     QCoreApplication::sendEvent(pane.view, &composing);
     ASSERT_TRUE(pane.view->hasMarkedText());

@@ -31,12 +31,10 @@ TEST(Scanner, Integers)
 {
     Scanner scanner(QStringLiteral(" 12 -7 +3 - 4 x 99999999999999999999"));
     qint64 v = 0;
-    ASSERT_TRUE(scanner.scanInteger(&v));
-    EXPECT_EQ(v, 12);
-    ASSERT_TRUE(scanner.scanInteger(&v));
-    EXPECT_EQ(v, -7);
-    ASSERT_TRUE(scanner.scanInteger(&v));
-    EXPECT_EQ(v, 3);
+    for (const qint64 expected : {12, -7, 3}) {
+        ASSERT_TRUE(scanner.scanInteger(&v));
+        EXPECT_EQ(v, expected);
+    }
     // A sign must touch its digits.
     const qsizetype before = scanner.scanLocation();
     EXPECT_FALSE(scanner.scanInteger(&v));

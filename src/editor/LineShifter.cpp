@@ -26,7 +26,7 @@ Range LineShifter::lineRangeForRange(QStringView text, Range range)
     return {start, end - start};
 }
 
-LineShifter::Replacement LineShifter::shiftRight(QStringView text, Range selection, bool spaceTab)
+TextEdit LineShifter::shiftRight(QStringView text, Range selection, bool spaceTab)
 {
     Range lines = lineRangeForRange(text, selection);
     if (lines.length > 1) {
@@ -54,8 +54,7 @@ LineShifter::Replacement LineShifter::shiftRight(QStringView text, Range selecti
     return {lines, block, newSelection};
 }
 
-std::optional<LineShifter::Replacement> LineShifter::shiftLeft(QStringView text, Range selection,
-                                                               bool spaceTab)
+std::optional<TextEdit> LineShifter::shiftLeft(QStringView text, Range selection, bool spaceTab)
 {
     Range lines = lineRangeForRange(text, selection);
     if (lines.max() == 0) {
@@ -110,5 +109,5 @@ std::optional<LineShifter::Replacement> LineShifter::shiftLeft(QStringView text,
     if (total == 0) {
         return std::nullopt;
     }
-    return Replacement{lines, block, {start, length}};
+    return TextEdit{lines, block, {start, length}};
 }

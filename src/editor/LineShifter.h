@@ -1,5 +1,6 @@
 #pragma once
 
+#include "editor/TextEdit.h"
 #include "platform/Range.h"
 
 #include <QString>
@@ -12,13 +13,6 @@
 class LineShifter
 {
 public:
-    /// What to put where, and what to select afterwards.
-    struct Replacement {
-        Range range;
-        QString string;
-        Range selection;
-    };
-
     /// One indentation level: four spaces, or one tab.
     static QString tabUnit(bool spaceTab)
     {
@@ -28,8 +22,8 @@ public:
     static Range lineRangeForRange(QStringView text, Range range);
 
     /// Every touched line, empty ones included, gains one tab unit at its start.
-    static Replacement shiftRight(QStringView text, Range selection, bool spaceTab);
+    static TextEdit shiftRight(QStringView text, Range selection, bool spaceTab);
     /// Every touched line loses up to four leading spaces or one tab (`spaceTab` on), or one
     /// space or tab (off). None when nothing would change.
-    static std::optional<Replacement> shiftLeft(QStringView text, Range selection, bool spaceTab);
+    static std::optional<TextEdit> shiftLeft(QStringView text, Range selection, bool spaceTab);
 };

@@ -4,7 +4,6 @@
 #include "editor/CompletionManager.h"
 #include "editor/GutterView.h"
 #include "editor/LayoutManager.h"
-#include "editor/LineShifter.h"
 #include "editor/SpellCheckingController.h"
 #include "editor/StringTransform.h"
 #include "editor/SyntaxColoringController.h"
@@ -503,6 +502,28 @@ void TextView::mousePressEvent(QMouseEvent* event)
 
 // Shifting and transformations ---------------------------------------------------------------
 
+void TextView::applyEdit(const TextEdit& edit)
+{
+    const bool wasEmpty = document()->isEmpty();
+    QTextCursor cursor(document());
+    cursor.beginEditBlock();
+    cursor.setPosition(int(edit.range.location));
+    cursor.setPosition(int(edit.range.max()), QTextCursor::KeepAnchor);
+    if (wasEmpty) {
+        // An empty text has no characters to take the attributes from: give the new text
+        // the typing attributes, which are the text's own defaults.
+        cursor.insertText(edit.string, QTextCharFormat());
+    } else {
+        cursor.insertText(edit.string);
+    }
+    cursor.endEditBlock();
+    const qsizetype last = document()->characterCount() - 1;
+    const Range selection = edit.selection;
+    cursor.setPosition(int(qBound<qsizetype>(0, selection.location, last)));
+    cursor.setPosition(int(qBound<qsizetype>(0, selection.max(), last)), QTextCursor::KeepAnchor);
+    setTextCursor(cursor);
+}
+
 void TextView::doReplaceString(const QString& string, Range range, Range selected,
                                const QString& actionName)
 {
@@ -512,10 +533,8 @@ void TextView::doReplaceString(const QString& string, Range range, Range selecte
     }
     UndoActionNames* names = UndoActionNames::of(document());
     names->beginStep(actionName);
-    QTextCursor cursor(document());
-    TypingRules::replace(cursor, {range, string, selected});
+    applyEdit({range, string, selected});
     names->endStep();
-    setTextCursor(cursor);
 }
 
 void TextView::doInsertString(const QString& string, Range range, Range select,
@@ -539,14 +558,15 @@ void TextView::doInsertString(const QString& string, Range range, Range select,
 
 void TextView::shiftRight(QObject*)
 {
-    const LineShifter::Replacement shift =
-        TypingRules(d->typing).shiftRight(document(), selectedRange());
+    const TextEdit shift = TypingRules(d->typing).shiftRight(
+        *TextMirror::mirrorOfDocument(document()), selectedRange());
     doReplaceString(shift.string, shift.range, shift.selection, tr("Shift Right"));
 }
 
 void TextView::shiftLeft(QObject*)
 {
-    if (const auto shift = TypingRules(d->typing).shiftLeft(document(), selectedRange())) {
+    if (const auto shift = TypingRules(d->typing).shiftLeft(
+            *TextMirror::mirrorOfDocument(document()), selectedRange())) {
         doReplaceString(shift->string, shift->range, shift->selection, tr("Shift Left"));
     }
 }

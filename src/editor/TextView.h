@@ -1,6 +1,7 @@
 #pragma once
 
 #include "editor/EditorServices.h"
+#include "editor/TextEdit.h"
 #include "editor/TextViewCompletion.h"
 #include "editor/TextViewKeys.h"
 #include "editor/TypingRules.h"
@@ -175,6 +176,9 @@ public:
     // Shifting and transformations, each one undoable step.
     void shiftRight(QObject* sender = nullptr);
     void shiftLeft(QObject* sender = nullptr);
+    /// Makes `edit` one undo step (named by the caller, if at all) and selects what it asks
+    /// for. Read-only or not: the caller decides whether the text may change.
+    void applyEdit(const TextEdit& edit);
     void doReplaceString(const QString& string, Range range, Range selected,
                          const QString& actionName);
     void doInsertString(const QString& string, Range range, Range select,

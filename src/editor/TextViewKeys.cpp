@@ -1,5 +1,6 @@
 #include "editor/TextViewKeys.h"
 
+#include "document/TextMirror.h"
 #include "editor/FindIndicator.h"
 #include "editor/TextView.h"
 #include "editor/TextViewCompletion.h"
@@ -15,6 +16,11 @@ TextViewKeys::TextViewKeys(TextView& view, TextViewCompletion& completion)
 TypingRules TextViewKeys::rules() const
 {
     return TypingRules(_view.typingSettings());
+}
+
+TextSource& TextViewKeys::text() const
+{
+    return *TextMirror::mirrorOfDocument(_view.document());
 }
 
 void TextViewKeys::keyPressed(QKeyEvent* event, const std::function<void(QKeyEvent*)>& base)
@@ -86,25 +92,24 @@ Range TextViewKeys::autoBraceMatching(const QString& closing) const
     if (closing.size() != 1) {
         return {0, 0};
     }
-    return TypingRules::openingBracket(_view.document(), _view.visibleCharacterRange(),
+    return TypingRules::openingBracket(text(), _view.visibleCharacterRange(),
                                        _view.textCursor().position(), closing[0]);
 }
 
 void TextViewKeys::insertNewline()
 {
-    QTextCursor cursor = _view.textCursor();
-    const Range closing = rules().insertNewline(cursor);
-    _view.setTextCursor(cursor);
-    closingBraceInserted(closing);
+    const TextEdit edit = rules().insertNewline(text(), _view.selectedRange());
+    _view.applyEdit(edit);
+    closingBraceInserted(edit.shown);
     _view.ensureCursorVisible();
 }
 
 void TextViewKeys::autoIndent()
 {
-    QTextCursor cursor = _view.textCursor();
-    const Range closing = rules().autoIndent(cursor);
-    _view.setTextCursor(cursor);
-    closingBraceInserted(closing);
+    if (const auto edit = rules().autoIndent(text(), _view.selectedRange())) {
+        _view.applyEdit(*edit);
+        closingBraceInserted(edit->shown);
+    }
 }
 
 void TextViewKeys::closingBraceInserted(Range closing)
@@ -124,9 +129,7 @@ void TextViewKeys::insertTab()
         _completion.terminateWithCancel(false);
         return;
     }
-    QTextCursor cursor = _view.textCursor();
-    rules().insertTab(cursor);
-    _view.setTextCursor(cursor);
+    _view.applyEdit(rules().insertTab(_view.selectedRange()));
 }
 
 void TextViewKeys::deleteBackward()
@@ -134,9 +137,9 @@ void TextViewKeys::deleteBackward()
     if (!_completion.backspacePressed()) {
         return;
     }
-    QTextCursor cursor = _view.textCursor();
-    rules().deleteBackward(cursor);
-    _view.setTextCursor(cursor);
+    if (const auto edit = rules().deleteBackward(text(), _view.selectedRange())) {
+        _view.applyEdit(*edit);
+    }
     _view.ensureCursorVisible();
 }
 

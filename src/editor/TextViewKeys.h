@@ -8,6 +8,7 @@
 #include <functional>
 
 class QKeyEvent;
+class TextSource;
 class TextView;
 class TextViewCompletion;
 
@@ -41,6 +42,8 @@ private:
     /// Shows the "}" that automatic indentation put in.
     void closingBraceInserted(Range closing);
     TypingRules rules() const;
+    /// The view's text as the rules read it.
+    TextSource& text() const;
 
     TextView& _view;
     TextViewCompletion& _completion;

@@ -1,12 +1,14 @@
 #include "editor/TypingRules.h"
 
 #include "editor/BraceMatcher.h"
+#include "platform/TextSource.h"
 
-#include <QTextBlock>
-#include <QTextCursor>
-#include <QTextDocument>
+#include <algorithm>
 
 namespace {
+
+// How much of the text one look for a line break reads at a time.
+constexpr qsizetype kStretch = 256;
 
 // White space as the platform's white-space set has it: tab and the space separators.
 bool isWhiteSpace(QChar c)
@@ -14,7 +16,7 @@ bool isWhiteSpace(QChar c)
     return c == QLatin1Char('\t') || c.category() == QChar::Separator_Space;
 }
 
-qsizetype leadingWhiteSpace(const QString& line)
+qsizetype leadingWhiteSpace(QStringView line)
 {
     qsizetype count = 0;
     while (count < line.size() && isWhiteSpace(line[count])) {
@@ -23,147 +25,154 @@ qsizetype leadingWhiteSpace(const QString& line)
     return count;
 }
 
-// The text of the lines `range` touches, with their line breaks, and where it starts: a shift
-// needs no more of a large text than that.
-QString touchedLines(QTextDocument* document, Range range, qsizetype* base)
+bool endsWithBrace(QStringView line)
 {
-    const QTextBlock first = document->findBlock(int(range.location));
-    const QTextBlock last = document->findBlock(int(range.max()));
-    *base = first.position();
-    QTextCursor cursor(document);
-    cursor.setPosition(first.position());
-    cursor.setPosition(qMin(last.position() + last.length(), document->characterCount() - 1),
-                       QTextCursor::KeepAnchor);
-    return cursor.selectedText().replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
-}
-
-LineShifter::Replacement movedBy(const LineShifter::Replacement& shift, qsizetype base)
-{
-    return {{shift.range.location + base, shift.range.length},
-            shift.string,
-            {shift.selection.location + base, shift.selection.length}};
-}
-
-} // namespace
-
-Range TypingRules::insertNewline(QTextCursor& cursor) const
-{
-    cursor.beginEditBlock();
-    cursor.insertBlock();
-    const Range closing = autoIndent(cursor);
-    cursor.endEditBlock();
-    return closing;
-}
-
-Range TypingRules::autoIndent(QTextCursor& cursor) const
-{
-    const QTextBlock previous = cursor.block().previous();
-    if (!_settings.autoIndent || !previous.isValid()) {
-        return Range::notFound();
-    }
-    const QString line = previous.text();
-    const qsizetype indent = leadingWhiteSpace(line);
     qsizetype last = line.size() - 1;
     while (last >= 0 && isWhiteSpace(line[last])) {
         --last;
     }
-    const bool afterBrace =
-        _settings.autoIndentBraces && last >= 0 && line[last] == QLatin1Char('{');
+    return last >= 0 && line[last] == QLatin1Char('{');
+}
 
-    cursor.beginEditBlock();
-    if (indent > 0) {
-        cursor.insertText(line.left(indent));
+// Where the line holding `position` starts.
+qsizetype lineStart(TextSource& text, qsizetype position)
+{
+    while (position > 0) {
+        const qsizetype from = std::max<qsizetype>(0, position - kStretch);
+        const qsizetype found = text.view(from, position).lastIndexOf(QLatin1Char('\n'));
+        if (found >= 0) {
+            return from + found + 1;
+        }
+        position = from;
     }
-    Range closing = Range::notFound();
-    if (afterBrace) {
-        cursor.insertText(tabUnit());
+    return 0;
+}
+
+// Where the line holding `position` ends, after its line break.
+qsizetype lineEnd(TextSource& text, qsizetype position)
+{
+    const qsizetype size = text.size();
+    while (position < size) {
+        const qsizetype to = std::min(size, position + kStretch);
+        const qsizetype found = text.view(position, to).indexOf(QLatin1Char('\n'));
+        if (found >= 0) {
+            return position + found + 1;
+        }
+        position = to;
     }
-    if (afterBrace && _settings.autoIndentClosingBraces) {
-        cursor.insertText(QStringLiteral("\n"));
-        const QString middle = cursor.block().previous().text();
-        const qsizetype whiteSpace = leadingWhiteSpace(middle);
-        if (whiteSpace > 0) {
-            // The "}" goes one tab unit left of the line it closes.
-            const qsizetype k = qMax<qsizetype>(0, whiteSpace - (_settings.spaceTab ? 4 : 1));
-            cursor.insertText(middle.left(k) + QLatin1Char('}'));
-            const qsizetype position = cursor.position();
-            closing = {position - 1, 1};
-            cursor.setPosition(int(position - k - 2));
+    return size;
+}
+
+// The text of the lines `selection` touches, with their line breaks, and where it starts: a
+// shift needs no more of a large text than that.
+QString touchedLines(TextSource& text, Range selection, qsizetype* base)
+{
+    *base = lineStart(text, selection.location);
+    return text.view(*base, lineEnd(text, selection.max())).toString();
+}
+
+TextEdit movedBy(TextEdit edit, qsizetype base)
+{
+    edit.range.location += base;
+    edit.selection.location += base;
+    return edit;
+}
+
+} // namespace
+
+TextEdit TypingRules::indentedAfter(QStringView line, Range range, const QString& lead) const
+{
+    TextEdit edit{range, lead, {}};
+    qsizetype caret = -1;
+    if (_settings.autoIndent) {
+        const QStringView indent = line.first(leadingWhiteSpace(line));
+        edit.string += indent;
+        if (_settings.autoIndentBraces && endsWithBrace(line)) {
+            edit.string += tabUnit();
+            if (_settings.autoIndentClosingBraces) {
+                // The insertion point stays in the block; the "}" lines up with the line
+                // that opened it.
+                caret = edit.string.size();
+                edit.string += QLatin1Char('\n');
+                edit.string += indent;
+                edit.string += QLatin1Char('}');
+                edit.shown = {range.location + edit.string.size() - 1, 1};
+            }
         }
     }
-    cursor.endEditBlock();
-    return closing;
+    edit.selection = {range.location + (caret >= 0 ? caret : edit.string.size()), 0};
+    return edit;
 }
 
-void TypingRules::insertTab(QTextCursor& cursor) const
+TextEdit TypingRules::insertNewline(TextSource& text, Range selection) const
 {
-    cursor.beginEditBlock();
-    cursor.insertText(tabUnit());
-    cursor.endEditBlock();
+    // The line the break ends is what stays of it before the selection.
+    const qsizetype start = lineStart(text, selection.location);
+    const QString line = text.view(start, selection.location).toString();
+    return indentedAfter(line, selection, QStringLiteral("\n"));
 }
 
-void TypingRules::deleteBackward(QTextCursor& cursor) const
+std::optional<TextEdit> TypingRules::autoIndent(TextSource& text, Range selection) const
 {
-    const qsizetype location = cursor.position();
+    const qsizetype start = lineStart(text, selection.location);
+    if (!_settings.autoIndent || start == 0) {
+        return std::nullopt;
+    }
+    const QString previous = text.view(lineStart(text, start - 1), start - 1).toString();
+    TextEdit edit = indentedAfter(previous, selection, QString());
+    if (edit.string.isEmpty()) {
+        return std::nullopt;
+    }
+    return edit;
+}
+
+TextEdit TypingRules::insertTab(Range selection) const
+{
     const QString unit = tabUnit();
-    if (_settings.spaceTab && !cursor.hasSelection() && location >= unit.size()) {
-        QTextCursor before(cursor.document());
-        before.setPosition(int(location - unit.size()));
-        before.setPosition(int(location), QTextCursor::KeepAnchor);
-        if (before.selectedText() == unit) {
-            cursor = before;
-        }
-    }
-    cursor.beginEditBlock();
-    if (cursor.hasSelection()) {
-        cursor.removeSelectedText();
-    } else {
-        cursor.deletePreviousChar();
-    }
-    cursor.endEditBlock();
+    return {selection, unit, {selection.location + unit.size(), 0}};
 }
 
-LineShifter::Replacement TypingRules::shiftRight(QTextDocument* document, Range selection) const
+std::optional<TextEdit> TypingRules::deleteBackward(TextSource& text, Range selection) const
+{
+    Range removed = selection;
+    const qsizetype caret = selection.location;
+    if (selection.length == 0) {
+        const QString unit = tabUnit();
+        if (caret == 0) {
+            return std::nullopt;
+        }
+        if (_settings.spaceTab && caret >= unit.size() &&
+            text.view(caret - unit.size(), caret) == unit) {
+            removed = {caret - unit.size(), unit.size()};
+        } else {
+            // A surrogate pair goes as one character.
+            const bool pair = caret >= 2 && text.at(caret - 1).isLowSurrogate() &&
+                              text.at(caret - 2).isHighSurrogate();
+            removed = {caret - (pair ? 2 : 1), pair ? 2 : 1};
+        }
+    }
+    return TextEdit{removed, QString(), {removed.location, 0}};
+}
+
+TextEdit TypingRules::shiftRight(TextSource& text, Range selection) const
 {
     qsizetype base = 0;
-    const QString lines = touchedLines(document, selection, &base);
+    const QString lines = touchedLines(text, selection, &base);
     return movedBy(LineShifter::shiftRight(lines, {selection.location - base, selection.length},
                                            _settings.spaceTab),
                    base);
 }
 
-std::optional<LineShifter::Replacement> TypingRules::shiftLeft(QTextDocument* document,
-                                                               Range selection) const
+std::optional<TextEdit> TypingRules::shiftLeft(TextSource& text, Range selection) const
 {
     qsizetype base = 0;
-    const QString lines = touchedLines(document, selection, &base);
+    const QString lines = touchedLines(text, selection, &base);
     const auto shift = LineShifter::shiftLeft(lines, {selection.location - base, selection.length},
                                               _settings.spaceTab);
     if (!shift) {
         return std::nullopt;
     }
     return movedBy(*shift, base);
-}
-
-void TypingRules::replace(QTextCursor& cursor, const LineShifter::Replacement& replacement)
-{
-    QTextDocument* document = cursor.document();
-    const bool wasEmpty = document->isEmpty();
-    cursor.beginEditBlock();
-    cursor.setPosition(int(replacement.range.location));
-    cursor.setPosition(int(replacement.range.max()), QTextCursor::KeepAnchor);
-    if (wasEmpty) {
-        // An empty text has no characters to take the attributes from: give the new text
-        // the typing attributes, which are the text's own defaults.
-        cursor.insertText(replacement.string, QTextCharFormat());
-    } else {
-        cursor.insertText(replacement.string);
-    }
-    cursor.endEditBlock();
-    const qsizetype last = document->characterCount() - 1;
-    const Range selection = replacement.selection;
-    cursor.setPosition(int(qBound<qsizetype>(0, selection.location, last)));
-    cursor.setPosition(int(qBound<qsizetype>(0, selection.max(), last)), QTextCursor::KeepAnchor);
 }
 
 bool TypingRules::isClosingBracket(const QString& string)
@@ -177,14 +186,11 @@ bool TypingRules::matchesTypedBracket(const QString& string) const
            (string != QLatin1String(">") || _settings.chevronMatching);
 }
 
-Range TypingRules::openingBracket(QTextDocument* document, Range shown, qsizetype insertion,
-                                  QChar closing)
+Range TypingRules::openingBracket(TextSource& text, Range shown, qsizetype insertion, QChar closing)
 {
-    QTextCursor cursor(document);
-    cursor.setPosition(int(shown.location));
-    cursor.setPosition(int(shown.max()), QTextCursor::KeepAnchor);
-    // Paragraph separators stand in for line breaks one for one, so positions hold.
-    const QString text = cursor.selectedText();
-    const Range found = BraceMatcher::autoBraceMatching(text, insertion - shown.location, closing);
-    return found.length > 0 ? Range(found.location + shown.location, 1) : Range(0, 0);
+    const qsizetype from = std::clamp<qsizetype>(shown.location, 0, text.size());
+    const qsizetype to = std::clamp<qsizetype>(shown.max(), from, text.size());
+    const Range found =
+        BraceMatcher::autoBraceMatching(text.view(from, to), insertion - from, closing);
+    return found.length > 0 ? Range(found.location + from, 1) : Range(0, 0);
 }

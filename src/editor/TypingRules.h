@@ -1,6 +1,7 @@
 #pragma once
 
 #include "editor/LineShifter.h"
+#include "editor/TextEdit.h"
 #include "platform/Range.h"
 
 #include <QChar>
@@ -8,14 +9,14 @@
 
 #include <optional>
 
-class QTextCursor;
-class QTextDocument;
+class TextSource;
 
 /// The rules that shape typed text: the automatic indentation of a new line (one level more
 /// after "{", with the "}" on a line of its own), the tab unit (a tab or four spaces), deleting
 /// a whole unit of spaces at once, shifting lines and the typed closing brackets that look for
-/// their opening ones. They work on the document through a cursor, never on a view, so that
-/// any pane (or a test) gets the same text; each edit is one edit block, so one undo step.
+/// their opening ones. They read the text and answer the edit to make, never making it, so
+/// that every view (or a test) gets the same text: the view applies each edit as one undo
+/// step. They read only the lines around the selection, however long the text.
 class TypingRules
 {
 public:
@@ -38,29 +39,23 @@ public:
     /// One indentation level.
     QString tabUnit() const { return LineShifter::tabUnit(_settings.spaceTab); }
 
-    /// Return: a line break in place of the selection, indented by autoIndent(). Leaves
-    /// `cursor` where the insertion point goes, and answers the "}" it put in (not found when
-    /// none), which the view shows.
-    Range insertNewline(QTextCursor& cursor) const;
-    /// Gives the line `cursor` has just begun the leading white space of the line before it,
-    /// and after a line ending in "{" one tab unit more and, below, a "}" as indented as that
-    /// line. Answers the "}" put in, not found when none.
-    Range autoIndent(QTextCursor& cursor) const;
+    /// Return: a line break in place of `selection`, followed by the indentation of the line
+    /// it ends (see autoIndent()). The edit shows the "}" it puts in.
+    TextEdit insertNewline(TextSource& text, Range selection) const;
+    /// Gives the line that `selection` has just begun the leading white space of the line
+    /// before it, and after a line ending in "{" one tab unit more and, below, a "}" as
+    /// indented as that line. None when there is nothing to put in.
+    std::optional<TextEdit> autoIndent(TextSource& text, Range selection) const;
     /// Tab: one tab unit in place of the selection.
-    void insertTab(QTextCursor& cursor) const;
+    TextEdit insertTab(Range selection) const;
     /// Backspace: the selection, else the tab unit of spaces just before the insertion point,
-    /// else the character before it.
-    void deleteBackward(QTextCursor& cursor) const;
+    /// else the character before it. None at the start of the text.
+    std::optional<TextEdit> deleteBackward(TextSource& text, Range selection) const;
 
-    /// One tab unit more at the start of every line `selection` touches, in document
-    /// positions; the view applies it as one named step.
-    LineShifter::Replacement shiftRight(QTextDocument* document, Range selection) const;
+    /// One tab unit more at the start of every line `selection` touches.
+    TextEdit shiftRight(TextSource& text, Range selection) const;
     /// One tab unit less; none when no line would change.
-    std::optional<LineShifter::Replacement> shiftLeft(QTextDocument* document,
-                                                      Range selection) const;
-    /// Puts `replacement.string` in place of `replacement.range` as one edit block, then has
-    /// `cursor` select `replacement.selection`.
-    static void replace(QTextCursor& cursor, const LineShifter::Replacement& replacement);
+    std::optional<TextEdit> shiftLeft(TextSource& text, Range selection) const;
 
     /// ")", "]", "}" or ">".
     static bool isClosingBracket(const QString& string);
@@ -68,9 +63,11 @@ public:
     bool matchesTypedBracket(const QString& string) const;
     /// The opening bracket that `closing`, just before `insertion`, closes among the
     /// characters of `shown` (the part of the text on screen); (0, 0) when there is none.
-    static Range openingBracket(QTextDocument* document, Range shown, qsizetype insertion,
-                                QChar closing);
+    static Range openingBracket(TextSource& text, Range shown, qsizetype insertion, QChar closing);
 
 private:
+    /// `lead` in place of `range`, then the indentation that follows `line`.
+    TextEdit indentedAfter(QStringView line, Range range, const QString& lead) const;
+
     Settings _settings;
 };

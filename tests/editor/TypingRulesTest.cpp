@@ -1,7 +1,6 @@
 #include "editor/TypingRules.h"
 
-#include <QTextCursor>
-#include <QTextDocument>
+#include "platform/StringTextSource.h"
 
 #include <gtest/gtest.h>
 
@@ -15,12 +14,6 @@ constexpr Settings kTabs{.autoIndent = true,
                          .spaceTab = false,
                          .autoBraceMatching = true,
                          .chevronMatching = false};
-constexpr Settings kSpaces{.autoIndent = true,
-                           .autoIndentBraces = true,
-                           .autoIndentClosingBraces = true,
-                           .spaceTab = true,
-                           .autoBraceMatching = true,
-                           .chevronMatching = false};
 
 Settings with(Settings settings, bool Settings::*flag, bool value)
 {
@@ -28,163 +21,142 @@ Settings with(Settings settings, bool Settings::*flag, bool value)
     return settings;
 }
 
-// A text with its selection marked: "|" is the insertion point, "«" and "»" the ends of a
-// selection.
-struct Marked {
-    QString text;
-    Range selection;
-};
+const Settings kSpaces = with(kTabs, &Settings::spaceTab, true);
 
-Marked unmark(const QString& marked)
+// "|" marks the insertion point, "«" and "»" the ends of a selection.
+QString unmark(QString text, Range* selection)
 {
-    QString text = marked;
     const qsizetype caret = text.indexOf(u'|');
     if (caret >= 0) {
-        text.remove(caret, 1);
-        return {text, {caret, 0}};
+        *selection = {caret, 0};
+        return text.remove(caret, 1);
     }
     const qsizetype start = text.indexOf(u'«');
     text.remove(start, 1);
     const qsizetype end = text.indexOf(u'»');
-    text.remove(end, 1);
-    return {text, {start, end - start}};
+    *selection = {start, end - start};
+    return text.remove(end, 1);
 }
 
-QString mark(const QTextCursor& cursor)
+QString mark(QString text, Range selection)
 {
-    QString text = cursor.document()->toPlainText();
-    const int start = cursor.selectionStart();
-    const int end = cursor.selectionEnd();
-    if (start == end) {
-        return text.insert(start, u'|');
+    if (selection.length == 0) {
+        return text.insert(selection.location, u'|');
     }
-    return text.insert(end, u'»').insert(start, u'«');
+    return text.insert(selection.max(), u'»').insert(selection.location, u'«');
 }
 
-enum class Edit { Return, Tab, Backspace, ShiftRight, ShiftLeft };
+enum class Key { Return, AutoIndent, Tab, Backspace, ShiftRight, ShiftLeft };
 
-// What the rule answered besides the edit: the "}" that Return put in.
-Range run(const TypingRules& rules, Edit edit, QTextCursor& cursor)
+std::optional<TextEdit> run(const TypingRules& rules, Key key, TextSource& text, Range selection)
 {
-    QTextDocument* document = cursor.document();
-    const Range selection(cursor.selectionStart(), cursor.selectionEnd() - cursor.selectionStart());
-    switch (edit) {
-    case Edit::Return:
-        return rules.insertNewline(cursor);
-    case Edit::Tab:
-        rules.insertTab(cursor);
-        break;
-    case Edit::Backspace:
-        rules.deleteBackward(cursor);
-        break;
-    case Edit::ShiftRight:
-        TypingRules::replace(cursor, rules.shiftRight(document, selection));
-        break;
-    case Edit::ShiftLeft:
-        if (const auto shift = rules.shiftLeft(document, selection)) {
-            TypingRules::replace(cursor, *shift);
-        }
-        break;
+    switch (key) {
+    case Key::Return:
+        return rules.insertNewline(text, selection);
+    case Key::AutoIndent:
+        return rules.autoIndent(text, selection);
+    case Key::Tab:
+        return rules.insertTab(selection);
+    case Key::Backspace:
+        return rules.deleteBackward(text, selection);
+    case Key::ShiftRight:
+        return rules.shiftRight(text, selection);
+    case Key::ShiftLeft:
+        return rules.shiftLeft(text, selection);
     }
-    return Range::notFound();
+    return std::nullopt;
 }
 
-TEST(TypingRules, EachRuleIsOneUndoStepOnTheDocument)
+TEST(TypingRules, EachKeyAnswersTheEditTheTextAroundTheSelectionCallsFor)
 {
-    struct Case {
+    const QString x300(300, u'x');
+    struct Row {
         const char* what;
         Settings settings;
-        Edit edit;
+        Key key;
         QString before;
         QString after;
-        Range closingBrace = Range::notFound();
+        Range shown = Range::notFound();
     };
-    const Case cases[] = {
+    const Row rows[] = {
         // Return copies the line's indentation, one level more after "{", and closes it.
-        {"brace, tabs", kTabs, Edit::Return, "  if (x) {|", "  if (x) {\n  \t|\n  }", {17, 1}},
-        {"brace, spaces",
-         kSpaces,
-         Edit::Return,
-         "  if (x) {|",
-         "  if (x) {\n      |\n  }",
-         {20, 1}},
-        {"brace alone", kTabs, Edit::Return, "{|", "{\n\t|\n}", {4, 1}},
-        {"white space after the brace", kTabs, Edit::Return, "x {  |", "x {  \n\t|\n}", {8, 1}},
-        {"parenthesis", kTabs, Edit::Return, "\tf(|", "\tf(\n\t|"},
-        {"white space only", kSpaces, Edit::Return, " \t |", " \t \n \t |"},
-        {"no closing brace", with(kTabs, &Settings::autoIndentClosingBraces, false), Edit::Return,
+        {"brace, tabs", kTabs, Key::Return, "  if (x) {|", "  if (x) {\n  \t|\n  }", {17, 1}},
+        {"brace, spaces", kSpaces, Key::Return, "  if (x) {|", "  if (x) {\n      |\n  }", {20, 1}},
+        {"white space after the brace", kTabs, Key::Return, "x {  |y", "x {  \n\t|\n}y", {8, 1}},
+        {"parenthesis", kTabs, Key::Return, "\tf(|", "\tf(\n\t|"},
+        {"white space only", kSpaces, Key::Return, " \t |", " \t \n \t |"},
+        {"no closing brace", with(kTabs, &Settings::autoIndentClosingBraces, false), Key::Return,
          "  {|", "  {\n  \t|"},
-        {"no brace indentation", with(kTabs, &Settings::autoIndentBraces, false), Edit::Return,
+        {"no brace indentation", with(kTabs, &Settings::autoIndentBraces, false), Key::Return,
          "  {|", "  {\n  |"},
-        {"no indentation", with(kTabs, &Settings::autoIndent, false), Edit::Return, "  {|",
+        {"no indentation", with(kTabs, &Settings::autoIndent, false), Key::Return, "  {|",
          "  {\n|"},
-        {"selection replaced", kTabs, Edit::Return, "\ta«bc»d", "\ta\n\t|d"},
+        {"selection across lines", kTabs, Key::Return, "\ta«b\nc»d", "\ta\n\t|d"},
+        {"a line longer than one read", kTabs, Key::Return, "  y\n\t" + x300 + "|",
+         "  y\n\t" + x300 + "\n\t|"},
+        // The same for a line just begun, from the line before it.
+        {"line begun", kTabs, Key::AutoIndent, "  {\n|x", "  {\n  \t|\n  }x", {10, 1}},
+        {"first line", kTabs, Key::AutoIndent, "  |x", "  |x"},
+        {"nothing to indent by", kTabs, Key::AutoIndent, "a\n|", "a\n|"},
         // Tab and Backspace work in tab units.
-        {"tab", kTabs, Edit::Tab, "a«b»c", "a\t|c"},
-        {"tab as spaces", kSpaces, Edit::Tab, "x|", "x    |"},
-        {"four spaces", kSpaces, Edit::Backspace, "        |", "    |"},
-        {"three spaces and a letter", kSpaces, Edit::Backspace, "a   |", "a  |"},
-        {"spaces with tabs", kTabs, Edit::Backspace, "    |", "   |"},
-        {"selection", kSpaces, Edit::Backspace, "ab«    »", "ab|"},
-        {"start of text", kSpaces, Edit::Backspace, "|ab", "|ab"},
+        {"tab", kTabs, Key::Tab, "a«b»c", "a\t|c"},
+        {"tab as spaces", kSpaces, Key::Tab, "x|", "x    |"},
+        {"four spaces", kSpaces, Key::Backspace, "        |", "    |"},
+        {"three spaces and a letter", kSpaces, Key::Backspace, "a   |", "a  |"},
+        {"spaces with tabs", kTabs, Key::Backspace, "    |", "   |"},
+        {"selection", kSpaces, Key::Backspace, "ab«    »", "ab|"},
+        {"surrogate pair", kTabs, Key::Backspace, "a\U0001F600|b", "a|b"},
+        {"start of text", kSpaces, Key::Backspace, "|ab", "|ab"},
         // Shifts: every touched line, the selection kept on the lines.
-        {"right, empty text", kSpaces, Edit::ShiftRight, "|", "    |"},
-        {"right, middle lines", kTabs, Edit::ShiftRight, "a\n«b\nc»\nd", "a\n\t«b\n\tc»\nd"},
-        {"left, caret", kTabs, Edit::ShiftLeft, "a\n\tb|\n\tc\nd", "a\nb|\n\tc\nd"},
-        {"left, spaces or a tab", kSpaces, Edit::ShiftLeft, "«  \tx\n\t  x»", "«\tx\n  x»"},
-        {"left, nothing to remove", kSpaces, Edit::ShiftLeft, "«a\nb»", "«a\nb»"},
-        {"right, an empty line among them", kTabs, Edit::ShiftRight, "«a\n\nc»\nd",
+        {"right, empty text", kSpaces, Key::ShiftRight, "|", "    |"},
+        {"right, middle lines", kTabs, Key::ShiftRight, "a\n«b\nc»\nd", "a\n\t«b\n\tc»\nd"},
+        {"right, an empty line among them", kTabs, Key::ShiftRight, "«a\n\nc»\nd",
          "\t«a\n\t\n\tc»\nd"},
-        {"right, a selection starting with a line break", kSpaces, Edit::ShiftRight, "«\nx»\n",
+        {"right, a selection starting with a line break", kSpaces, Key::ShiftRight, "«\nx»\n",
          "«    \n    x»\n"},
-        {"left, one space or one tab", kTabs, Edit::ShiftLeft, "«  a\n\t\tb»", "« a\n\tb»"},
-        {"left, empty text", kSpaces, Edit::ShiftLeft, "|", "|"},
-        {"left, caret in the leading spaces", kSpaces, Edit::ShiftLeft, "  |  x", "|x"},
-        {"left, later lines", kSpaces, Edit::ShiftLeft, "«a\n    b\n    c»", "«a\nb\nc»"},
+        {"right, lines longer than one read", kTabs, Key::ShiftRight,
+         "a\n" + x300 + "|" + x300 + "\nb", "a\n\t" + x300 + "|" + x300 + "\nb"},
+        {"left, caret", kTabs, Key::ShiftLeft, "a\n\tb|\n\tc\nd", "a\nb|\n\tc\nd"},
+        {"left, spaces or a tab", kSpaces, Key::ShiftLeft, "«  \tx\n\t  x»", "«\tx\n  x»"},
+        {"left, one space or one tab", kTabs, Key::ShiftLeft, "«  a\n\t\tb»", "« a\n\tb»"},
+        {"left, nothing to remove", kSpaces, Key::ShiftLeft, "«a\nb»", "«a\nb»"},
+        {"left, empty text", kSpaces, Key::ShiftLeft, "|", "|"},
+        {"left, caret in the leading spaces", kSpaces, Key::ShiftLeft, "  |  x", "|x"},
         // The selection never ends before the start of its last line.
-        {"left, into the last line's spaces", kSpaces, Edit::ShiftLeft, "«a\n  »  b\n    c",
+        {"left, into the last line's spaces", kSpaces, Key::ShiftLeft, "«a\n  »  b\n    c",
          "«a\n»b\n    c"},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        const Marked before = unmark(c.before);
-        QTextDocument document;
-        document.setPlainText(before.text);
-        QTextCursor cursor(&document);
-        cursor.setPosition(int(before.selection.location));
-        cursor.setPosition(int(before.selection.max()), QTextCursor::KeepAnchor);
-        ASSERT_FALSE(document.isUndoAvailable());
-
-        const Range closing = run(TypingRules(c.settings), c.edit, cursor);
-        EXPECT_EQ(mark(cursor), c.after);
-        EXPECT_EQ(closing, c.closingBrace);
-        // One undo takes the whole edit back; no change leaves nothing to undo.
-        EXPECT_EQ(document.isUndoAvailable(), document.toPlainText() != before.text);
-        document.undo();
-        EXPECT_EQ(document.toPlainText(), before.text);
-        EXPECT_FALSE(document.isUndoAvailable());
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        Range selection;
+        QString text = unmark(row.before, &selection);
+        StringTextSource source(text);
+        const std::optional<TextEdit> edit =
+            run(TypingRules(row.settings), row.key, source, selection);
+        Range shown = Range::notFound();
+        if (edit) {
+            // An edit that would change nothing is none, so that it leaves no undo step.
+            EXPECT_FALSE(edit->range.length == 0 && edit->string.isEmpty());
+            text.replace(edit->range.location, edit->range.length, edit->string);
+            selection = edit->selection;
+            shown = edit->shown;
+        }
+        EXPECT_EQ(mark(text, selection).toStdString(), row.after.toStdString());
+        EXPECT_EQ(shown, row.shown);
     }
 }
 
 TEST(TypingRules, TypedClosingBracketsFindTheirOpeningOnScreen)
 {
-    struct Typed {
-        Settings settings;
-        QString string;
-        bool matches;
-    };
     const Settings chevrons = with(kTabs, &Settings::chevronMatching, true);
     const Settings off = with(kTabs, &Settings::autoBraceMatching, false);
-    const Typed typed[] = {
-        {kTabs, ")", true},  {kTabs, "]", true},    {kTabs, "}", true},
-        {kTabs, ">", false}, {chevrons, ">", true}, {off, ")", false},
-        {kTabs, "(", false}, {kTabs, "))", false},  {chevrons, "a", false},
-    };
-    for (const Typed& t : typed) {
-        EXPECT_EQ(TypingRules(t.settings).matchesTypedBracket(t.string), t.matches)
-            << t.string.toStdString() << " chevrons " << t.settings.chevronMatching << " matching "
-            << t.settings.autoBraceMatching;
-    }
+    EXPECT_TRUE(TypingRules(kTabs).matchesTypedBracket(")"));
+    EXPECT_TRUE(TypingRules(kTabs).matchesTypedBracket("}"));
+    EXPECT_TRUE(TypingRules(chevrons).matchesTypedBracket(">"));
+    EXPECT_FALSE(TypingRules(kTabs).matchesTypedBracket(">"));
+    EXPECT_FALSE(TypingRules(off).matchesTypedBracket(")"));
+    EXPECT_FALSE(TypingRules(kTabs).matchesTypedBracket("("));
+    EXPECT_FALSE(TypingRules(kTabs).matchesTypedBracket("))"));
 
     struct Case {
         QString text;
@@ -198,16 +170,14 @@ TEST(TypingRules, TypedClosingBracketsFindTheirOpeningOnScreen)
         {"<b>", {0, 3}, u'>', {0, 1}},
         {"a)", {0, 2}, u')', {0, 0}},
         {"(a))", {0, 4}, u')', {0, 0}},
-        // Positions are the document's, whatever part of it is on screen.
+        // Positions are the text's, whatever part of it is on screen.
         {"xx\n[a]", {3, 3}, u']', {3, 1}},
         // An opening bracket scrolled out of sight is not found.
         {"(\nline\n)", {2, 6}, u')', {0, 0}},
     };
     for (const Case& c : cases) {
-        QTextDocument document;
-        document.setPlainText(c.text);
-        EXPECT_EQ(TypingRules::openingBracket(&document, c.shown, c.shown.max(), c.closing),
-                  c.opening)
+        StringTextSource source(c.text);
+        EXPECT_EQ(TypingRules::openingBracket(source, c.shown, c.shown.max(), c.closing), c.opening)
             << c.text.toStdString();
     }
 }

@@ -1,5 +1,6 @@
 #include "EditorTestSupport.h"
 #include "editor/FindIndicator.h"
+#include "editor/UndoActionNames.h"
 #include "platform/SystemBeep.h"
 
 #include <QSignalSpy>
@@ -59,6 +60,36 @@ TEST(Typing, KeysRunTheTypingRulesWithThePanesSettings)
     off.view->setAutoIndent(false);
     QTest::keyClick(off.view, Qt::Key_Return);
     EXPECT_EQ(off.text(), QStringLiteral("  {\n"));
+}
+
+TEST(Typing, EachRuleIsOneUndoStepNamedAsTheViewsCommand)
+{
+    Typing typing(false, QStringLiteral("a\n\tb\nc"));
+    UndoActionNames* names = UndoActionNames::of(&typing.document);
+    typing.view->setSelectedRange({2, 4});
+    typing.view->shiftRight();
+    EXPECT_EQ(typing.text(), QStringLiteral("a\n\t\tb\n\tc"));
+    EXPECT_EQ(typing.view->selectedRange(), Range(3, 5));
+    EXPECT_EQ(names->undoActionName(), QStringLiteral("Shift Right"));
+    // Nothing to shift left on the first line: no step at all.
+    const int steps = typing.document.availableUndoSteps();
+    typing.view->setSelectedRange({0, 1});
+    typing.view->shiftLeft();
+    EXPECT_EQ(typing.document.availableUndoSteps(), steps);
+
+    // Return with its indentation and closing brace is one unnamed step.
+    typing.view->setAutoIndentClosingBraces(true);
+    typing.view->setSelectedRange({typing.text().size(), 0});
+    QTest::keyClicks(typing.view, QStringLiteral(" {"));
+    const QString typed = typing.text();
+    QTest::keyClick(typing.view, Qt::Key_Return);
+    EXPECT_EQ(typing.text(), typed + QStringLiteral("\n\t\t\n\t}"));
+    EXPECT_TRUE(names->undoActionName().isEmpty());
+    typing.document.undo();
+    EXPECT_EQ(typing.text(), typed);
+    typing.document.undo();
+    typing.document.undo();
+    EXPECT_EQ(typing.text(), QStringLiteral("a\n\tb\nc"));
 }
 
 TEST(Typing, ClosingBracketsFlashTheirOpeningOrBeep)

@@ -567,6 +567,16 @@ void TextArea::replaceRange(Range range, const QString& text, const QString& ste
     }
 }
 
+void TextArea::applyEdit(const TextEdit& edit, const QString& stepName)
+{
+    if (!canEdit()) {
+        return;
+    }
+    replaceRange(edit.range, edit.string, stepName);
+    setSelectedRange(edit.selection);
+    ensureCursorVisible();
+}
+
 void TextArea::insertTypedText(const QString& text)
 {
     replaceSelection(text, true);

@@ -4,6 +4,7 @@
 #include "editor/InvisibleCharacterPainter.h"
 #include "editor/TextAreaLayout.h"
 #include "editor/TextAreaPainter.h"
+#include "editor/TextEdit.h"
 #include "platform/Range.h"
 
 #include <QAbstractScrollArea>
@@ -79,6 +80,9 @@ public:
     void insertText(const QString& text, const QString& stepName = {});
     /// Replaces `range` as one undo step; the selection moves with the text.
     void replaceRange(Range range, const QString& text, const QString& stepName = {});
+    /// Makes an edit worked out from the text (a typing rule's) as one undo step, selects
+    /// what it asks for and leaves the caret in sight.
+    void applyEdit(const TextEdit& edit, const QString& stepName = {});
     bool isReadOnly() const { return _readOnly; }
     /// Read-only text can still be selected, searched and copied.
     void setReadOnly(bool readOnly);

@@ -1,15 +1,10 @@
 #include "window/DiskChangeNotices.h"
 
-#include "TestSupport.h"
-#include "app/DocumentController.h"
-#include "document/Document.h"
-#include "editor/TextView.h"
+#include "TestWindow.h"
 #include "editor/UndoActionNames.h"
 #include "platform/FileWatcher.h"
 #include "window/DiskComparisonDialog.h"
-#include "window/DocumentWindow.h"
 #include "window/InformationBar.h"
-#include "window/WindowController.h"
 
 #include <QProcess>
 #include <QPushButton>
@@ -32,26 +27,8 @@ void anotherProgram(const QString& script, const QString& path)
     ASSERT_EQ(QProcess::execute("/bin/sh", {"-c", script, "sh", path}), 0) << script.toStdString();
 }
 
-struct OpenWindow {
-    Document* document = nullptr;
-    WindowController* controller = nullptr;
-
-    explicit OpenWindow(const QString& path, quint64 encoding = ~quint64(0))
-    {
-        DocumentController& documents = DocumentController::sharedDocumentController();
-        documents.setIsOpenPanel(encoding != ~quint64(0));
-        documents.setOpenPanelEncoding(encoding);
-        document = documents.openDocumentWithContentsOfURL(path, true);
-        documents.setOpenPanelEncoding(~quint64(0));
-        controller = documents.windowControllerOf(document);
-    }
-    ~OpenWindow()
-    {
-        if (controller) {
-            delete controller->window();
-        }
-        delete document;
-    }
+struct OpenWindow : OpenedFile {
+    using OpenedFile::OpenedFile;
     DiskChangeNotices* notices() const { return controller->diskChangeNotices(); }
     InformationBar* bar() const { return notices()->bar(); }
     TextView* view() const { return controller->textView(); }

@@ -1,12 +1,7 @@
 #include "window/ReadingNotices.h"
 
-#include "TestSupport.h"
-#include "app/DocumentController.h"
-#include "document/Document.h"
-#include "editor/TextView.h"
-#include "window/DocumentWindow.h"
+#include "TestWindow.h"
 #include "window/InformationBar.h"
-#include "window/WindowController.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -28,22 +23,8 @@ QString fixture(const char* name)
                               QLatin1String(name)));
 }
 
-struct OpenWindow {
-    Document* document = nullptr;
-    WindowController* controller = nullptr;
-
-    explicit OpenWindow(const QString& path)
-    {
-        DocumentController& documents = DocumentController::sharedDocumentController();
-        document = documents.openDocumentWithContentsOfURL(path, true);
-        controller = documents.windowControllerOf(document);
-    }
-    ~OpenWindow()
-    {
-        if (controller) {
-            delete controller->window();
-        }
-    }
+struct OpenWindow : OpenedFile {
+    using OpenedFile::OpenedFile;
     InformationBar* nonTextBar() const { return controller->readingNotices()->nonTextBar(); }
     InformationBar* lineBreaksBar() const { return controller->readingNotices()->lineBreaksBar(); }
     QList<InformationBar*> bars() const { return controller->window()->informationBars(); }
@@ -165,12 +146,8 @@ TEST(ReadingNotices, ReopeningInAnotherEncodingCanBeUndone)
 
     // A file read in the wrong encoding is put right, although its text as shown ("ƒeƒXƒg")
     // could not be written in the right one: without edits, the file's bytes decide.
-    DocumentController& documents = DocumentController::sharedDocumentController();
-    documents.setIsOpenPanel(true);
-    documents.setOpenPanelEncoding(12);
     OpenWindow misread(
-        TestSupport::writeFile(dir + "/test-in-japanese.txt", "\x83\x65\x83\x58\x83\x67\n"));
-    documents.setOpenPanelEncoding(~quint64(0));
+        TestSupport::writeFile(dir + "/test-in-japanese.txt", "\x83\x65\x83\x58\x83\x67\n"), 12);
     ASSERT_NE(misread.controller, nullptr);
     ASSERT_EQ(misread.document->string(), QStringLiteral("\u0192e\u0192X\u0192g\n"));
     misread.controller->reopenUsingEncoding(0x80000A01);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TestSupport.h"
+#include "app/DocumentController.h"
 #include "app/MainMenu.h"
 #include "document/Document.h"
 #include "editor/TextView.h"
@@ -10,6 +11,7 @@
 
 #include <QAction>
 #include <QMenu>
+#include <QPointer>
 #include <QTest>
 #include <QTextDocument>
 
@@ -57,4 +59,36 @@ struct TestWindow {
         }
         return nullptr;
     }
+};
+
+/// A file opened as the user opens it, through the document controller (read in `encoding`, as
+/// the open panel's choice, unless automatic), whose window and document go at the end.
+struct OpenedFile {
+    QString path;
+    QPointer<Document> document;
+    WindowController* controller = nullptr;
+
+    explicit OpenedFile(const QString& filePath, quint64 encoding = ~quint64(0))
+        : path(filePath)
+    {
+        DocumentController& documents = DocumentController::sharedDocumentController();
+        documents.setIsOpenPanel(encoding != ~quint64(0));
+        documents.setOpenPanelEncoding(encoding);
+        document = documents.openDocumentWithContentsOfURL(path, true);
+        documents.setOpenPanelEncoding(~quint64(0));
+        EXPECT_TRUE(document) << path.toStdString();
+        controller = document ? documents.windowControllerOf(document) : nullptr;
+    }
+    ~OpenedFile()
+    {
+        if (controller) {
+            delete controller->window();
+        }
+        delete document.data();
+    }
+    OpenedFile(const OpenedFile&) = delete;
+    OpenedFile& operator=(const OpenedFile&) = delete;
+
+    DocumentWindow* window() const { return controller->window(); }
+    TextView* view() const { return controller->textView(); }
 };

@@ -83,33 +83,15 @@ QColor comments()
     return QColor::fromRgba(SyntaxManager::sharedSyntaxManager().commentsColor().rgba());
 }
 
-struct OpenFile {
-    Document* document = nullptr;
-    WindowController* controller = nullptr;
-    QString path;
-
+/// A file of `text` named `name`, open in a shown window and coloured.
+struct OpenFile : OpenedFile {
     OpenFile(const QString& name, const QString& text)
+        : OpenedFile(
+              TestSupport::writeFile(TestSupport::makeTempDir() + u'/' + name, text.toUtf8()))
     {
-        path = TestSupport::writeFile(TestSupport::makeTempDir() + u'/' + name, text.toUtf8());
-        document =
-            DocumentController::sharedDocumentController().openDocumentWithContentsOfURL(path);
-        EXPECT_NE(document, nullptr);
-        controller = DocumentController::sharedDocumentController().windowControllerOf(document);
         EXPECT_TRUE(QTest::qWaitForWindowExposed(controller->window()));
         EXPECT_TRUE(QTest::qWaitFor([this] { return isColored(view()); }));
     }
-    ~OpenFile()
-    {
-        if (controller && controller->window()) {
-            document->textStorage()->setModified(false);
-            controller->window()->close();
-            // The window, then its document, go while the application still stands.
-            for (int i = 0; i < 2; ++i) {
-                QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-            }
-        }
-    }
-    TextView* view() const { return controller->textView(); }
     QAction* syntaxItem(const QString& title) const
     {
         QMenu* menu = controller->window()->menuBar()->findChild<QMenu*>("syntaxMenu");
@@ -268,7 +250,7 @@ TEST(WindowSyntax, RestorationAppliesTheSavedSyntax)
     EXPECT_TRUE(view->layoutManager()->temporaryAttributes({0, 100}).empty());
 }
 
-TEST(WindowSyntax, FunctionPopUpListsAndSelectsDefinitions)
+TEST(WindowSyntax, FunctionPopUpListsAndSelectsDefinitionsAndGivesTheKeysBack)
 {
     installDefinitions();
     OpenFile file(QStringLiteral("list.c"), kCSource);
@@ -316,6 +298,23 @@ TEST(WindowSyntax, FunctionPopUpListsAndSelectsDefinitions)
     Q_EMIT popUp->activated(0);
     EXPECT_FALSE(file.view()->textCursor().hasSelection());
     EXPECT_EQ(file.view()->textCursor().position(), kCSource.indexOf(line));
+
+    // Opened and chosen from with the keyboard, the pop-up gives the keys back to the text.
+    file.controller->window()->activateWindow();
+    popUp->setFocus(Qt::TabFocusReason);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return popUp->hasFocus(); }));
+    // Opened and chosen from with the keyboard, as a user would.
+    QTest::keyClick(popUp, Qt::Key_Space);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return popUp->view()->isVisible(); }));
+    QTest::keyClick(popUp->view(), Qt::Key_End);
+    QTest::keyClick(popUp->view(), Qt::Key_Return);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !popUp->view()->isVisible(); }));
+    EXPECT_EQ(popUp->currentText(), "extra");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return file.view()->hasFocus(); }));
+    // The keys go to the text: the line chosen is selected, Left goes to its start.
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Left);
+    QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("//"));
+    EXPECT_TRUE(file.document->string().contains(QStringLiteral("//void extra(void)")));
 }
 
 TEST(WindowSyntax, FunctionPopUpOfALargeFileReadsOnlyWhatChanged)
@@ -382,29 +381,6 @@ TEST(WindowSyntax, FunctionPopUpOfALargeFileReadsOnlyWhatChanged)
     popUp->setCurrentIndex(longIndex);
     Q_EMIT popUp->activated(longIndex);
     EXPECT_GE(popUp->sizeHint().width(), longWidth);
-}
-
-TEST(WindowSyntax, FunctionPopUpGivesTheKeysBackToTheText)
-{
-    installDefinitions();
-    OpenFile file(QStringLiteral("keys.c"), kCSource);
-    auto* popUp = qobject_cast<FunctionPopUp*>(file.controller->window()->functionPopUp());
-    ASSERT_NE(popUp, nullptr);
-    file.controller->window()->activateWindow();
-    popUp->setFocus(Qt::TabFocusReason);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return popUp->hasFocus(); }));
-    // Opened and chosen from with the keyboard, as a user would.
-    QTest::keyClick(popUp, Qt::Key_Space);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return popUp->view()->isVisible(); }));
-    QTest::keyClick(popUp->view(), Qt::Key_End);
-    QTest::keyClick(popUp->view(), Qt::Key_Return);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !popUp->view()->isVisible(); }));
-    EXPECT_EQ(popUp->currentText(), "main");
-    EXPECT_TRUE(QTest::qWaitFor([&] { return file.view()->hasFocus(); }));
-    // The keys go to the text: the line chosen is selected, Left goes to its start.
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Left);
-    QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("//"));
-    EXPECT_TRUE(file.document->string().contains(QStringLiteral("//int main(void)")));
 }
 
 TEST(WindowSyntax, ACompletionNotAcceptedIsNeverSaved)

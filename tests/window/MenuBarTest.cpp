@@ -1,3 +1,5 @@
+// The menu bar of a document window as a user uses it: the File menu's panels, Open Recent,
+// Duplicate, and the Help menu.
 #include "TestWindow.h"
 #include "app/DocumentController.h"
 #include "app/HelpMenu.h"
@@ -6,10 +8,13 @@
 #include "platform/UserDefaults.h"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QKeyEvent>
+#include <QLineEdit>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QProcess>
@@ -20,22 +25,51 @@
 
 namespace {
 
-/// Chooses File > Open… in the document's window, and has `answer` deal with the panel.
-void openFromTheMenu(Document* document, const std::function<void(QFileDialog*)>& answer)
+QAction* fileMenuItem(Document* document, const QString& title)
 {
-    DocumentWindow* window =
-        DocumentController::sharedDocumentController().windowControllerOf(document)->window();
-    QAction* open = nullptr;
-    for (QAction* item : window->menuBar()->findChild<QMenu*>("fileMenu")->actions()) {
-        open = item->text() == "&Open…" ? item : open;
+    WindowController* controller =
+        DocumentController::sharedDocumentController().windowControllerOf(document);
+    QMenu* file = controller->window()->menuBar()->findChild<QMenu*>(QStringLiteral("fileMenu"));
+    for (QAction* item : file->actions()) {
+        if (item->text().remove(u'&') == title) {
+            return item;
+        }
     }
-    ASSERT_NE(open, nullptr);
-    QTimer::singleShot(0, [answer] {
-        auto* panel = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
-        ASSERT_NE(panel, nullptr);
-        answer(panel);
+    return nullptr;
+}
+
+/// Triggers `item` and hands the panel it shows to `use` once it is on screen.
+void withPanel(QAction* item, const std::function<void(QFileDialog*)>& use)
+{
+    bool used = false;
+    QTimer poll;
+    QObject::connect(&poll, &QTimer::timeout, [&] {
+        for (QWidget* widget : QApplication::topLevelWidgets()) {
+            if (auto* box = qobject_cast<QMessageBox*>(widget); box && box->isVisible()) {
+                ADD_FAILURE() << "unexpected alert: " << box->text().toStdString();
+                box->reject();
+                return;
+            }
+            auto* panel = qobject_cast<QFileDialog*>(widget);
+            if (panel && panel->isVisible() && !used) {
+                used = true;
+                use(panel);
+                return;
+            }
+        }
     });
-    open->trigger();
+    poll.start(20);
+    // A failed expectation must not leave the panel waiting for ever.
+    QTimer::singleShot(10000, [] {
+        for (QWidget* widget : QApplication::topLevelWidgets()) {
+            if (auto* panel = qobject_cast<QFileDialog*>(widget); panel && panel->isVisible()) {
+                ADD_FAILURE() << "the panel is still open";
+                panel->reject();
+            }
+        }
+    });
+    item->trigger();
+    EXPECT_TRUE(used);
 }
 
 QStringList titlesOf(QMenu* menu)
@@ -91,7 +125,7 @@ TEST(MenuBar, OpenPanelStartsInTheFrontDocumentsFolder)
     Document* front = documents.openDocumentWithContentsOfURL(first);
     ASSERT_NE(front, nullptr);
     QString startedIn;
-    openFromTheMenu(front, [&](QFileDialog* panel) {
+    withPanel(fileMenuItem(front, QStringLiteral("Open…")), [&](QFileDialog* panel) {
         startedIn = panel->directory().absolutePath();
         panel->setDirectory(dir + "/two");
         panel->selectFile(second);
@@ -101,7 +135,7 @@ TEST(MenuBar, OpenPanelStartsInTheFrontDocumentsFolder)
     ASSERT_EQ(documents.documents().size(), 2u);
     EXPECT_EQ(documents.documents().back()->fileURL(), second);
     // The window's own document counts, whatever folder the panel was in last.
-    openFromTheMenu(front, [&](QFileDialog* panel) {
+    withPanel(fileMenuItem(front, QStringLiteral("Open…")), [&](QFileDialog* panel) {
         startedIn = panel->directory().absolutePath();
         panel->reject();
     });
@@ -110,11 +144,78 @@ TEST(MenuBar, OpenPanelStartsInTheFrontDocumentsFolder)
     // With an untitled document in front, where it was last confirmed (a setting, so also
     // after a restart).
     documents.discardAllDocuments();
-    openFromTheMenu(documents.newDocument(), [&](QFileDialog* panel) {
-        startedIn = panel->directory().absolutePath();
-        panel->reject();
-    });
+    withPanel(fileMenuItem(documents.newDocument(), QStringLiteral("Open…")),
+              [&](QFileDialog* panel) {
+                  startedIn = panel->directory().absolutePath();
+                  panel->reject();
+              });
     EXPECT_EQ(startedIn, dir + "/two");
+    documents.discardAllDocuments();
+}
+
+TEST(MenuBar, SaveAsHidesTheExtensionInTheNameField)
+{
+    TestRoot root;
+    root.userDefaults().setBool(true, "SavePanelExtensionHidden");
+    DocumentController& documents = root.documentController();
+    const QString dir = TestSupport::makeTempDir();
+    Document* document =
+        documents.openDocumentWithContentsOfURL(TestSupport::writeFile(dir + "/notes.txt", "n\n"));
+    ASSERT_NE(document, nullptr);
+
+    withPanel(fileMenuItem(document, QStringLiteral("Save As…")), [&](QFileDialog* panel) {
+        // Not the open panel's title.
+        EXPECT_EQ(panel->windowTitle(), "Save As");
+        auto* name = panel->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+        auto* hide = panel->findChild<QCheckBox*>(QStringLiteral("hideExtensionButton"));
+        ASSERT_TRUE(name && hide);
+        EXPECT_TRUE(hide->isChecked());
+        EXPECT_EQ(name->text(), "notes");
+        QTest::keyClick(hide, Qt::Key_Space);
+        EXPECT_EQ(name->text(), "notes.txt");
+        QTest::keyClick(hide, Qt::Key_Space);
+        EXPECT_EQ(name->text(), "notes");
+        // A new name, typed without the hidden extension, is saved with it.
+        panel->activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(panel));
+        name->setFocus();
+        name->selectAll();
+        QTest::keyClicks(name, QStringLiteral("renamed"));
+        EXPECT_EQ(name->text(), "renamed");
+        // Posted, so that an alert it might bring up finds this poll free to report it.
+        QCoreApplication::postEvent(name, new QKeyEvent(QEvent::KeyPress, Qt::Key_Return, {}));
+        QCoreApplication::postEvent(name, new QKeyEvent(QEvent::KeyRelease, Qt::Key_Return, {}));
+    });
+    EXPECT_EQ(document->fileURL(), dir + "/renamed.txt");
+    EXPECT_EQ(TestSupport::readFile(dir + "/renamed.txt"), "n\n");
+}
+
+TEST(MenuBar, DuplicateOpensAnUntitledCopyInItsOwnWindow)
+{
+    DocumentController& documents = DocumentController::sharedDocumentController();
+    documents.discardAllDocuments();
+    const QString dir = TestSupport::makeTempDir();
+    Document* original = documents.openDocumentWithContentsOfURL(
+        TestSupport::writeFile(dir + "/latin.txt", "caf\xe9\r\nbar\r\n"));
+    ASSERT_NE(original, nullptr);
+    QAction* duplicate = fileMenuItem(original, QStringLiteral("Duplicate"));
+    ASSERT_NE(duplicate, nullptr);
+    duplicate->trigger();
+
+    ASSERT_EQ(documents.documents().size(), 2u);
+    Document* copy = documents.documents().back();
+    EXPECT_EQ(copy->string(), original->string());
+    EXPECT_TRUE(copy->fileURL().isEmpty());
+    EXPECT_FALSE(copy->textStorage()->isUndoAvailable());
+    EXPECT_EQ(copy->documentEncoding(), original->documentEncoding());
+    EXPECT_EQ(copy->documentLineBreaks(), 2);
+    // Kept nowhere yet: closing it asks first.
+    EXPECT_TRUE(copy->isDocumentEdited());
+    WindowController* window = documents.windowControllerOf(copy);
+    ASSERT_NE(window, nullptr);
+    EXPECT_TRUE(window->window()->isVisible());
+    EXPECT_EQ(window->selectedSyntaxName(),
+              documents.windowControllerOf(original)->selectedSyntaxName());
     documents.discardAllDocuments();
 }
 

@@ -2,7 +2,6 @@
 // of the script commands.
 #include "app/ScriptCommands.h"
 #include "scripts/ScriptTestSupport.h"
-#include "window/ScriptAlert.h"
 #include "window/ScriptController.h"
 #include "window/ScriptSheet.h"
 #include "window/ScriptTreeModel.h"
@@ -13,7 +12,6 @@
 #include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QMimeData>
 #include <QSignalSpy>
 #include <QTimer>
@@ -126,23 +124,4 @@ TEST_F(ScriptLibraryTest, PaneDoubleClickContextMenuAndSheets)
     QTimer::singleShot(0, [] { QApplication::activeModalWidget()->close(); });
     ScriptCommands::addScriptFolder(controller->window());
     EXPECT_EQ(titles(library().entries(nullptr)), QStringList({"Folder", "More"}));
-}
-
-TEST_F(ScriptLibraryTest, AlertsAreSheetsOnTheWindow)
-{
-    Document* document = openDocument(QStringLiteral("text"));
-    DocumentWindow* window =
-        DocumentController::sharedDocumentController().windowControllerOf(document)->window();
-    ScriptAlert::show(QStringLiteral("Notice"), QStringLiteral("Not Found unix commands."), true,
-                      false, window);
-    auto* sheet = window->findChild<QMessageBox*>();
-    ASSERT_NE(sheet, nullptr);
-    EXPECT_EQ(sheet->windowModality(), Qt::WindowModal);
-    // The headline in the body, where the title bar cannot cut it off.
-    EXPECT_EQ(sheet->text(), "Notice");
-    EXPECT_EQ(sheet->informativeText(), "Not Found unix commands.");
-    EXPECT_EQ(sheet->icon(), QMessageBox::Warning);
-    EXPECT_EQ(sheet->buttons().size(), 1);
-    EXPECT_TRUE(sheet->isVisible());
-    sheet->accept();
 }

@@ -1,0 +1,120 @@
+// What the alerts of the document window ask, as the user reads them: the question in the
+// body, where nothing cuts it off, and the explanation below it.
+#include "TestSupport.h"
+#include "app/DocumentController.h"
+#include "document/Document.h"
+#include "window/DocumentWindow.h"
+#include "window/ScriptAlert.h"
+#include "window/WindowController.h"
+
+#include <QMessageBox>
+#include <QTest>
+#include <QTextCursor>
+#include <QTextDocument>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace {
+
+constexpr quint64 kASCII = 1;
+constexpr quint64 kUTF8 = 4;
+
+TEST(Alerts, AskTheirQuestionInTheirBody)
+{
+    DocumentController& controller = DocumentController::sharedDocumentController();
+    const QString dir = TestSupport::makeTempDir();
+    Document* document = controller.openDocumentWithContentsOfURL(
+        TestSupport::writeFile(dir + "/notes.txt", "saved\n"));
+    ASSERT_NE(document, nullptr);
+    QTextCursor(document->textStorage()).insertText(QString(5000, u'x'));
+    WindowController* window = controller.windowControllerOf(document);
+    ASSERT_NE(window, nullptr);
+
+    const struct {
+        const char* name;
+        std::function<void()> action;
+        const char* answer;
+        QString text;
+        QString informativeText;
+    } cases[] = {
+        {"closing an edited document", [&] { EXPECT_FALSE(controller.closeDocument(document)); },
+         "Cancel", QStringLiteral("Do you want to save the changes you made in “notes.txt”?"),
+         QStringLiteral("Your changes will be lost if you don’t save them.")},
+        {"reverting", [&] { controller.revertDocumentToSaved(document); }, "Cancel",
+         QStringLiteral("Do you want to revert to the most recently saved version of "
+                        "“notes.txt”?"),
+         QStringLiteral("Your current changes will be lost.")},
+        {"sharing a long text on the web", [&] { window->shareUsing(2); }, "OK",
+         QStringLiteral("The text is too long to share this way."),
+         QStringLiteral("The whole text is shared, and this service takes at most 4,096 "
+                        "characters. Send the file as an attachment instead.")},
+    };
+    QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        QList<TestSupport::Alert> seen;
+        TestSupport::answerAlerts({c.answer}, &seen);
+        c.action();
+        ASSERT_EQ(seen.size(), 1);
+        EXPECT_EQ(seen[0].text, c.text);
+        EXPECT_EQ(seen[0].informativeText, c.informativeText);
+        EXPECT_FALSE(seen[0].title.contains(c.text));
+    }
+    // Every answer above left the document as it was.
+    EXPECT_TRUE(document->string().startsWith(QString(5000, u'x')));
+
+    // A script's alert is a sheet on the window, its headline in the body too.
+    ScriptAlert::show(QStringLiteral("Notice"), QStringLiteral("Not Found unix commands."), true,
+                      false, window->window());
+    const QList<QMessageBox*> sheets = window->window()->findChildren<QMessageBox*>();
+    ASSERT_FALSE(sheets.isEmpty());
+    QMessageBox* sheet = sheets.constLast();
+    EXPECT_TRUE(sheet->isVisible());
+    EXPECT_EQ(sheet->windowModality(), Qt::WindowModal);
+    EXPECT_EQ(sheet->text(), "Notice");
+    EXPECT_EQ(sheet->informativeText(), "Not Found unix commands.");
+    sheet->accept();
+    controller.discardAllDocuments();
+}
+
+// The alert of a save that cannot encode a character offers to save in UTF-8; whichever
+// button the user presses, nothing is lost.
+TEST(SaveAlert, AnUnencodableCharacterOffersUTF8AndLosesNothingEitherWay)
+{
+    DocumentController& controller = DocumentController::sharedDocumentController();
+    controller.discardAllDocuments();
+    const QString dir = TestSupport::makeTempDir();
+    const QString path = TestSupport::writeFile(dir + "/ascii.txt", "plain ascii\n");
+    Document* document = controller.openDocumentWithContentsOfURL(path);
+    ASSERT_NE(document, nullptr);
+    document->setDocumentEncoding(kASCII);
+    document->setTextStorage(QStringLiteral("caf\u00e9\n"));
+    const QString message = "The document “ascii.txt” could not be saved in the encoding “Western "
+                            "(ASCII)”. Some characters cannot be written in this encoding.";
+
+    QList<TestSupport::Alert> said;
+    TestSupport::answerAlerts({"Cancel"}, &said);
+    EXPECT_FALSE(controller.saveDocument(document));
+    ASSERT_EQ(said.size(), 1);
+    EXPECT_EQ(said[0].text.toStdString(), message.toStdString());
+    EXPECT_EQ(said[0].informativeText, "Use Save As… to choose another encoding or place.");
+    EXPECT_TRUE(said[0].buttons.contains("Save as UTF-8"))
+        << said[0].buttons.join(" | ").toStdString();
+    EXPECT_EQ(TestSupport::readFile(path), "plain ascii\n");
+    EXPECT_EQ(document->string(), QStringLiteral("caf\u00e9\n"));
+    EXPECT_EQ(document->documentEncoding(), kASCII);
+    EXPECT_TRUE(document->isDocumentEdited());
+
+    TestSupport::answerAlerts({"Save as UTF-8"}, &said);
+    EXPECT_TRUE(controller.saveDocument(document));
+    EXPECT_EQ(said.value(0).text.toStdString(), message.toStdString());
+    EXPECT_EQ(TestSupport::readFile(path), "caf\xc3\xa9\n");
+    EXPECT_EQ(document->string(), QStringLiteral("caf\u00e9\n"));
+    EXPECT_EQ(document->documentEncoding(), kUTF8);
+    EXPECT_FALSE(document->isDocumentEdited());
+    controller.discardAllDocuments();
+}
+
+} // namespace

@@ -1,41 +1,31 @@
-#include "TestSupport.h"
-#include "document/Document.h"
+#include "TestWindow.h"
 #include "editor/LayoutManager.h"
 #include "editor/SpellCheckingController.h"
-#include "editor/TextView.h"
 #include "platform/UserDefaults.h"
-#include "window/DocumentWindow.h"
-#include "window/WindowController.h"
 
-#include <QAction>
-#include <QMenu>
 #include <QScrollBar>
-#include <QTest>
 #include <QTextBlock>
-#include <QTextDocument>
-
-#include <gtest/gtest.h>
 
 namespace {
 
-// A shown window with spell checking on in American English, on settings of its own.
-struct CheckedWindow {
+/// Settings of the test's own, with spell checking on in American English.
+struct SpellingSettings {
     TestRoot root;
-    Document* document = new TestDocument;
-    WindowController* controller = nullptr;
-
-    explicit CheckedWindow(const QString& text)
+    SpellingSettings()
     {
         root.userDefaults().setBool(true, "AllowSpellChecking");
         root.userDefaults().setObject(QStringLiteral("en_US"), "SpellCheckLanguage");
-        document->textStorage()->setPlainText(text);
-        controller = new WindowController(document);
-        controller->windowDidLoad();
-        controller->window()->resize(640, 420);
-        controller->window()->show();
     }
-    ~CheckedWindow() { delete document; }
-    TextView* view() const { return controller->textView(); }
+};
+
+/// A shown window on them.
+struct CheckedWindow : SpellingSettings, TestWindow {
+    explicit CheckedWindow(const QString& text)
+        : TestWindow(text)
+    {
+        window()->resize(640, 420);
+        window()->show();
+    }
     QList<Range> marks() const
     {
         return view()->layoutManager()->misspelledWords(

@@ -10,13 +10,11 @@
 #include "window/CharacterCounter.h"
 
 #include <QCursor>
-#include <QEnterEvent>
 #include <QFile>
 #include <QFileInfo>
 #include <QImage>
 #include <QLabel>
 #include <QLocale>
-#include <QSplitter>
 
 #include <algorithm>
 #include <fcntl.h>
@@ -25,57 +23,28 @@
 
 using Window = TestWindow;
 
-TEST(WindowController, StatusLine)
+TEST(WindowController, StatusLineCountsAndFollowsTheCaret)
 {
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
-    Window empty;
-    EXPECT_TRUE(empty.controller->toolbarInformation().startsWith("Characters: 0   "));
-    EXPECT_EQ(empty.controller->window()->infoField()->text(),
-              empty.controller->toolbarInformation());
-
     Window perl(QStringLiteral("ab\ncd\nef"), QStringLiteral("None:Perl"));
-    EXPECT_EQ(perl.controller->infoCharacters(), 6);
     EXPECT_EQ(perl.controller->toolbarInformation(),
               "Characters: 6   Unicode (UTF-8)   OS X/Unix(LF)   Perl   Line 1, Column 1");
-
+    EXPECT_EQ(perl.window()->infoField()->text(), perl.controller->toolbarInformation());
     // Selecting from the b to the c, across one line feed, counts 2.
-    TextView* view = perl.controller->textView();
-    QTextCursor cursor = view->textCursor();
-    cursor.setPosition(1);
-    cursor.setPosition(4, QTextCursor::KeepAnchor);
-    view->setTextCursor(cursor);
+    perl.view()->setSelectedRange({1, 3});
     QTRY_COMPARE_WITH_TIMEOUT(perl.controller->infoCharacters(), 2, 2000);
 
-    // Grouping of the user's locale; characters outside the BMP count once.
+    // Grouping of the user's locale; characters outside the BMP count once; the count
+    // follows edits.
     Window big(QString(12345, u'x') + QStringLiteral("\U0001F600"));
     EXPECT_TRUE(big.controller->toolbarInformation().startsWith("Characters: 12,346   "));
-    // The count follows edits without a selection.
-    QTest::keyClicks(big.controller->textView(), "yz");
+    QTest::keyClicks(big.view(), "yz");
     EXPECT_EQ(big.controller->infoCharacters(), 12348);
 
-    // The text can be selected with the mouse, as a label's.
-    QLabel* field = big.controller->window()->infoField();
-    big.controller->window()->show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(big.controller->window()));
-    const QPoint start(2, field->height() / 2);
-    QEnterEvent enter(start, field->mapTo(field->window(), start), field->mapToGlobal(start));
-    QCoreApplication::sendEvent(field, &enter);
-    QTest::mousePress(field, Qt::LeftButton, {}, start);
-    QTest::mouseMove(field, QPoint(field->width() / 2, start.y()));
-    QTest::mouseRelease(field, Qt::LeftButton, {}, QPoint(field->width() / 2, start.y()));
-    EXPECT_TRUE(field->selectedText().startsWith(QStringLiteral("Characters")))
-        << field->selectedText().toStdString();
-}
-
-TEST(WindowController, StatusLineFollowsTheCaretAndSaysAFileIsReadOnly)
-{
-    // The front pane's caret, after the document's parts; a tab and a character outside the
-    // BMP are one column each.
+    // The front pane's caret; a tab and a character outside the BMP are one column each.
     Window window(QStringLiteral("ab\n\tc\U0001F600d\nlast"), QString(), true);
-    DocumentWindow* shown = window.window();
-    const auto status = [&] { return shown->infoField()->text(); };
-    TextView* first = window.controller->textView();
-    EXPECT_TRUE(status().endsWith("   Line 1, Column 1")) << status().toStdString();
+    const auto status = [&] { return window.window()->infoField()->text(); };
+    TextView* first = window.view();
     const struct {
         Qt::Key key;
         Qt::KeyboardModifiers modifiers;
@@ -99,7 +68,7 @@ TEST(WindowController, StatusLineFollowsTheCaretAndSaysAFileIsReadOnly)
 
     // With two panes, the status line follows the one in front.
     window.controller->toggleSplitView(window.controller);
-    TextView* second = window.controller->textView();
+    TextView* second = window.view();
     ASSERT_NE(second, first);
     EXPECT_TRUE(status().endsWith("   Line 1, Column 1")) << status().toStdString();
     window.controller->toggleFocusOnNextSplitPane(window.controller);
@@ -254,27 +223,17 @@ TEST(WindowController, EncodingAndLineBreakItems)
     MainMenu& menu = *window.menu;
     QMenu* encodings = menu.menuNamed("encodingMenu");
     ASSERT_NE(encodings, nullptr);
-    int items = 0;
-    int separators = 0;
-    int checked = 0;
+    // The list's encodings, one of them checked, then a separator and the submenu of the others.
     QList<QAction*> list = encodings->actions();
-    // The list's 51 encodings, then a separator and the submenu of the others.
     ASSERT_GE(list.size(), 2);
     QMenu* others = list.takeLast()->menu();
     ASSERT_NE(others, nullptr);
-    EXPECT_EQ(others->title(), "Other Encodings");
     EXPECT_TRUE(list.takeLast()->isSeparator());
+    int checked = 0;
     for (QAction* item : list) {
-        if (item->isSeparator()) {
-            ++separators;
-            continue;
-        }
-        ++items;
         window.controller->validateMenuItem(item);
         checked += item->isChecked() ? 1 : 0;
     }
-    EXPECT_EQ(items, 51);
-    EXPECT_EQ(separators, 13);
     EXPECT_EQ(checked, 1);
     // Choosing one of the others reopens in it, through the Encoding menu's own handling.
     QAction* cyrillic = nullptr;

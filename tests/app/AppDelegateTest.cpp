@@ -1,13 +1,9 @@
 #include "app/AppDelegate.h"
 
 #include "TestSupport.h"
-#include "app/Application.h"
 #include "platform/ColorArchive.h"
-#include "platform/NotificationCenter.h"
 #include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
-
-#include <QSignalSpy>
 
 #include <gtest/gtest.h>
 
@@ -28,27 +24,17 @@ QString writeResource(const QVariantMap& map)
 
 // Every key of the shipped defaults has its row in the test of the typed settings (see
 // PreferencesTest); here, what the registration makes of the values.
-TEST(AppDelegate, ShippedDefaultsAreRegisteredAtStart)
-{
-    const auto shipped = PropertyList::readDictionary(":/DefaultValues.plist");
-    ASSERT_TRUE(shipped.has_value());
-    EXPECT_FALSE(shipped->contains("ScriptAllItems"));
-    EXPECT_TRUE(shipped->value("FirstStartupApplication").toBool());
-
-    // The application registered them at start, "Automatic" as the unsigned all-ones value.
-    const UserDefaults& defaults = UserDefaults::standardUserDefaults();
-    EXPECT_EQ(defaults.unsignedIntegerForKey("OpenDefaultsTextEncoding"), kAutomatic);
-    EXPECT_EQ(defaults.registeredDefaults().value("OpenDefaultsTextEncoding").typeId(),
-              QMetaType::ULongLong);
-    EXPECT_EQ(defaults.integerForKey("DefaultsTextEncoding"), 4);
-    EXPECT_EQ(defaults.stringForKey("DefaultFont"), "DejaVu Sans Mono");
-    EXPECT_TRUE(defaults.boolForKey("FirstStartupApplication"));
-    EXPECT_EQ(ColorArchive::unarchive(defaults.dataForKey("KeywordsColor")),
-              QColor::fromRgbF(0.5f, 0.0f, 0.5f));
-}
-
 TEST(AppDelegate, RegistrationNormalisesAndAddsTheColours)
 {
+    // The application registered the shipped ones at start, "Automatic" as the unsigned
+    // all-ones value.
+    const UserDefaults& shipped = UserDefaults::standardUserDefaults();
+    EXPECT_EQ(shipped.unsignedIntegerForKey("OpenDefaultsTextEncoding"), kAutomatic);
+    EXPECT_EQ(shipped.registeredDefaults().value("OpenDefaultsTextEncoding").typeId(),
+              QMetaType::ULongLong);
+    EXPECT_TRUE(shipped.boolForKey("FirstStartupApplication"));
+    EXPECT_FALSE(shipped.registeredDefaults().contains("ScriptAllItems"));
+
     const QString dir = TestSupport::makeTempDir();
     {
         UserDefaults defaults(dir + "/a.conf");
@@ -93,21 +79,4 @@ TEST(AppDelegate, MissingOrBrokenResourceRegistersNothing)
     EXPECT_TRUE(defaults.registeredDefaults().isEmpty());
     EXPECT_FALSE(defaults.boolForKey("FirstStartupApplication"));
     EXPECT_FALSE(ColorArchive::unarchive(defaults.dataForKey("KeywordsColor")).isValid());
-}
-
-TEST(AppDelegate, LaunchQuestionsAndTheSettingsBroadcast)
-{
-    Application* app = Application::instance();
-    ASSERT_NE(app, nullptr);
-    AppDelegate& delegate = app->delegate();
-    // Re-activation never opens an untitled document.
-    EXPECT_FALSE(delegate.applicationShouldHandleReopen(false));
-    EXPECT_FALSE(delegate.applicationShouldHandleReopen(true));
-
-    QObject sender;
-    QSignalSpy spy(&NotificationCenter::defaultCenter(),
-                   &NotificationCenter::NotifUpdatePreferences);
-    app->postUpdatePreferences(&sender);
-    ASSERT_EQ(spy.count(), 1);
-    EXPECT_EQ(spy.at(0).at(0).value<QObject*>(), &sender);
 }

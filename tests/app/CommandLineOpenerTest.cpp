@@ -103,10 +103,12 @@ TEST(CommandLineOpener, StandardInputBecomesAnUntitledDocumentAsItArrives)
     ASSERT_EQ(opened.size(), 1);
     Document* document = opened[0];
     EXPECT_TRUE(document->fileURL().isEmpty());
-    // "é" split between two writes still arrives whole.
+    // "é", and a CR LF, split between two writes still arrive whole.
     ASSERT_EQ(write(pipeEnds[1], "make: caf\xc3", 10), 10);
     EXPECT_TRUE(QTest::qWaitFor([&] { return document->string() == "make: caf"; }, 5000));
-    ASSERT_EQ(write(pipeEnds[1], "\xa9\r\nerror\n", 9), 9);
+    ASSERT_EQ(write(pipeEnds[1], "\xa9\r", 2), 2);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return document->string() == "make: caf\u00e9"; }, 5000));
+    ASSERT_EQ(write(pipeEnds[1], "\nerror\n", 7), 7);
     close(pipeEnds[1]);
     EXPECT_TRUE(QTest::qWaitFor([&] { return document->isDocumentEdited(); }, 5000));
     EXPECT_EQ(document->string(), QStringLiteral("make: caf\u00e9\nerror\n"));
@@ -128,9 +130,6 @@ TEST(CommandLineOpener, TheExecutableAnswersBeforeAnyWindow)
     const EditorRun unknown = runEditor({"--frobnicate"});
     EXPECT_EQ(unknown.status, 2);
     EXPECT_TRUE(unknown.err.contains("unknown option --frobnicate")) << unknown.err.toStdString();
-    const EditorRun encoding = runEditor({"--encoding", "klingon-8", "a.txt"});
-    EXPECT_EQ(encoding.status, 2);
-    EXPECT_TRUE(encoding.err.contains("klingon-8"));
     const QString dir = TestSupport::makeTempDir();
     const EditorRun folder = runEditor({dir});
     EXPECT_EQ(folder.status, 1);

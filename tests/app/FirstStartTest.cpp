@@ -29,7 +29,9 @@ TEST(FirstStart, InstallsDefinitionsScriptsAndTheExampleLibrary)
 {
     TestRoot root;
     startWithEmptySupportFolder();
-    DocumentController::sharedDocumentController().awakeFromNib();
+    root.documentController().setIsOpenPanel(true);
+    root.documentController().awakeFromNib();
+    EXPECT_FALSE(root.documentController().isOpenPanel());
 
     const QDir syntax(FileManager::syntaxDefinitionDirectoryPathInPath());
     EXPECT_EQ(syntax.entryList(QDir::Files).size(), 17);
@@ -84,13 +86,4 @@ TEST(FirstStart, NeverReplacesTheUsersFiles)
     EXPECT_EQ(ScriptManager::sharedScriptManager().scriptDataSource()->at(1)->numberOfChildren(),
               2);
     EXPECT_TRUE(QFile::exists(FileManager::syntaxDefinitionDirectoryPathInPath("Perl.plist")));
-}
-
-TEST(FirstStart, ClearsTheOpenPanelsFlag)
-{
-    TestRoot root;
-    DocumentController& controller = root.documentController();
-    controller.setIsOpenPanel(true);
-    controller.awakeFromNib();
-    EXPECT_FALSE(controller.isOpenPanel());
 }

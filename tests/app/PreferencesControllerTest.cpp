@@ -200,19 +200,16 @@ TEST(PreferencesController, ColourPresetsWriteAllSixteenColours)
     TestRoot root;
     PreferencesController controller;
     controller.window();
+    // A preset writes every colour; one that does not exist writes none.
     controller.changedSyntaxColouringType(2);
     auto colorOf = [](const char* key) { return ColorArchive::unarchive(store().dataForKey(key)); };
-    EXPECT_EQ(colorOf("DefaultTextColor"), QColor(Qt::white));
-    EXPECT_EQ(colorOf("DefaultInsertionPointColor"), QColor(Qt::red));
     EXPECT_EQ(colorOf("DefaultBackgroundColor"), QColor(Qt::black));
-    EXPECT_EQ(colorOf("NumbersColor"), QColor(Qt::blue));
-    EXPECT_TRUE(store().hasUserValue("GutterBackgroundColor"));
-    EXPECT_TRUE(store().hasUserValue("KeywordsColor"));
+    for (const auto& [key, color] : AppDelegate::defaultColors()) {
+        EXPECT_TRUE(store().hasUserValue(key)) << qPrintable(key);
+    }
     controller.changedSyntaxColouringType(0);
-    EXPECT_EQ(colorOf("DefaultTextColor"), QColor(Qt::black));
-    EXPECT_EQ(colorOf("DefaultBackgroundColor"), QColor(Qt::white));
     controller.changedSyntaxColouringType(5);
-    EXPECT_EQ(colorOf("DefaultTextColor"), QColor(Qt::black));
+    EXPECT_EQ(colorOf("DefaultBackgroundColor"), QColor(Qt::white));
 
     // Every colour has its well, showing the stored colour and storing the chosen one.
     controller.changedSyntaxColouringType(1);

@@ -182,12 +182,6 @@ TEST_F(TabWindowTest, DocumentsOpenAsTabsAndTheMenusActOnTheCurrentOne)
     EXPECT_EQ(c->string(), "jstext\n");
     EXPECT_EQ(a->string(), "text\n");
 
-    // With the setting off, the next document has a window of its own.
-    _root->userDefaults().setBool(false, QStringLiteral("OpenDocumentsInTabs"));
-    Document* d = open("d.txt");
-    EXPECT_EQ(windowOf(d)->tabWindow(), nullptr);
-    EXPECT_TRUE(windowOf(d)->isWindow());
-    EXPECT_EQ(tabs->count(), 3);
     b->textStorage()->setModified(false);
     c->textStorage()->setModified(false);
 }
@@ -322,8 +316,9 @@ TEST_F(TabWindowTest, TabsComeBackInTheirWindowsInOrderWithTheCurrentTab)
     second->insertDocumentWindow(1, windowOf(untitled));
     windowOf(e)->selectTab();
     windowOf(c)->selectTab();
+    // With the setting off, the next document has a window of its own.
     _root->userDefaults().setBool(false, QStringLiteral("OpenDocumentsInTabs"));
-    open("own.txt");
+    EXPECT_TRUE(windowOf(open("own.txt"))->isWindow());
     ASSERT_EQ(tabNames(first), "a.txt c.txt b.txt");
     ASSERT_EQ(tabNames(second), "e.txt " + untitled->displayName().toStdString() + " d.txt");
 

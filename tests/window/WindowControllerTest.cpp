@@ -208,13 +208,6 @@ TEST(WindowController, TogglesApplyToThePanesAndTheMenus)
         }
         defaults.removeObjectForKey(toggle.setting);
     }
-
-    // Applying without a sender changes nothing.
-    window.controller->toggleWrapLines(window.controller);
-    const bool wrapped = window.controller->wrapLines();
-    window.controller->toggleWrapLines(nullptr);
-    EXPECT_EQ(window.controller->wrapLines(), wrapped);
-    EXPECT_EQ(window.controller->textView()->wrapLines(), wrapped);
 }
 
 TEST(WindowController, EncodingAndLineBreakItems)

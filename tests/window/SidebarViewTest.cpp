@@ -143,48 +143,6 @@ TEST(SidebarView, WindowIdentifierAndFullScreen)
     QTRY_COMPARE_WITH_TIMEOUT(full.window()->splitView()->width(), editorWidth, 2000);
 }
 
-TEST(SidebarView, SplitPanes)
-{
-    Window window(QStringLiteral("shared text"));
-    TextView* first = window.controller->textView();
-    QAction* split = window.menu->actionWithTag(WindowController::SplitPaneTag);
-    ASSERT_NE(split, nullptr);
-    EXPECT_EQ(split->text(), "Show Split Pane");
-    split->trigger();
-    ASSERT_EQ(window.controller->textViews().size(), 2u);
-    window.controller->validateMenuItem(split);
-    EXPECT_EQ(split->text(), "Hide Split Pane");
-    TextView* second = window.controller->textViews()[1];
-    EXPECT_EQ(window.controller->textView(), second);
-    QSplitter* splitter = window.window()->splitView();
-    EXPECT_EQ(splitter->orientation(),
-              window.controller->useVerticalforSplitView() ? Qt::Horizontal : Qt::Vertical);
-
-    // Typing in one pane shows at once in the other.
-    QTest::keyClick(second, Qt::Key_End, Qt::ControlModifier);
-    QTest::keyClicks(second, "!");
-    EXPECT_EQ(first->toPlainText(), "shared text!");
-
-    // The focus moves to the other pane, which the commands then act on.
-    window.controller->toggleFocusOnNextSplitPane(split);
-    EXPECT_EQ(window.controller->textView(), first);
-    EXPECT_TRUE(first->hasFocus());
-
-    // Side by side and stacked: both panes stay.
-    const Qt::Orientation before = splitter->orientation();
-    window.controller->toggleUsingVerticalSplitPane(split);
-    EXPECT_NE(splitter->orientation(), before);
-    EXPECT_EQ(window.controller->textViews().size(), 2u);
-
-    // Closing the split keeps the first pane and its text.
-    split->trigger();
-    ASSERT_EQ(window.controller->textViews().size(), 1u);
-    EXPECT_EQ(window.controller->textView(), first);
-    EXPECT_EQ(first->toPlainText(), "shared text!");
-    window.controller->toggleFocusOnNextSplitPane(split); // one pane: nothing
-    EXPECT_EQ(window.controller->textView(), first);
-}
-
 TEST(SidebarView, SearchPaneAndFindCommands)
 {
     // The recent search strings are written to settings of the test's own.

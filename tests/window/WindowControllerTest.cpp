@@ -15,6 +15,7 @@
 #include <QImage>
 #include <QLabel>
 #include <QLocale>
+#include <QSplitter>
 
 #include <algorithm>
 #include <fcntl.h>
@@ -75,6 +76,21 @@ TEST(WindowController, StatusLineCountsAndFollowsTheCaret)
     EXPECT_TRUE(status().endsWith("   Line 3, Column 5")) << status().toStdString();
     QTest::keyClick(second, Qt::Key_Down);
     EXPECT_TRUE(status().endsWith("   Line 3, Column 5")) << status().toStdString();
+
+    // The panes share the text; side by side or stacked, both stay; closing the split through
+    // the View menu keeps the first pane.
+    QTest::keyClicks(second, "!");
+    EXPECT_TRUE(first->toPlainText().contains(u'!'));
+    QSplitter* splitter = window.window()->splitView();
+    const Qt::Orientation stacked = splitter->orientation();
+    window.controller->toggleUsingVerticalSplitPane(window.controller);
+    EXPECT_NE(splitter->orientation(), stacked);
+    QAction* split = window.menu->actionWithTag(WindowController::SplitPaneTag);
+    window.controller->validateMenuItem(split);
+    EXPECT_EQ(split->text(), "Hide Split Pane");
+    split->trigger();
+    ASSERT_EQ(window.controller->textViews().size(), 1u);
+    EXPECT_EQ(window.view(), first);
 
     // A file this user may not write says so in the title and the status line when opened.
     const QString dir = TestSupport::makeTempDir();

@@ -23,6 +23,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <vector>
 
 namespace {
 
@@ -115,7 +116,7 @@ void postUpdatePreferences()
 TEST(Preferences, EverySettingIsReadPushedOnceWhenChangedAndFollowed)
 {
     using C = SyntaxColoring;
-    const Row rows[] = {
+    std::vector<Row> rows = {
         // The application: its start, the open panel and where documents go.
         {"ShouldOpenUntitledFile", false, false, Part::Application,
          [](const Followers&) {
@@ -218,25 +219,6 @@ TEST(Preferences, EverySettingIsReadPushedOnceWhenChangedAndFollowed)
          [](const Followers& f) { return f.fresh()->defaultForFileType(); }},
         {"DefaultsSyntaxName", "Perl", "Perl", Part::None,
          [](const Followers& f) { return f.fresh()->selectedSyntaxName(); }},
-        // Syntax colours: one per category of the syntax manager.
-        {"BlockwordsColor", color(1, 0, 0), QColor(1, 0, 0), Part::SyntaxColors,
-         [](const Followers& f) { return syntaxColor(f, C::Blockwords); }},
-        {"KeywordsColor", color(2, 0, 0), QColor(2, 0, 0), Part::SyntaxColors,
-         [](const Followers& f) { return syntaxColor(f, C::Keywords); }},
-        {"CommandsColor", color(3, 0, 0), QColor(3, 0, 0), Part::SyntaxColors,
-         [](const Followers& f) { return syntaxColor(f, C::Commands); }},
-        {"ValuesColor", color(4, 0, 0), QColor(4, 0, 0), Part::SyntaxColors,
-         [](const Followers& f) { return syntaxColor(f, C::Values); }},
-        {"NumbersColor", color(5, 0, 0), QColor(5, 0, 0), Part::SyntaxColors,
-         [](const Followers& f) { return syntaxColor(f, C::Numbers); }},
-        {"StringsColor", color(6, 0, 0), QColor(6, 0, 0), Part::SyntaxColors,
-         [](const Followers& f) { return syntaxColor(f, C::Strings); }},
-        {"CharactersColor", color(7, 0, 0), QColor(7, 0, 0), Part::SyntaxColors,
-         [](const Followers& f) { return syntaxColor(f, C::Characters); }},
-        {"PreprocessorColor", color(8, 0, 0), QColor(8, 0, 0), Part::SyntaxColors,
-         [](const Followers& f) { return syntaxColor(f, C::Preprocessor); }},
-        {"CommentsColor", color(9, 0, 0), QColor(9, 0, 0), Part::SyntaxColors,
-         [](const Followers& f) { return syntaxColor(f, C::Comments); }},
         // Search: the engine starts from them.
         {"SearchReplaceAndFindNext", false, false, Part::None,
          [](const Followers& f) { return f.values().search.replaceAndFindNext; }},
@@ -254,6 +236,19 @@ TEST(Preferences, EverySettingIsReadPushedOnceWhenChangedAndFollowed)
          [](const Followers& f) { return f.values().search.allowMultiLine; }},
     };
 
+    // Syntax colours: one per category of the syntax manager.
+    const std::pair<const char*, C::Category> categories[] = {
+        {"BlockwordsColor", C::Blockwords}, {"KeywordsColor", C::Keywords},
+        {"CommandsColor", C::Commands},     {"ValuesColor", C::Values},
+        {"NumbersColor", C::Numbers},       {"StringsColor", C::Strings},
+        {"CharactersColor", C::Characters}, {"PreprocessorColor", C::Preprocessor},
+        {"CommentsColor", C::Comments}};
+    for (int red = 1; const auto& [key, category] : categories) {
+        rows.push_back({key, color(red, 0, 0), QColor(red, 0, 0), Part::SyntaxColors,
+                        [category](const Followers& f) { return syntaxColor(f, category); }});
+        ++red;
+    }
+
     TestRoot root;
     UserDefaults& store = root.userDefaults();
     DocumentController& documents = root.documentController();
@@ -265,7 +260,7 @@ TEST(Preferences, EverySettingIsReadPushedOnceWhenChangedAndFollowed)
 
     // Every shipped setting has its row (the settings the editor only keeps, recent files or
     // the script library, have no default and are no preferences).
-    EXPECT_EQ(qsizetype(std::size(rows)), store.registeredDefaults().size());
+    EXPECT_EQ(qsizetype(rows.size()), store.registeredDefaults().size());
     for (const Row& row : rows) {
         EXPECT_TRUE(store.registeredDefaults().contains(row.key)) << row.key;
         const QVariant before = row.shown(f);

@@ -26,8 +26,8 @@ using namespace ScriptTestSupport;
 TEST_F(ScriptLibraryTest, DragAndDropBetweenRowsOnly)
 {
     ScriptObjectPtr folder = library().addScriptFolder(QStringLiteral("Folder"), nullptr);
-    ScriptObjectPtr inside = addFile(QStringLiteral("inside.sh"), folder);
-    ScriptObjectPtr first = addFile(QStringLiteral("first.sh"), nullptr);
+    addFile(QStringLiteral("inside.sh"), folder);
+    addFile(QStringLiteral("first.sh"), nullptr);
     ScriptObjectPtr second = addFile(QStringLiteral("second.sh"), nullptr);
     Document* document = openDocument(QString());
     ScriptController pane(
@@ -57,8 +57,6 @@ TEST_F(ScriptLibraryTest, DragAndDropBetweenRowsOnly)
     EXPECT_EQ(titles(library().entries(nullptr)), QStringList({"first", "Folder"}));
     data.reset(model->mimeData({model->indexOf(folder)}));
     EXPECT_FALSE(model->dropMimeData(data.get(), Qt::MoveAction, 0, 0, model->indexOf(folder)));
-    Q_UNUSED(inside);
-    Q_UNUSED(first);
 }
 
 TEST_F(ScriptLibraryTest, PaneDoubleClickContextMenuAndSheets)

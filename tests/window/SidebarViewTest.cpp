@@ -42,7 +42,7 @@ void resetEngine()
 
 } // namespace
 
-TEST(SidebarView, OpeningSwitchingAndClosing)
+TEST(SidebarView, OpeningSwitchingClosingAndTheWindowIdentifier)
 {
     TestRoot root;
     root.userDefaults().setBool(false, "SyntaxColouring");
@@ -99,14 +99,9 @@ TEST(SidebarView, OpeningSwitchingAndClosing)
     find->trigger();
     EXPECT_TRUE(window.sidebar()->isVisible());
     EXPECT_EQ(window.window()->width(), width + 240);
-}
 
-TEST(SidebarView, WindowIdentifierAndFullScreen)
-{
-    // The identifier's syntax wins over the settings' choice.
-    TestRoot root;
-    root.userDefaults().setBool(false, SettingsKey::SyntaxColouring);
-    // The script pane with Perl applied: "3:Perl", then "None:Perl".
+    // The identifier's syntax wins over the settings' choice. The script pane with Perl applied:
+    // "3:Perl", then "None:Perl".
     Window perl(QStringLiteral("print 1;"), QStringLiteral("None:Perl"));
     EXPECT_FALSE(perl.sidebar()->isVisible());
     perl.controller->swicthSidebarType(SidebarView::ScriptType);
@@ -133,14 +128,14 @@ TEST(SidebarView, WindowIdentifierAndFullScreen)
     full.window()->showFullScreen();
     QTRY_VERIFY_WITH_TIMEOUT(full.window()->isFullScreen(), 2000);
     QCoreApplication::processEvents();
-    const int width = full.window()->width();
-    const int editorWidth = full.window()->splitView()->width();
+    const int fullWidth = full.window()->width();
+    const int fullEditorWidth = full.window()->splitView()->width();
     full.controller->swicthSidebarType(SidebarView::SearchType);
     QCoreApplication::processEvents();
-    EXPECT_EQ(full.window()->width(), width);
-    QTRY_COMPARE_WITH_TIMEOUT(full.window()->splitView()->width(), editorWidth - 240, 2000);
+    EXPECT_EQ(full.window()->width(), fullWidth);
+    QTRY_COMPARE_WITH_TIMEOUT(full.window()->splitView()->width(), fullEditorWidth - 240, 2000);
     full.controller->swicthSidebarType(SidebarView::SearchType);
-    QTRY_COMPARE_WITH_TIMEOUT(full.window()->splitView()->width(), editorWidth, 2000);
+    QTRY_COMPARE_WITH_TIMEOUT(full.window()->splitView()->width(), fullEditorWidth, 2000);
 }
 
 TEST(SidebarView, SearchPaneAndFindCommands)

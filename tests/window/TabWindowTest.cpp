@@ -16,6 +16,7 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QFile>
 #include <QMenu>
 #include <QMenuBar>
 #include <QTest>
@@ -316,15 +317,22 @@ TEST_F(TabWindowTest, TabsComeBackInTheirWindowsInOrderWithTheCurrentTab)
     second->insertDocumentWindow(1, windowOf(untitled));
     windowOf(e)->selectTab();
     windowOf(c)->selectTab();
-    // With the setting off, the next document has a window of its own.
+    // With the setting off, the next document has a window of its own: here one read in
+    // Windows Latin 1 with Perl and its information pane, as a restored one is.
     _root->userDefaults().setBool(false, QStringLiteral("OpenDocumentsInTabs"));
-    EXPECT_TRUE(windowOf(open("own.txt"))->isWindow());
+    const QString latin = TestSupport::writeFile(_dir + "/latin.pl", "print \"caf\xe9\";\n");
+    Document* own = documents().reopenDocumentForURL(latin, 5, QStringLiteral("2:Perl"));
+    ASSERT_NE(own, nullptr);
+    EXPECT_TRUE(windowOf(own)->isWindow());
     ASSERT_EQ(tabNames(first), "a.txt c.txt b.txt");
     ASSERT_EQ(tabNames(second), "e.txt " + untitled->displayName().toStdString() + " d.txt");
+    // A file gone by the next start is skipped.
+    open("gone.txt");
 
     documents().noteDocumentsForRestoration();
     documents().discardAllDocuments();
     QTRY_VERIFY(TabWindow::tabWindows().isEmpty());
+    QFile::remove(_dir + "/gone.txt");
 
     // Each comes back as it was, whatever the setting says now: with it on, the window of its
     // own stays one and joins no tab window.
@@ -336,9 +344,17 @@ TEST_F(TabWindowTest, TabsComeBackInTheirWindowsInOrderWithTheCurrentTab)
     }
     EXPECT_EQ(restored, (std::map<std::string, std::string>{{"c.txt[*]", "a.txt c.txt b.txt"},
                                                             {"e.txt[*]", "e.txt d.txt"}}));
-    Document* own = documents().documents().back();
-    EXPECT_EQ(own->displayName(), "own.txt");
+    // Read in the encoding it had, without detection, with its window's identifier.
+    own = documents().documents().back();
+    EXPECT_EQ(own->fileURL(), latin);
     EXPECT_TRUE(windowOf(own)->isWindow());
+    EXPECT_EQ(own->documentEncoding(), 5u);
+    EXPECT_EQ(own->string(), QStringLiteral("print \"caf\u00e9\";\n"));
+    EXPECT_EQ(own->windowIdentifier(), "2:Perl");
+    EXPECT_EQ(controllerOf(own)->selectedSyntaxName(), "Perl");
+    // What was remembered is used once.
+    documents().discardAllDocuments();
+    EXPECT_EQ(documents().reopenDocumentsOfLastRun(), 0);
 }
 
 } // namespace

@@ -266,36 +266,6 @@ TEST(WindowController, EncodingAndLineBreakItems)
     }
 }
 
-TEST(WindowController, WindowsOpenAtTheEndOfARunComeBackAtTheNext)
-{
-    const QString dir = TestSupport::makeTempDir();
-    const QString latin = TestSupport::writeFile(dir + "/latin.pl", "print \"caf\xe9\";\n");
-    const QString gone = TestSupport::writeFile(dir + "/gone.txt", "x");
-    DocumentController& controller = DocumentController::sharedDocumentController();
-    controller.discardAllDocuments();
-
-    Document* perl = controller.reopenDocumentForURL(latin, 5, QStringLiteral("2:Perl"));
-    ASSERT_NE(perl, nullptr);
-    ASSERT_NE(controller.openDocumentWithContentsOfURL(gone, false), nullptr);
-    controller.newDocument(); // untitled: not remembered
-    controller.noteDocumentsForRestoration();
-    controller.discardAllDocuments();
-    QFile::remove(gone);
-
-    EXPECT_EQ(controller.reopenDocumentsOfLastRun(), 1);
-    ASSERT_EQ(controller.documents().size(), 1u);
-    Document* back = controller.documents().front();
-    EXPECT_EQ(back->fileURL(), latin);
-    // Read in the encoding it had, without detection, and with its window's identifier.
-    EXPECT_EQ(back->documentEncoding(), 5u);
-    EXPECT_EQ(back->string(), QStringLiteral("print \"caf\u00e9\";\n"));
-    EXPECT_EQ(back->windowIdentifier(), "2:Perl");
-    EXPECT_EQ(controller.windowControllerOf(back)->selectedSyntaxName(), "Perl");
-    // What was remembered is used once.
-    controller.discardAllDocuments();
-    EXPECT_EQ(controller.reopenDocumentsOfLastRun(), 0);
-}
-
 TEST(WindowController, SharingAddressesCarryTheTextEncoded)
 {
     const QString text = QStringLiteral("a+b & c=d 100% \u00e9\n");

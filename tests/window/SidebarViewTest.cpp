@@ -40,6 +40,18 @@ void resetEngine()
     search.setBackgroundHighlight(false);
 }
 
+/// The ranges the view shows with the indicator a matching brace has.
+QList<Range> indicated(TextView* view)
+{
+    QList<Range> shown;
+    for (FindIndicator* indicator : view->viewport()->findChildren<FindIndicator*>()) {
+        if (indicator->isVisible()) {
+            shown << indicator->range();
+        }
+    }
+    return shown;
+}
+
 } // namespace
 
 TEST(SidebarView, OpeningSwitchingClosingAndTheWindowIdentifier)
@@ -277,12 +289,17 @@ TEST(SidebarView, TheHighlightedStateFollowsWhatTheWindowShows)
         EXPECT_EQ(window.document->textStorage()->toPlainText(), text);
     }
 
-    // Find Next after a go-to paints the matches again over the line gone to.
+    // Find Next after a go-to paints the matches again over the line gone to. What is found,
+    // and the line gone to, show the indicator a matching brace shows.
+    view->setSelectedRange({0, 0});
     QTest::keyClick(pane->searchField(), Qt::Key_Return);
+    EXPECT_EQ(indicated(view), QList<Range>({Range(8, 3)}));
     window.action("findMenu", "Go to Line…")->trigger();
     GotoController* gotoPane = window.sidebar()->gotoController();
+    EXPECT_TRUE(gotoPane->gotoField()->hasFocus());
     QTest::keyClicks(gotoPane->gotoField(), "2");
     QTest::keyClick(gotoPane->gotoField(), Qt::Key_Return);
+    EXPECT_EQ(indicated(view), QList<Range>({Range(4, 8)}));
     EXPECT_TRUE(layout->backgroundHighlights({0, 3}).empty());
     window.action("findMenu", "Find Next")->trigger();
     const std::vector<ColorStore::Run> first = layout->backgroundHighlights({0, 3});
@@ -300,6 +317,13 @@ TEST(SidebarView, TheHighlightedStateFollowsWhatTheWindowShows)
     EXPECT_TRUE(engine.backgroundHighlight());
     QTest::keyClick(otherPane->replaceFeild(), Qt::Key_Return);
     EXPECT_EQ(other.document->textStorage()->toPlainText().count(u'X'), 1);
+
+    // In an empty document there is no line to go to: nothing happens.
+    Window empty;
+    empty.controller->swicthSidebarType(SidebarView::GotoType);
+    empty.sidebar()->gotoController()->gotoField()->setText("1");
+    empty.sidebar()->gotoController()->gotoLine(nullptr);
+    EXPECT_FALSE(empty.view()->layoutManager()->hasBackgroundHighlights());
     resetEngine();
 }
 
@@ -350,43 +374,5 @@ TEST(SidebarView, EverySearchPaneShowsTheEnginesOptions)
     EXPECT_EQ(one->findLabel()->text(), "Find String : 2 Matches");
     first.action("findMenu", "Replace All")->trigger();
     EXPECT_EQ(first.document->string(), "dog concat cat_ dog");
-    resetEngine();
-}
-
-TEST(SidebarView, FoundAndGoneToRangesShowTheSameIndicatorAsABrace)
-{
-    resetEngine();
-    Window window(QStringLiteral("alpha\nbeta alpha\ngamma\n"));
-    TextView* view = window.controller->textView();
-    const auto indicated = [view] {
-        QList<Range> shown;
-        for (FindIndicator* indicator : view->viewport()->findChildren<FindIndicator*>()) {
-            if (indicator->isVisible()) {
-                shown << indicator->range();
-            }
-        }
-        return shown;
-    };
-    window.controller->swicthSidebarType(SidebarView::SearchType);
-    SearchController* search = window.sidebar()->searchController();
-    view->setSelectedRange({0, 0});
-    QTest::keyClicks(search->searchField(), "alpha");
-    QTest::keyClick(search->searchField(), Qt::Key_Return);
-    EXPECT_EQ(indicated(), QList<Range>({Range(11, 5)}));
-
-    window.action("findMenu", "Go to Line…")->trigger();
-    GotoController* gotoPane = window.sidebar()->gotoController();
-    EXPECT_TRUE(gotoPane->isVisible());
-    EXPECT_TRUE(gotoPane->gotoField()->hasFocus());
-    QTest::keyClicks(gotoPane->gotoField(), "3");
-    QTest::keyClick(gotoPane->gotoField(), Qt::Key_Return);
-    EXPECT_EQ(indicated(), QList<Range>({Range(17, 6)}));
-
-    // In an empty document there is no line to go to: nothing happens.
-    Window empty;
-    empty.controller->swicthSidebarType(SidebarView::GotoType);
-    empty.sidebar()->gotoController()->gotoField()->setText("1");
-    empty.sidebar()->gotoController()->gotoLine(nullptr);
-    EXPECT_FALSE(empty.view()->layoutManager()->hasBackgroundHighlights());
     resetEngine();
 }

@@ -78,7 +78,7 @@ TEST(PreferencesController, TabsKeepTheirHeightsAndTheTopEdge)
     window->hide();
 }
 
-TEST(PreferencesController, BraceCheckBoxesAndEncodingPopUps)
+TEST(PreferencesController, EverySettingHasABoundControl)
 {
     // The controls write settings of the test's own.
     TestRoot root;
@@ -86,6 +86,7 @@ TEST(PreferencesController, BraceCheckBoxesAndEncodingPopUps)
     store().setBool(true, "UsedChevronsMatching");
     store().setUnsignedInteger(4, "OpenDefaultsTextEncoding");
     PreferencesController controller;
+    QMainWindow* window = controller.window();
     controller.showWindow();
     controller.changedTabs(3);
     // Chevrons are matched only when braces are.
@@ -96,29 +97,6 @@ TEST(PreferencesController, BraceCheckBoxesAndEncodingPopUps)
     EXPECT_FALSE(controller.usingChevronsMatching()->isEnabled());
     EXPECT_TRUE(store().boolForKey("UsedChevronsMatching"));
 
-    // Only the open panel's encoding may be "Automatic".
-    QComboBox* open = controller.openPanelTextEncodingPopUp();
-    EXPECT_EQ(open->itemText(0), "Automatic");
-    EXPECT_NE(open->currentIndex(), 0);
-    Q_EMIT open->activated(0);
-    EXPECT_EQ(store().unsignedIntegerForKey("OpenDefaultsTextEncoding"),
-              std::numeric_limits<quint64>::max());
-
-    QComboBox* fresh = controller.defaultTextEncodingPopUp();
-    EXPECT_EQ(fresh->findText("Automatic"), -1);
-    const int index = fresh->findText("Unicode (UTF-16)");
-    ASSERT_GE(index, 0);
-    Q_EMIT fresh->activated(index);
-    EXPECT_EQ(store().unsignedIntegerForKey("DefaultsTextEncoding"),
-              fresh->itemData(index).toULongLong());
-}
-
-TEST(PreferencesController, EverySettingHasABoundControl)
-{
-    // The controls write settings of the test's own.
-    TestRoot root;
-    PreferencesController controller;
-    QMainWindow* window = controller.window();
     // Keys with a control of their own name; the others are the pop-ups and the font well.
     const char* booleans[] = {"ShouldOpenUntitledFile",  "PriorityToJapaneseEncoding",
                               "UTF8AppendByBOM",         "SavePanelExtensionHidden",
@@ -164,6 +142,31 @@ TEST(PreferencesController, EverySettingHasABoundControl)
     EXPECT_EQ(store().integerForKey("DefaultsLineBreaks"), 2);
     store().removeObjectForKey("DefaultsLineBreaks");
 
+    // Only the open panel's encoding may be "Automatic".
+    QComboBox* open = controller.openPanelTextEncodingPopUp();
+    EXPECT_EQ(open->itemText(0), "Automatic");
+    EXPECT_NE(open->currentIndex(), 0);
+    Q_EMIT open->activated(0);
+    EXPECT_EQ(store().unsignedIntegerForKey("OpenDefaultsTextEncoding"),
+              std::numeric_limits<quint64>::max());
+    QComboBox* fresh = controller.defaultTextEncodingPopUp();
+    EXPECT_EQ(fresh->findText("Automatic"), -1);
+    const int utf16 = fresh->findText("Unicode (UTF-16)");
+    ASSERT_GE(utf16, 0);
+    Q_EMIT fresh->activated(utf16);
+    EXPECT_EQ(store().unsignedIntegerForKey("DefaultsTextEncoding"),
+              fresh->itemData(utf16).toULongLong());
+
+    // The spelling languages are the dictionaries'.
+    const QStringList languages = SpellChecker::sharedSpellChecker().availableLanguages();
+    QComboBox* spelling = controller.spellCheckerPopUp();
+    ASSERT_EQ(spelling->count(), languages.size());
+    EXPECT_EQ(spelling->currentText(), "American English (United States)");
+    const int other = spelling->findData(languages.first() == "en_US" ? languages.last()
+                                                                       : languages.first());
+    Q_EMIT spelling->activated(other);
+    EXPECT_EQ(store().stringForKey("SpellCheckLanguage"), spelling->itemData(other).toString());
+
     // The font well: the settings' font shown as "name - size"; 12.7 points stored as 12.
     FontWell* well = controller.fontWell();
     EXPECT_TRUE(well->text().endsWith(" - 12"));
@@ -174,24 +177,6 @@ TEST(PreferencesController, EverySettingHasABoundControl)
     EXPECT_EQ(store().stringForKey("DefaultFont"), "DejaVu Serif");
     EXPECT_EQ(well->text(), QFontInfo(well->font()).family() + " - 12");
     EXPECT_EQ(well->font().family(), "DejaVu Serif");
-}
-
-TEST(PreferencesController, SpellingLanguagesComeFromTheDictionaries)
-{
-    // The controls write settings of the test's own.
-    TestRoot root;
-    const QStringList languages = SpellChecker::sharedSpellChecker().availableLanguages();
-    ASSERT_TRUE(languages.contains("en_US"));
-    PreferencesController controller;
-    controller.window();
-    QComboBox* popUp = controller.spellCheckerPopUp();
-    ASSERT_EQ(popUp->count(), languages.size());
-    EXPECT_EQ(popUp->currentData().toString(), "en_US");
-    EXPECT_EQ(popUp->currentText(), "American English (United States)");
-    const int other =
-        popUp->findData(languages.first() == "en_US" ? languages.last() : languages.first());
-    Q_EMIT popUp->activated(other);
-    EXPECT_EQ(store().stringForKey("SpellCheckLanguage"), popUp->itemData(other).toString());
 }
 
 TEST(PreferencesController, ColourPresetsWriteAllSixteenColours)

@@ -162,8 +162,8 @@ TEST(PreferencesController, EverySettingHasABoundControl)
     QComboBox* spelling = controller.spellCheckerPopUp();
     ASSERT_EQ(spelling->count(), languages.size());
     EXPECT_EQ(spelling->currentText(), "American English (United States)");
-    const int other = spelling->findData(languages.first() == "en_US" ? languages.last()
-                                                                       : languages.first());
+    const int other =
+        spelling->findData(languages.first() == "en_US" ? languages.last() : languages.first());
     Q_EMIT spelling->activated(other);
     EXPECT_EQ(store().stringForKey("SpellCheckLanguage"), spelling->itemData(other).toString());
 

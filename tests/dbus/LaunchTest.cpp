@@ -45,7 +45,7 @@ bool frontContentsBecome(const QString& expected)
 
 } // namespace
 
-TEST(Launch, ASecondInvocationOpensItsFileInTheFirstEditor)
+TEST(Launch, ASecondInvocationHandsItsFilesAndStandardInputToTheFirstEditor)
 {
     ASSERT_TRUE(bus().isConnected()) << "no session bus";
     const QString dir = TestSupport::makeTempDir();
@@ -83,6 +83,45 @@ TEST(Launch, ASecondInvocationOpensItsFileInTheFirstEditor)
     // Line 2, column 5: after "int a;\n" and four more characters.
     EXPECT_EQ(qdbus_cast<QList<qlonglong>>(frontDocumentProperty(QStringLiteral("textRange"))),
               QList<qlonglong>({11, 0}));
+
+    // echo hi | tessaran -
+    QProcess echo;
+    echo.start(QStringLiteral(TESSARAN_EXECUTABLE), {QStringLiteral("-")});
+    echo.write("hi\n");
+    echo.closeWriteChannel();
+    ASSERT_TRUE(echo.waitForFinished(20000));
+    EXPECT_EQ(echo.exitCode(), 0);
+    EXPECT_TRUE(frontContentsBecome(QStringLiteral("hi\n")));
+    EXPECT_EQ(applicationProperty(QStringLiteral("count")).toInt(), 3);
+    EXPECT_EQ(frontDocumentProperty(QStringLiteral("filePath")).toString(), "");
+
+    // The invocation returns at once; what comes later still arrives in the window.
+    const QString fifo = dir + "/input";
+    ASSERT_EQ(::mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+    // Opened for reading too, so that the invocation's opening of it does not wait.
+    const int writer = ::open(QFile::encodeName(fifo).constData(), O_RDWR);
+    ASSERT_GE(writer, 0);
+    QProcess streamed;
+    streamed.setStandardInputFile(fifo);
+    streamed.start(QStringLiteral(TESSARAN_EXECUTABLE), {QStringLiteral("-")});
+    ASSERT_EQ(::write(writer, "one\n", 4), 4);
+    EXPECT_TRUE(streamed.waitForFinished(20000));
+    EXPECT_EQ(streamed.exitCode(), 0);
+    EXPECT_TRUE(frontContentsBecome(QStringLiteral("one\n")));
+    ASSERT_EQ(::write(writer, "two\n", 4), 4);
+    ::close(writer);
+    EXPECT_TRUE(frontContentsBecome(QStringLiteral("one\ntwo\n")));
+    EXPECT_EQ(applicationProperty(QStringLiteral("count")).toInt(), 4);
+
+    // Named on the command line, a pipe or a device is refused by the invocation itself.
+    for (const QString& refused : {fifo, QStringLiteral("/dev/null")}) {
+        SCOPED_TRACE(refused.toStdString());
+        QProcess invocation;
+        ASSERT_TRUE(invoke(invocation, {refused}));
+        EXPECT_NE(invocation.exitCode(), 0);
+        EXPECT_TRUE(invocation.readAllStandardError().contains("not a regular file"));
+    }
+    EXPECT_EQ(applicationProperty(QStringLiteral("count")).toInt(), 4);
     EXPECT_TRUE(editor.kill());
 }
 
@@ -137,54 +176,6 @@ TEST(Launch, APlainSecondInvocationBringsTheEditorForwardWithoutANewWindow)
                   c.documentsAfterTwoPlainInvocations + 1);
         EXPECT_TRUE(editor.kill());
     }
-}
-
-TEST(Launch, ASecondInvocationHandsOverStandardInputAndRefusesPipesAndDevices)
-{
-    ASSERT_TRUE(bus().isConnected()) << "no session bus";
-    const QString dir = TestSupport::makeTempDir();
-    Editor editor;
-    ASSERT_TRUE(editor.start({TestSupport::writeFile(dir + "/first.txt", "one\n")}));
-
-    // echo hi | tessaran -
-    QProcess echo;
-    echo.start(QStringLiteral(TESSARAN_EXECUTABLE), {QStringLiteral("-")});
-    echo.write("hi\n");
-    echo.closeWriteChannel();
-    ASSERT_TRUE(echo.waitForFinished(20000));
-    EXPECT_EQ(echo.exitCode(), 0);
-    EXPECT_TRUE(frontContentsBecome(QStringLiteral("hi\n")));
-    EXPECT_EQ(applicationProperty(QStringLiteral("count")).toInt(), 2);
-    EXPECT_EQ(frontDocumentProperty(QStringLiteral("filePath")).toString(), "");
-
-    // The invocation returns at once; what comes later still arrives in the window.
-    const QString fifo = dir + "/input";
-    ASSERT_EQ(::mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
-    // Opened for reading too, so that the invocation's opening of it does not wait.
-    const int writer = ::open(QFile::encodeName(fifo).constData(), O_RDWR);
-    ASSERT_GE(writer, 0);
-    QProcess streamed;
-    streamed.setStandardInputFile(fifo);
-    streamed.start(QStringLiteral(TESSARAN_EXECUTABLE), {QStringLiteral("-")});
-    ASSERT_EQ(::write(writer, "one\n", 4), 4);
-    EXPECT_TRUE(streamed.waitForFinished(20000));
-    EXPECT_EQ(streamed.exitCode(), 0);
-    EXPECT_TRUE(frontContentsBecome(QStringLiteral("one\n")));
-    ASSERT_EQ(::write(writer, "two\n", 4), 4);
-    ::close(writer);
-    EXPECT_TRUE(frontContentsBecome(QStringLiteral("one\ntwo\n")));
-    EXPECT_EQ(applicationProperty(QStringLiteral("count")).toInt(), 3);
-
-    // Named on the command line, a pipe or a device is refused by the invocation itself.
-    for (const QString& refused : {fifo, QStringLiteral("/dev/null")}) {
-        SCOPED_TRACE(refused.toStdString());
-        QProcess invocation;
-        ASSERT_TRUE(invoke(invocation, {refused}));
-        EXPECT_NE(invocation.exitCode(), 0);
-        EXPECT_TRUE(invocation.readAllStandardError().contains("not a regular file"));
-    }
-    EXPECT_EQ(applicationProperty(QStringLiteral("count")).toInt(), 3);
-    EXPECT_TRUE(editor.kill());
 }
 
 TEST(Launch, UnsavedTextOutlivesAKillAndATerminationAndNeverTouchesTheFile)

@@ -53,12 +53,15 @@ void withPanel(QAction* item, const std::function<void(QFileDialog*)>& use)
             auto* panel = qobject_cast<QFileDialog*>(widget);
             if (panel && panel->isVisible() && !used) {
                 used = true;
+                poll.setInterval(20);
                 use(panel);
                 return;
             }
         }
     });
-    poll.start(20);
+    // Looked for at once: an open panel handed over later, while it still reads its folder,
+    // now and then failed to accept the file chosen in it.
+    poll.start(0);
     // A failed expectation must not leave the panel waiting for ever.
     QTimer::singleShot(10000, [] {
         for (QWidget* widget : QApplication::topLevelWidgets()) {

@@ -42,7 +42,11 @@ struct TestWindow {
             EXPECT_TRUE(QTest::qWaitForWindowActive(shown));
         }
     }
-    ~TestWindow() { delete document; }
+    ~TestWindow()
+    {
+        delete controller->window();
+        delete document;
+    }
     TestWindow(const TestWindow&) = delete;
     TestWindow& operator=(const TestWindow&) = delete;
 

@@ -29,26 +29,6 @@ QFont systemFontOfSize(int size)
     return font;
 }
 
-// A text has a handful of colours: share one format per colour rather than build one per
-// run each time a block is shown.
-const QTextCharFormat& formatOfColor(QRgb color, bool background)
-{
-    static QHash<QRgb, QTextCharFormat> foregrounds;
-    static QHash<QRgb, QTextCharFormat> backgrounds;
-    QHash<QRgb, QTextCharFormat>& formats = background ? backgrounds : foregrounds;
-    auto it = formats.find(color);
-    if (it == formats.end()) {
-        QTextCharFormat format;
-        if (background) {
-            format.setBackground(QColor::fromRgba(color));
-        } else {
-            format.setForeground(QColor::fromRgba(color));
-        }
-        it = formats.insert(color, format);
-    }
-    return *it;
-}
-
 // The look of a character that stands in for another: the font's own glyph (for a
 // noncharacter, an empty box) is not drawn, a mark is drawn over its place instead.
 const QTextCharFormat& standInFormat()
@@ -61,17 +41,6 @@ const QTextCharFormat& standInFormat()
     return format;
 }
 
-const QTextCharFormat& misspellingFormat()
-{
-    static const QTextCharFormat format = [] {
-        QTextCharFormat underline;
-        underline.setUnderlineStyle(QTextCharFormat::WaveUnderline);
-        underline.setUnderlineColor(Qt::red);
-        return underline;
-    }();
-    return format;
-}
-
 } // namespace
 
 LayoutManager::LayoutManager(TextView* textView, QTextDocument* textStorage)
@@ -79,9 +48,7 @@ LayoutManager::LayoutManager(TextView* textView, QTextDocument* textStorage)
     , _textView(textView)
     , _textStorage(textStorage)
     , _registeredStorage(textStorage)
-    , _syntaxColors(textStorage ? textStorage->characterCount() : 0)
-    , _backgroundColors(textStorage ? textStorage->characterCount() : 0)
-    , _misspellings(textStorage ? textStorage->characterCount() : 0)
+    , _layers(textStorage ? textStorage->characterCount() : 0)
 {
     updatePreferences(textView->editorSettings());
     if (textStorage) {
@@ -306,54 +273,35 @@ void LayoutManager::drawGlyphs(QPainter& painter, const QRectF& rect)
 
 void LayoutManager::setTemporaryAttributes(const QColor& foreground, Range forCharacterRange)
 {
-    _syntaxColors.setColor(foreground.rgba(), forCharacterRange);
+    _layers.syntaxColors().setColor(foreground.rgba(), forCharacterRange);
     colorsChanged(forCharacterRange);
 }
 
 void LayoutManager::setSyntaxColors(Range range, const std::vector<ColorStore::Run>& runs)
 {
-    // Colouring the shown lines again after a key mostly finds the colours they had: then
-    // there is nothing to paint again but what the edit itself changed.
-    const std::vector<ColorStore::Run> before = _syntaxColors.runs(range.location, range.max());
-    _syntaxColors.replaceColors(range, runs);
-    const std::vector<ColorStore::Run> after = _syntaxColors.runs(range.location, range.max());
-    // Only the stretch between the first and the last run that differ changed colour.
-    const auto [beforeFirst, afterFirst] =
-        std::mismatch(before.begin(), before.end(), after.begin(), after.end());
-    if (beforeFirst == before.end() && afterFirst == after.end()) {
-        return;
+    // Only what the colouring changed is painted again, not the whole range handed over.
+    const Range changed = _layers.replaceSyntaxColors(range, runs);
+    if (changed.length > 0) {
+        colorsChanged(changed);
     }
-    const auto [beforeLast, afterLast] =
-        std::mismatch(before.rbegin(), std::make_reverse_iterator(beforeFirst), after.rbegin(),
-                      std::make_reverse_iterator(afterFirst));
-    qsizetype from = range.max();
-    qsizetype to = range.location;
-    const auto cover = [&from, &to](auto run, auto end) {
-        for (; run != end; ++run) {
-            from = std::min(from, run->location);
-            to = std::max(to, run->location + run->length);
-        }
-    };
-    cover(beforeFirst, beforeLast.base());
-    cover(afterFirst, afterLast.base());
-    colorsChanged({from, std::max<qsizetype>(0, to - from)});
 }
 
 void LayoutManager::removeTemporaryAttribute(Range forCharacterRange)
 {
-    _syntaxColors.removeColor(forCharacterRange);
+    _layers.syntaxColors().removeColor(forCharacterRange);
     colorsChanged(forCharacterRange);
 }
 
 void LayoutManager::removeAllTemporaryAttributes()
 {
-    _syntaxColors.reset(_syntaxColors.textLength());
-    colorsChanged({0, _syntaxColors.textLength()});
+    ColorStore& colors = _layers.syntaxColors();
+    colors.reset(colors.textLength());
+    colorsChanged({0, colors.textLength()});
 }
 
 std::vector<ColorStore::Run> LayoutManager::temporaryAttributes(Range range) const
 {
-    return _syntaxColors.runs(range.location, range.max());
+    return _layers.syntaxColors().runs(range.location, range.max());
 }
 
 void LayoutManager::setBackgroundHighlights(const QList<Range>& ranges, const QColor& color)
@@ -362,14 +310,14 @@ void LayoutManager::setBackgroundHighlights(const QList<Range>& ranges, const QC
     // setting it replaces what any pane had laid down.
     clearBackgroundHighlights();
     for (const Range& range : ranges) {
-        _backgroundColors.setColor(color.rgba(), range);
+        _layers.backgroundHighlights().setColor(color.rgba(), range);
     }
-    colorsChanged({0, _backgroundColors.textLength()});
+    colorsChanged({0, _layers.textLength()});
 }
 
 void LayoutManager::addBackgroundHighlight(const QColor& color, Range forCharacterRange)
 {
-    _backgroundColors.setColor(color.rgba(), forCharacterRange);
+    _layers.backgroundHighlights().setColor(color.rgba(), forCharacterRange);
     colorsChanged(forCharacterRange);
 }
 
@@ -377,7 +325,7 @@ void LayoutManager::removeBackgroundHighlights()
 {
     if (hasBackgroundHighlights()) {
         clearBackgroundHighlights();
-        colorsChanged({0, _backgroundColors.textLength()});
+        colorsChanged({0, _layers.textLength()});
     }
 }
 
@@ -385,8 +333,9 @@ void LayoutManager::clearBackgroundHighlights()
 {
     QList<QPointer<LayoutManager>> cleared;
     for (LayoutManager* pane : panesByDocument().value(_textStorage)) {
-        if (!pane->_backgroundColors.isEmpty()) {
-            pane->_backgroundColors.reset(pane->_backgroundColors.textLength());
+        ColorStore& highlights = pane->_layers.backgroundHighlights();
+        if (!highlights.isEmpty()) {
+            highlights.reset(highlights.textLength());
             cleared << pane;
         }
     }
@@ -402,43 +351,37 @@ bool LayoutManager::hasBackgroundHighlights() const
 {
     const QList<LayoutManager*> panes = panesByDocument().value(_textStorage);
     return std::any_of(panes.begin(), panes.end(), [](const LayoutManager* pane) {
-        return !pane->_backgroundColors.isEmpty();
+        return !pane->_layers.backgroundHighlights().isEmpty();
     });
 }
 
 std::vector<ColorStore::Run> LayoutManager::backgroundHighlights(Range range) const
 {
-    return _backgroundColors.runs(range.location, range.max());
+    return _layers.backgroundHighlights().runs(range.location, range.max());
 }
 
 void LayoutManager::setMisspelledWords(Range range, const QList<Range>& words)
 {
-    std::vector<ColorStore::Run> runs;
-    runs.reserve(words.size());
-    for (const Range& word : words) {
-        runs.push_back({word.location, word.length, qRgb(255, 0, 0)});
-    }
     // Checking the same lines again mostly finds the same words: no repaint for that.
-    if (_misspellings.runs(range.location, range.max()) == runs) {
-        return;
+    if (_layers.replaceMisspellings(range, words)) {
+        colorsChanged(range);
     }
-    _misspellings.replaceColors(range, runs);
-    colorsChanged(range);
 }
 
 void LayoutManager::removeAllMisspelledWords()
 {
-    if (_misspellings.isEmpty()) {
+    ColorStore& words = _layers.misspellings();
+    if (words.isEmpty()) {
         return;
     }
-    _misspellings.reset(_misspellings.textLength());
-    colorsChanged({0, _misspellings.textLength()});
+    words.reset(words.textLength());
+    colorsChanged({0, words.textLength()});
 }
 
 QList<Range> LayoutManager::misspelledWords(Range range) const
 {
     QList<Range> words;
-    for (const ColorStore::Run& run : _misspellings.runs(range.location, range.max())) {
+    for (const ColorStore::Run& run : _layers.misspellings().runs(range.location, range.max())) {
         words.append({run.location, run.length});
     }
     return words;
@@ -447,34 +390,18 @@ QList<Range> LayoutManager::misspelledWords(Range range) const
 QList<QTextLayout::FormatRange> LayoutManager::formatsForBlock(const QTextBlock& block) const
 {
     QList<QTextLayout::FormatRange> formats;
-    const qsizetype start = block.position();
-    const qsizetype end = start + block.length();
     const QList<LayoutManager*> panes = panesByDocument().value(_textStorage);
-    auto append = [&](const ColorStore& store, bool background) {
-        for (const ColorStore::Run& run : store.runs(start, end)) {
-            QTextLayout::FormatRange range;
-            range.start = int(run.location - start);
-            range.length = int(run.length);
-            range.format = formatOfColor(run.color, background);
-            formats.append(range);
-        }
-    };
+    QList<TextFormatProvider::LineFormats> layers;
+    layers.reserve(panes.size());
+    for (const LayoutManager* pane : panes) {
+        layers.append(pane->_layers.lineFormats(block.position(), block.length()));
+    }
     // Backgrounds first, so that a foreground laid later never hides them.
-    for (const LayoutManager* pane : panes) {
-        append(pane->_backgroundColors, true);
+    for (const TextFormatProvider::LineFormats& pane : std::as_const(layers)) {
+        formats.append(pane.background);
     }
-    for (const LayoutManager* pane : panes) {
-        append(pane->_syntaxColors, false);
-    }
-    // Underlines last: overlapping formats are merged, so the word keeps its colour.
-    for (const LayoutManager* pane : panes) {
-        for (const ColorStore::Run& run : pane->_misspellings.runs(start, end)) {
-            QTextLayout::FormatRange range;
-            range.start = int(run.location - start);
-            range.length = int(run.length);
-            range.format = misspellingFormat();
-            formats.append(range);
-        }
+    for (const TextFormatProvider::LineFormats& pane : std::as_const(layers)) {
+        formats.append(pane.foreground);
     }
     if (!_standIns.isEmpty()) {
         const QString text = block.text();
@@ -613,15 +540,13 @@ void LayoutManager::textStorageDidChange(int position, int removed, int added)
     // Qt may count the document's closing paragraph separator in both numbers; the lengths
     // before and after decide what was really removed.
     const qsizetype newLength = _textStorage ? _textStorage->characterCount() : 0;
-    for (ColorStore* store : {&_syntaxColors, &_backgroundColors, &_misspellings}) {
-        qsizetype reallyRemoved = store->textLength() + added - newLength;
-        qsizetype reallyAdded = added;
-        if (reallyRemoved < 0) {
-            reallyAdded -= reallyRemoved;
-            reallyRemoved = 0;
-        }
-        store->contentsChange(position, reallyRemoved, reallyAdded);
+    qsizetype reallyRemoved = _layers.textLength() + added - newLength;
+    qsizetype reallyAdded = added;
+    if (reallyRemoved < 0) {
+        reallyAdded -= reallyRemoved;
+        reallyRemoved = 0;
     }
+    _layers.contentsChange(position, reallyRemoved, reallyAdded);
     Q_UNUSED(removed);
 
     // The document lays the edited blocks out again right after this signal: give them their

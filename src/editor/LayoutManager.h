@@ -1,6 +1,7 @@
 #pragma once
 
 #include "editor/ColorStore.h"
+#include "editor/TextColorLayers.h"
 #include "platform/CharacterStandIns.h"
 #include "platform/Range.h"
 
@@ -115,6 +116,10 @@ public:
     /// The marked words meeting `range`, clipped to it, in text order.
     QList<Range> misspelledWords(Range range) const;
 
+    /// This pane's colours, as a view over the text asks for them line by line.
+    TextColorLayers& colorLayers() { return _layers; }
+    const TextColorLayers& colorLayers() const { return _layers; }
+
     /// The formats the colours of every pane on the document give `block`.
     QList<QTextLayout::FormatRange> formatsForBlock(const QTextBlock& block) const;
     /// Lays the stored colours onto the shown blocks meeting [top, bottom] (viewport
@@ -158,9 +163,7 @@ private:
     QStaticText _marks[4];
     qsizetype _lengthToRedraw = 0;
 
-    ColorStore _syntaxColors;
-    ColorStore _backgroundColors;
-    ColorStore _misspellings;
+    TextColorLayers _layers;
     QTextCursor _proposal;
     QString _proposedText;
     CharacterStandIns _standIns;

@@ -2,8 +2,6 @@
 
 #include "editor/TextView.h"
 
-#include <QFontDatabase>
-#include <QFontMetricsF>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QTextBlock>
@@ -20,14 +18,7 @@ GutterView::~GutterView() = default;
 
 void GutterView::updatePreferences(const EditorSettings& settings)
 {
-    _gutterTextColor = settings.gutterTextColor;
-    _gutterBorderColor = settings.gutterBorderColor;
-    _gutterBackgroundColor = settings.gutterBackgroundColor;
-    QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
-    font.setPixelSize(9); // points are device-independent pixels
-    _textAttributes = QTextCharFormat();
-    _textAttributes.setFont(font);
-    _textAttributes.setForeground(_gutterTextColor);
+    _look.updatePreferences(settings);
     update();
 }
 
@@ -79,8 +70,6 @@ QList<GutterView::Label> GutterView::labelsInRect(const QRectF& rect) const
     // The viewport sits below the gutter's top by the text container's origin.
     const qreal shift = _clientView->viewport()->y() - y();
     const qreal width = this->width();
-    const QFontMetricsF metrics(_textAttributes.font());
-    const qreal labelHeight = metrics.height();
     const QList<TextView::ShownBlock> shown =
         _clientView->shownBlocks(rect.top() - shift, rect.bottom() - shift);
     for (const TextView::ShownBlock& block : shown) {
@@ -89,15 +78,9 @@ QList<GutterView::Label> GutterView::labelsInRect(const QRectF& rect) const
             continue;
         }
         const QTextLine firstRow = layout->lineAt(0);
-        const qreal rowTop = block.offset.y() + firstRow.y() + shift;
-        const qreal rowHeight = firstRow.height();
-        Label label;
-        label.number = block.block.blockNumber() + 1;
-        label.text = QString::number(label.number);
-        const qreal labelWidth = metrics.horizontalAdvance(label.text);
-        label.rect = QRectF(width - labelWidth - 5, rowTop + (rowHeight - labelHeight) / 5,
-                            width - 10, rowHeight);
-        labels.append(label);
+        labels.append(_look.label(block.block.blockNumber() + 1,
+                                  block.offset.y() + firstRow.y() + shift, firstRow.height(),
+                                  width));
     }
     return labels;
 }
@@ -108,14 +91,7 @@ void GutterView::paintEvent(QPaintEvent* event)
     drawHashMarksAndLabelsInRect(painter, event->rect());
 }
 
-void GutterView::drawHashMarksAndLabelsInRect(QPainter& painter, const QRect& rect)
+void GutterView::drawHashMarksAndLabelsInRect(QPainter& painter, const QRect& rect) const
 {
-    painter.fillRect(rect, _gutterBackgroundColor);
-    // The border runs along the edge next to the text.
-    painter.fillRect(QRect(width() - 1, rect.top(), 1, rect.height()), _gutterBorderColor);
-    painter.setFont(_textAttributes.font());
-    painter.setPen(_gutterTextColor);
-    for (const Label& label : labelsInRect(rect)) {
-        painter.drawText(label.rect, Qt::AlignLeft | Qt::AlignTop | Qt::TextDontClip, label.text);
-    }
+    _look.paint(painter, rect, width(), labelsInRect(rect));
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "editor/LineNumberPainter.h"
+
 #include <QColor>
 #include <QList>
 #include <QPointer>
@@ -23,12 +25,7 @@ class GutterView : public QWidget
     Q_OBJECT
 
 public:
-    /// A number as it is drawn, in the gutter's coordinates.
-    struct Label {
-        qint64 number = 0;
-        QString text;
-        QRectF rect;
-    };
+    using Label = LineNumberPainter::Label;
 
     /// Numbers `clientView`'s lines in the colours of its settings.
     explicit GutterView(TextView* clientView);
@@ -50,10 +47,12 @@ public:
     /// The labels meeting `rect`, from the first visible line to the rectangle's bottom.
     QList<Label> labelsInRect(const QRectF& rect) const;
 
-    const QTextCharFormat& textAttributes() const { return _textAttributes; }
-    const QColor& gutterTextColor() const { return _gutterTextColor; }
-    const QColor& gutterBorderColor() const { return _gutterBorderColor; }
-    const QColor& gutterBackgroundColor() const { return _gutterBackgroundColor; }
+    const QTextCharFormat& textAttributes() const { return _look.textAttributes(); }
+    const QColor& gutterTextColor() const { return _look.textColor(); }
+    const QColor& gutterBorderColor() const { return _look.borderColor(); }
+    const QColor& gutterBackgroundColor() const { return _look.backgroundColor(); }
+    /// How the numbers are drawn, for a view of another kind to number its lines alike.
+    const LineNumberPainter& look() const { return _look; }
 
     QSize sizeHint() const override;
 
@@ -61,13 +60,10 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    void drawHashMarksAndLabelsInRect(QPainter& painter, const QRect& rect);
+    void drawHashMarksAndLabelsInRect(QPainter& painter, const QRect& rect) const;
     void updateGutter(const QRect& rect, int dy);
 
     QPointer<TextView> _clientView;
     QMetaObject::Connection _updateConnection;
-    QTextCharFormat _textAttributes;
-    QColor _gutterTextColor;
-    QColor _gutterBorderColor;
-    QColor _gutterBackgroundColor;
+    LineNumberPainter _look;
 };

@@ -1,5 +1,15 @@
 #include "editor/TextColorLayers.h"
 
+#include "EditorTestSupport.h"
+#include "document/TextBuilder.h"
+#include "document/TextStore.h"
+#include "editor/LineNumberPainter.h"
+#include "editor/TextArea.h"
+#include "platform/EditorSettings.h"
+
+#include <QFontDatabase>
+#include <QScrollBar>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -117,6 +127,105 @@ TEST(TextColorLayers, LineFormatsFollowColoursHighlightsAndEdits)
     std::vector<ColorStore::Run> recoloured = runs;
     recoloured[1].color = red;
     EXPECT_EQ(layers.replaceSyntaxColors({0, 22}, recoloured), Range(11, 5));
+}
+
+QRect rangeRect(TextArea& area, Range range)
+{
+    const QRect from = area.rectForPosition(range.location);
+    const QRect to = area.rectForPosition(range.max());
+    return QRect(QPoint(from.left() + 1, from.top()), QPoint(to.left() - 1, to.bottom()));
+}
+
+TEST(TextColorLayers, ColourATextAreaThatNumbersItsLinesLikeTheGutter)
+{
+    QString text;
+    for (int i = 1; i <= 300; ++i) {
+        text += u"line %1 keyword found misspelt\n"_qs.arg(i);
+    }
+    TextBuilder builder;
+    builder.append(text);
+    TextStore store;
+    store.setLoadedText(builder.finish());
+    TextColorLayers layers(store.text().length());
+    TextArea area;
+    QObject::connect(&store, &TextStore::contentsChange, &area, [&](const TextChange& change) {
+        layers.contentsChange(change.position, change.charsRemoved, change.charsAdded);
+    });
+    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    font.setPixelSize(12);
+    area.setTextFont(font);
+    area.setFormatProvider(&layers);
+    EditorSettings settings;
+    settings.gutterTextColor = QColor(0, 0, 160);
+    settings.gutterBorderColor = QColor(0, 160, 0);
+    settings.gutterBackgroundColor = QColor(235, 235, 235);
+    LineNumberPainter look;
+    look.updatePreferences(settings);
+    look.numberLinesOf(area, 50);
+    area.setTextStore(&store);
+    area.resize(400, 240);
+    area.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&area));
+    area.verticalScrollBar()->setValue(120);
+    QCoreApplication::processEvents();
+
+    // The second line on screen: its keyword coloured, "found" highlighted, "misspelt"
+    // underlined.
+    const qsizetype lineNumber = area.firstVisibleLine() + 1;
+    ASSERT_GT(lineNumber, 100);
+    const qsizetype start = store.text().lineStart(lineNumber);
+    const QString lineText = store.text().line(lineNumber);
+    const Range keyword(start + lineText.indexOf(u"keyword"_qs), 7);
+    const Range found(start + lineText.indexOf(u"found"_qs), 5);
+    const Range misspelt(start + lineText.indexOf(u"misspelt"_qs), 8);
+    const QColor purple(160, 0, 160);
+    layers.syntaxColors().setColor(purple.rgba(), keyword);
+    layers.backgroundHighlights().setColor(yellow, found);
+    layers.replaceMisspellings({start, lineText.size()}, {misspelt});
+    area.formatsChanged(lineNumber, lineNumber);
+    QCoreApplication::processEvents();
+
+    using EditorTest::countPixels;
+    QImage image = area.viewport()->grab().toImage().convertToFormat(QImage::Format_RGB32);
+    EXPECT_GT(countPixels(image, rangeRect(area, keyword), purple, 50), 5);
+    EXPECT_GT(countPixels(image, rangeRect(area, found), QColor(yellow), 10), 40);
+    // The wavy line is thin and smoothed: red, but not full red.
+    EXPECT_GT(countPixels(image, rangeRect(area, misspelt), Qt::red, 110), 10);
+    // The line above holds the same words, in none of those colours.
+    const qsizetype above = store.text().lineStart(lineNumber - 1);
+    const QRect plain = rangeRect(area, {above, store.text().lineLength(lineNumber - 1)});
+    EXPECT_EQ(countPixels(image, plain, purple, 50), 0);
+    EXPECT_EQ(countPixels(image, plain, QColor(yellow), 10), 0);
+    EXPECT_EQ(countPixels(image, plain, Qt::red, 110), 0);
+
+    // The gutter numbers every line on screen, each on its row, right-aligned, in its colours.
+    const QList<TextArea::ShownLine> shown = area.visibleLines();
+    const QList<LineNumberPainter::Label> labels =
+        look.labels(shown, area.textLayout().rowHeight(), area.gutterWidth());
+    ASSERT_EQ(labels.size(), shown.size());
+    const QImage gutter = area.gutter()->grab().toImage().convertToFormat(QImage::Format_RGB32);
+    const QFontMetricsF metrics(look.textAttributes().font());
+    for (qsizetype i = 0; i < labels.size(); ++i) {
+        EXPECT_EQ(labels[i].number, shown[i].line + 1);
+        const QRect row = area.rectForPosition(shown[i].position);
+        EXPECT_NEAR(labels[i].rect.top(), row.top() + (row.height() - metrics.height()) / 5, 0.5);
+        EXPECT_NEAR(labels[i].rect.left() + metrics.horizontalAdvance(labels[i].text), 45, 0.01);
+        if (row.bottom() < gutter.height()) {
+            const QRect digits = labels[i].rect.toAlignedRect().intersected(QRect(0, 0, 46, 1000));
+            EXPECT_GT(countPixels(gutter, digits, look.textColor(), 60), 3) << labels[i].number;
+        }
+    }
+    EXPECT_EQ(gutter.pixelColor(49, 100), look.borderColor());
+    EXPECT_EQ(gutter.pixelColor(2, 100), look.backgroundColor());
+
+    // Typed before it, the keyword's colour moves along with it.
+    store.insert(start, u"xx "_qs);
+    QCoreApplication::processEvents();
+    image = area.viewport()->grab().toImage().convertToFormat(QImage::Format_RGB32);
+    EXPECT_EQ(layers.syntaxColors().runs(0, store.text().length()),
+              (std::vector<ColorStore::Run>{{keyword.location + 3, 7, purple.rgba()}}));
+    EXPECT_GT(countPixels(image, rangeRect(area, {keyword.location + 3, 7}), purple, 50), 5);
+    EXPECT_EQ(countPixels(image, rangeRect(area, {keyword.location, 3}), purple, 50), 0);
 }
 
 } // namespace

@@ -1,13 +1,15 @@
 // The text area over the text store, offscreen, on a 100 MB C file (the headers of
 // /usr/include joined): opening (the streaming load with the first screen shown as soon as
 // the first part is in, then the whole), the memory it takes, jumps to random lines
-// wrapped and not, typing in the middle until the repaint, and typing in a 1 MB line.
+// wrapped and not, typing in the middle until the repaint, typing in a 1 MB line, and
+// painting screens of the text coloured all over through the pane's colour layers.
 #include "BenchSupport.h"
 #include "document/EncodingManager.h"
 #include "document/TextBuilder.h"
 #include "document/TextLoader.h"
 #include "document/TextStore.h"
 #include "editor/TextArea.h"
+#include "editor/TextColorLayers.h"
 #include "platform/UnicodeText.h"
 
 #include <QDir>
@@ -323,6 +325,67 @@ void BM_TypeInAMegabyteLine(benchmark::State& state)
 }
 BENCHMARK(BM_TypeInAMegabyteLine)
     ->ArgName("wrap")
+    ->Arg(0)
+    ->Arg(1)
+    ->Iterations(1)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+
+/// Screens of the 100 MB text painted at 300 random lines, with every stretch of it coloured
+/// (a run of 5 units in every 16, one of 4 colours), a highlight in every 1,000 units and a
+/// misspelt word in every 500, or with no layers (the same screens, plain).
+void BM_PaintColouredScreens(benchmark::State& state)
+{
+    const bool coloured = state.range(0) != 0;
+    const std::unique_ptr<Pane> pane = openLarge(false);
+    TextArea& area = pane->area;
+    const qsizetype length = pane->store.text().length();
+    TextColorLayers layers(length);
+    QElapsedTimer colouring;
+    colouring.start();
+    if (coloured) {
+        const QRgb colors[] = {qRgb(128, 0, 128), qRgb(0, 128, 0), qRgb(200, 30, 30),
+                               qRgb(0, 0, 255)};
+        constexpr qsizetype kChunk = 1 << 20;
+        std::vector<ColorStore::Run> runs;
+        for (qsizetype from = 0; from < length; from += kChunk) {
+            const Range chunk(from, std::min(kChunk, length - from));
+            runs.clear();
+            for (qsizetype at = chunk.location; at + 5 <= chunk.max(); at += 16) {
+                runs.push_back({at, 5, colors[(at / 16) % 4]});
+            }
+            layers.syntaxColors().replaceColors(chunk, runs);
+            QList<Range> words;
+            for (qsizetype at = chunk.location + 7; at + 6 <= chunk.max(); at += 500) {
+                words.append({at, 6});
+            }
+            layers.replaceMisspellings(chunk, words);
+            for (qsizetype at = chunk.location + 3; at + 8 <= chunk.max(); at += 1000) {
+                layers.backgroundHighlights().setColor(qRgb(255, 255, 0), {at, 8});
+            }
+        }
+        area.setFormatProvider(&layers);
+    }
+    const double colouringMs = double(colouring.nsecsElapsed()) / 1e6;
+    QRandomGenerator random(480);
+    std::vector<double> ms;
+    for (auto _ : state) {
+        for (int i = 0; i < 300; ++i) {
+            QScrollBar* bar = area.verticalScrollBar();
+            bar->setValue(int(random.bounded(quint32(bar->maximum()))));
+            QElapsedTimer timer;
+            timer.start();
+            area.viewport()->repaint();
+            ms.push_back(double(timer.nsecsElapsed()) / 1e6);
+        }
+        state.SetIterationTime(mean(ms) / 1000);
+    }
+    reportPercentiles(state, ms);
+    state.counters["colouring_ms"] = colouringMs;
+    state.counters["runs"] = double(layers.syntaxColors().count());
+}
+BENCHMARK(BM_PaintColouredScreens)
+    ->ArgName("layers")
     ->Arg(0)
     ->Arg(1)
     ->Iterations(1)

@@ -102,6 +102,13 @@ Document::Document(EncodingManager& encodings, const DocumentSettings& settings,
             Q_EMIT recoveryCopyDue();
         }
     });
+    // Whoever follows the text follows the document, whatever holds the text.
+    connect(_textStorage, &QTextDocument::contentsChange, this, &Document::contentsChange);
+    connect(_textStorage, &QTextDocument::contentsChanged, this, &Document::contentsChanged);
+    connect(_textStorage, &QTextDocument::modificationChanged, this,
+            &Document::documentEditedChanged);
+    connect(_textStorage, &QTextDocument::undoAvailable, this, &Document::canUndoChanged);
+    connect(_textStorage, &QTextDocument::redoAvailable, this, &Document::canRedoChanged);
     connect(_textStorage, &QTextDocument::modificationChanged, this, [this](bool modified) {
         if (modified) {
             scheduleAutosave();
@@ -156,6 +163,36 @@ QString Document::string() const
     return text;
 }
 
+qsizetype Document::length() const
+{
+    return _textStorage->characterCount() - 1;
+}
+
+qsizetype Document::lineCount() const
+{
+    return _textStorage->blockCount();
+}
+
+qsizetype Document::lineOfPosition(qsizetype position) const
+{
+    return _textStorage->findBlock(int(position)).blockNumber();
+}
+
+Range Document::rangeOfLine(qsizetype line) const
+{
+    const QTextBlock block = _textStorage->findBlockByNumber(int(line));
+    return {block.position(), block.length() - 1};
+}
+
+QString Document::textInRange(Range range) const
+{
+    QTextCursor cursor(_textStorage);
+    cursor.setPosition(int(range.location));
+    cursor.setPosition(int(range.max()), QTextCursor::KeepAnchor);
+    // The cursor ends each line with U+2029.
+    return cursor.selectedText().replace(QChar::ParagraphSeparator, u'\n');
+}
+
 void Document::setDocumentEncoding(quint64 encoding)
 {
     _documentEncoding = encoding;
@@ -185,6 +222,21 @@ QString Document::displayName() const
 bool Document::isDocumentEdited() const
 {
     return _textStorage->isModified();
+}
+
+void Document::setDocumentEdited(bool edited)
+{
+    _textStorage->setModified(edited);
+}
+
+bool Document::canUndo() const
+{
+    return _textStorage->isUndoAvailable();
+}
+
+bool Document::canRedo() const
+{
+    return _textStorage->isRedoAvailable();
 }
 
 void Document::updatePreferences(const DocumentSettings& settings)
@@ -580,6 +632,22 @@ void Document::replaceUndoably(const QString& storageText, const ReadState& afte
     _textStorage->appendUndoItem(new ReadingUndo(this, readState(), after, announce));
     cursor.endEditBlock();
     applyReadState(after, announce);
+}
+
+void Document::setLoadedText(const QString& text)
+{
+    _textStorage->setPlainText(text);
+}
+
+void Document::appendLoadedText(const QString& text)
+{
+    const bool undo = _textStorage->isUndoRedoEnabled();
+    _textStorage->setUndoRedoEnabled(false);
+    QTextCursor cursor(_textStorage);
+    cursor.movePosition(QTextCursor::End);
+    cursor.insertText(text);
+    _textStorage->setUndoRedoEnabled(undo);
+    _textStorage->setModified(false);
 }
 
 void Document::setTextStorage(const QString& text)

@@ -5,6 +5,7 @@
 #include "platform/CharacterStandIns.h"
 #include "platform/DocumentSettings.h"
 #include "platform/FileStamp.h"
+#include "platform/Range.h"
 
 #include <QObject>
 #include <QPageLayout>
@@ -69,6 +70,19 @@ public:
     /// QTextDocument's own marks; CR where line breaks are kept).
     const CharacterStandIns& characterStandIns() const { return _reading.standIns; }
 
+    // The text as the text storage holds it: LF line breaks, stand-ins in place, and only
+    // what has gone in so far while a large file is still loading. Positions and lengths are
+    // UTF-16 units; lines count from 0.
+    qsizetype length() const;
+    /// The line breaks plus one.
+    qsizetype lineCount() const;
+    /// The line holding `position`, a position within the text.
+    qsizetype lineOfPosition(qsizetype position) const;
+    /// The characters of `line`, its line break excepted.
+    Range rangeOfLine(qsizetype line) const;
+    /// The characters of `range`.
+    QString textInRange(Range range) const;
+
     quint64 documentEncoding() const { return _documentEncoding; }
     void setDocumentEncoding(quint64 encoding);
     qsizetype documentLineBreaks() const { return _documentLineBreaks; }
@@ -84,6 +98,11 @@ public:
     /// The file's name, or "Untitled" (numbered after the first).
     QString displayName() const;
     bool isDocumentEdited() const;
+    /// Marks the text as unsaved (closing asks whether to save it) or as the saved one.
+    void setDocumentEdited(bool edited);
+    /// Whether undo, or redo, has a step to take.
+    bool canUndo() const;
+    bool canRedo() const;
 
     QString windowIdentifier() const { return _windowIdentifier; }
     void setWindowIdentifier(const QString& identifier) { _windowIdentifier = identifier; }
@@ -132,6 +151,11 @@ public:
     std::unique_ptr<Document> duplicateAndReturnError() const;
     /// Replaces the whole text as one undoable step.
     void setTextStorage(const QString& text);
+    /// Replaces the whole text without an undo step: the undo history is cleared.
+    void setLoadedText(const QString& text);
+    /// Adds `text` at the end as text read, not typed: no undo step, and the document stays
+    /// unmodified.
+    void appendLoadedText(const QString& text);
 
     /// Replaces the text with what the file holds in `encoding` (reopening it in another
     /// encoding), as one undoable step that undo takes back with the encoding; the document is
@@ -194,6 +218,15 @@ public:
     void finishLoading();
 
 Q_SIGNALS:
+    /// Each change of the text as it happens: at `position`, `removed` units gave way to
+    /// `added` units.
+    void contentsChange(qsizetype position, qsizetype removed, qsizetype added);
+    /// After each edit (an edit block counts as one), once the views have followed it.
+    void contentsChanged();
+    /// isDocumentEdited() changed.
+    void documentEditedChanged(bool edited);
+    void canUndoChanged(bool canUndo);
+    void canRedoChanged(bool canRedo);
     /// The encoding, line-break style or file changed: status lines and titles refresh.
     void documentInformationChanged();
     /// A large file started or finished going into the text; panes stay read-only meanwhile.

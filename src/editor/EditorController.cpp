@@ -1,5 +1,6 @@
 #include "editor/EditorController.h"
 
+#include "document/Document.h"
 #include "editor/GutterView.h"
 #include "editor/LayoutManager.h"
 #include "editor/TextView.h"
@@ -50,6 +51,11 @@ void EditorController::setupInitialTextViewSharedStateWithTextStorage(QTextDocum
         window->activateWindow();
     }
     _textView->setFocus(Qt::OtherFocusReason);
+}
+
+void EditorController::setupInitialTextViewSharedStateWithDocument(Document* document)
+{
+    setupInitialTextViewSharedStateWithTextStorage(document ? document->textStorage() : nullptr);
 }
 
 void EditorController::updatePreferences(const EditorSettings& settings)

@@ -6,6 +6,7 @@
 #include <QPointer>
 #include <QString>
 
+class Document;
 class GutterView;
 class LayoutManager;
 class QTextDocument;
@@ -36,6 +37,8 @@ public:
     /// Shows the document's `textStorage` in this pane with a LayoutManager and a gutter of
     /// its own, and gives the new view the keyboard focus.
     void setupInitialTextViewSharedStateWithTextStorage(QTextDocument* textStorage);
+    /// The same for the text of `document`.
+    void setupInitialTextViewSharedStateWithDocument(Document* document);
 
     /// Has the pane take up changed settings: text view, then its layout manager and gutter.
     void updatePreferences(const EditorSettings& settings);

@@ -27,6 +27,8 @@
 #include <QPaintEvent>
 #include <QPainter>
 #include <QProgressBar>
+#include <QScrollBar>
+#include <QSignalBlocker>
 
 namespace {
 
@@ -435,6 +437,53 @@ void TextView::setSelectedRange(Range range)
     cursor.setPosition(int(qBound<qsizetype>(0, range.location, last)));
     cursor.setPosition(int(qBound<qsizetype>(0, range.max(), last)), QTextCursor::KeepAnchor);
     setTextCursor(cursor);
+}
+
+qsizetype TextView::cursorPosition() const
+{
+    return textCursor().position();
+}
+
+qsizetype TextView::selectionAnchor() const
+{
+    return textCursor().anchor();
+}
+
+void TextView::setSelection(qsizetype anchor, qsizetype position)
+{
+    QTextCursor cursor(document());
+    const qsizetype last = document()->characterCount() - 1;
+    cursor.setPosition(int(qBound<qsizetype>(0, anchor, last)));
+    cursor.setPosition(int(qBound<qsizetype>(0, position, last)), QTextCursor::KeepAnchor);
+    setTextCursor(cursor);
+}
+
+QString TextView::selectedText() const
+{
+    // The cursor ends each line with U+2029.
+    return textCursor().selectedText().replace(QChar::ParagraphSeparator, u'\n');
+}
+
+void TextView::scrollRangeToVisible(Range range)
+{
+    if (range.isNotFound()) {
+        return;
+    }
+    const qsizetype last = document()->characterCount() - 1;
+    const QTextCursor saved = textCursor();
+    QTextCursor target(document());
+    target.setPosition(int(qBound<qsizetype>(0, range.max(), last)));
+    target.setPosition(int(qBound<qsizetype>(0, range.location, last)));
+    // The view scrolls only through its cursor: show the range's start with it, then put
+    // the selection back where it was without scrolling again.
+    const QSignalBlocker blocker(this);
+    setTextCursor(target);
+    ensureCursorVisible();
+    const int vertical = verticalScrollBar()->value();
+    const int horizontal = horizontalScrollBar()->value();
+    setTextCursor(saved);
+    verticalScrollBar()->setValue(vertical);
+    horizontalScrollBar()->setValue(horizontal);
 }
 
 void TextView::replaceCharactersInRange(Range range, const QString& string)

@@ -229,6 +229,16 @@ public:
 
     Range selectedRange() const;
     void setSelectedRange(Range range);
+    /// The caret, the moving end of the selection.
+    qsizetype cursorPosition() const;
+    /// The fixed end of the selection (the caret when nothing is selected).
+    qsizetype selectionAnchor() const;
+    /// Selects from `anchor` to the caret at `position`.
+    void setSelection(qsizetype anchor, qsizetype position);
+    /// The characters selected, line breaks as LF.
+    QString selectedText() const;
+    /// Scrolls `range` into sight, its start first, leaving the selection where it is.
+    void scrollRangeToVisible(Range range);
     /// Replaces characters without any of the typing behaviour.
     void replaceCharactersInRange(Range range, const QString& string);
     /// Puts `text` in place of the selection with the insertion point's attributes, leaves

@@ -1,5 +1,7 @@
 #include "editor/UndoActionNames.h"
 
+#include "document/Document.h"
+
 #include <QTextDocument>
 
 UndoActionNames::UndoActionNames(QTextDocument* document)
@@ -31,6 +33,11 @@ UndoActionNames* UndoActionNames::of(QTextDocument* document)
     }
     auto* names = document->findChild<UndoActionNames*>(QString(), Qt::FindDirectChildrenOnly);
     return names ? names : new UndoActionNames(document);
+}
+
+UndoActionNames* UndoActionNames::of(const Document* document)
+{
+    return document ? of(document->textStorage()) : nullptr;
 }
 
 void UndoActionNames::beginStep(const QString& actionName)

@@ -4,6 +4,7 @@
 #include <QObject>
 #include <QString>
 
+class Document;
 class QTextDocument;
 
 /// The action names of a document's undoable steps, kept beside QTextDocument's own undo
@@ -17,6 +18,7 @@ class UndoActionNames : public QObject
 public:
     /// The record of `document`, made on first request; it lives as the document's child.
     static UndoActionNames* of(QTextDocument* document);
+    static UndoActionNames* of(const Document* document);
 
     /// Names the step the next edit block (or single change) of the document adds. Call
     /// endStep() after the block ends, whether or not it changed anything.

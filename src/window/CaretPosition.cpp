@@ -1,28 +1,25 @@
 #include "window/CaretPosition.h"
 
-#include <QTextBlock>
-#include <QTextCursor>
+#include "document/Document.h"
 
-#include <algorithm>
-
-std::pair<qint64, qint64> CaretPosition::lineAndColumn(const QTextCursor& cursor)
+std::pair<qint64, qint64> CaretPosition::lineAndColumn(const Document& text, qsizetype position)
 {
-    const QTextBlock block = cursor.block();
-    const QString text = block.text();
-    const qsizetype offset = std::min<qsizetype>(cursor.positionInBlock(), text.size());
+    const qsizetype line = text.lineOfPosition(position);
+    const qsizetype start = text.rangeOfLine(line).location;
+    const QString before = text.textInRange({start, position - start});
     qint64 column = 1;
-    for (qsizetype i = 0; i < offset; ++i) {
+    for (qsizetype i = 0; i < before.size(); ++i) {
         // The second half of a surrogate pair is not a character of its own.
-        if (!(text[i].isLowSurrogate() && i > 0 && text[i - 1].isHighSurrogate())) {
+        if (!(before[i].isLowSurrogate() && i > 0 && before[i - 1].isHighSurrogate())) {
             ++column;
         }
     }
-    return {qint64(block.blockNumber()) + 1, column};
+    return {qint64(line) + 1, column};
 }
 
-QString CaretPosition::statusText(const QTextCursor& cursor)
+QString CaretPosition::statusText(const Document& text, qsizetype position)
 {
     // Without grouping separators: "Line 12,345, Column 7" would read as three numbers.
-    const auto [line, column] = lineAndColumn(cursor);
+    const auto [line, column] = lineAndColumn(text, position);
     return QStringLiteral("Line %1, Column %2").arg(line).arg(column);
 }

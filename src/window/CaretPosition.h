@@ -4,7 +4,7 @@
 
 #include <utility>
 
-class QTextCursor;
+class Document;
 
 /// Where the caret stands, as the status line says it: "Line N, Column M". Lines are the
 /// text's lines (a wrapped line is one line); columns count characters from the line's
@@ -12,8 +12,8 @@ class QTextCursor;
 class CaretPosition
 {
 public:
-    /// The caret's line and column, both counted from 1.
-    static std::pair<qint64, qint64> lineAndColumn(const QTextCursor& cursor);
+    /// The line and column of the caret at `position` of `text`, both counted from 1.
+    static std::pair<qint64, qint64> lineAndColumn(const Document& text, qsizetype position);
     /// "Line N, Column M".
-    static QString statusText(const QTextCursor& cursor);
+    static QString statusText(const Document& text, qsizetype position);
 };

@@ -11,8 +11,6 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QScrollBar>
-#include <QTextBlock>
-#include <QTextDocument>
 
 #include <algorithm>
 
@@ -29,28 +27,27 @@ struct PanePlace {
     int vertical = 0;
 };
 
-std::pair<int, int> lineAndColumn(const QTextDocument* text, int position)
+std::pair<int, int> lineAndColumn(const Document& text, qsizetype position)
 {
-    const QTextBlock block = text->findBlock(position);
-    return {block.blockNumber(), position - block.position()};
+    const qsizetype line = text.lineOfPosition(position);
+    return {int(line), int(position - text.rangeOfLine(line).location)};
 }
 
-int positionOf(const QTextDocument* text, int line, int column)
+qsizetype positionOf(const Document& text, int line, int column)
 {
-    const QTextBlock block = text->findBlockByNumber(std::min(line, text->blockCount() - 1));
-    return block.position() + std::min(column, block.length() - 1);
+    const Range range = text.rangeOfLine(std::min<qsizetype>(line, text.lineCount() - 1));
+    return range.location + std::min<qsizetype>(column, range.length);
 }
 
-std::vector<PanePlace> placesOf(const std::vector<TextView*>& views)
+std::vector<PanePlace> placesOf(const Document& text, const std::vector<TextView*>& views)
 {
     std::vector<PanePlace> places;
     for (TextView* view : views) {
-        const QTextCursor cursor = view->textCursor();
         PanePlace place;
         place.view = view;
         std::tie(place.anchorLine, place.anchorColumn) =
-            lineAndColumn(view->document(), cursor.anchor());
-        std::tie(place.line, place.column) = lineAndColumn(view->document(), cursor.position());
+            lineAndColumn(text, view->selectionAnchor());
+        std::tie(place.line, place.column) = lineAndColumn(text, view->cursorPosition());
         place.horizontal = view->horizontalScrollBar()->value();
         place.vertical = view->verticalScrollBar()->value();
         places.push_back(place);
@@ -58,17 +55,14 @@ std::vector<PanePlace> placesOf(const std::vector<TextView*>& views)
     return places;
 }
 
-void restore(const std::vector<PanePlace>& places)
+void restore(const Document& text, const std::vector<PanePlace>& places)
 {
     for (const PanePlace& place : places) {
         if (!place.view) {
             continue;
         }
-        const QTextDocument* text = place.view->document();
-        QTextCursor cursor(place.view->document());
-        cursor.setPosition(positionOf(text, place.anchorLine, place.anchorColumn));
-        cursor.setPosition(positionOf(text, place.line, place.column), QTextCursor::KeepAnchor);
-        place.view->setTextCursor(cursor);
+        place.view->setSelection(positionOf(text, place.anchorLine, place.anchorColumn),
+                                 positionOf(text, place.line, place.column));
         // After the cursor, which scrolls to show itself.
         place.view->verticalScrollBar()->setValue(place.vertical);
         place.view->horizontalScrollBar()->setValue(place.horizontal);
@@ -98,8 +92,8 @@ DiskChangeNotices::DiskChangeNotices(WindowController* controller)
             check();
         }
     });
-    connect(_document->textStorage(), &QTextDocument::contentsChange, this,
-            [this](int, int removed, int added) {
+    connect(_document, &Document::contentsChange, this,
+            [this](qsizetype, qsizetype removed, qsizetype added) {
                 if (removed > 0 || added > 0) {
                     _modifiedByRemoval = false;
                 }
@@ -127,7 +121,7 @@ void DiskChangeNotices::check()
         dismissBar();
         if (_modifiedByRemoval) {
             _modifiedByRemoval = false;
-            _document->textStorage()->setModified(false);
+            _document->setDocumentEdited(false);
         }
         return;
     }
@@ -146,8 +140,8 @@ void DiskChangeNotices::check()
 
 bool DiskChangeNotices::reload()
 {
-    const std::vector<PanePlace> places = placesOf(_controller->textViews());
-    UndoActionNames* names = UndoActionNames::of(_document->textStorage());
+    const std::vector<PanePlace> places = placesOf(*_document, _controller->textViews());
+    UndoActionNames* names = UndoActionNames::of(_document);
     names->beginStep(tr("Reload"));
     QString error;
     const bool reloaded = _document->reloadFromFile(&error);
@@ -161,7 +155,7 @@ bool DiskChangeNotices::reload()
     _modifiedByRemoval = false;
     dismissBar();
     _controller->resetupInitialTextViewSharedState();
-    restore(places);
+    restore(*_document, places);
     return true;
 }
 
@@ -170,7 +164,7 @@ void DiskChangeNotices::keepMyVersion()
     // The document is now based on the file as it is, so the next Save replaces it without
     // asking again; it stays unsaved until then.
     _document->setFileStamp(FileStamp::ofFile(_document->fileURL()));
-    _document->textStorage()->setModified(true);
+    _document->setDocumentEdited(true);
     _handled.reset();
 }
 
@@ -210,7 +204,7 @@ void DiskChangeNotices::showGoneBar()
     _bar->setObjectName(QStringLiteral("goneFromDiskBar"));
     // Closing the window must not lose the only copy of the text left.
     if (!_document->isDocumentEdited()) {
-        _document->textStorage()->setModified(true);
+        _document->setDocumentEdited(true);
         _modifiedByRemoval = true;
     }
 }

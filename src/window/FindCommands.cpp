@@ -50,16 +50,17 @@ void FindCommands::replaceAll()
 void FindCommands::useSelectionforFind()
 {
     TextView* view = _controller.textView();
-    if (!view || !view->textCursor().hasSelection()) {
+    if (!view || view->selectedRange().length == 0) {
         return;
     }
-    const QTextCursor selection = view->textCursor();
+    const qsizetype anchor = view->selectionAnchor();
+    const qsizetype position = view->cursorPosition();
+    const QString selection = view->selectedText();
     if (!_controller.isSidebarView() || _controller.lastSelectedType() != SidebarView::SearchType) {
         _controller.swicthSidebarType(SidebarView::SearchType);
     }
-    _controller.sidebarView()->setSearchFieldString(
-        selection.selectedText().replace(QChar::ParagraphSeparator, u'\n'));
-    view->setTextCursor(selection);
+    _controller.sidebarView()->setSearchFieldString(selection);
+    view->setSelection(anchor, position);
 }
 
 void FindCommands::jumpToSelection()

@@ -1,5 +1,6 @@
 #include "window/GotoController.h"
 
+#include "document/Document.h"
 #include "editor/TextView.h"
 #include "search/SearchManager.h"
 #include "window/DocumentWindow.h"
@@ -7,7 +8,6 @@
 
 #include <QLabel>
 #include <QLineEdit>
-#include <QTextDocument>
 #include <QVBoxLayout>
 
 GotoController::GotoController(WindowController* windowController, QWidget* parent)
@@ -44,7 +44,7 @@ void GotoController::gotoLine(QObject* sender)
 {
     Q_UNUSED(sender);
     TextView* textView = _windowController->textView();
-    if (!textView || textView->document()->isEmpty()) {
+    if (!textView || _windowController->document()->length() == 0) {
         return;
     }
     SearchManager::sharedSearchManager().gotoLine(textView);

@@ -37,13 +37,13 @@ void StatusLine::selectionChanged(TextView* view)
     if (view != _controller->textView()) {
         return;
     }
-    const QTextCursor cursor = view->textCursor();
-    if (!cursor.hasSelection()) {
+    const Range selection = view->selectedRange();
+    if (selection.length == 0) {
         showWholeCount();
         return;
     }
     // Answered by rangeCounted, at once or from a worker; an older answer never lands.
-    _counter->countRange(cursor.selectionStart(), cursor.selectionEnd(), _allowWhitespaceCount);
+    _counter->countRange(selection.location, selection.max(), _allowWhitespaceCount);
 }
 
 void StatusLine::showWholeCount()
@@ -79,7 +79,8 @@ QString StatusLine::text() const
         text += QStringLiteral("   ") + syntax;
     }
     if (const TextView* view = _controller->textView()) {
-        text += QStringLiteral("   ") + CaretPosition::statusText(view->textCursor());
+        text +=
+            QStringLiteral("   ") + CaretPosition::statusText(*document, view->cursorPosition());
     }
     if (_fileIsReadOnly) {
         text += QStringLiteral("   Read-Only");

@@ -26,7 +26,6 @@
 #include <QMessageBox>
 #include <QProgressBar>
 #include <QSplitter>
-#include <QTextDocument>
 
 namespace {
 
@@ -75,8 +74,7 @@ WindowController::WindowController(Document* document)
             view->setReadOnly(_document->isLoading() || _document->isReadOnly());
         }
     });
-    connect(document->textStorage(), &QTextDocument::modificationChanged, this,
-            &WindowController::updateTitle);
+    connect(document, &Document::documentEditedChanged, this, &WindowController::updateTitle);
     // While the end of a large file is still going in, the panes show it but take no typing.
     connect(document, &Document::loadingChanged, this, [this](bool loading) {
         for (TextView* view : textViews()) {
@@ -84,10 +82,9 @@ WindowController::WindowController(Document* document)
         }
         _window->indicator()->setVisible(loading);
     });
-    connect(document->textStorage(), &QTextDocument::contentsChanged, this,
-            &WindowController::textDidChange);
+    connect(document, &Document::contentsChanged, this, &WindowController::textDidChange);
     connect(_window, &DocumentWindow::becameActive, this, [this] {
-        if (!textView() || !textView()->textCursor().hasSelection()) {
+        if (!textView() || textView()->selectedRange().length == 0) {
             _statusLine->showWholeCount();
         }
     });
@@ -136,7 +133,7 @@ void WindowController::addPane()
     auto* pane =
         new EditorController(services, Preferences::sharedPreferences().current().editor, this);
     _window->splitView()->addWidget(pane->view());
-    pane->setupInitialTextViewSharedStateWithTextStorage(_document->textStorage());
+    pane->setupInitialTextViewSharedStateWithDocument(_document);
     _panes.push_back(pane);
     TextView* view = pane->textView();
     _mainTextView = view;
@@ -391,7 +388,7 @@ void WindowController::textDidChange()
     for (TextView* view : textViews()) {
         view->textDidChanged();
     }
-    if (!textView() || !textView()->textCursor().hasSelection()) {
+    if (!textView() || textView()->selectedRange().length == 0) {
         _statusLine->showWholeCount();
     }
 }
@@ -453,7 +450,7 @@ void WindowController::reopenUsingEncoding(quint64 encoding)
     } else if (!hasFile) {
         _document->setDocumentEncoding(encoding);
     } else {
-        UndoActionNames* names = UndoActionNames::of(_document->textStorage());
+        UndoActionNames* names = UndoActionNames::of(_document);
         names->beginStep(tr("Reopen with Encoding"));
         QString error;
         const bool reread = _document->rereadWithEncoding(encoding, &error);

@@ -12,7 +12,6 @@
 #include <QApplication>
 #include <QFile>
 #include <QPalette>
-#include <QTextDocument>
 
 #include <algorithm>
 #include <limits>
@@ -99,7 +98,7 @@ void AppDelegate::openScriptDictionary(QObject* sender)
     Q_UNUSED(sender);
     const QString xml = ScriptingService::introspectionXml();
     Document* document = DocumentController::sharedDocumentController().newDocument();
-    document->textStorage()->setPlainText(xml);
+    document->setLoadedText(xml);
 }
 
 bool AppDelegate::applicationShouldOpenUntitledFile() const

@@ -11,9 +11,6 @@
 #include <QMessageBox>
 #include <QSocketNotifier>
 #include <QStringDecoder>
-#include <QTextBlock>
-#include <QTextCursor>
-#include <QTextDocument>
 
 #include <unistd.h>
 #include <utility>
@@ -78,7 +75,7 @@ private:
     {
         _notifier->setEnabled(false);
         // The text exists nowhere else: closing the window asks whether to save it.
-        _document->textStorage()->setModified(true);
+        _document->setDocumentEdited(true);
         deleteLater();
     }
 
@@ -125,15 +122,8 @@ private:
         if (text.isEmpty()) {
             return;
         }
-        QTextDocument* storage = _document->textStorage();
-        const bool undo = storage->isUndoRedoEnabled();
-        storage->setUndoRedoEnabled(false);
-        QTextCursor cursor(storage);
-        cursor.movePosition(QTextCursor::End);
-        cursor.insertText(text);
-        storage->setUndoRedoEnabled(undo);
         // Edited only once the whole input is in (see stop).
-        storage->setModified(false);
+        _document->appendLoadedText(text);
     }
 
     void refuseLongLine()
@@ -232,15 +222,11 @@ void CommandLineOpener::placeInsertionPoint(Document* document, qint64 line, qin
     if (!view || line < 1) {
         return;
     }
-    QTextDocument* storage = document->textStorage();
-    if (line > storage->blockCount()) {
+    if (line > document->lineCount()) {
         document->finishLoading();
     }
-    const QTextBlock block =
-        storage->findBlockByNumber(int(std::min<qint64>(line, storage->blockCount()) - 1));
-    const qint64 offset = std::clamp<qint64>(column - 1, 0, block.length() - 1);
-    QTextCursor cursor(block);
-    cursor.setPosition(block.position() + int(offset));
-    view->setTextCursor(cursor);
+    const Range range = document->rangeOfLine(std::min<qint64>(line, document->lineCount()) - 1);
+    const qint64 offset = std::clamp<qint64>(column - 1, 0, range.length);
+    view->setSelectedRange({range.location + offset, 0});
     view->centerCursor();
 }

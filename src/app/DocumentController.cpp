@@ -171,7 +171,7 @@ Document* DocumentController::duplicateDocument(Document* document)
     // Its window comes back as the original's stands, as a restored window would.
     duplicate->setWindowIdentifier(document->windowIdentifier());
     // The copy is kept nowhere yet: closing it asks whether to save it.
-    duplicate->textStorage()->setModified(true);
+    duplicate->setDocumentEdited(true);
     return addDocument(duplicate, true);
 }
 

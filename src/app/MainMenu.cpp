@@ -17,7 +17,6 @@
 #include <QApplication>
 #include <QMenu>
 #include <QMenuBar>
-#include <QTextDocument>
 
 MainMenu::MainMenu(WindowController* controller)
     : QObject(controller)
@@ -152,7 +151,7 @@ void MainMenu::buildFileMenu(QMenuBar* bar)
 void MainMenu::buildEditMenu(QMenuBar* bar)
 {
     QMenu* edit = addMenu(bar, tr("&Edit"), QStringLiteral("editMenu"));
-    QTextDocument* text = _controller->document()->textStorage();
+    Document* text = _controller->document();
     QAction* undo = edit->addAction(tr("&Undo"), QKeySequence::Undo, this, [this] {
         if (TextView* view = _controller->textView()) {
             view->undo();
@@ -163,10 +162,10 @@ void MainMenu::buildEditMenu(QMenuBar* bar)
             view->redo();
         }
     });
-    undo->setEnabled(text->isUndoAvailable());
-    redo->setEnabled(text->isRedoAvailable());
-    connect(text, &QTextDocument::undoAvailable, undo, &QAction::setEnabled);
-    connect(text, &QTextDocument::redoAvailable, redo, &QAction::setEnabled);
+    undo->setEnabled(text->canUndo());
+    redo->setEnabled(text->canRedo());
+    connect(text, &Document::canUndoChanged, undo, &QAction::setEnabled);
+    connect(text, &Document::canRedoChanged, redo, &QAction::setEnabled);
     // The items name the step they take back or make again ("Undo Shift Right").
     UndoActionNames* names = UndoActionNames::of(text);
     const auto nameItems = [undo, redo, names] {

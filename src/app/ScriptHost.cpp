@@ -60,9 +60,7 @@ QString ScriptHost::selectedTextOf(Document* document) const
     if (!view) {
         return QString();
     }
-    QString selection = view->textCursor().selectedText();
-    selection.replace(QChar::ParagraphSeparator, u'\n');
-    return selection;
+    return view->selectedText();
 }
 
 void ScriptHost::insertTextAtSelection(Document* document, const QString& text)

@@ -9,8 +9,6 @@
 #include "window/WindowController.h"
 
 #include <QJSValue>
-#include <QTextCursor>
-#include <QTextDocument>
 
 #include <cmath>
 #include <limits>
@@ -134,10 +132,7 @@ QString ScriptingDocument::selection() const
     if (!view) {
         return QString();
     }
-    // The editor keeps line breaks as LF; the cursor hands them out as U+2029.
-    QString text = view->textCursor().selectedText();
-    text.replace(QChar::ParagraphSeparator, u'\n');
-    return text;
+    return view->selectedText();
 }
 
 std::optional<QList<qint64>> ScriptingDocument::textRange() const
@@ -146,8 +141,8 @@ std::optional<QList<qint64>> ScriptingDocument::textRange() const
     if (!view) {
         return std::nullopt;
     }
-    const QTextCursor cursor = view->textCursor();
-    return QList<qint64>{cursor.selectionStart(), cursor.selectionEnd() - cursor.selectionStart()};
+    const Range selection = view->selectedRange();
+    return QList<qint64>{selection.location, selection.length};
 }
 
 std::optional<ScriptingDocument::Refusal>
@@ -162,7 +157,7 @@ ScriptingDocument::setTextRange(const QList<qint64>& range)
             Refusal::InvalidValue,
             tr("textRange takes two numbers, a location and a length, not %1.").arg(range.size())};
     }
-    const qint64 textLength = view->document()->characterCount() - 1;
+    const qint64 textLength = _document->length();
     const qint64 location = range[0];
     const qint64 length = range[1];
     // Compared without adding the two: their sum may not fit in 64 bits.
@@ -174,10 +169,7 @@ ScriptingDocument::setTextRange(const QList<qint64>& range)
                            .arg(length)
                            .arg(textLength)};
     }
-    QTextCursor cursor = view->textCursor();
-    cursor.setPosition(int(location));
-    cursor.setPosition(int(location + length), QTextCursor::KeepAnchor);
-    view->setTextCursor(cursor);
+    view->setSelectedRange({location, length});
     return std::nullopt;
 }
 

@@ -9,8 +9,6 @@
 
 #include <QGuiApplication>
 #include <QPalette>
-#include <QScrollBar>
-#include <QSignalBlocker>
 #include <QTextCursor>
 #include <QTextDocument>
 #include <QTimer>
@@ -27,17 +25,6 @@ QColor highlightWithLevel(const QColor& color, qreal level)
     return QColor::fromRgbF(float(rgb.redF() + (1 - rgb.redF()) * level),
                             float(rgb.greenF() + (1 - rgb.greenF()) * level),
                             float(rgb.blueF() + (1 - rgb.blueF()) * level), rgb.alphaF());
-}
-
-Range selectedRange(const TextView* textView)
-{
-    const QTextCursor cursor = textView->textCursor();
-    return {cursor.selectionStart(), cursor.selectionEnd() - cursor.selectionStart()};
-}
-
-int clampToText(const QTextDocument* textStorage, qsizetype position)
-{
-    return int(std::clamp<qsizetype>(position, 0, textStorage->characterCount() - 1));
 }
 
 /// Paints `ranges` over what the background layer already holds.
@@ -162,28 +149,6 @@ QString SearchManager::textOf(QTextDocument* textStorage)
     return _cachedText;
 }
 
-void SearchManager::scrollRangeToVisible(TextView* textView, Range range)
-{
-    if (!textView || range.isNotFound()) {
-        return;
-    }
-    QTextDocument* textStorage = textView->document();
-    const QTextCursor saved = textView->textCursor();
-    QTextCursor target(textStorage);
-    target.setPosition(clampToText(textStorage, range.max()));
-    target.setPosition(clampToText(textStorage, range.location));
-    // The view scrolls only through its cursor: show the range's start with it, then put
-    // the selection back where it was without scrolling again.
-    const QSignalBlocker blocker(textView);
-    textView->setTextCursor(target);
-    textView->ensureCursorVisible();
-    const int vertical = textView->verticalScrollBar()->value();
-    const int horizontal = textView->horizontalScrollBar()->value();
-    textView->setTextCursor(saved);
-    textView->verticalScrollBar()->setValue(vertical);
-    textView->horizontalScrollBar()->setValue(horizontal);
-}
-
 // Occurrences --------------------------------------------------------------------------
 
 std::vector<Range> SearchManager::findAllString(const QString& string, const QString& findString,
@@ -241,12 +206,9 @@ QString SearchManager::searchString(const QString& searchString, bool previous,
     }
     _backgroundHighlight = true;
     const Range chosen =
-        selectedMatchingRange(_searchMatchesList, selectedRange(textView), previous, text);
+        selectedMatchingRange(_searchMatchesList, textView->selectedRange(), previous, text);
     if (!chosen.isNotFound()) {
-        QTextCursor cursor(layoutManager->textStorage());
-        cursor.setPosition(int(chosen.location));
-        cursor.setPosition(int(chosen.max()), QTextCursor::KeepAnchor);
-        textView->setTextCursor(cursor);
+        textView->setSelectedRange(chosen);
         textView->ensureCursorVisible();
         FindIndicator::showFindIndicatorForRange(textView, chosen);
     }
@@ -284,21 +246,16 @@ void SearchManager::replacingString(const QString& replaceString, LayoutManager*
     if (!_backgroundHighlight || !textView) {
         return;
     }
-    const qsizetype location = selectedRange(textView).location;
+    const qsizetype location = textView->selectedRange().location;
     const bool wasReplacing = std::exchange(_isReplacing, true);
+    const Range selection = textView->selectedRange();
     undoableStep(layoutManager->textStorage(), QStringLiteral("Replace"), [&](QTextCursor& cursor) {
-        const QTextCursor selection = textView->textCursor();
-        cursor.setPosition(selection.selectionStart());
-        cursor.setPosition(selection.selectionEnd(), QTextCursor::KeepAnchor);
+        cursor.setPosition(int(selection.location));
+        cursor.setPosition(int(selection.max()), QTextCursor::KeepAnchor);
         cursor.insertText(replaceString);
     });
     _isReplacing = wasReplacing;
-    QTextCursor selection(layoutManager->textStorage());
-    selection.setPosition(int(location));
-    selection.setPosition(
-        clampToText(layoutManager->textStorage(), location + replaceString.size()),
-        QTextCursor::KeepAnchor);
-    textView->setTextCursor(selection);
+    textView->setSelectedRange({location, replaceString.size()});
 }
 
 void SearchManager::replacingAllStringWithLayoutManager(LayoutManager* layoutManager)
@@ -378,7 +335,7 @@ bool SearchManager::getRange(Range* range, TextView* textView, qint64 fromLineSp
         return false;
     }
     return SearchEngine::getRange(range, sharedSearchManager().textOf(textView->document()),
-                                  selectedRange(textView), fromLineSpec, toLineSpec, relative);
+                                  textView->selectedRange(), fromLineSpec, toLineSpec, relative);
 }
 
 Range SearchManager::selectLinesUsingDescription(const QString& component,
@@ -390,7 +347,7 @@ Range SearchManager::selectLinesUsingDescription(const QString& component,
     }
     layoutManager->removeBackgroundHighlights();
     return SearchEngine::selectLinesUsingDescription(
-        component, textOf(layoutManager->textStorage()), selectedRange(textView));
+        component, textOf(layoutManager->textStorage()), textView->selectedRange());
 }
 
 void SearchManager::gotoLine(TextView* textView)
@@ -402,16 +359,16 @@ void SearchManager::gotoLine(TextView* textView)
     const QColor color = highlightWithLevel(_selectColor, 0.5);
     _gotoRangePosition.clear();
     if (_gotoString == u"start") {
-        scrollRangeToVisible(textView, {0, 0});
+        textView->scrollRangeToVisible({0, 0});
         return;
     }
     if (_gotoString == u"end") {
-        scrollRangeToVisible(textView, {textView->document()->characterCount() - 1, 0});
+        textView->scrollRangeToVisible({layoutManager->textStorage()->characterCount() - 1, 0});
         return;
     }
     layoutManager->removeBackgroundHighlights();
     const QString text = textOf(layoutManager->textStorage());
-    const Range selection = selectedRange(textView);
+    const Range selection = textView->selectedRange();
     for (const QString& component : _gotoString.split(u':')) {
         _gotoRangePosition.push_back(
             SearchEngine::selectLinesUsingDescription(component, text, selection));
@@ -434,7 +391,7 @@ void SearchManager::gotoLine(TextView* textView)
         shown = (shown + 1) % n;
     }
     const Range range = _gotoRangePosition[size_t(shown)];
-    scrollRangeToVisible(textView, range);
+    textView->scrollRangeToVisible(range);
     FindIndicator::showFindIndicatorForRange(textView, range);
     if (n > 1) {
         _gotoPosition = shown + 1 > n - 1 ? 0 : shown + 1;

@@ -101,8 +101,6 @@ public:
     /// a document costs more than searching it, and Find Next is pressed again and again.
     /// The copy is let go a few seconds after its last use.
     QString textOf(QTextDocument* textStorage);
-    /// Scrolls `textView` so that `range` is in sight, leaving its selection alone.
-    static void scrollRangeToVisible(TextView* textView, Range range);
 
 Q_SIGNALS:
     /// One of the five flags with a setter changed: every search pane shows them.

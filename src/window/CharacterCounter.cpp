@@ -1,91 +1,31 @@
 #include "window/CharacterCounter.h"
 
+#include "document/Document.h"
+#include "document/SurrogatePairCount.h"
+
 #include <QFutureWatcher>
-#include <QTextBlock>
-#include <QTextCursor>
-#include <QTextDocument>
 #include <QtConcurrent/QtConcurrentRun>
 
-#include <utility>
-
-namespace {
-
-qint64 surrogatePairsIn(QStringView text)
-{
-    qint64 pairs = 0;
-    for (QChar c : text) {
-        pairs += c.isHighSurrogate() ? 1 : 0;
-    }
-    return pairs;
-}
-
-// Each block remembers how many pairs it held when last counted; a block that goes
-// away takes its share with it. The blocks share the total with the counter, since the
-// document destroys its blocks only after the counter, its child, is gone.
-class BlockPairs : public QTextBlockUserData
-{
-public:
-    BlockPairs(std::shared_ptr<qint64> total, qint64 pairs)
-        : _total(std::move(total))
-        , _pairs(pairs)
-    {
-        *_total += pairs;
-    }
-    ~BlockPairs() override { *_total -= _pairs; }
-    void set(qint64 pairs)
-    {
-        *_total += pairs - _pairs;
-        _pairs = pairs;
-    }
-
-private:
-    std::shared_ptr<qint64> _total;
-    qint64 _pairs;
-};
-
-} // namespace
-
-CharacterCounter::CharacterCounter(QTextDocument* document)
+CharacterCounter::CharacterCounter(Document* document)
     : QObject(document)
     , _document(document)
-{
-    connect(document, &QTextDocument::contentsChange, this, &CharacterCounter::recount);
-    recount(0, 0, document->characterCount());
-}
-
-void CharacterCounter::recount(int position, int removed, int added)
-{
-    Q_UNUSED(removed);
-    QTextBlock block = _document->findBlock(position);
-    const QTextBlock last = _document->findBlock(position + added);
-    while (block.isValid()) {
-        const qint64 pairs = surrogatePairsIn(block.text());
-        if (auto* data = static_cast<BlockPairs*>(block.userData())) {
-            data->set(pairs);
-        } else if (pairs > 0) {
-            block.setUserData(new BlockPairs(_surrogatePairs, pairs));
-        }
-        if (block == last) {
-            break;
-        }
-        block = block.next();
-    }
-}
+    , _surrogatePairs(new SurrogatePairCount(*document, this))
+{}
 
 qint64 CharacterCounter::count() const
 {
-    // characterCount() includes one separator per block, the last block's included.
-    return qint64(_document->characterCount()) - _document->blockCount() - *_surrogatePairs;
+    // Every line but the last ends in a line feed.
+    return qint64(_document->length()) + 1 - _document->lineCount() - _surrogatePairs->count();
 }
 
 void CharacterCounter::countRange(qsizetype start, qsizetype end, bool allowWhitespace)
 {
     ++_newestRequest;
-    if (allowWhitespace && *_surrogatePairs == 0) {
-        // Every unit is a character but the line feeds, one between each two blocks.
+    if (allowWhitespace && _surrogatePairs->count() == 0) {
+        // Every unit is a character but the line feeds, one between each two lines.
         _waiting.reset();
-        const int lineFeeds = _document->findBlock(int(end)).blockNumber() -
-                              _document->findBlock(int(start)).blockNumber();
+        const qsizetype lineFeeds =
+            _document->lineOfPosition(end) - _document->lineOfPosition(start);
         Q_EMIT rangeCounted(qint64(end - start) - lineFeeds);
         return;
     }
@@ -105,10 +45,7 @@ void CharacterCounter::startWaitingCount()
 {
     const RangeRequest request = *_waiting;
     _waiting.reset();
-    QTextCursor cursor(_document);
-    cursor.setPosition(int(request.start));
-    cursor.setPosition(int(request.end), QTextCursor::KeepAnchor);
-    const QString text = cursor.selectedText().replace(QChar::ParagraphSeparator, u'\n');
+    const QString text = _document->textInRange({request.start, request.end - request.start});
     const quint64 number = _newestRequest;
     _counting = true;
     auto* watcher = new QFutureWatcher<qint64>(this);

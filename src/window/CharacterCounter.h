@@ -3,22 +3,22 @@
 #include <QObject>
 #include <QString>
 
-#include <memory>
 #include <optional>
 
-class QTextDocument;
+class Document;
+class SurrogatePairCount;
 
 /// Keeps the status line's character count of a whole document without walking the text
 /// on each keystroke: the count is every code point except the line feeds, which is the
-/// document's UTF-16 length, less one per line break, less one per surrogate pair. The
-/// pairs are counted per block and only the blocks an edit touches are counted again.
-/// Selections are counted the same way, or on a worker when the text holds pairs.
+/// document's UTF-16 length, less one per line break, less one per surrogate pair (see
+/// SurrogatePairCount). Selections are counted the same way, or on a worker when the text
+/// holds pairs.
 class CharacterCounter : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit CharacterCounter(QTextDocument* document);
+    explicit CharacterCounter(Document* document);
 
     /// Characters of the whole document, line feeds excepted.
     qint64 count() const;
@@ -43,7 +43,6 @@ Q_SIGNALS:
     void rangeCounted(qint64 count);
 
 private:
-    void recount(int position, int removed, int added);
     void startWaitingCount();
 
     struct RangeRequest {
@@ -51,8 +50,8 @@ private:
         qsizetype end;
         bool allowWhitespace;
     };
-    QTextDocument* _document;
-    std::shared_ptr<qint64> _surrogatePairs = std::make_shared<qint64>(0);
+    Document* _document;
+    SurrogatePairCount* _surrogatePairs;
     quint64 _newestRequest = 0;
     std::optional<RangeRequest> _waiting;
     bool _counting = false;

@@ -18,7 +18,7 @@
 StatusLine::StatusLine(WindowController* controller)
     : QObject(controller)
     , _controller(controller)
-    , _counter(new CharacterCounter(controller->document()->textStorage()))
+    , _counter(new CharacterCounter(controller->document()))
 {
     fileChanged();
     connect(_counter, &CharacterCounter::rangeCounted, this, [this](qint64 count) {

@@ -620,79 +620,34 @@ void TextView::shiftLeft(QObject*)
     }
 }
 
-void TextView::exchangeSelection(QString (*transform)(const QString&), const QString& actionName)
+void TextView::exchange(Exchange kind)
 {
+    struct Transformation {
+        QString (*transform)(const QString&);
+        const char* actionName; // none for the case changes
+    };
+    static constexpr Transformation transformations[] = {
+        {&StringTransform::stringToFullwidth, QT_TR_NOOP("exchange to Fullwidth")},
+        {&StringTransform::stringToHalfwidth, QT_TR_NOOP("exchange to Halfwidth")},
+        {&StringTransform::stringHiraganaToKatakana, QT_TR_NOOP("exchange Hiragana to Katakana")},
+        {&StringTransform::stringHiraganaToLatin, QT_TR_NOOP("exchange Hiragana to Latin")},
+        {&StringTransform::stringKatakanaToHiragana, QT_TR_NOOP("exchange Katakana to Hiragana")},
+        {&StringTransform::stringKatakanaToLatin, QT_TR_NOOP("exchange Katakana to Latin")},
+        {&StringTransform::stringLatinToHiragana, QT_TR_NOOP("exchange Latin to Hiragana")},
+        {&StringTransform::stringLatinToKatakana, QT_TR_NOOP("exchange Latin to Katakana")},
+        {&StringTransform::stringMandarinToLatin, QT_TR_NOOP("exchange Mandarin to Latin")},
+        {&StringTransform::stringToUpperCase, nullptr},
+        {&StringTransform::stringToLowerCase, nullptr},
+        {&StringTransform::stringCapitalized, nullptr},
+    };
     const Range selection = selectedRange();
     if (selection.length == 0) {
         return;
     }
-    // QTextCursor hands line breaks back as paragraph separators.
-    const QString selected =
-        textCursor().selectedText().replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
-    const QString result = transform(selected);
-    doInsertString(result, selection, {selection.location, result.size()}, actionName);
-}
-
-void TextView::exchangeToFullwidth(QObject*)
-{
-    exchangeSelection(&StringTransform::stringToFullwidth, tr("exchange to Fullwidth"));
-}
-
-void TextView::exchangeToHalfwidth(QObject*)
-{
-    exchangeSelection(&StringTransform::stringToHalfwidth, tr("exchange to Halfwidth"));
-}
-
-void TextView::exchangeHiraganaToKatakana(QObject*)
-{
-    exchangeSelection(&StringTransform::stringHiraganaToKatakana,
-                      tr("exchange Hiragana to Katakana"));
-}
-
-void TextView::exchangeHiraganaToLatin(QObject*)
-{
-    exchangeSelection(&StringTransform::stringHiraganaToLatin, tr("exchange Hiragana to Latin"));
-}
-
-void TextView::exchangeKatakanaToHiragana(QObject*)
-{
-    exchangeSelection(&StringTransform::stringKatakanaToHiragana,
-                      tr("exchange Katakana to Hiragana"));
-}
-
-void TextView::exchangeKatakanaToLatin(QObject*)
-{
-    exchangeSelection(&StringTransform::stringKatakanaToLatin, tr("exchange Katakana to Latin"));
-}
-
-void TextView::exchangeLatinToHiragana(QObject*)
-{
-    exchangeSelection(&StringTransform::stringLatinToHiragana, tr("exchange Latin to Hiragana"));
-}
-
-void TextView::exchangeLatinToKatakana(QObject*)
-{
-    exchangeSelection(&StringTransform::stringLatinToKatakana, tr("exchange Latin to Katakana"));
-}
-
-void TextView::exchangeMandarinToPingyin(QObject*)
-{
-    exchangeSelection(&StringTransform::stringMandarinToLatin, tr("exchange Mandarin to Latin"));
-}
-
-void TextView::uppercaseWord(QObject*)
-{
-    exchangeSelection(&StringTransform::stringToUpperCase, QString());
-}
-
-void TextView::lowercaseWord(QObject*)
-{
-    exchangeSelection(&StringTransform::stringToLowerCase, QString());
-}
-
-void TextView::capitalizeWord(QObject*)
-{
-    exchangeSelection(&StringTransform::stringCapitalized, QString());
+    const Transformation& transformation = transformations[int(kind)];
+    const QString result = transformation.transform(selectedText());
+    doInsertString(result, selection, {selection.location, result.size()},
+                   transformation.actionName ? tr(transformation.actionName) : QString());
 }
 
 void TextView::exchangeToEntityReference(QObject*)
@@ -701,18 +656,9 @@ void TextView::exchangeToEntityReference(QObject*)
     if (d->entityReference.isEmpty() || selection.length == 0) {
         return;
     }
-    const QString selected =
-        textCursor().selectedText().replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
     const QString replaced = StringTransform::stringByReplacingEntityReferences(
-        selected, d->entityReference, d->characterEntity);
-    UndoActionNames* names = UndoActionNames::of(document());
-    names->beginStep(QString());
-    QTextCursor cursor = textCursor();
-    cursor.beginEditBlock();
-    cursor.insertText(replaced);
-    cursor.endEditBlock();
-    names->endStep();
-    setTextCursor(cursor);
+        selectedText(), d->entityReference, d->characterEntity);
+    doInsertString(replaced, selection, {selection.location + replaced.size(), 0}, QString());
 }
 
 QMenu* TextView::menuForEvent(QContextMenuEvent*)

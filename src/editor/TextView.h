@@ -183,19 +183,37 @@ public:
                          const QString& actionName);
     void doInsertString(const QString& string, Range range, Range select,
                         const QString& actionName);
-    void exchangeToFullwidth(QObject* sender = nullptr);
-    void exchangeToHalfwidth(QObject* sender = nullptr);
-    void exchangeHiraganaToKatakana(QObject* sender = nullptr);
-    void exchangeHiraganaToLatin(QObject* sender = nullptr);
-    void exchangeKatakanaToHiragana(QObject* sender = nullptr);
-    void exchangeKatakanaToLatin(QObject* sender = nullptr);
-    void exchangeLatinToHiragana(QObject* sender = nullptr);
-    void exchangeLatinToKatakana(QObject* sender = nullptr);
-    void exchangeMandarinToPingyin(QObject* sender = nullptr);
+    /// The transformations of the selection, each one undoable step (see exchange()).
+    enum class Exchange {
+        ToFullwidth,
+        ToHalfwidth,
+        HiraganaToKatakana,
+        HiraganaToLatin,
+        KatakanaToHiragana,
+        KatakanaToLatin,
+        LatinToHiragana,
+        LatinToKatakana,
+        MandarinToLatin,
+        ToUpperCase,
+        ToLowerCase,
+        Capitalized,
+    };
+    /// Puts the selection transformed by `kind` in its place, selected.
+    void exchange(Exchange kind);
+    void exchangeToFullwidth(QObject* = nullptr) { exchange(Exchange::ToFullwidth); }
+    void exchangeToHalfwidth(QObject* = nullptr) { exchange(Exchange::ToHalfwidth); }
+    void exchangeHiraganaToKatakana(QObject* = nullptr) { exchange(Exchange::HiraganaToKatakana); }
+    void exchangeHiraganaToLatin(QObject* = nullptr) { exchange(Exchange::HiraganaToLatin); }
+    void exchangeKatakanaToHiragana(QObject* = nullptr) { exchange(Exchange::KatakanaToHiragana); }
+    void exchangeKatakanaToLatin(QObject* = nullptr) { exchange(Exchange::KatakanaToLatin); }
+    void exchangeLatinToHiragana(QObject* = nullptr) { exchange(Exchange::LatinToHiragana); }
+    void exchangeLatinToKatakana(QObject* = nullptr) { exchange(Exchange::LatinToKatakana); }
+    void exchangeMandarinToPingyin(QObject* = nullptr) { exchange(Exchange::MandarinToLatin); }
+    void uppercaseWord(QObject* = nullptr) { exchange(Exchange::ToUpperCase); }
+    void lowercaseWord(QObject* = nullptr) { exchange(Exchange::ToLowerCase); }
+    void capitalizeWord(QObject* = nullptr) { exchange(Exchange::Capitalized); }
+    /// Character and entity references for the characters of the selection that have one.
     void exchangeToEntityReference(QObject* sender = nullptr);
-    void uppercaseWord(QObject* sender = nullptr);
-    void lowercaseWord(QObject* sender = nullptr);
-    void capitalizeWord(QObject* sender = nullptr);
     /// The context menu: edit commands, the shifts and the transformations.
     QMenu* menuForEvent(QContextMenuEvent* event);
 
@@ -270,7 +288,6 @@ private:
     void applyFontAndColors();
     void updateMargins();
     void drawInsertionPoint(QPainter& painter, const QRect& rect);
-    void exchangeSelection(QString (*transform)(const QString&), const QString& actionName);
 
     std::unique_ptr<TextViewPrivate> d;
 };

@@ -3,7 +3,6 @@
 #include "document/EncodingManager.h"
 #include "document/SaveFailureMessage.h"
 #include "document/TextEncodingAttribute.h"
-#include "document/TextMirror.h"
 #include "platform/ExtendedAttributes.h"
 #include "platform/FileManager.h"
 #include "platform/Range.h"
@@ -452,12 +451,6 @@ void Document::appendPendingText(qsizetype length)
         // End the piece after a line break, so no line and no surrogate pair is split.
         const qsizetype lineEnd = _pendingText.indexOf(u'\n', end);
         end = lineEnd < 0 ? _pendingText.size() : lineEnd + 1;
-    }
-    if (_pendingOffset > 0) {
-        // The plain copy of the text takes its whole size at once instead of growing with
-        // each piece. Not with the first piece: the file's decoded contents are still in
-        // memory then, and the peak would hold the text once more.
-        TextMirror::mirrorOfDocument(_textStorage)->reserve(_pendingText.size());
     }
     QTextCursor cursor(_textStorage);
     cursor.movePosition(QTextCursor::End);

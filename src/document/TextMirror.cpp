@@ -1,21 +1,13 @@
 #include "document/TextMirror.h"
 
+#include "document/TextChunkIterator.h"
+
 #include <QTextCursor>
 #include <QTextDocument>
 
 #include <algorithm>
-#include <cstring>
-#include <tuple>
-#include <utility>
 
 namespace {
-
-// Room to type into beside a text of `length` characters: without it the first keystrokes
-// reallocate the whole copy.
-qsizetype roomToType(qsizetype length)
-{
-    return length / 16 + 4096;
-}
 
 QString plainText(const QString& raw)
 {
@@ -24,18 +16,39 @@ QString plainText(const QString& raw)
     return text;
 }
 
-/// How many characters `before` and `after` share at their start, and then at their end.
-std::pair<qsizetype, qsizetype> commonEnds(QStringView before, QStringView after)
+/// How many characters [from, to) of `before` shares with `after` at its start, and then
+/// at its end: read from the chunks, so a large removal is not copied to be compared.
+std::pair<qsizetype, qsizetype> commonEnds(const TextSnapshot& before, qsizetype from, qsizetype to,
+                                           QStringView after)
 {
-    const qsizetype shorter = std::min(before.size(), after.size());
+    const qsizetype shorter = std::min(to - from, after.size());
     qsizetype prefix = 0;
-    while (prefix < shorter && before[prefix] == after[prefix]) {
-        ++prefix;
+    for (TextChunkIterator chunks(before, from); !chunks.atEnd() && prefix < shorter;
+         chunks.next()) {
+        const QStringView chunk = chunks.chunk();
+        const qsizetype limit = std::min(chunk.size(), shorter - prefix);
+        qsizetype i = 0;
+        while (i < limit && chunk[i] == after[prefix + i]) {
+            ++i;
+        }
+        prefix += i;
+        if (i < limit) {
+            break;
+        }
     }
     qsizetype suffix = 0;
-    while (suffix < shorter - prefix &&
-           before[before.size() - 1 - suffix] == after[after.size() - 1 - suffix]) {
-        ++suffix;
+    for (TextChunkIterator chunks(before, to, TextChunkIterator::Backward);
+         !chunks.atEnd() && suffix < shorter - prefix; chunks.next()) {
+        const QStringView chunk = chunks.chunk();
+        const qsizetype limit = std::min(chunk.size(), shorter - prefix - suffix);
+        qsizetype i = 0;
+        while (i < limit && chunk[chunk.size() - 1 - i] == after[after.size() - 1 - suffix - i]) {
+            ++i;
+        }
+        suffix += i;
+        if (i < limit) {
+            break;
+        }
     }
     return {prefix, suffix};
 }
@@ -61,79 +74,9 @@ TextMirror::TextMirror(QTextDocument* document)
     connect(document, &QTextDocument::contentsChange, this, &TextMirror::contentsChange);
 }
 
-void TextMirror::setText(const QString& text)
+void TextMirror::setText(QStringView text)
 {
-    const qsizetype gap = roomToType(text.size());
-    _capacity = text.size() + gap;
-    _buffer.reset(new char16_t[size_t(_capacity)]);
-    std::copy(text.utf16(), text.utf16() + text.size(), _buffer.get());
-    _gapStart = text.size();
-    _gapEnd = text.size() + gap;
-}
-
-void TextMirror::moveGap(qsizetype position)
-{
-    char16_t* data = _buffer.get();
-    if (position < _gapStart) {
-        const qsizetype moved = _gapStart - position;
-        _moved += moved;
-        std::memmove(data + _gapEnd - moved, data + position, size_t(moved) * sizeof(char16_t));
-        _gapStart = position;
-        _gapEnd -= moved;
-    } else if (position > _gapStart) {
-        const qsizetype moved = position - _gapStart;
-        _moved += moved;
-        std::memmove(data + _gapStart, data + _gapEnd, size_t(moved) * sizeof(char16_t));
-        _gapStart = position;
-        _gapEnd += moved;
-    }
-}
-
-QStringView TextMirror::view(qsizetype from, qsizetype to)
-{
-    Q_ASSERT(0 <= from && from <= to && to <= size());
-    if (from < _gapStart && to > _gapStart) {
-        // Out of the way by the shorter move.
-        moveGap(to - _gapStart <= _gapStart - from ? to : from);
-    }
-    const qsizetype start = from < _gapStart ? from : from + gapLength();
-    return QStringView(_buffer.get() + start, to - from);
-}
-
-void TextMirror::remove(qsizetype location, qsizetype length)
-{
-    moveGap(location);
-    _gapEnd += length;
-}
-
-void TextMirror::regrow(qsizetype gap)
-{
-    const qsizetype length = size();
-    std::unique_ptr<char16_t[]> grown(new char16_t[size_t(length + gap)]);
-    std::copy(_buffer.get(), _buffer.get() + _gapStart, grown.get());
-    std::copy(_buffer.get() + _gapEnd, _buffer.get() + _capacity, grown.get() + _gapStart + gap);
-    _buffer = std::move(grown);
-    _capacity = length + gap;
-    _gapEnd = _gapStart + gap;
-    _moved += length;
-}
-
-void TextMirror::reserve(qsizetype length)
-{
-    const qsizetype wanted = std::max(length, size()) + roomToType(length);
-    if (_capacity < wanted) {
-        regrow(wanted - size());
-    }
-}
-
-void TextMirror::insert(qsizetype location, QStringView text)
-{
-    moveGap(location);
-    if (gapLength() < text.size()) {
-        regrow(text.size() + roomToType(size()));
-    }
-    std::copy(text.utf16(), text.utf16() + text.size(), _buffer.get() + _gapStart);
-    _gapStart += text.size();
+    _source.setSnapshot(TextSnapshot(TextTree::fromText(text), snapshot().revision() + 1));
 }
 
 void TextMirror::contentsChange(int position, int removed, int added)
@@ -156,32 +99,28 @@ void TextMirror::contentsChange(int position, int removed, int added)
         Q_EMIT textDidChange(0, oldLength, size());
         return;
     }
-    // Qt reports some edits as larger than they are (a paste at the very start of the text
-    // replaces the whole old text by itself plus the paste): the text both sides share at
-    // either end did not change, and the edit told is only what lies between.
-    qsizetype prefix = 0;
-    qsizetype suffix = 0;
+    QString inserted;
     if (location == 0 && reallyRemoved == oldLength && oldLength > 0) {
-        const QString text = plainText(_document->toRawText());
-        std::tie(prefix, suffix) = commonEnds(this->text(), text);
-        setText(text);
-    } else {
-        QString inserted;
-        if (reallyAdded > 0) {
-            QTextCursor cursor(_document);
-            cursor.setPosition(int(location));
-            cursor.setPosition(int(location + reallyAdded), QTextCursor::KeepAnchor);
-            inserted = plainText(cursor.selectedText());
-        }
-        std::tie(prefix, suffix) = commonEnds(view(location, location + reallyRemoved), inserted);
-        if (reallyRemoved > prefix + suffix) {
-            remove(location + prefix, reallyRemoved - prefix - suffix);
-        }
-        if (inserted.size() > prefix + suffix) {
-            insert(location + prefix,
-                   QStringView(inserted).mid(prefix, inserted.size() - prefix - suffix));
-        }
+        // Qt reports some edits as larger than they are (a paste at the very start of the
+        // text replaces the whole old text by itself plus the paste).
+        inserted = plainText(_document->toRawText());
+    } else if (reallyAdded > 0) {
+        QTextCursor cursor(_document);
+        cursor.setPosition(int(location));
+        cursor.setPosition(int(location + reallyAdded), QTextCursor::KeepAnchor);
+        inserted = plainText(cursor.selectedText());
     }
-    Q_EMIT textDidChange(location + prefix, reallyRemoved - prefix - suffix,
-                         reallyAdded - prefix - suffix);
+    // The text both sides share at either end did not change: the edit told is only what
+    // lies between.
+    const auto [prefix, suffix] =
+        commonEnds(snapshot(), location, location + reallyRemoved, inserted);
+    const qsizetype removedMiddle = reallyRemoved - prefix - suffix;
+    const qsizetype addedMiddle = inserted.size() - prefix - suffix;
+    if (removedMiddle > 0 || addedMiddle > 0) {
+        _source.setSnapshot(
+            TextSnapshot(TextTree::replace(snapshot().root(), location + prefix, removedMiddle,
+                                           QStringView(inserted).sliced(prefix, addedMiddle)),
+                         snapshot().revision() + 1));
+    }
+    Q_EMIT textDidChange(location + prefix, removedMiddle, reallyAdded - prefix - suffix);
 }

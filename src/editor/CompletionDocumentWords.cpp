@@ -66,14 +66,14 @@ void CompletionDocumentWords::textDidChange(qsizetype location, qsizetype remove
 void CompletionDocumentWords::startBuild()
 {
     _buildTimer->stop();
-    const QStringView text = _mirror->text();
-    if (text.size() <= _smallText && !_building) {
-        // Read at once: less work than handing a copy to a worker, and ready to answer.
+    const TextSnapshot snapshot = _mirror->snapshot();
+    if (snapshot.length() <= _smallText && !_building) {
+        // Read at once: less work than handing the text to a worker, and ready to answer.
         CompletionWordIndex built(_index.kind());
         if (_chunkSize > 0) {
             built.setChunkSize(_chunkSize);
         }
-        built.build(text);
+        built.build(snapshot.string());
         _index = std::move(built);
         _built = true;
         ++_builds;
@@ -82,9 +82,7 @@ void CompletionDocumentWords::startBuild()
     _building = true;
     _editsDuringBuild.clear();
     ++_builds;
-    // The copy is the only pass over the whole text on this thread: the worker cannot
-    // read the mirror while edits change it.
-    QString snapshot = text.toString();
+    // The worker reads the text as it is now, which edits made meanwhile leave as it is.
     const Kind kind = _index.kind();
     const qsizetype chunkSize = _chunkSize;
     using Result = std::shared_ptr<CompletionWordIndex>;
@@ -93,12 +91,12 @@ void CompletionDocumentWords::startBuild()
         watcher->deleteLater();
         buildDidEnd(watcher->result());
     });
-    watcher->setFuture(QtConcurrent::run([snapshot = std::move(snapshot), kind, chunkSize] {
+    watcher->setFuture(QtConcurrent::run([snapshot, kind, chunkSize] {
         auto built = std::make_shared<CompletionWordIndex>(kind);
         if (chunkSize > 0) {
             built->setChunkSize(chunkSize);
         }
-        built->build(snapshot);
+        built->build(snapshot.string());
         return built;
     }));
 }

@@ -419,7 +419,7 @@ std::optional<QVariantList> TextView::makeFunctionDefinition() const
         return std::nullopt;
     }
     return d->services.syntax.makeFunctionDefinitionWithString(
-        TextMirror::mirrorOfDocument(document())->text(), d->syntaxDictionary);
+        TextMirror::mirrorOfDocument(document())->snapshot().string(), d->syntaxDictionary);
 }
 
 // Typing ------------------------------------------------------------------------------------

@@ -16,5 +16,10 @@ public:
     /// view() or the next change of the text.
     virtual QStringView view(qsizetype from, qsizetype to) = 0;
 
+    /// The characters from `from` on, towards `to`, as far as they lie together where the
+    /// text is kept: never a copy, and never empty when from < to. A reader walking a long
+    /// stretch reads it piece after piece this way. Valid as a view is.
+    virtual QStringView piece(qsizetype from, qsizetype to) { return view(from, to); }
+
     QChar at(qsizetype position) { return view(position, position + 1).front(); }
 };

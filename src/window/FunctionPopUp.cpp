@@ -229,9 +229,8 @@ void FunctionPopUp::updateFunctionDefinitionList(TextView* textView)
         setFunctionMenu(FunctionMenu(std::nullopt, QString()));
         return;
     }
-    setFunctionMenu(FunctionMenu::fromDefinitions(
-        definitions->definitions(), TextMirror::mirrorOfDocument(textView->document())->text(),
-        previous));
+    const QString text = TextMirror::mirrorOfDocument(textView->document())->snapshot().string();
+    setFunctionMenu(FunctionMenu::fromDefinitions(definitions->definitions(text), text, previous));
 }
 
 void FunctionPopUp::prepareFunctionDefinitions(TextView* textView)
@@ -269,7 +268,7 @@ void FunctionPopUp::selectedFunctionDefinitionItem(TextView* textView, int index
         textView->setTextCursor(cursor);
         return;
     }
-    const QStringView text = TextMirror::mirrorOfDocument(textView->document())->text();
+    const QString text = TextMirror::mirrorOfDocument(textView->document())->snapshot().string();
     const Range range = FunctionMenu::lineRangeForRange(
         text, NSRangeFromString(itemData(index, RangeStringRole).toString()));
     // The end first, then back to the start: the view scrolls to the definition's first line.

@@ -88,13 +88,12 @@ void FunctionPopUpDefinitions::startBuild()
     _building = true;
     _editsDuringBuild.clear();
     ++_builds;
-    // The copy is this thread's only pass over the whole text: the worker cannot read the
-    // mirror while edits change it.
-    QString snapshot = _mirror->text().toString();
+    // The text as it is now, which edits made meanwhile leave as it is: the worker makes
+    // the one string of it the reading needs.
     const QVariantMap dictionary = _syntaxDictionary;
-    _build.setFuture(QtConcurrent::run([snapshot = std::move(snapshot), dictionary] {
+    _build.setFuture(QtConcurrent::run([snapshot = _mirror->snapshot(), dictionary] {
         auto built = std::make_shared<FunctionDefinitionIndex>(dictionary);
-        built->build(snapshot);
+        built->build(snapshot.string());
         return built;
     }));
 }
@@ -124,7 +123,8 @@ void FunctionPopUpDefinitions::buildDidEnd()
     Q_EMIT ready();
 }
 
-std::optional<std::vector<FunctionMenu::Definition>> FunctionPopUpDefinitions::definitions()
+std::optional<std::vector<FunctionMenu::Definition>>
+FunctionPopUpDefinitions::definitions(QStringView text)
 {
     if (!_index->hasDefinitions()) {
         return std::nullopt;
@@ -138,7 +138,6 @@ std::optional<std::vector<FunctionMenu::Definition>> FunctionPopUpDefinitions::d
         _buildTimer.stop();
     }
     const qint64 before = _index->scannedCharacters();
-    const QStringView text = _mirror->text();
     if (!_index->update(text)) {
         _index->build(text);
     }

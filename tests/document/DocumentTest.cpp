@@ -233,11 +233,9 @@ TEST(Document, LargeFilesGoInPieceByPieceAndAreWholeForEveryReader)
     ASSERT_TRUE(QTest::qWaitFor([&] { return !document.isLoading(); }, 10000));
     EXPECT_EQ(changes, QList<bool>({true, false}));
     EXPECT_EQ(document.textStorage()->toPlainText(), expected);
-    // The plain copy that colouring and completion read took each piece as it came, without
-    // being copied again into a larger buffer as the text grew.
+    // The plain copy that colouring and completion read took each piece as it came.
     TextMirror* mirror = TextMirror::mirrorOfDocument(document.textStorage());
-    EXPECT_LT(mirror->movedCharacters(), expected.size());
-    EXPECT_EQ(mirror->text(), expected);
+    EXPECT_EQ(mirror->snapshot().string(), expected);
     EXPECT_FALSE(document.isDocumentEdited());
     EXPECT_FALSE(document.textStorage()->isUndoAvailable());
 

@@ -80,7 +80,7 @@ TEST(SyntaxColoringController, BothPanesOfADocumentAreColoured)
     views[1]->undo();
     QString expected = document.toRawText();
     expected.replace(QChar::ParagraphSeparator, u'\n');
-    EXPECT_EQ(TextMirror::mirrorOfDocument(&document)->text(), expected);
+    EXPECT_EQ(TextMirror::mirrorOfDocument(&document)->snapshot().string(), expected);
 
     // A pane without a definition colours nothing; dropping it removes every colour.
     views[1]->removeSyntaxDictionary();

@@ -250,8 +250,8 @@ TEST(SyntaxColoringDifferential, RecolouringAfterEditsMatchesTheModel)
         QString text = random.text(random.below(120));
         SyntaxColoringEngine engine(definition);
         engine.coloringRange(text, Range(0, text.size()));
-        // The same edits made to a document, coloured through its copy, which hands out
-        // the text in pieces around a gap.
+        // The same edits made to a document, coloured through its copy, which keeps the
+        // text in chunks.
         QTextDocument document;
         document.documentLayout(); // a document tells its changes only once it has a layout
         document.setPlainText(text);
@@ -290,7 +290,7 @@ TEST(SyntaxColoringDifferential, RecolouringAfterEditsMatchesTheModel)
                 kept = engine.coloringRange(text, Range(0, 1));
                 keptRuns = kept.runs();
             }
-            ASSERT_EQ(mirror->text(), text);
+            ASSERT_EQ(mirror->snapshot().string(), text);
             expectSame(definition, text, pieces.coloringRange(*mirror, range), range,
                        "through the document's copy");
             if (HasFatalFailure()) {

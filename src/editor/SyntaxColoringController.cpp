@@ -19,18 +19,18 @@ namespace {
 constexpr qsizetype SliceLength = 256 * 1024;
 constexpr qint64 TurnMilliseconds = 16;
 
-// Just after the first line break at or after `from`, or the end of the text. Read a
-// stretch at a time: a view reaching far would move the text's gap far.
+// Just after the first line break at or after `from`, or the end of the text. Read a piece
+// at a time as the text is kept: a long line is not copied to be searched.
 qsizetype endOfLine(TextSource& text, qsizetype from)
 {
-    constexpr qsizetype Stretch = 4096;
     const qsizetype n = text.size();
-    for (qsizetype start = from; start < n; start += Stretch) {
-        const qsizetype end = std::min(n, start + Stretch);
-        const qsizetype newline = text.view(start, end).indexOf(u'\n');
+    for (qsizetype start = from; start < n;) {
+        const QStringView piece = text.piece(start, n);
+        const qsizetype newline = piece.indexOf(u'\n');
         if (newline >= 0) {
             return start + newline + 1;
         }
+        start += piece.size();
     }
     return n;
 }

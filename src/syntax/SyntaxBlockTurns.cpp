@@ -18,22 +18,62 @@ qsizetype skipSpaces(QStringView text, qsizetype i)
     return i;
 }
 
-// The text from `offset` to its end, in one piece; positions stay those of the whole text.
-// The block loop only ever reads forward from where it resumes.
-struct Tail {
-    QStringView rest;
-    qsizetype offset = 0;
+// The text from where the loop resumes to its end, read a piece at a time as the source
+// holds it: a text kept in chunks is never copied whole for a scan that may stop soon after
+// it starts. Positions are those of the whole text; the loop only ever reads forward.
+class Tail
+{
+public:
+    explicit Tail(TextSource& source)
+        : _source(source)
+        , _size(source.size())
+    {}
 
-    qsizetype size() const { return offset + rest.size(); }
+    qsizetype size() const { return _size; }
+
     qsizetype skipSpaces(qsizetype location) const
     {
-        return offset + ::skipSpaces(rest, location - offset);
+        while (location < _size) {
+            const QStringView piece = _source.piece(location, _size);
+            const qsizetype skipped = ::skipSpaces(piece, 0);
+            location += skipped;
+            if (skipped < piece.size()) {
+                break;
+            }
+        }
+        return location;
     }
+
+    /// Where `string` (not empty) first occurs from `from` on, case ignored; size() when
+    /// it does not.
     qsizetype indexOf(const QString& string, qsizetype from) const
     {
-        const qsizetype found = rest.indexOf(string, from - offset, Qt::CaseInsensitive);
-        return found < 0 ? size() : offset + found;
+        const qsizetype overlap = string.size() - 1;
+        for (qsizetype start = from; start < _size;) {
+            const QStringView piece = _source.piece(start, _size);
+            const qsizetype end = start + piece.size();
+            const qsizetype found = piece.indexOf(string, 0, Qt::CaseInsensitive);
+            if (found >= 0) {
+                return start + found;
+            }
+            if (end < _size && overlap > 0) {
+                // An occurrence across the end of the piece: a few units either side of it,
+                // copied together.
+                const qsizetype near = std::max(start, end - overlap);
+                const qsizetype across = _source.view(near, std::min(_size, end + overlap))
+                                             .indexOf(string, 0, Qt::CaseInsensitive);
+                if (across >= 0 && near + across < end) {
+                    return near + across;
+                }
+            }
+            start = end;
+        }
+        return _size;
     }
+
+private:
+    TextSource& _source;
+    qsizetype _size;
 };
 
 } // namespace
@@ -58,7 +98,7 @@ template <typename Sink, typename Converged>
 bool SyntaxBlockTurns::runTurns(TextSource& source, qsizetype location, Sink sink,
                                 Converged converged) const
 {
-    const Tail text{source.view(location, source.size()), location};
+    const Tail text(source);
     const qsizetype n = text.size();
     while (text.skipSpaces(location) < n) {
         // One turn: where the start string was reached, and the end string after it.

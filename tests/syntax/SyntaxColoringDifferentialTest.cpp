@@ -5,6 +5,7 @@
 #include "SyntaxTestSupport.h"
 #include "document/TextMirror.h"
 #include "platform/PropertyList.h"
+#include "platform/TextSource.h"
 
 #include <QFile>
 #include <QJsonDocument>
@@ -214,6 +215,33 @@ private:
     std::mt19937 _random;
 };
 
+// The text handed out in pieces of three units (a pair kept whole), as a store of tiny chunks
+// would: readers that walk it piece by piece meet delimiters cut in two everywhere.
+class ScatteredText final : public TextSource
+{
+public:
+    explicit ScatteredText(const QString& text)
+        : _text(text)
+    {}
+
+    qsizetype size() const override { return _text.size(); }
+    QStringView view(qsizetype from, qsizetype to) override
+    {
+        return QStringView(_text).sliced(from, to - from);
+    }
+    QStringView piece(qsizetype from, qsizetype to) override
+    {
+        qsizetype end = std::min(to, (from / 3 + 1) * 3);
+        if (end < to && _text[end - 1].isHighSurrogate() && _text[end].isLowSurrogate()) {
+            ++end;
+        }
+        return QStringView(_text).sliced(from, end - from);
+    }
+
+private:
+    const QString& _text;
+};
+
 void expectSame(const QVariantMap& definition, const QString& text, const SyntaxColoring& coloring,
                 Range range, const char* when)
 {
@@ -262,6 +290,9 @@ TEST(SyntaxColoringDifferential, RecolouringAfterEditsMatchesTheModel)
                              pieces.textDidChange(location, removed, added);
                          });
         pieces.coloringRange(*mirror, Range(0, text.size()));
+        ScatteredText scatteredText(text);
+        SyntaxColoringEngine scattered(definition);
+        scattered.coloringRange(scatteredText, Range(0, text.size()));
         // A colouring kept by its caller shows the text it was made for, whatever edits
         // the engine follows afterwards (outside its short range, by its blocks).
         SyntaxColoring kept = engine.coloringRange(text, Range(0, 1));
@@ -278,6 +309,7 @@ TEST(SyntaxColoringDifferential, RecolouringAfterEditsMatchesTheModel)
                     random.chance(70) ? random.text(random.below(3)) : QString();
                 text.replace(at, removed, inserted);
                 engine.textDidChange(at, removed, inserted.size());
+                scattered.textDidChange(at, removed, inserted.size());
                 QTextCursor cursor(&document);
                 cursor.setPosition(int(at));
                 cursor.setPosition(int(at + removed), QTextCursor::KeepAnchor);
@@ -293,6 +325,8 @@ TEST(SyntaxColoringDifferential, RecolouringAfterEditsMatchesTheModel)
             ASSERT_EQ(mirror->snapshot().string(), text);
             expectSame(definition, text, pieces.coloringRange(*mirror, range), range,
                        "through the document's copy");
+            expectSame(definition, text, scattered.coloringRange(scatteredText, range), range,
+                       "through a text in small pieces");
             if (HasFatalFailure()) {
                 return;
             }
@@ -345,7 +379,10 @@ TEST(SyntaxColoringDifferential, AWindowOfTheColouringIsTheColouringCutToTheWind
 namespace {
 
 // Edits a real file like a person would (comment and string delimiters, line breaks, whole
-// words) and holds every recolouring of the lines around the edit to the model.
+// words) and holds every recolouring of the lines around the edit to the model, both of the
+// file's text in one piece and of a document's copy, which keeps it in chunks: scans that run
+// on far past the edit read the chunks where they lie and copy only what crosses from one
+// to the next.
 void typeInto(const QString& path, const QString& definitionName, std::vector<QString> typed)
 {
     QFile file(path);
@@ -359,6 +396,16 @@ void typeInto(const QString& path, const QString& definitionName, std::vector<QS
             .value();
     SyntaxColoringEngine engine(definition);
     engine.coloringRange(text, Range(0, text.size()));
+    QTextDocument document;
+    document.documentLayout();
+    document.setPlainText(text);
+    TextMirror* mirror = TextMirror::mirrorOfDocument(&document);
+    SyntaxColoringEngine pieces(definition);
+    QObject::connect(mirror, &TextMirror::textDidChange,
+                     [&pieces](qsizetype location, qsizetype removed, qsizetype added) {
+                         pieces.textDidChange(location, removed, added);
+                     });
+    pieces.coloringRange(*mirror, Range(0, text.size()));
 
     Generator random(31337);
     typed.insert(typed.end(), {"x", "\n", " ", "'", "\""});
@@ -369,12 +416,20 @@ void typeInto(const QString& path, const QString& definitionName, std::vector<QS
         const QString inserted = random.chance(85) ? random.pick(typed) : QString();
         text.replace(at, removed, inserted);
         engine.textDidChange(at, removed, inserted.size());
+        QTextCursor cursor(&document);
+        cursor.setPosition(int(at));
+        cursor.setPosition(int(at + removed), QTextCursor::KeepAnchor);
+        cursor.insertText(inserted);
 
         // About sixty lines around the edit, as a text view shows them.
         const qsizetype from = std::max<qsizetype>(0, at - 1500);
         const Range visible(from, std::min<qsizetype>(3000, text.size() - from));
         expectSame(definition, text, engine.coloringRange(text, visible), visible,
                    path.toUtf8().constData());
+        const qint64 copied = mirror->copiedCharacters();
+        expectSame(definition, text, pieces.coloringRange(*mirror, visible), visible,
+                   "through the document's copy");
+        EXPECT_LT(mirror->copiedCharacters() - copied, visible.length + text.size() / 64);
         if (::testing::Test::HasFatalFailure()) {
             return;
         }

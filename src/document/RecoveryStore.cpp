@@ -2,7 +2,8 @@
 
 #include "document/Document.h"
 #include "document/DocumentOpener.h"
-#include "document/DocumentTextCopy.h"
+#include "document/TextChunkIterator.h"
+#include "document/TextMirror.h"
 #include "platform/FileManager.h"
 #include "platform/SharedInstance.h"
 
@@ -75,6 +76,32 @@ void syncFolder(const QByteArray& folder)
     if (fd >= 0) {
         ::fsync(fd);
         ::close(fd);
+    }
+}
+
+// The text in UTF-8, with the characters that stand-ins replace put back, appended to `parts`
+// in parts of about a megabyte. Read chunk by chunk from a snapshot: any thread may do it, and
+// the text is never held whole a second time.
+void appendUtf8(std::vector<QByteArray>& parts, const TextSnapshot& text,
+                const CharacterStandIns& standIns)
+{
+    constexpr qsizetype PartLength = 1024 * 1024;
+    QString part;
+    part.reserve(PartLength + TextTree::maxLeaf);
+    const auto flush = [&] {
+        standIns.restore(part);
+        parts.push_back(part.toUtf8());
+        part.resize(0);
+    };
+    for (TextChunkIterator chunks(text, 0); !chunks.atEnd(); chunks.next()) {
+        // No chunk ends between the halves of a surrogate pair, so no part does.
+        part += chunks.chunk();
+        if (part.size() >= PartLength) {
+            flush();
+        }
+    }
+    if (!part.isEmpty()) {
+        flush();
     }
 }
 
@@ -240,8 +267,8 @@ std::vector<Orphan> takeOrphans(const QString& root, const QString& own)
 
 struct RecoveryStore::PendingCopy {
     QPointer<Document> document;
-    /// While the text is being copied.
-    DocumentTextCopy* text = nullptr;
+    /// The end of a file still going in is not in the text yet: the copy is taken once it is.
+    bool waitingForLoad = false;
     /// While a worker writes the copy.
     QFutureWatcher<int>* write = nullptr;
     QString path;
@@ -271,10 +298,7 @@ RecoveryStore::~RecoveryStore()
         it = writes.contains(*it) ? _pending.erase(it) : std::next(it);
     }
     qDeleteAll(writes);
-    for (PendingCopy* pending : std::as_const(_pending)) {
-        delete pending->text;
-        delete pending;
-    }
+    qDeleteAll(_pending);
     if (_lock < 0) {
         return;
     }
@@ -387,6 +411,13 @@ void RecoveryStore::watch(Document* document)
     }
     _watched.insert(document);
     connect(document, &Document::recoveryCopyDue, this, [this, document] { startCopy(document); });
+    connect(document, &Document::loadingChanged, this, [this, document](bool loading) {
+        PendingCopy* pending = _pending.value(document);
+        if (!loading && pending && pending->waitingForLoad) {
+            pending->waitingForLoad = false;
+            writeSnapshot(pending);
+        }
+    });
     connect(document->textStorage(), &QTextDocument::modificationChanged, this,
             [this, document](bool modified) {
                 if (!modified) {
@@ -397,7 +428,6 @@ void RecoveryStore::watch(Document* document)
         removeCopy(document);
         // Kept for the next start: a copy being made goes on without its document.
         if (PendingCopy* pending = _pending.take(document); pending && !pending->write) {
-            delete pending->text;
             delete pending;
         }
         _watched.remove(document);
@@ -436,7 +466,8 @@ void RecoveryStore::startCopy(Document* document)
         return;
     }
     if (PendingCopy* pending = _pending.value(document)) {
-        // A copy of the text under way follows the edits by itself.
+        // One being written is followed by another; one waiting for the end of the file
+        // takes the text as it is then.
         pending->again = pending->again || pending->write;
         return;
     }
@@ -446,32 +477,32 @@ void RecoveryStore::startCopy(Document* document)
     }
     auto* pending = new PendingCopy;
     pending->document = document;
-    pending->text = new DocumentTextCopy(document, this);
-    connect(pending->text, &DocumentTextCopy::finished, this,
-            [this, pending] { writePieces(pending); });
     _pending.insert(document, pending);
-    pending->text->start();
+    if (document->isLoading()) {
+        pending->waitingForLoad = true;
+        return;
+    }
+    writeSnapshot(pending);
 }
 
-void RecoveryStore::writePieces(PendingCopy* pending)
+void RecoveryStore::writeSnapshot(PendingCopy* pending)
 {
     Document* document = pending->document;
     const QByteArray header = describe(document);
     pending->path = copyPath(numberOf(document));
-    DocumentTextCopy::Pieces pieces = pending->text->takePieces();
-    pending->text->deleteLater();
-    pending->text = nullptr;
+    // The text as it is now, which the edits made while the worker writes leave as it is.
+    const TextSnapshot text = TextMirror::mirrorOfDocument(document->textStorage())->snapshot();
+    const CharacterStandIns standIns = document->characterStandIns();
     pending->write = new QFutureWatcher<int>(this);
     _writes.insert(pending);
     connect(pending->write, &QFutureWatcher<int>::finished, this,
             [this, pending] { finishCopy(pending, pending->write->result()); });
     // Made into bytes and written on the worker: both are passes over the whole text.
-    pending->write->setFuture(
-        QtConcurrent::run([header, pieces = std::move(pieces), path = pending->path]() mutable {
-            std::vector<QByteArray> parts = DocumentTextCopy::utf8(std::move(pieces));
-            parts.insert(parts.begin(), header + '\n');
-            return writeAtomically(path, parts);
-        }));
+    pending->write->setFuture(QtConcurrent::run([header, text, standIns, path = pending->path] {
+        std::vector<QByteArray> parts{header + '\n'};
+        appendUtf8(parts, text, standIns);
+        return writeAtomically(path, parts);
+    }));
 }
 
 void RecoveryStore::finishCopy(PendingCopy* pending, int error)
@@ -510,7 +541,6 @@ void RecoveryStore::settleCopy(Document* document)
         pending->write->deleteLater();
         _writes.remove(pending);
     }
-    delete pending->text;
     delete pending;
 }
 
@@ -525,9 +555,15 @@ bool RecoveryStore::writeCopy(Document* document)
     if (folder().isEmpty()) {
         return false;
     }
+    std::vector<QByteArray> parts{describe(document) + '\n'};
+    if (document->isLoading()) {
+        parts.push_back(document->string().toUtf8());
+    } else {
+        appendUtf8(parts, TextMirror::mirrorOfDocument(document->textStorage())->snapshot(),
+                   document->characterStandIns());
+    }
     const int number = numberOf(document);
-    if (const int error = writeAtomically(
-            copyPath(number), {describe(document) + '\n', document->string().toUtf8()})) {
+    if (const int error = writeAtomically(copyPath(number), parts)) {
         fail(tr("A recovery copy of “%1” could not be written in “%2”: %3. Save the document to "
                 "keep your changes.")
                  .arg(document->displayName(), _folder, reasonOf(error)));
@@ -546,7 +582,6 @@ void RecoveryStore::removeCopy(Document* document)
         if (pending->write) {
             pending->dropped = true;
         } else {
-            delete pending->text;
             delete pending;
         }
     }

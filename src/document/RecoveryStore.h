@@ -65,8 +65,8 @@ public:
     /// Document::recoveryCopyDue), and removes the copy once the document is saved,
     /// reverted or closed.
     void watch(Document* document);
-    /// Makes the document's copy without holding up typing: the text is copied a slice at a
-    /// time between events, following the edits made meanwhile, and written by a worker.
+    /// Makes the document's copy without holding up typing: a worker writes the text as it is
+    /// now (or, for a file still going in, once it is all in), while the edits go on.
     /// Removes the copy when the document has nothing unsaved. A copy that cannot be written
     /// is tried again after the autosave delay; recoveryFailed() says why.
     void startCopy(Document* document);
@@ -109,7 +109,7 @@ private:
     /// The header line of the document's copy, as it is now.
     QByteArray describe(Document* document) const;
     int numberOf(Document* document);
-    void writePieces(PendingCopy* pending);
+    void writeSnapshot(PendingCopy* pending);
     void finishCopy(PendingCopy* pending, int error);
     /// Waits for a copy of the document that a worker is writing, then forgets it.
     void settleCopy(Document* document);

@@ -1,5 +1,7 @@
 #include "syntax/FunctionMenu.h"
 
+#include "document/TextSnapshot.h"
+
 #include <QVariantMap>
 
 namespace {
@@ -144,7 +146,7 @@ void FunctionMenu::addDefinitions(const std::vector<Definition>& definitions, QS
     }
 }
 
-Range FunctionMenu::rangeToSelect(const Item& item, QStringView text)
+Range FunctionMenu::rangeToSelect(const Item& item, const TextSnapshot& text)
 {
     if (item.isSeparator || item.rangeString.isEmpty()) {
         return Range::notFound();
@@ -152,13 +154,15 @@ Range FunctionMenu::rangeToSelect(const Item& item, QStringView text)
     return lineRangeForRange(text, NSRangeFromString(item.rangeString));
 }
 
-Range FunctionMenu::lineRangeForRange(QStringView text, Range range)
+Range FunctionMenu::lineRangeForRange(const TextSnapshot& text, Range range)
 {
-    const qsizetype n = text.size();
+    const qsizetype n = text.length();
     const qsizetype location = qBound(qsizetype(0), range.location, n);
     const qsizetype last = range.length > 0 ? qBound(location, range.max() - 1, n) : location;
-    const qsizetype start = location == 0 ? 0 : text.lastIndexOf(u'\n', location - 1) + 1;
-    const qsizetype newline = last >= n ? -1 : text.indexOf(u'\n', last);
-    const qsizetype end = newline < 0 ? n : newline + 1;
+    const qsizetype start = text.lineStart(text.lineAt(location));
+    // The line feed ending the last line belongs to it.
+    const qsizetype lastLine = text.lineAt(last);
+    const qsizetype end =
+        last >= n || lastLine + 1 >= text.lineCount() ? n : text.lineStart(lastLine + 1);
     return {start, end - start};
 }

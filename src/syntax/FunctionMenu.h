@@ -9,6 +9,8 @@
 #include <optional>
 #include <vector>
 
+class TextSnapshot;
+
 /// The items of a window's function pop-up, built from the definition items of
 /// SyntaxManager::makeFunctionDefinitionWithString without any widget: the pop-up shows
 /// them as they are.
@@ -81,9 +83,10 @@ public:
     /// What choosing `item` selects: the whole lines its definition touches, line ends
     /// included. Not found for "No Symbol selected" and separators (the caret then goes
     /// to the start of the selection).
-    static Range rangeToSelect(const Item& item, QStringView text);
-    /// The lines `range` touches, their line ends included.
-    static Range lineRangeForRange(QStringView text, Range range);
+    static Range rangeToSelect(const Item& item, const TextSnapshot& text);
+    /// The lines `range` touches, their line ends included: found from the text's line counts,
+    /// without reading the text.
+    static Range lineRangeForRange(const TextSnapshot& text, Range range);
 
 private:
     FunctionMenu() = default;

@@ -268,9 +268,9 @@ void FunctionPopUp::selectedFunctionDefinitionItem(TextView* textView, int index
         textView->setTextCursor(cursor);
         return;
     }
-    const QString text = TextMirror::mirrorOfDocument(textView->document())->snapshot().string();
     const Range range = FunctionMenu::lineRangeForRange(
-        text, NSRangeFromString(itemData(index, RangeStringRole).toString()));
+        TextMirror::mirrorOfDocument(textView->document())->snapshot(),
+        NSRangeFromString(itemData(index, RangeStringRole).toString()));
     // The end first, then back to the start: the view scrolls to the definition's first line.
     cursor.setPosition(int(range.max()));
     cursor.setPosition(int(range.location), QTextCursor::KeepAnchor);

@@ -1,4 +1,5 @@
 #include "SyntaxTestSupport.h"
+#include "document/TextSnapshot.h"
 #include "platform/StringTextSource.h"
 #include "syntax/FunctionDefinitionIndex.h"
 #include "syntax/FunctionMenu.h"
@@ -142,17 +143,21 @@ TEST(FunctionMenu, ADefinitionBeyondTheChangedTextEndsTheList)
 
 TEST(FunctionMenu, ChoosingADefinitionSelectsItsWholeLines)
 {
+    // The lines come from the text's line counts, as a document's copy keeps them.
     const QString text = QStringLiteral("first\nint main(void)\n{\n}\nlast");
+    const TextSnapshot lines(TextTree::fromText(text));
     FunctionMenu::Item item;
     item.title = QStringLiteral("main");
     item.rangeString = NSStringFromRange(Range(10, 4));
-    EXPECT_EQ(FunctionMenu::rangeToSelect(item, text), Range(6, 15));
+    EXPECT_EQ(FunctionMenu::rangeToSelect(item, lines), Range(6, 15));
     // A range over three lines, the last ending at the text's end without a line break.
-    EXPECT_EQ(FunctionMenu::lineRangeForRange(text, Range(22, 4)), Range(21, 8));
+    EXPECT_EQ(FunctionMenu::lineRangeForRange(lines, Range(22, 4)), Range(21, 8));
     // A range that ends with a line break takes no further line.
-    EXPECT_EQ(FunctionMenu::lineRangeForRange(text, Range(0, 6)), Range(0, 6));
-    EXPECT_EQ(FunctionMenu::lineRangeForRange(text, Range(text.size(), 0)), Range(25, 4));
-    EXPECT_TRUE(FunctionMenu::rangeToSelect(FunctionMenu::Item{}, text).isNotFound());
+    EXPECT_EQ(FunctionMenu::lineRangeForRange(lines, Range(0, 6)), Range(0, 6));
+    EXPECT_EQ(FunctionMenu::lineRangeForRange(lines, Range(text.size(), 0)), Range(25, 4));
+    EXPECT_EQ(FunctionMenu::lineRangeForRange(lines, Range(5, 1)), Range(0, 6));
+    EXPECT_EQ(FunctionMenu::lineRangeForRange(lines, Range(6, 0)), Range(6, 15));
+    EXPECT_TRUE(FunctionMenu::rangeToSelect(FunctionMenu::Item{}, lines).isNotFound());
 }
 
 TEST(FunctionMenu, IndentationIsTheLevelsIntegerValue)

@@ -225,6 +225,13 @@ qsizetype FunctionDefinitionIndex::pendingCharacters() const
     return pending;
 }
 
+bool FunctionDefinitionIndex::isUpToDate(qsizetype length) const
+{
+    return !_valid ||
+           (textLength() == length && std::none_of(_chunks.begin(), _chunks.end(),
+                                                   [](const Chunk& chunk) { return chunk.dirty; }));
+}
+
 qsizetype FunctionDefinitionIndex::textLength() const
 {
     qsizetype length = 0;

@@ -36,6 +36,9 @@ public:
     /// `removed` characters at `location` were replaced by `added` others.
     void textDidChange(qsizetype location, qsizetype removed, qsizetype added);
     qsizetype pendingCharacters() const;
+    /// Whether update() has a change to read, or build() a text to read again: without
+    /// one, the definitions are those of the text as it is.
+    bool isUpToDate(qsizetype textLength) const;
     /// Reads the chunks that changed; false (nothing read) when `text` has not the length the
     /// changes add up to.
     bool update(QStringView text);

@@ -1,6 +1,7 @@
 #include "syntax/FunctionMenu.h"
 
 #include "document/TextSnapshot.h"
+#include "platform/StringTextSource.h"
 
 #include <QVariantMap>
 
@@ -88,12 +89,13 @@ FunctionMenu::FunctionMenu(const std::optional<QVariantList>& definitions, QStri
         }
         found.push_back(definition);
     }
-    addDefinitions(found, text, previousTitle);
+    StringTextSource source(text);
+    addDefinitions(found, source, previousTitle);
 }
 
 FunctionMenu
 FunctionMenu::fromDefinitions(const std::optional<std::vector<Definition>>& definitions,
-                              QStringView text, const QString& previousTitle)
+                              TextSource& text, const QString& previousTitle)
 {
     FunctionMenu menu;
     if (!definitions || definitions->empty()) {
@@ -104,7 +106,7 @@ FunctionMenu::fromDefinitions(const std::optional<std::vector<Definition>>& defi
     return menu;
 }
 
-void FunctionMenu::addDefinitions(const std::vector<Definition>& definitions, QStringView text,
+void FunctionMenu::addDefinitions(const std::vector<Definition>& definitions, TextSource& text,
                                   const QString& previousTitle)
 {
     _items.reserve(definitions.size() + 2);
@@ -120,7 +122,7 @@ void FunctionMenu::addDefinitions(const std::vector<Definition>& definitions, QS
             }
             break;
         }
-        Item item = titled(text.mid(range.location, range.length).toString());
+        Item item = titled(text.view(range.location, range.max()).toString());
         if (item.title == QStringLiteral("-")) {
             _items.push_back(separator());
             continue;

@@ -10,6 +10,7 @@
 #include <vector>
 
 class TextSnapshot;
+class TextSource;
 
 /// The items of a window's function pop-up, built from the definition items of
 /// SyntaxManager::makeFunctionDefinitionWithString without any widget: the pop-up shows
@@ -62,8 +63,9 @@ public:
         QString rangeString;
     };
     /// The pop-up for `definitions` as the constructor makes it for definition items.
+    /// Reads only the titles from `text`.
     static FunctionMenu fromDefinitions(const std::optional<std::vector<Definition>>& definitions,
-                                        QStringView text, const QString& previousTitle = QString());
+                                        TextSource& text, const QString& previousTitle = QString());
     /// An "IndentationLevel" as stored: a number, or a string counted by its leading integer.
     static int indentationLevelOf(const QVariant& value);
 
@@ -90,7 +92,7 @@ public:
 
 private:
     FunctionMenu() = default;
-    void addDefinitions(const std::vector<Definition>& definitions, QStringView text,
+    void addDefinitions(const std::vector<Definition>& definitions, TextSource& text,
                         const QString& previousTitle);
 
     std::vector<Item> _items;

@@ -229,8 +229,8 @@ void FunctionPopUp::updateFunctionDefinitionList(TextView* textView)
         setFunctionMenu(FunctionMenu(std::nullopt, QString()));
         return;
     }
-    const QString text = TextMirror::mirrorOfDocument(textView->document())->snapshot().string();
-    setFunctionMenu(FunctionMenu::fromDefinitions(definitions->definitions(text), text, previous));
+    setFunctionMenu(FunctionMenu::fromDefinitions(
+        definitions->definitions(), *TextMirror::mirrorOfDocument(textView->document()), previous));
 }
 
 void FunctionPopUp::prepareFunctionDefinitions(TextView* textView)

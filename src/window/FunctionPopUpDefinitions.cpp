@@ -123,8 +123,7 @@ void FunctionPopUpDefinitions::buildDidEnd()
     Q_EMIT ready();
 }
 
-std::optional<std::vector<FunctionMenu::Definition>>
-FunctionPopUpDefinitions::definitions(QStringView text)
+std::optional<std::vector<FunctionMenu::Definition>> FunctionPopUpDefinitions::definitions()
 {
     if (!_index->hasDefinitions()) {
         return std::nullopt;
@@ -138,8 +137,12 @@ FunctionPopUpDefinitions::definitions(QStringView text)
         _buildTimer.stop();
     }
     const qint64 before = _index->scannedCharacters();
-    if (!_index->update(text)) {
-        _index->build(text);
+    if (!_index->isUpToDate(_mirror->size())) {
+        // The reading wants the text in one piece; with nothing changed, nothing is read.
+        const QString text = _mirror->snapshot().string();
+        if (!_index->update(text)) {
+            _index->build(text);
+        }
     }
     _scanned += _index->scannedCharacters() - before;
     return _index->definitions();

@@ -31,10 +31,9 @@ public:
 
     /// Whether these are the definitions of `document` by `syntaxDictionary`.
     bool serves(const QTextDocument* document, const QVariantMap& syntaxDictionary) const;
-    /// The definitions in `text`, the document's text now, as
-    /// SyntaxManager::makeFunctionDefinitionWithString() finds them; waits for a reading under
-    /// way.
-    std::optional<std::vector<FunctionMenu::Definition>> definitions(QStringView text);
+    /// The definitions in the text now, as SyntaxManager::makeFunctionDefinitionWithString()
+    /// finds them; waits for a reading under way.
+    std::optional<std::vector<FunctionMenu::Definition>> definitions();
     /// Whether the definitions are at hand: no reading of the whole text is waiting or under
     /// way.
     bool isReady() const;

@@ -260,8 +260,9 @@ TEST(FunctionDefinitions, IndexFollowsEditsAsASearchOfTheWholeTextWould)
                 ASSERT_EQ(index.definitionItems(),
                           manager.makeFunctionDefinitionWithString(text, definition))
                     << "text \"" << text.toStdString() << "\"";
+                StringTextSource source(text);
                 const FunctionMenu fromIndex =
-                    FunctionMenu::fromDefinitions(index.definitions(), text, QStringLiteral("g"));
+                    FunctionMenu::fromDefinitions(index.definitions(), source, QStringLiteral("g"));
                 const FunctionMenu reference(
                     manager.makeFunctionDefinitionWithString(text, definition), text,
                     QStringLiteral("g"));

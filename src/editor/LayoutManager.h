@@ -120,6 +120,11 @@ public:
     TextColorLayers& colorLayers() { return _layers; }
     const TextColorLayers& colorLayers() const { return _layers; }
 
+    /// The colours of `range` changed in colorLayers() behind this object's back (a
+    /// colouring pass writes there directly): repaints the shown lines of every pane on the
+    /// document that meet it.
+    void colorsChanged(Range range);
+
     /// The formats the colours of every pane on the document give `block`.
     QList<QTextLayout::FormatRange> formatsForBlock(const QTextBlock& block) const;
     /// Lays the stored colours onto the shown blocks meeting [top, bottom] (viewport
@@ -148,7 +153,6 @@ private:
     void clearBackgroundHighlights();
     void textStorageDidChange(int position, int removed, int added);
     void drawStandIns(QPainter& painter, const QRectF& rect);
-    void colorsChanged(Range range);
 
     QPointer<TextView> _textView;
     QPointer<QTextDocument> _textStorage;

@@ -1,8 +1,12 @@
 #include "editor/SyntaxColoringController.h"
 
+#include "document/SnapshotTextSource.h"
 #include "document/TextMirror.h"
+#include "document/TextStore.h"
 #include "editor/ColorStore.h"
 #include "editor/LayoutManager.h"
+#include "editor/TextArea.h"
+#include "editor/TextColorLayers.h"
 #include "editor/TextView.h"
 #include "syntax/SyntaxColoring.h"
 #include "syntax/SyntaxColoringEngine.h"
@@ -37,18 +41,80 @@ qsizetype endOfLine(TextSource& text, qsizetype from)
 
 } // namespace
 
-SyntaxColoringController::SyntaxColoringController(TextView* textView)
-    : QObject(textView)
-    , _textView(textView)
+SyntaxColoringController::SyntaxColoringController(QObject* parent, SyntaxManager& manager,
+                                                   View view)
+    : QObject(parent)
+    , _manager(manager)
+    , _view(std::move(view))
     , _engine(std::make_unique<SyntaxColoringEngine>())
+{}
+
+SyntaxColoringController::SyntaxColoringController(TextView* textView)
+    : SyntaxColoringController(
+          textView, textView->services().syntax,
+          View{
+              .text = [this, textView]() -> TextSource* { return mirrorOf(textView); },
+              .layers = [textView]() -> TextColorLayers* {
+                  LayoutManager* layout = textView->layoutManager();
+                  return layout ? &layout->colorLayers() : nullptr;
+              },
+              .visibleRange = [textView] { return textView->visibleCharacterRange(); },
+              .indicator = [textView] { return textView->indicator(); },
+              .colorsChanged =
+                  [textView](Range range) {
+                      if (LayoutManager* layout = textView->layoutManager()) {
+                          layout->colorsChanged(range);
+                      }
+                  },
+          })
 {
-    // The whole text was coloured once; lines scrolled into view only need colouring when
-    // the text changed since (blocks opened or closed off screen move colours there).
     connect(textView, &QPlainTextEdit::updateRequest, this, [this](const QRect&, int dy) {
-        if (dy != 0 && hasDefinition() && (_colorsBehindText || _allColoringNext >= 0)) {
-            syntaxVisibleColoring();
+        if (dy != 0) {
+            visibleRangeMoved();
         }
     });
+}
+
+SyntaxColoringController::SyntaxColoringController(TextArea* area, TextColorLayers* layers,
+                                                   SyntaxManager& manager)
+    : SyntaxColoringController(
+          area, manager,
+          View{
+              .text = [this]() -> TextSource* { return _snapshot.get(); },
+              .layers = [layers]() -> TextColorLayers* { return layers; },
+              .visibleRange = [area] { return area->visibleCharacterRange(); },
+              .indicator = [] { return static_cast<QProgressBar*>(nullptr); },
+              .colorsChanged =
+                  [area](Range range) {
+                      // Colours off screen are taken up when their lines are laid out.
+                      const Range shown = area->visibleCharacterRange();
+                      if (!area->textStore() || range.location > shown.max() ||
+                          range.max() < shown.location) {
+                          return;
+                      }
+                      const TextSnapshot& text = area->textStore()->text();
+                      area->formatsChanged(text.lineAt(std::max(range.location, shown.location)),
+                                           text.lineAt(std::min(range.max(), shown.max())));
+                  },
+          })
+{
+    TextStore* store = area->textStore();
+    _snapshot = std::make_unique<SnapshotTextSource>(store ? store->text() : TextSnapshot());
+    layers->reset(_snapshot->size());
+    if (!store) {
+        return;
+    }
+    // The area follows the change first (it is connected since its store was set), so the
+    // visible range asked for below is already the new text's.
+    connect(store, &TextStore::contentsChange, this,
+            [this, store, layers](const TextChange& change) {
+                _snapshot->setSnapshot(store->text());
+                layers->contentsChange(change.position, change.charsRemoved, change.charsAdded);
+                textDidChange(change.position, change.charsRemoved, change.charsAdded);
+                textDidChanged();
+            });
+    connect(area, &TextArea::visibleRangeChanged, this,
+            &SyntaxColoringController::visibleRangeMoved);
 }
 
 SyntaxColoringController::~SyntaxColoringController()
@@ -62,9 +128,9 @@ bool SyntaxColoringController::hasDefinition() const
     return !_engine->syntaxDictionary().isEmpty();
 }
 
-TextMirror* SyntaxColoringController::mirror()
+TextMirror* SyntaxColoringController::mirrorOf(TextView* textView)
 {
-    QTextDocument* document = _textView->document();
+    QTextDocument* document = textView->document();
     if (_mirror && _document == document) {
         return _mirror;
     }
@@ -81,6 +147,15 @@ TextMirror* SyntaxColoringController::mirror()
     return _mirror;
 }
 
+void SyntaxColoringController::visibleRangeMoved()
+{
+    // The whole text was coloured once; lines scrolled into view only need colouring when
+    // the text changed since (blocks opened or closed off screen move colours there).
+    if (hasDefinition() && (_colorsBehindText || _allColoringNext >= 0)) {
+        syntaxVisibleColoring();
+    }
+}
+
 void SyntaxColoringController::setSyntaxDictionary(const QVariantMap& syntaxDictionary)
 {
     _engine->setSyntaxDictionary(syntaxDictionary);
@@ -89,12 +164,14 @@ void SyntaxColoringController::setSyntaxDictionary(const QVariantMap& syntaxDict
         if (_allColoringNext >= 0) {
             finishAllColoring();
         }
-        if (LayoutManager* layout = _textView->layoutManager()) {
-            layout->removeAllTemporaryAttributes();
+        if (TextColorLayers* layers = _view.layers()) {
+            ColorStore& colors = layers->syntaxColors();
+            colors.reset(colors.textLength());
+            _view.colorsChanged({0, colors.textLength()});
         }
         return;
     }
-    mirror();
+    _view.text();
     _colorsBehindText = true;
 }
 
@@ -125,32 +202,35 @@ void SyntaxColoringController::textDidChanged()
 
 void SyntaxColoringController::colorRange(Range range)
 {
-    TextMirror* text = mirror();
-    LayoutManager* layout = _textView->layoutManager();
-    if (!text || !layout || range.length <= 0) {
+    TextSource* text = _view.text();
+    TextColorLayers* layers = _view.layers();
+    if (!text || !layers || range.length <= 0) {
         return;
     }
-    SyntaxManager& manager = _textView->services().syntax;
     const std::optional<SyntaxColoring> coloring =
-        manager.syntaxColoringRange(range, *text, *_engine);
+        _manager.syntaxColoringRange(range, *text, *_engine);
     if (!coloring) {
         return;
     }
     const Range colored = coloring->range();
     std::vector<ColorStore::Run> runs;
     for (const SyntaxColoring::Run& run : coloring->runsInRange(colored)) {
-        const QColor color = manager.colorForCategory(run.category);
+        const QColor color = _manager.colorForCategory(run.category);
         if (color.isValid()) {
             runs.push_back({run.location, run.length, color.rgba()});
         }
     }
-    layout->setSyntaxColors(colored, runs);
+    // Only what the colouring changed is painted again, not the whole range handed over.
+    const Range changed = layers->replaceSyntaxColors(colored, runs);
+    if (changed.length > 0) {
+        _view.colorsChanged(changed);
+    }
 }
 
 void SyntaxColoringController::syntaxVisibleColoring()
 {
     if (hasDefinition()) {
-        colorRange(_textView->visibleCharacterRange());
+        colorRange(_view.visibleRange());
     }
 }
 
@@ -170,7 +250,7 @@ void SyntaxColoringController::syntaxAllColoring()
 void SyntaxColoringController::performSyntaxAllColoring()
 {
     _allColoringScheduled = false;
-    if (!hasDefinition() || !mirror()) {
+    if (!hasDefinition() || !_view.text()) {
         return;
     }
     const bool running = _allColoringNext >= 0;
@@ -186,16 +266,17 @@ void SyntaxColoringController::performSyntaxAllColoring()
 
 void SyntaxColoringController::continueAllColoring()
 {
-    if (_allColoringNext < 0 || !_mirror) {
+    TextSource* text = _view.text();
+    if (_allColoringNext < 0 || !text) {
         return;
     }
     QElapsedTimer turn;
     turn.start();
-    while (_allColoringNext < _mirror->size()) {
+    while (_allColoringNext < text->size()) {
         const qsizetype start = _allColoringNext;
-        _allColoringNext = endOfLine(*_mirror, std::min(_mirror->size(), start + SliceLength));
+        _allColoringNext = endOfLine(*text, std::min(text->size(), start + SliceLength));
         colorRange({start, _allColoringNext - start});
-        if (_allColoringNext < _mirror->size() && turn.elapsed() >= TurnMilliseconds) {
+        if (_allColoringNext < text->size() && turn.elapsed() >= TurnMilliseconds) {
             if (!_continuationScheduled) {
                 _continuationScheduled = true;
                 QTimer::singleShot(0, this, [this] {
@@ -217,7 +298,7 @@ void SyntaxColoringController::finishAllColoring()
 
 void SyntaxColoringController::showIndicator(bool shown)
 {
-    QProgressBar* indicator = shown ? _textView->indicator() : _shownIndicator.data();
+    QProgressBar* indicator = shown ? _view.indicator() : _shownIndicator.data();
     if (!indicator || (!shown && !_shownIndicator) || (shown && _shownIndicator)) {
         return;
     }

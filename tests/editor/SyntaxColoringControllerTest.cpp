@@ -1,15 +1,22 @@
 // When and what a pane colours: both panes of a window, lines scrolled into view after
-// an edit, large insertions, and the progress indicator of the whole-text colouring.
+// an edit, large insertions, the progress indicator of the whole-text colouring, and the
+// text area over a text store coloured by the same controller.
 #include "editor/SyntaxColoringController.h"
 
 #include "EditorTestSupport.h"
 #include "document/TextMirror.h"
+#include "document/TextStore.h"
+#include "editor/TextArea.h"
+#include "editor/TextColorLayers.h"
+#include "platform/PropertyList.h"
+#include "syntax/ReferenceColoring.h"
 #include "syntax/SyntaxManager.h"
 
 #include <QClipboard>
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QProgressBar>
+#include <QRandomGenerator>
 #include <QScrollBar>
 #include <QTextBlock>
 
@@ -167,4 +174,116 @@ TEST(SyntaxColoringController, WholeTextColouringRunsInSlicesBehindTheIndicator)
     EXPECT_TRUE(shownBeforeTheEnd);
     EXPECT_TRUE(indicator.isHidden());
     EXPECT_EQ(colorAt(view, document.characterCount() - 12), keywords());
+}
+
+namespace {
+
+/// The colour of each character of `line` as the area laid it out for its last paint; 0
+/// where it has none.
+std::vector<QRgb> shownColors(TextArea& area, qsizetype line)
+{
+    TextLayoutCache& cache = area.textLayout().cache();
+    std::vector<QRgb> colors(size_t(area.textStore()->text().lineLength(line)), 0);
+    for (int piece = 0; piece < cache.pieceCount(line); ++piece) {
+        const TextLayoutCache::Entry* entry = cache.find(line, piece);
+        if (!entry) {
+            continue;
+        }
+        for (const QTextLayout::FormatRange& range : entry->formats) {
+            for (int i = 0; i < range.length; ++i) {
+                colors[size_t(entry->start + range.start + i)] =
+                    range.format.foreground().color().rgba();
+            }
+        }
+    }
+    return colors;
+}
+
+/// The colours the whole-text reference pass gives the characters of `line`.
+std::vector<QRgb> referenceColors(const std::vector<int>& cells, const TextSnapshot& text,
+                                  qsizetype line)
+{
+    const SyntaxManager& manager = SyntaxManager::sharedSyntaxManager();
+    const qsizetype start = text.lineStart(line);
+    std::vector<QRgb> colors(size_t(text.lineLength(line)), 0);
+    for (size_t i = 0; i < colors.size(); ++i) {
+        const int category = cells[size_t(start) + i];
+        if (category >= 0) {
+            const QColor color =
+                manager.colorForCategory(static_cast<SyntaxColoring::Category>(category));
+            colors[i] = color.isValid() ? color.rgba() : 0;
+        }
+    }
+    return colors;
+}
+
+} // namespace
+
+TEST(SyntaxColoringController, ATextAreaShowsTheWholeTextColouringAfterEveryEditAndScroll)
+{
+    const QVariantMap definition = PropertyList::readDictionary(kCDefinition).value();
+    const QStringList tokens{"int", "x",       "=",      "1;", "/*", "*/", "\"", "'",
+                             "//",  "#define", "return", " ",  "\\", "{",  "}"};
+    const QStringList edits{"/*", "*/", "\"", "'", "//", "\n", "\n", "int ", "#if ", "\\"};
+    QRandomGenerator random(20261124);
+    QString initial;
+    for (int line = 0; line < 90; ++line) {
+        for (int token = random.bounded(1, 7); token > 0; --token) {
+            initial += tokens[random.bounded(int(tokens.size()))] + u' ';
+        }
+        initial += u'\n';
+    }
+    TextStore store;
+    store.insert(0, initial);
+    TextArea area;
+    area.resize(420, 300);
+    area.setTextStore(&store);
+    TextColorLayers layers;
+    area.setFormatProvider(&layers);
+    SyntaxColoringController controller(&area, &layers, SyntaxManager::sharedSyntaxManager());
+    area.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&area));
+    controller.setSyntaxDictionary(definition);
+    controller.syntaxAllColoring();
+    QElapsedTimer timer;
+    timer.start();
+    while (controller.isColoringAll() && timer.elapsed() < 10000) {
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    }
+    ASSERT_FALSE(controller.isColoringAll());
+
+    qsizetype coloredSeen = 0;
+    for (int step = 0; step < 120; ++step) {
+        const TextSnapshot before = store.text();
+        // Mostly on screen, where a wrong colour shows at once; sometimes off screen, where
+        // it shows once scrolled to.
+        const Range shown = area.visibleCharacterRange();
+        const qsizetype at = random.bounded(4) != 0
+                                 ? shown.location + random.bounded(int(shown.length) + 1)
+                                 : random.bounded(int(before.length()) + 1);
+        if (random.bounded(3) == 0 && at < before.length()) {
+            area.replaceRange({at, std::min<qsizetype>(random.bounded(1, 4), before.length() - at)},
+                              QString());
+        } else {
+            area.replaceRange({at, 0}, edits[random.bounded(int(edits.size()))]);
+        }
+        if (random.bounded(5) == 0) {
+            QScrollBar* bar = area.verticalScrollBar();
+            bar->setValue(random.bounded(bar->maximum() + 1));
+        }
+        area.viewport()->repaint();
+
+        const TextSnapshot& text = store.text();
+        const std::vector<int> cells =
+            ReferenceColoring::color(definition, text.string(), {0, text.length()});
+        for (const TextArea::ShownLine& line : area.visibleLines()) {
+            const std::vector<QRgb> colors = shownColors(area, line.line);
+            ASSERT_EQ(colors, referenceColors(cells, text, line.line))
+                << "step " << step << ", line " << line.line << ": "
+                << text.line(line.line).toStdString();
+            coloredSeen += std::count_if(colors.begin(), colors.end(), [](QRgb c) { return c; });
+        }
+    }
+    // Not a text that nothing colours.
+    EXPECT_GT(coloredSeen, 10000);
 }

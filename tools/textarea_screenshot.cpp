@@ -1,19 +1,33 @@
 // Pictures of the text area on a file without a display: loads FILE into a text store as a
 // window would (streaming, the first part shown at once), shows it with the marks of
-// invisible characters, a line-number gutter painted through the gutter hook and a small
-// format provider (preprocessor lines coloured, every "struct" highlighted), scrolls to a
-// line and saves the viewport with its gutter as a PNG.
+// invisible characters, the editor's line-number gutter and a small format provider
+// (preprocessor lines coloured, every "struct" highlighted), scrolls to a line and saves the
+// viewport with its gutter as a PNG.
+//
+// With --syntax NAME the text is coloured instead by the editor's syntax colouring with the
+// shipped definition NAME (C, say), as a pane colours it: the lines on screen at once, the
+// whole text in slices behind them. It then also tells how long the first coloured screen
+// took from the start of the load.
 //
 //   tessaran-textarea_screenshot OUTPUT.png FILE [--wrap] [--line N] [--column N]
-//                                [--size WIDTHxHEIGHT]
+//                                [--size WIDTHxHEIGHT] [--syntax NAME [--until-colored]]
+//
+// --until-colored waits, after the picture, for the whole-text colouring to end and tells
+// how long it took from the start of the load.
 
 #include "PrivateHome.h"
 #include "app/Application.h"
 #include "document/EncodingManager.h"
 #include "document/TextLoader.h"
 #include "document/TextStore.h"
+#include "editor/LineNumberPainter.h"
+#include "editor/SyntaxColoringController.h"
 #include "editor/TextArea.h"
+#include "editor/TextColorLayers.h"
 #include "editor/TextFormatProvider.h"
+#include "platform/Preferences.h"
+#include "syntax/SyntaxDefinitionFolder.h"
+#include "syntax/SyntaxManager.h"
 
 #include <QElapsedTimer>
 #include <QFontDatabase>
@@ -57,7 +71,7 @@ private:
 int usage()
 {
     std::fputs("usage: tessaran-textarea_screenshot OUTPUT.png FILE [--wrap] [--line N] "
-               "[--column N] [--size WxH]\n",
+               "[--column N] [--size WxH] [--syntax NAME [--until-colored]]\n",
                stderr);
     return 2;
 }
@@ -77,6 +91,8 @@ int main(int argc, char** argv)
     qsizetype line = 0;
     qsizetype column = 0;
     QSize size(1000, 640);
+    QString syntax;
+    bool untilColored = false;
     for (int i = 3; i < argc; ++i) {
         const QString argument = QString::fromLocal8Bit(argv[i]);
         if (argument == QLatin1String("--wrap")) {
@@ -91,6 +107,10 @@ int main(int argc, char** argv)
                 return usage();
             }
             size = QSize(parts[0].toInt(), parts[1].toInt());
+        } else if (argument == QLatin1String("--syntax") && i + 1 < argc) {
+            syntax = QString::fromLocal8Bit(argv[++i]);
+        } else if (argument == QLatin1String("--until-colored")) {
+            untilColored = true;
         } else {
             return usage();
         }
@@ -104,33 +124,28 @@ int main(int argc, char** argv)
     area.setTextFont(font);
     area.setWrapLines(wrap);
     area.setShowInvisibleCharacters(true);
-    area.setFormatProvider(&formats);
-    QFont labels = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
-    labels.setPixelSize(9);
-    // The editor's gutter: numbers right-aligned 5 pixels from the border, on a line's
-    // first row only.
-    area.setGutter(50, [&](QPainter& painter, const QRect& rect,
-                           const QList<TextArea::ShownLine>& lines) {
-        const int width = area.gutterWidth();
-        painter.fillRect(rect, QColor(240, 240, 240));
-        painter.setPen(QColor(190, 190, 190));
-        painter.drawLine(width - 1, rect.top(), width - 1, rect.bottom());
-        painter.setPen(QColor(120, 120, 120));
-        painter.setFont(labels);
-        const QFontMetricsF metrics(labels);
-        const qreal rowHeight = area.textLayout().rowHeight();
-        for (const TextArea::ShownLine& shown : lines) {
-            if (shown.startsAbove) {
-                continue;
-            }
-            const QString label = QString::number(shown.line + 1);
-            const qreal w = metrics.horizontalAdvance(label);
-            painter.drawText(QPointF(width - w - 5, shown.top + (rowHeight - metrics.height()) / 5 +
-                                                        metrics.ascent()),
-                             label);
-        }
-    });
+    TextColorLayers layers;
+    std::unique_ptr<SyntaxColoringController> coloring;
+    // The editor's gutter, in the shipped colours.
+    LineNumberPainter gutter;
+    gutter.updatePreferences(Preferences::sharedPreferences().current().editor);
+    gutter.numberLinesOf(area, 60);
     area.setTextStore(&store);
+    if (syntax.isEmpty()) {
+        area.setFormatProvider(&formats);
+    } else {
+        const std::optional<QVariantMap> definition = SyntaxDefinitionFolder::definition(
+            QStringLiteral(":/SyntaxDefinition/%1.plist").arg(syntax));
+        if (!definition) {
+            std::fprintf(stderr, "no syntax definition named %s\n", qPrintable(syntax));
+            return 1;
+        }
+        area.setFormatProvider(&layers);
+        coloring = std::make_unique<SyntaxColoringController>(&area, &layers,
+                                                              SyntaxManager::sharedSyntaxManager());
+        coloring->setSyntaxDictionary(*definition);
+        coloring->syntaxAllColoring();
+    }
     area.resize(size);
     area.show();
     if (!QTest::qWaitForWindowExposed(&area)) {
@@ -140,6 +155,25 @@ int main(int argc, char** argv)
 
     QElapsedTimer timer;
     timer.start();
+    // The first paint after the first part is in: the lines on it were coloured before it,
+    // as the text came in.
+    qint64 firstScreen = -1;
+    struct FirstPaint : QObject {
+        std::function<void()> painted;
+        bool eventFilter(QObject*, QEvent* event) override
+        {
+            if (event->type() == QEvent::Paint && painted) {
+                painted();
+            }
+            return false;
+        }
+    } firstPaint;
+    firstPaint.painted = [&] {
+        if (firstScreen < 0 && store.text().length() > 0) {
+            firstScreen = timer.elapsed();
+        }
+    };
+    area.viewport()->installEventFilter(&firstPaint);
     TextLoader loader(EncodingManager::sharedEncodingManager());
     bool done = false;
     bool ok = true;
@@ -172,8 +206,18 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "%s could not be written\n", qPrintable(output));
         return 1;
     }
-    std::printf("%s: %lld lines, %lld units, loaded and shown in %lld ms, %lld layouts made\n",
-                qPrintable(output), qint64(text.lineCount()), qint64(text.length()),
+    std::printf("%s: %lld lines, %lld units, first screen painted after %lld ms, loaded and "
+                "shown in %lld ms, %lld layouts made",
+                qPrintable(output), qint64(text.lineCount()), qint64(text.length()), firstScreen,
                 qint64(timer.elapsed()), qint64(area.textLayout().cache().layoutsMade()));
+    if (coloring && untilColored) {
+        while (coloring->isColoringAll()) {
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
+        }
+        std::printf(", whole text coloured after %lld ms", qint64(timer.elapsed()));
+    } else if (coloring) {
+        std::printf(", whole-text colouring %s", coloring->isColoringAll() ? "under way" : "done");
+    }
+    std::printf("\n");
     return 0;
 }

@@ -243,6 +243,7 @@ TEST(SyntaxColoringController, ATextAreaShowsTheWholeTextColouringAfterEveryEdit
     SyntaxColoringController controller(&area, &layers, SyntaxManager::sharedSyntaxManager());
     area.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&area));
+    QCoreApplication::processEvents();
     controller.setSyntaxDictionary(definition);
     controller.syntaxAllColoring();
     QElapsedTimer timer;
@@ -252,8 +253,27 @@ TEST(SyntaxColoringController, ATextAreaShowsTheWholeTextColouringAfterEveryEdit
     }
     ASSERT_FALSE(controller.isColoringAll());
 
+    // What the area painted last, line by line, against the reference pass over the whole
+    // text as it is now.
     qsizetype coloredSeen = 0;
-    for (int step = 0; step < 120; ++step) {
+    const auto expectShownAsReference = [&](int step) {
+        QCoreApplication::processEvents();
+        const TextSnapshot& text = store.text();
+        const std::vector<int> cells =
+            ReferenceColoring::color(definition, text.string(), {0, text.length()});
+        for (const TextArea::ShownLine& line : area.visibleLines()) {
+            const std::vector<QRgb> colors = shownColors(area, line.line);
+            ASSERT_EQ(colors, referenceColors(cells, text, line.line))
+                << "step " << step << ", line " << line.line << ": "
+                << text.line(line.line).toStdString();
+            coloredSeen += std::count_if(colors.begin(), colors.end(), [](QRgb c) { return c; });
+        }
+    };
+    // The screen painted before the definition came is painted again in its colours.
+    expectShownAsReference(-1);
+    ASSERT_FALSE(HasFatalFailure());
+
+    for (int step = 0; step < 300; ++step) {
         const TextSnapshot before = store.text();
         // Mostly on screen, where a wrong colour shows at once; sometimes off screen, where
         // it shows once scrolled to.
@@ -271,18 +291,11 @@ TEST(SyntaxColoringController, ATextAreaShowsTheWholeTextColouringAfterEveryEdit
             QScrollBar* bar = area.verticalScrollBar();
             bar->setValue(random.bounded(bar->maximum() + 1));
         }
-        area.viewport()->repaint();
-
-        const TextSnapshot& text = store.text();
-        const std::vector<int> cells =
-            ReferenceColoring::color(definition, text.string(), {0, text.length()});
-        for (const TextArea::ShownLine& line : area.visibleLines()) {
-            const std::vector<QRgb> colors = shownColors(area, line.line);
-            ASSERT_EQ(colors, referenceColors(cells, text, line.line))
-                << "step " << step << ", line " << line.line << ": "
-                << text.line(line.line).toStdString();
-            coloredSeen += std::count_if(colors.begin(), colors.end(), [](QRgb c) { return c; });
+        if (random.bounded(10) == 0) {
+            area.setWrapLines(!area.wrapLines());
         }
+        expectShownAsReference(step);
+        ASSERT_FALSE(HasFatalFailure());
     }
     // Not a text that nothing colours.
     EXPECT_GT(coloredSeen, 10000);

@@ -15,14 +15,24 @@
 
 namespace {
 
+/// 20 MB of source text, made once.
+const QString& sourceText()
+{
+    static const QString text = [] {
+        QString made;
+        while (made.size() < 20'000'000) {
+            made += BenchSupport::mixedSourceText();
+        }
+        return made;
+    }();
+    return text;
+}
+
 void BM_RecoveryCopyOf20MB(benchmark::State& state)
 {
-    QString text;
-    while (text.size() < 20'000'000) {
-        text += BenchSupport::mixedSourceText();
-    }
     Document document(EncodingManager::sharedEncodingManager(),
                       Preferences::sharedPreferences().values().document);
+    const QString& text = sourceText();
     document.setTextStorage(text);
     const QTemporaryDir root;
     RecoveryStore store(root.path());
@@ -40,12 +50,9 @@ BENCHMARK(BM_RecoveryCopyOf20MB)->Unit(benchmark::kMillisecond);
 // document and encoding it.
 void BM_RecoverySnapshotOf20MB(benchmark::State& state)
 {
-    QString text;
-    while (text.size() < 20'000'000) {
-        text += BenchSupport::mixedSourceText();
-    }
     Document document(EncodingManager::sharedEncodingManager(),
                       Preferences::sharedPreferences().values().document);
+    const QString& text = sourceText();
     document.setTextStorage(text);
     for (auto _ : state) {
         benchmark::DoNotOptimize(document.string().toUtf8());
@@ -57,12 +64,9 @@ BENCHMARK(BM_RecoverySnapshotOf20MB)->Unit(benchmark::kMillisecond);
 // CPU column is the main thread's: what the copy costs typing, whatever workers do beside.
 void BM_RecoveryAutosaveOf20MB(benchmark::State& state)
 {
-    QString text;
-    while (text.size() < 20'000'000) {
-        text += BenchSupport::mixedSourceText();
-    }
     Document document(EncodingManager::sharedEncodingManager(),
                       Preferences::sharedPreferences().values().document);
+    const QString& text = sourceText();
     document.setTextStorage(text);
     document.textStorage()->setModified(true);
     const QTemporaryDir root;

@@ -253,6 +253,27 @@ void expectSame(const QVariantMap& definition, const QString& text, const Syntax
         << QJsonDocument::fromVariant(definition).toJson(QJsonDocument::Compact).toStdString();
 }
 
+/// A document's text coloured through its plain copy, which keeps the text in chunks: the
+/// engine follows the copy's changes as a view's colouring does.
+struct ColouredDocument {
+    ColouredDocument(const QString& text, const QVariantMap& definition)
+        : engine(definition)
+    {
+        document.documentLayout(); // a document tells its changes only once it has a layout
+        document.setPlainText(text);
+        mirror = TextMirror::mirrorOfDocument(&document);
+        QObject::connect(mirror, &TextMirror::textDidChange,
+                         [this](qsizetype location, qsizetype removed, qsizetype added) {
+                             engine.textDidChange(location, removed, added);
+                         });
+        engine.coloringRange(*mirror, Range(0, text.size()));
+    }
+
+    QTextDocument document;
+    TextMirror* mirror = nullptr;
+    SyntaxColoringEngine engine;
+};
+
 } // namespace
 
 TEST(SyntaxColoringDifferential, FullAndPartialColouringMatchTheModel)
@@ -278,18 +299,8 @@ TEST(SyntaxColoringDifferential, RecolouringAfterEditsMatchesTheModel)
         QString text = random.text(random.below(120));
         SyntaxColoringEngine engine(definition);
         engine.coloringRange(text, Range(0, text.size()));
-        // The same edits made to a document, coloured through its copy, which keeps the
-        // text in chunks.
-        QTextDocument document;
-        document.documentLayout(); // a document tells its changes only once it has a layout
-        document.setPlainText(text);
-        TextMirror* mirror = TextMirror::mirrorOfDocument(&document);
-        SyntaxColoringEngine pieces(definition);
-        QObject::connect(mirror, &TextMirror::textDidChange,
-                         [&pieces](qsizetype location, qsizetype removed, qsizetype added) {
-                             pieces.textDidChange(location, removed, added);
-                         });
-        pieces.coloringRange(*mirror, Range(0, text.size()));
+        // The same edits made to a document, coloured through its copy.
+        ColouredDocument copy(text, definition);
         ScatteredText scatteredText(text);
         SyntaxColoringEngine scattered(definition);
         scattered.coloringRange(scatteredText, Range(0, text.size()));
@@ -310,7 +321,7 @@ TEST(SyntaxColoringDifferential, RecolouringAfterEditsMatchesTheModel)
                 text.replace(at, removed, inserted);
                 engine.textDidChange(at, removed, inserted.size());
                 scattered.textDidChange(at, removed, inserted.size());
-                QTextCursor cursor(&document);
+                QTextCursor cursor(&copy.document);
                 cursor.setPosition(int(at));
                 cursor.setPosition(int(at + removed), QTextCursor::KeepAnchor);
                 cursor.insertText(inserted);
@@ -322,8 +333,8 @@ TEST(SyntaxColoringDifferential, RecolouringAfterEditsMatchesTheModel)
                 kept = engine.coloringRange(text, Range(0, 1));
                 keptRuns = kept.runs();
             }
-            ASSERT_EQ(mirror->snapshot().string(), text);
-            expectSame(definition, text, pieces.coloringRange(*mirror, range), range,
+            ASSERT_EQ(copy.mirror->snapshot().string(), text);
+            expectSame(definition, text, copy.engine.coloringRange(*copy.mirror, range), range,
                        "through the document's copy");
             expectSame(definition, text, scattered.coloringRange(scatteredText, range), range,
                        "through a text in small pieces");
@@ -396,16 +407,7 @@ void typeInto(const QString& path, const QString& definitionName, std::vector<QS
             .value();
     SyntaxColoringEngine engine(definition);
     engine.coloringRange(text, Range(0, text.size()));
-    QTextDocument document;
-    document.documentLayout();
-    document.setPlainText(text);
-    TextMirror* mirror = TextMirror::mirrorOfDocument(&document);
-    SyntaxColoringEngine pieces(definition);
-    QObject::connect(mirror, &TextMirror::textDidChange,
-                     [&pieces](qsizetype location, qsizetype removed, qsizetype added) {
-                         pieces.textDidChange(location, removed, added);
-                     });
-    pieces.coloringRange(*mirror, Range(0, text.size()));
+    ColouredDocument copy(text, definition);
 
     Generator random(31337);
     typed.insert(typed.end(), {"x", "\n", " ", "'", "\""});
@@ -416,7 +418,7 @@ void typeInto(const QString& path, const QString& definitionName, std::vector<QS
         const QString inserted = random.chance(85) ? random.pick(typed) : QString();
         text.replace(at, removed, inserted);
         engine.textDidChange(at, removed, inserted.size());
-        QTextCursor cursor(&document);
+        QTextCursor cursor(&copy.document);
         cursor.setPosition(int(at));
         cursor.setPosition(int(at + removed), QTextCursor::KeepAnchor);
         cursor.insertText(inserted);
@@ -426,10 +428,10 @@ void typeInto(const QString& path, const QString& definitionName, std::vector<QS
         const Range visible(from, std::min<qsizetype>(3000, text.size() - from));
         expectSame(definition, text, engine.coloringRange(text, visible), visible,
                    path.toUtf8().constData());
-        const qint64 copied = mirror->copiedCharacters();
-        expectSame(definition, text, pieces.coloringRange(*mirror, visible), visible,
+        const qint64 copied = copy.mirror->copiedCharacters();
+        expectSame(definition, text, copy.engine.coloringRange(*copy.mirror, visible), visible,
                    "through the document's copy");
-        EXPECT_LT(mirror->copiedCharacters() - copied, visible.length + text.size() / 64);
+        EXPECT_LT(copy.mirror->copiedCharacters() - copied, visible.length + text.size() / 64);
         if (::testing::Test::HasFatalFailure()) {
             return;
         }

@@ -1,8 +1,14 @@
 #include "editor/SpellCheckingController.h"
 
+#include "document/SnapshotTextSource.h"
+#include "document/TextMirror.h"
+#include "document/TextStore.h"
 #include "editor/LayoutManager.h"
+#include "editor/TextArea.h"
+#include "editor/TextColorLayers.h"
 #include "editor/TextView.h"
 #include "platform/SpellChecker.h"
+#include "platform/TextSource.h"
 
 #include <QEvent>
 #include <QMenu>
@@ -11,16 +17,97 @@
 #include <QTextCursor>
 #include <QTextDocument>
 
+#include <cmath>
 #include <limits>
 
 namespace {
 
 // A line without layout yet, or one very long line: enough to cover any screen.
 constexpr int kMaximumLineSpan = 4096;
+// A word cut by the viewport's edge is checked whole, up to this far beyond the edge.
+constexpr int kWordReach = 64;
 
 bool isWordCharacter(QChar c)
 {
     return c.isLetterOrNumber() || c == u'\'' || c == u'_' || c == u'\u2019' || c.isMark();
+}
+
+// The old view's blocks on screen, each line of them cut to the viewport's width.
+QList<SpellCheckingController::ShownText> shownTextOf(TextView* textView)
+{
+    QList<SpellCheckingController::ShownText> stretches;
+    const qreal width = textView->viewport()->width();
+    const qreal height = textView->viewport()->height();
+    for (const TextView::ShownBlock& shown : textView->shownBlocks(0, height)) {
+        const QTextBlock& block = shown.block;
+        const Range line(block.position(), block.length());
+        const QTextLayout* lines = block.layout();
+        if (!lines || lines->lineCount() == 0) {
+            stretches.append(
+                {line, {line.location, std::min<qsizetype>(block.length() - 1, kMaximumLineSpan)}});
+            continue;
+        }
+        for (int i = 0; i < lines->lineCount(); ++i) {
+            const QTextLine row = lines->lineAt(i);
+            const qreal top = shown.offset.y() + row.y();
+            if (top > height || top + row.height() < 0) {
+                continue;
+            }
+            const int from = std::max(row.textStart(), row.xToCursor(-shown.offset.x()) - 1);
+            int to = std::min(row.textStart() + row.textLength(),
+                              row.xToCursor(width - shown.offset.x()) + 1);
+            to = std::min(to, from + kMaximumLineSpan);
+            stretches.append({line, {line.location + from, std::max(0, to - from)}});
+        }
+    }
+    return stretches;
+}
+
+// Where a text area's screen stands: a check of every shown line is due when it moves.
+struct Screen {
+    TextAreaLayout::RowRef top;
+    qsizetype lastLine = -1;
+    int horizontalOffset = 0;
+    QSize size;
+    bool wrap = false;
+    bool operator==(const Screen&) const = default;
+};
+
+Screen screenOf(TextArea* area)
+{
+    const QList<TextArea::ShownLine> lines = area->visibleLines();
+    return {area->textLayout().anchor(), lines.isEmpty() ? -1 : lines.last().line,
+            area->horizontalScrollBar()->value(), area->viewport()->size(), area->wrapLines()};
+}
+
+// The text area's rows on screen, each cut to the viewport's width.
+QList<SpellCheckingController::ShownText> shownTextOf(TextArea* area)
+{
+    QList<SpellCheckingController::ShownText> stretches;
+    if (!area->textStore()) {
+        return stretches;
+    }
+    const TextSnapshot& text = area->textStore()->text();
+    const int width = area->viewport()->width();
+    const int height = area->viewport()->height();
+    const qreal rowHeight = area->textLayout().rowHeight();
+    if (rowHeight <= 0) {
+        return stretches;
+    }
+    for (const TextArea::ShownLine& shown : area->visibleLines()) {
+        const Range line(shown.position, text.lineLength(shown.line));
+        for (qreal top = shown.top; top < std::min<qreal>(shown.bottom, height); top += rowHeight) {
+            if (top + rowHeight <= 0) {
+                continue;
+            }
+            const int y = std::clamp(int(std::floor(top + rowHeight / 2)), 0, height - 1);
+            const qsizetype from = std::max(line.location, area->positionAt(QPoint(0, y)) - 1);
+            qsizetype to = std::min(line.max(), area->positionAt(QPoint(width, y)) + 1);
+            to = std::min(to, from + kMaximumLineSpan);
+            stretches.append({line, {from, std::max<qsizetype>(0, to - from)}});
+        }
+    }
+    return stretches;
 }
 
 } // namespace
@@ -34,28 +121,134 @@ SpellCheckingController* SpellCheckingController::of(TextView* textView)
     return new SpellCheckingController(textView);
 }
 
-SpellCheckingController::SpellCheckingController(TextView* textView)
-    : QObject(textView)
-    , _textView(textView)
+SpellCheckingController::SpellCheckingController(QObject* parent, SpellChecker& checker, View view)
+    : QObject(parent)
+    , _checker(checker)
+    , _view(std::move(view))
 {
     _timer.setSingleShot(true);
     _timer.setInterval(0);
     connect(&_timer, &QTimer::timeout, this, &SpellCheckingController::checkVisibleText);
 }
 
+SpellCheckingController::SpellCheckingController(TextView* textView)
+    : SpellCheckingController(
+          textView, textView->services().spellChecker,
+          View{
+              .text = [textView]() -> TextSource* {
+                  QTextDocument* document = textView->document();
+                  return document ? TextMirror::mirrorOfDocument(document) : nullptr;
+              },
+              .layers = [textView]() -> TextColorLayers* {
+                  LayoutManager* layout = textView->layoutManager();
+                  return layout ? &layout->colorLayers() : nullptr;
+              },
+              .shownText = [textView] { return shownTextOf(textView); },
+              .lineCount = [textView]() -> qsizetype { return textView->document()->blockCount(); },
+              .misspellingsChanged =
+                  [textView](Range range) {
+                      if (LayoutManager* layout = textView->layoutManager()) {
+                          layout->colorsChanged(range);
+                      }
+                  },
+              .positionAt = [textView](const QPoint& point) -> qsizetype {
+                  return textView->cursorForPosition(point).position();
+              },
+              .replace =
+                  [textView](Range range, const QString& text) {
+                      QTextCursor replace(textView->document());
+                      replace.setPosition(int(range.location));
+                      replace.setPosition(int(range.max()), QTextCursor::KeepAnchor);
+                      replace.beginEditBlock();
+                      replace.insertText(text);
+                      replace.endEditBlock();
+                      textView->setTextCursor(replace);
+                  },
+          })
+{
+    _textView = textView;
+}
+
+SpellCheckingController::SpellCheckingController(TextArea* area, TextColorLayers* layers,
+                                                 SpellChecker& checker)
+    : SpellCheckingController(
+          area, checker,
+          View{
+              .text = [this, area]() -> TextSource* {
+                  if (!area->textStore()) {
+                      return nullptr;
+                  }
+                  _snapshot->setSnapshot(area->textStore()->text());
+                  return _snapshot.get();
+              },
+              .layers = [layers]() -> TextColorLayers* { return layers; },
+              .shownText = [area] { return shownTextOf(area); },
+              .lineCount = [area]() -> qsizetype {
+                  return area->textStore() ? area->textStore()->text().lineCount() : 0;
+              },
+              .misspellingsChanged =
+                  [area](Range range) {
+                      // Underlines off screen are taken up when their lines are laid out.
+                      const Range shown = area->visibleCharacterRange();
+                      if (!area->textStore() || range.location > shown.max() ||
+                          range.max() < shown.location) {
+                          return;
+                      }
+                      const TextSnapshot& text = area->textStore()->text();
+                      area->formatsChanged(text.lineAt(std::max(range.location, shown.location)),
+                                           text.lineAt(std::min(range.max(), shown.max())));
+                  },
+              .positionAt = [area](const QPoint& point) { return area->positionAt(point); },
+              .replace =
+                  [area](Range range, const QString& text) {
+                      area->replaceRange(range, text);
+                      area->setCursorPosition(range.location + text.size());
+                  },
+          })
+{
+    _snapshot = std::make_unique<SnapshotTextSource>(TextSnapshot());
+    if (TextStore* store = area->textStore()) {
+        connect(store, &TextStore::contentsChange, this, [this](const TextChange& change) {
+            textDidChange(change.position, change.charsRemoved, change.charsAdded);
+        });
+    }
+    // The area tells of its screen after every edit too (it keeps the caret in sight): only
+    // other rows on screen need every shown line checked, an edit in place only its own.
+    connect(area, &TextArea::visibleRangeChanged, this, [this, area, last = Screen()]() mutable {
+        const Screen now = screenOf(area);
+        if (now != last) {
+            last = now;
+            scheduleCheck();
+        }
+    });
+}
+
+SpellCheckingController::~SpellCheckingController() = default;
+
 void SpellCheckingController::setContinuousSpellCheckingEnabled(bool enabled,
                                                                 const QString& language)
 {
-    if (!_textView) {
-        return;
-    }
-    const bool changed =
-        enabled != _enabled || language != _language || _textView->document() != _checkedDocument;
+    const bool documentChanged = _textView && _textView->document() != _checkedDocument;
+    const bool changed = enabled != _enabled || language != _language || documentChanged;
     _enabled = enabled;
     _language = language;
     if (!changed) {
         return;
     }
+    if (_textView) {
+        followTextView(enabled);
+    }
+    removeAllMisspellings();
+    if (!enabled) {
+        _timer.stop();
+        return;
+    }
+    _lineCount = _view.lineCount();
+    scheduleCheck();
+}
+
+void SpellCheckingController::followTextView(bool enabled)
+{
     if (_checkedDocument) {
         disconnect(_checkedDocument, nullptr, this, nullptr);
     }
@@ -63,15 +256,10 @@ void SpellCheckingController::setContinuousSpellCheckingEnabled(bool enabled,
     disconnect(_textView->verticalScrollBar(), nullptr, this, nullptr);
     disconnect(_textView->horizontalScrollBar(), nullptr, this, nullptr);
     _textView->viewport()->removeEventFilter(this);
-    if (LayoutManager* layout = _textView->layoutManager()) {
-        layout->removeAllMisspelledWords();
-    }
     if (!enabled) {
-        _timer.stop();
         return;
     }
     _checkedDocument = _textView->document();
-    _blockCount = _checkedDocument->blockCount();
     connect(_checkedDocument, &QTextDocument::contentsChange, this,
             &SpellCheckingController::textDidChange);
     connect(_textView->verticalScrollBar(), &QScrollBar::valueChanged, this,
@@ -80,7 +268,6 @@ void SpellCheckingController::setContinuousSpellCheckingEnabled(bool enabled,
             &SpellCheckingController::scheduleCheck);
     // A resized viewport shows other lines.
     _textView->viewport()->installEventFilter(this);
-    scheduleCheck();
 }
 
 bool SpellCheckingController::eventFilter(QObject* watched, QEvent* event)
@@ -100,14 +287,14 @@ void SpellCheckingController::scheduleCheck()
     }
 }
 
-void SpellCheckingController::textDidChange(int position, int removed, int added)
+void SpellCheckingController::textDidChange(qsizetype position, qsizetype removed, qsizetype added)
 {
     if (!_enabled) {
         return;
     }
     // Lines gained or lost bring other lines onto the screen.
-    if (_checkedDocument && _checkedDocument->blockCount() != _blockCount) {
-        _blockCount = _checkedDocument->blockCount();
+    if (const qsizetype lines = _view.lineCount(); lines != _lineCount) {
+        _lineCount = lines;
         scheduleCheck();
         return;
     }
@@ -133,80 +320,82 @@ void SpellCheckingController::checkVisibleText()
     _checkAll = false;
     _editedFrom = _editedTo = -1;
     if (all) {
-        checkShownBlocks(0, std::numeric_limits<qsizetype>::max());
+        checkShownText(0, std::numeric_limits<qsizetype>::max());
     } else {
-        checkShownBlocks(from, to);
+        checkShownText(from, to);
     }
 }
 
-void SpellCheckingController::checkShownBlocks(qsizetype from, qsizetype to)
+void SpellCheckingController::checkShownText(qsizetype from, qsizetype to)
 {
-    if (!_enabled || !_textView || !_textView->layoutManager()) {
+    if (!_enabled) {
         return;
     }
-    LayoutManager* layout = _textView->layoutManager();
-    SpellChecker& checker = _textView->services().spellChecker;
-    checker.setLanguage(_language);
-    const qreal width = _textView->viewport()->width();
-    for (const TextView::ShownBlock& shown :
-         _textView->shownBlocks(0, _textView->viewport()->height())) {
-        const QTextBlock& block = shown.block;
-        if (block.position() + block.length() < from || block.position() > to) {
+    TextSource* text = _view.text();
+    TextColorLayers* layers = _view.layers();
+    if (!text || !layers) {
+        return;
+    }
+    _checker.setLanguage(_language);
+    for (const ShownText& stretch : _view.shownText()) {
+        if (stretch.line.max() < from || stretch.line.location > to) {
             continue;
         }
-        const QString text = block.text();
-        const QTextLayout* lines = block.layout();
-        QList<QPair<int, int>> spans;
-        if (!lines || lines->lineCount() == 0) {
-            spans.append({0, std::min<int>(int(text.size()), kMaximumLineSpan)});
-        } else {
-            for (int i = 0; i < lines->lineCount(); ++i) {
-                const QTextLine line = lines->lineAt(i);
-                const qreal top = shown.offset.y() + line.y();
-                if (top > _textView->viewport()->height() || top + line.height() < 0) {
-                    continue;
-                }
-                // Only the characters under the viewport: an unwrapped line may be very long.
-                int from = std::max(line.textStart(), line.xToCursor(-shown.offset.x()) - 1);
-                int to = std::min(line.textStart() + line.textLength(),
-                                  line.xToCursor(width - shown.offset.x()) + 1);
-                to = std::min(to, from + kMaximumLineSpan);
-                // Whole words: a word cut by the viewport's edge is checked whole.
-                const int left = from;
-                while (from > 0 && left - from < 64 && isWordCharacter(text.at(from - 1))) {
-                    --from;
-                }
-                const int right = to;
-                while (to < text.size() && to - right < 64 && isWordCharacter(text.at(to))) {
-                    ++to;
-                }
-                if (from < to) {
-                    spans.append({from, to});
-                }
-            }
+        // Whole words: a word cut by the viewport's edge is checked whole.
+        qsizetype start = std::max<qsizetype>(0, stretch.shown.location);
+        qsizetype end = std::min(text->size(), stretch.shown.max());
+        const qsizetype left = start;
+        while (start > stretch.line.location && left - start < kWordReach &&
+               isWordCharacter(text->at(start - 1))) {
+            --start;
         }
-        for (const auto& [from, to] : spans) {
-            QList<Range> words = checker.misspelledWords(text, from, to);
-            for (Range& word : words) {
-                word.location += block.position();
-            }
-            layout->setMisspelledWords({block.position() + from, qsizetype(to - from)}, words);
+        const qsizetype right = end;
+        while (end < stretch.line.max() && end < text->size() && end - right < kWordReach &&
+               isWordCharacter(text->at(end))) {
+            ++end;
+        }
+        if (start >= end) {
+            continue;
+        }
+        const QString words = text->view(start, end).toString();
+        QList<Range> misspelt = _checker.misspelledWords(words, 0, words.size());
+        for (Range& word : misspelt) {
+            word.location += start;
+        }
+        // Checking the same lines again mostly finds the same words: no repaint for that.
+        const Range checked(start, end - start);
+        if (layers->replaceMisspellings(checked, misspelt)) {
+            _view.misspellingsChanged(checked);
         }
     }
+}
+
+void SpellCheckingController::removeAllMisspellings()
+{
+    TextColorLayers* layers = _view.layers();
+    if (!layers || layers->misspellings().isEmpty()) {
+        return;
+    }
+    ColorStore& words = layers->misspellings();
+    words.reset(words.textLength());
+    _view.misspellingsChanged({0, words.textLength()});
 }
 
 Range SpellCheckingController::misspelledWordAt(qsizetype position) const
 {
-    if (!_textView || !_textView->layoutManager()) {
+    TextColorLayers* layers = _view.layers();
+    if (!layers) {
         return Range::notFound();
     }
-    // Marks are read clipped to the range asked for: ask for the whole line. The word under
-    // the pointer may end at the position (pointer on its right half).
-    const QTextBlock block = _textView->document()->findBlock(int(position));
-    const Range line(block.position(), block.length());
-    for (const Range& word : _textView->layoutManager()->misspelledWords(line)) {
-        if (position >= word.location && position <= word.max()) {
-            return word;
+    // Marks are read clipped to the range asked for; no word marked is longer than a
+    // stretch checked. The word under the pointer may end at the position (pointer on its
+    // right half).
+    constexpr qsizetype reach = kMaximumLineSpan + 2 * kWordReach;
+    const ColorStore& words = layers->misspellings();
+    for (const ColorStore::Run& run : words.runs(std::max<qsizetype>(0, position - reach),
+                                                 std::min(words.textLength(), position + reach))) {
+        if (position >= run.location && position <= run.location + run.length) {
+            return {run.location, run.length};
         }
     }
     return Range::notFound();
@@ -215,43 +404,37 @@ Range SpellCheckingController::misspelledWordAt(qsizetype position) const
 void SpellCheckingController::addSpellingSuggestions(TextView* textView, QMenu* menu,
                                                      const QPoint& viewportPosition)
 {
-    auto* controller =
-        textView->findChild<SpellCheckingController*>(QString(), Qt::FindDirectChildrenOnly);
-    if (!controller || !controller->_enabled) {
+    if (auto* controller =
+            textView->findChild<SpellCheckingController*>(QString(), Qt::FindDirectChildrenOnly)) {
+        controller->addSpellingSuggestions(menu, viewportPosition);
+    }
+}
+
+void SpellCheckingController::addSpellingSuggestions(QMenu* menu, const QPoint& viewportPosition)
+{
+    if (!_enabled) {
         return;
     }
-    const qsizetype position = textView->cursorForPosition(viewportPosition).position();
-    const Range word = controller->misspelledWordAt(position);
-    if (word.isNotFound()) {
+    const Range word = misspelledWordAt(_view.positionAt(viewportPosition));
+    TextSource* text = _view.text();
+    if (word.isNotFound() || !text || word.max() > text->size()) {
         return;
     }
-    QTextCursor cursor(textView->document());
-    cursor.setPosition(int(word.location));
-    cursor.setPosition(int(word.max()), QTextCursor::KeepAnchor);
-    const QString misspelt = cursor.selectedText();
-    SpellChecker& checker = textView->services().spellChecker;
-    checker.setLanguage(controller->_language);
-    const QStringList guesses = checker.guessesForWord(misspelt);
+    const QString misspelt = text->view(word.location, word.max()).toString();
+    _checker.setLanguage(_language);
+    const QStringList guesses = _checker.guessesForWord(misspelt);
     QAction* before = menu->actions().value(0);
     QList<QAction*> actions;
     for (const QString& guess : guesses) {
         auto* action = new QAction(guess, menu);
-        QPointer<TextView> view(textView);
-        connect(action, &QAction::triggered, textView, [view, word, misspelt, guess] {
-            if (!view) {
-                return;
-            }
-            QTextCursor replace(view->document());
-            replace.setPosition(int(word.location));
-            replace.setPosition(int(word.max()), QTextCursor::KeepAnchor);
+        connect(action, &QAction::triggered, this, [this, word, misspelt, guess] {
             // The text may have changed while the menu was open.
-            if (replace.selectedText() != misspelt) {
+            TextSource* now = _view.text();
+            if (!now || word.max() > now->size() ||
+                now->view(word.location, word.max()) != misspelt) {
                 return;
             }
-            replace.beginEditBlock();
-            replace.insertText(guess);
-            replace.endEditBlock();
-            view->setTextCursor(replace);
+            _view.replace(word, guess);
         });
         actions.append(action);
     }

@@ -1,0 +1,147 @@
+// Spell checking a text area over a text store: the controller the text view uses.
+#include "editor/SpellCheckingController.h"
+
+#include "EditorTestSupport.h"
+#include "document/TextStore.h"
+#include "editor/SyntaxColoringController.h"
+#include "editor/TextArea.h"
+#include "editor/TextColorLayers.h"
+#include "platform/SpellChecker.h"
+#include "syntax/SyntaxManager.h"
+
+#include <QMenu>
+#include <QRandomGenerator>
+#include <QRegularExpression>
+#include <QScrollBar>
+
+namespace {
+
+const QStringList kMisspelt{"sentance", "wrongg", "speling"};
+
+/// The stretches of `line` the area drew with a wavy underline at its last paint.
+QList<Range> shownUnderlines(TextArea& area, qsizetype line)
+{
+    TextLayoutCache& cache = area.textLayout().cache();
+    const qsizetype start = area.textStore()->text().lineStart(line);
+    QList<Range> underlined;
+    for (int piece = 0; piece < cache.pieceCount(line); ++piece) {
+        if (const TextLayoutCache::Entry* entry = cache.find(line, piece)) {
+            for (const QTextLayout::FormatRange& range : entry->formats) {
+                if (range.format.underlineStyle() == QTextCharFormat::WaveUnderline) {
+                    underlined.append({start + entry->start + range.start, range.length});
+                }
+            }
+        }
+    }
+    return underlined;
+}
+
+/// Where the misspelt words of `line` stand.
+QList<Range> misspeltWords(const TextSnapshot& text, qsizetype line)
+{
+    static const QRegularExpression words(QStringLiteral("\\b(") + kMisspelt.join(u'|') +
+                                          QStringLiteral("|Nothnig)\\b"));
+    const qsizetype start = text.lineStart(line);
+    QList<Range> found;
+    for (const QRegularExpressionMatch& match : words.globalMatch(text.line(line))) {
+        found.append({start + match.capturedStart(), match.capturedLength()});
+    }
+    return found;
+}
+
+} // namespace
+
+TEST(SpellCheckingController, ATextAreaUnderlinesTheMisspeltWordsItShowsAfterEditsAndScrolls)
+{
+    const QStringList right{"the", "quick", "brown", "fox", "jumps", "over", "lazy", "dog"};
+    QRandomGenerator random(20261124);
+    QString initial;
+    for (int line = 0; line < 400; ++line) {
+        for (int word = random.bounded(3, 7); word > 0; --word) {
+            initial += (random.bounded(4) == 0 ? kMisspelt[random.bounded(int(kMisspelt.size()))]
+                                               : right[random.bounded(int(right.size()))]) +
+                       u' ';
+        }
+        initial += u'\n';
+    }
+    TextStore store;
+    store.insert(0, initial);
+    TextArea area;
+    area.resize(420, 300);
+    area.setTextStore(&store);
+    TextColorLayers layers;
+    area.setFormatProvider(&layers);
+    // As in a pane, the colouring controller keeps the shared layers in step with the edits.
+    SyntaxColoringController coloring(&area, &layers, SyntaxManager::sharedSyntaxManager());
+    SpellChecker checker;
+    SpellCheckingController spelling(&area, &layers, checker);
+    area.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&area));
+    spelling.setContinuousSpellCheckingEnabled(true, QStringLiteral("en_US"));
+
+    qsizetype underlinedSeen = 0;
+    const auto expectShownUnderlined = [&](const char* step) {
+        QCoreApplication::processEvents();
+        area.viewport()->repaint();
+        for (const TextArea::ShownLine& line : area.visibleLines()) {
+            const QList<Range> underlined = shownUnderlines(area, line.line);
+            ASSERT_EQ(underlined, misspeltWords(store.text(), line.line))
+                << step << ", line " << line.line;
+            underlinedSeen += underlined.size();
+        }
+    };
+    expectShownUnderlined("shown");
+    ASSERT_TRUE(checker.hasDictionary());
+    ASSERT_FALSE(HasFatalFailure());
+    EXPECT_GT(underlinedSeen, 5);
+
+    // Typing a misspelling into a shown line, and a line break that moves the lines below.
+    area.setCursorPosition(store.text().lineStart(3));
+    area.insertTypedText(QStringLiteral("Nothnig "));
+    expectShownUnderlined("typed");
+    area.insertNewline();
+    expectShownUnderlined("new line");
+
+    // Lines scrolled into view, down and sideways, and then wrapped.
+    QScrollBar* bar = area.verticalScrollBar();
+    for (const int value : {bar->maximum(), bar->maximum() / 2, 7}) {
+        bar->setValue(value);
+        expectShownUnderlined("scrolled");
+        ASSERT_FALSE(HasFatalFailure());
+    }
+    area.resize(120, 300);
+    area.setWrapLines(true);
+    expectShownUnderlined("wrapped");
+    ASSERT_FALSE(HasFatalFailure());
+
+    // The dictionary's guesses replace the word under the pointer as one undoable step.
+    const qsizetype firstLine = area.visibleLines().first().line;
+    qsizetype line = firstLine;
+    while (!store.text().line(line).contains(u"sentance")) {
+        ++line;
+    }
+    const qsizetype word =
+        store.text().lineStart(line) + store.text().line(line).indexOf(u"sentance");
+    area.scrollRangeToVisible({word, 8});
+    expectShownUnderlined("before the menu");
+    QMenu menu;
+    QAction* copy = menu.addAction(QStringLiteral("Copy"));
+    spelling.addSpellingSuggestions(&menu, area.rectForPosition(word + 3).center());
+    const QList<QAction*> actions = menu.actions();
+    const auto guess = std::find_if(actions.begin(), actions.end(),
+                                    [](QAction* action) { return action->text() == u"sentence"; });
+    ASSERT_NE(guess, actions.end());
+    EXPECT_LT(actions.indexOf(*guess), actions.indexOf(copy));
+    (*guess)->trigger();
+    EXPECT_EQ(store.text().string().mid(word, 8), u"sentence");
+    expectShownUnderlined("replaced");
+    area.undo();
+    EXPECT_EQ(store.text().string().mid(word, 8), u"sentance");
+
+    // Off, nothing is underlined.
+    spelling.setContinuousSpellCheckingEnabled(false, QStringLiteral("en_US"));
+    area.viewport()->repaint();
+    for (const TextArea::ShownLine& shown : area.visibleLines()) {
+        EXPECT_TRUE(shownUnderlines(area, shown.line).isEmpty());
+    }
+}

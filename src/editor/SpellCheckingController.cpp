@@ -212,6 +212,8 @@ SpellCheckingController::SpellCheckingController(TextArea* area, TextColorLayers
             textDidChange(change.position, change.charsRemoved, change.charsAdded);
         });
     }
+    connect(area, &TextArea::contextMenuCreated, this,
+            qOverload<QMenu*, const QPoint&>(&SpellCheckingController::addSpellingSuggestions));
     // The area tells of its screen after every edit too (it keeps the caret in sight): only
     // other rows on screen need every shown line checked, an edit in place only its own.
     connect(area, &TextArea::visibleRangeChanged, this, [this, area, last = Screen()]() mutable {

@@ -772,6 +772,7 @@ void TextArea::contextMenuEvent(QContextMenuEvent* event)
 {
     QMenu* menu = createContextMenu(event->pos());
     if (menu) {
+        Q_EMIT contextMenuCreated(menu, event->pos());
         menu->exec(event->globalPos());
         delete menu;
     }

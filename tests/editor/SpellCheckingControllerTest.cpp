@@ -61,7 +61,8 @@ TEST(SpellCheckingController, ATextAreaUnderlinesTheMisspeltWordsItShowsAfterEdi
     QRandomGenerator random(20261124);
     QString initial;
     for (int line = 0; line < 400; ++line) {
-        for (int word = random.bounded(3, 7); word > 0; --word) {
+        // One line far wider than the screen.
+        for (int word = line == 5 ? 600 : random.bounded(3, 7); word > 0; --word) {
             initial += (random.bounded(4) == 0 ? kMisspelt[random.bounded(int(kMisspelt.size()))]
                                                : right[random.bounded(int(right.size()))]) +
                        u' ';
@@ -83,13 +84,35 @@ TEST(SpellCheckingController, ATextAreaUnderlinesTheMisspeltWordsItShowsAfterEdi
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&area));
     spelling.setContinuousSpellCheckingEnabled(true, QStringLiteral("en_US"));
 
+    // Every misspelt word of the shown lines under the viewport is underlined (a line wider
+    // than the screen is compared where the screen shows it), and nothing else.
     qsizetype underlinedSeen = 0;
     const auto expectShownUnderlined = [&](const char* step) {
+        // Layout requests first (a scroll bar coming or going resizes the viewport), then
+        // the check they and the step asked for.
+        QCoreApplication::sendPostedEvents();
         QCoreApplication::processEvents();
         area.viewport()->repaint();
         for (const TextArea::ShownLine& line : area.visibleLines()) {
-            const QList<Range> underlined = shownUnderlines(area, line.line);
-            ASSERT_EQ(underlined, misspeltWords(store.text(), line.line))
+            // Wrapped, the rows on screen; unwrapped, the columns under the viewport.
+            const Range rows = area.visibleCharacterRange();
+            const qsizetype end =
+                std::min(line.position + store.text().lineLength(line.line), rows.max());
+            Range shown(std::max(line.position, rows.location), 0);
+            shown.length = end - shown.location;
+            if (!area.wrapLines()) {
+                const int y = int(std::max<qreal>(line.top, 0) + line.bottom) / 2;
+                shown.location = area.positionAt({0, y});
+                shown.length = area.positionAt({area.viewport()->width(), y}) - shown.location;
+            }
+            const auto onScreen = [&](QList<Range> words) {
+                words.removeIf([&](Range word) {
+                    return word.max() <= shown.location || word.location >= shown.max();
+                });
+                return words;
+            };
+            const QList<Range> underlined = onScreen(shownUnderlines(area, line.line));
+            ASSERT_EQ(underlined, onScreen(misspeltWords(store.text(), line.line)))
                 << step << ", line " << line.line;
             underlinedSeen += underlined.size();
         }
@@ -98,6 +121,19 @@ TEST(SpellCheckingController, ATextAreaUnderlinesTheMisspeltWordsItShowsAfterEdi
     ASSERT_TRUE(checker.hasDictionary());
     ASSERT_FALSE(HasFatalFailure());
     EXPECT_GT(underlinedSeen, 5);
+    // Of the wide line, only what the screen shows was checked.
+    const qsizetype wideLine = store.text().lineStart(5);
+    const QList<Range> wideUnderlines = shownUnderlines(area, 5);
+    ASSERT_FALSE(wideUnderlines.isEmpty());
+    EXPECT_LT(wideUnderlines.last().max(), wideLine + 200);
+    EXPECT_GT(misspeltWords(store.text(), 5).last().location, wideLine + 2000);
+    // (The scroll bar learns the line's width once the line is shown, and takes room.)
+    area.scrollRangeToVisible({wideLine, 0});
+    expectShownUnderlined("horizontal scroll bar");
+    area.horizontalScrollBar()->setValue(area.horizontalScrollBar()->maximum() / 2);
+    expectShownUnderlined("sideways");
+    ASSERT_FALSE(HasFatalFailure());
+    area.horizontalScrollBar()->setValue(0);
 
     // Typing a misspelling into a shown line, and a line break that moves the lines below.
     area.setCursorPosition(store.text().lineStart(3));
@@ -106,7 +142,7 @@ TEST(SpellCheckingController, ATextAreaUnderlinesTheMisspeltWordsItShowsAfterEdi
     area.insertNewline();
     expectShownUnderlined("new line");
 
-    // Lines scrolled into view, down and sideways, and then wrapped.
+    // Lines scrolled into view, and then wrapped.
     QScrollBar* bar = area.verticalScrollBar();
     for (const int value : {bar->maximum(), bar->maximum() / 2, 7}) {
         bar->setValue(value);

@@ -1,9 +1,9 @@
 #include "editor/TextAreaCompletion.h"
 
+#include "document/SnapshotTextSource.h"
 #include "document/TextChange.h"
 #include "document/TextStore.h"
 #include "editor/TextArea.h"
-#include "platform/TextSource.h"
 #include "syntax/CompletionCandidates.h"
 
 #include <QKeyEvent>
@@ -12,35 +12,17 @@
 
 namespace {
 
-// The area's text as completion reads it: the stretch asked for, copied out of the store's
-// chunks.
-class StoreTextSource final : public TextSource
-{
-public:
-    explicit StoreTextSource(const TextArea* area)
-        : _area(area)
-    {}
-
-    qsizetype size() const override
-    {
-        return _area->textStore() ? _area->textStore()->text().length() : 0;
-    }
-    QStringView view(qsizetype from, qsizetype to) override
-    {
-        _stretch = _area->textStore()->text().text(Range(from, to - from));
-        return _stretch;
-    }
-
-private:
-    const TextArea* _area;
-    QString _stretch;
-};
-
 WordCompletion::View hooksOf(TextArea* area)
 {
     WordCompletion::View hooks;
-    auto source = std::make_shared<StoreTextSource>(area);
-    hooks.text = [source]() -> TextSource& { return *source; };
+    auto source = std::make_shared<SnapshotTextSource>();
+    hooks.text = [area, source]() -> TextSource& {
+        // The store's text as it is now: a snapshot costs no copy.
+        if (!source->snapshot().isSameVersion(area->textStore()->text())) {
+            source->setSnapshot(area->textStore()->text());
+        }
+        return *source;
+    };
     hooks.selection = [area] { return area->selectedRange(); };
     hooks.select = [area](Range range) { area->setSelectedRange(range); };
     hooks.showProposal = [area](qsizetype position, const QString& text) {
@@ -122,7 +104,7 @@ bool TextAreaCompletion::complete()
         _completion.finish(true);
         return false;
     }
-    StoreTextSource text(_area);
+    SnapshotTextSource text(_store->text());
     // The first request reads the whole text; later ones only what changed since.
     if (!_indexed || !_index.update(text)) {
         _index.build(_area->textStore()->text().string());

@@ -9,6 +9,7 @@
 #include <QVariantMap>
 
 class TextArea;
+class TextStore;
 struct TextChange;
 
 /// Word completion for a TextArea: the words of its store (kept in step with its edits) and
@@ -41,7 +42,7 @@ private:
     QPointer<TextArea> _area;
     WordCompletion _completion;
     CompletionWordIndex _index;
-    QObject* _store = nullptr;
+    QPointer<TextStore> _store;
     bool _indexed = false;
     QVariantMap _syntaxDictionary;
     QStringList _completeWords;

@@ -87,7 +87,8 @@ void TextArea::setTextStore(TextStore* store)
     _store = store;
     _selections = {Selection()};
     _preedit = {};
-    _layout.cache().setPreedit(_preedit);
+    _proposal = {};
+    showPreedit();
     _layout.setText(store ? store->text() : TextSnapshot());
     if (store) {
         connect(store, &TextStore::contentsChange, this, &TextArea::textStoreChanged);
@@ -129,12 +130,14 @@ void TextArea::textStoreChanged(const TextChange& change)
             selectionDidChange();
         }
     }
+    // A proposal belongs to the text it was made for.
+    _proposal = {};
     if (_preedit.isActive()) {
         const qsizetype caret = cursorPosition();
         _preedit.line = text.lineAt(caret);
         _preedit.column = caret - text.lineStart(_preedit.line);
-        _layout.cache().setPreedit(_preedit);
     }
+    showPreedit();
     scheduleMeasuring();
     syncScrollBars();
     viewport()->update();
@@ -763,9 +766,31 @@ void TextArea::commitPreedit()
     if (_preedit.isActive()) {
         QGuiApplication::inputMethod()->commit();
         _preedit = {};
-        _layout.cache().setPreedit(_preedit);
+        showPreedit();
         viewport()->update();
     }
+}
+
+void TextArea::showPreedit()
+{
+    _layout.cache().setPreedit(_preedit.isActive() ? _preedit : _proposal);
+}
+
+void TextArea::setProposedText(qsizetype position, const QString& text)
+{
+    _proposal = {};
+    if (_store && !text.isEmpty() && position >= 0 && position <= _store->text().length()) {
+        const TextSnapshot& snapshot = _store->text();
+        _proposal.line = snapshot.lineAt(position);
+        _proposal.column = position - snapshot.lineStart(_proposal.line);
+        _proposal.text = text;
+        _proposal.underlined = false;
+        QTextCharFormat grey;
+        grey.setForeground(QColor(Qt::lightGray));
+        _proposal.formats = {{0, int(text.size()), grey}};
+    }
+    showPreedit();
+    viewport()->update();
 }
 
 void TextArea::contextMenuEvent(QContextMenuEvent* event)

@@ -83,6 +83,11 @@ public:
     /// Makes an edit worked out from the text (a typing rule's) as one undo step, selects
     /// what it asks for and leaves the caret in sight.
     void applyEdit(const TextEdit& edit, const QString& stepName = {});
+    /// Shows `text` grey at `position`, in the line but outside the text: the store, its undo
+    /// steps and its modified state never see it, and the caret stays before it. An empty
+    /// text takes it away, as does any change of the text.
+    void setProposedText(qsizetype position, const QString& text);
+    const QString& proposedText() const { return _proposal.text; }
     bool isReadOnly() const { return _readOnly; }
     /// Read-only text can still be selected, searched and copied.
     void setReadOnly(bool readOnly);
@@ -212,6 +217,8 @@ private:
     void moveCaret(qsizetype position, bool extend, bool keepPreferredX = false);
     void paintGutter(QPaintEvent* event);
     void commitPreedit();
+    /// Lays out the input method's composition, else the proposal, else neither.
+    void showPreedit();
 
     QPointer<TextStore> _store;
     TextAreaLayout _layout;
@@ -235,6 +242,8 @@ private:
     qsizetype _undoCaret = -1;
     TextLayoutCache::Preedit _preedit;
     qsizetype _preeditCursor = 0;
+    /// Laid out in the pre-edit's place while no input method composes.
+    TextLayoutCache::Preedit _proposal;
 
     std::unique_ptr<TextAreaMouse> _mouse;
 

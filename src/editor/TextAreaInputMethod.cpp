@@ -67,7 +67,7 @@ void TextAreaInputMethod::event(TextArea& area, QInputMethodEvent* event)
         }
     }
     area._preedit = composing;
-    area._layout.cache().setPreedit(composing);
+    area.showPreedit();
     if (composing.isActive()) {
         area._layout.scrollToShow(area.cursorPosition());
     }

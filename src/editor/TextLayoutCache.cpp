@@ -230,9 +230,11 @@ void TextLayoutCache::build(Entry& entry)
     }
     if (entry.preeditLength > 0) {
         const int at = entry.toLayout(entry.preeditColumn);
-        QTextCharFormat underline;
-        underline.setFontUnderline(true);
-        formats.append({at, int(entry.preeditLength), underline});
+        if (_preedit.underlined) {
+            QTextCharFormat underline;
+            underline.setFontUnderline(true);
+            formats.append({at, int(entry.preeditLength), underline});
+        }
         for (const QTextLayout::FormatRange& range : _preedit.formats) {
             formats.append({at + range.start, range.length, range.format});
         }

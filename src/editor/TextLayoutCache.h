@@ -47,13 +47,16 @@ public:
         bool operator==(const Style&) const = default;
     };
 
-    /// Text an input method is composing, shown in the line but not part of the text.
+    /// Text shown in the line but not part of the text: what an input method is composing,
+    /// or the rest of a word that completion proposes.
     struct Preedit {
         qsizetype line = -1;
         qsizetype column = 0;
         QString text;
         /// Relative to the pre-edit text.
         QList<QTextLayout::FormatRange> formats;
+        /// Composition is underlined; a proposal shows through its formats alone.
+        bool underlined = true;
 
         bool isActive() const { return line >= 0 && !text.isEmpty(); }
     };

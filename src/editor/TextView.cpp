@@ -555,9 +555,11 @@ void TextView::applyEdit(const TextEdit& edit)
 {
     const bool wasEmpty = document()->isEmpty();
     QTextCursor cursor(document());
-    cursor.beginEditBlock();
+    // Placed before the block opens: undoing the step puts the caret back where the block
+    // began.
     cursor.setPosition(int(edit.range.location));
     cursor.setPosition(int(edit.range.max()), QTextCursor::KeepAnchor);
+    cursor.beginEditBlock();
     if (wasEmpty) {
         // An empty text has no characters to take the attributes from: give the new text
         // the typing attributes, which are the text's own defaults.

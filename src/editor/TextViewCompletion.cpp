@@ -1,5 +1,6 @@
 #include "editor/TextViewCompletion.h"
 
+#include "document/TextMirror.h"
 #include "editor/CompletionDocumentWords.h"
 #include "editor/CompletionManager.h"
 #include "editor/LayoutManager.h"
@@ -9,7 +10,6 @@
 
 #include <QFutureWatcher>
 #include <QKeyEvent>
-#include <QTextBlock>
 #include <QTimer>
 #include <QtConcurrent/QtConcurrentRun>
 
@@ -18,9 +18,22 @@ namespace {
 // Automatic completion starts this long after a typed key.
 constexpr int kCompletionDelay = 700;
 
-bool isWordCharacter(QChar c)
+// The hooks through which completion reads and changes the view's text.
+WordCompletion::View hooksOf(TextView* view)
 {
-    return c.isLetterOrNumber() || c == QLatin1Char('_') || c.isMark();
+    WordCompletion::View hooks;
+    hooks.text = [view]() -> TextSource& {
+        return *TextMirror::mirrorOfDocument(view->document());
+    };
+    hooks.selection = [view] { return view->selectedRange(); };
+    hooks.select = [view](Range range) { view->setSelectedRange(range); };
+    hooks.showProposal = [view](qsizetype position, const QString& text) {
+        if (LayoutManager* layout = view->layoutManager()) {
+            layout->setProposedText(position, text);
+        }
+    };
+    hooks.applyEdit = [view](const TextEdit& edit) { view->applyEdit(edit); };
+    return hooks;
 }
 
 } // namespace
@@ -28,6 +41,7 @@ bool isWordCharacter(QChar c)
 TextViewCompletion::TextViewCompletion(TextView* view, CompletionManager& manager,
                                        SyntaxManager& syntaxManager)
     : _view(view)
+    , _word(hooksOf(view))
     , _manager(manager)
     , _syntaxManager(syntaxManager)
 {
@@ -130,7 +144,7 @@ TextViewCompletion::KeyRoute TextViewCompletion::keyPressed(QKeyEvent* event, bo
     }
     if (completing) {
         // The key meets the text as typed; the list's refresh shows the proposal again.
-        _view->layoutManager()->setProposedText(-1, QString());
+        _word.withdraw();
     }
     return KeyRoute::InterpretAndFollow;
 }
@@ -189,14 +203,7 @@ void TextViewCompletion::complete()
     QTextDocument* document = _view->document();
     if (!isCompleting()) {
         const Range range = rangeForUserCompletion();
-        QString partial;
-        if (!range.isNotFound()) {
-            QTextCursor cursor(document);
-            cursor.setPosition(int(range.location));
-            cursor.setPosition(int(range.max()), QTextCursor::KeepAnchor);
-            partial = cursor.selectedText();
-        }
-        _manager.setCurrentPartialWord(partial);
+        _manager.setCurrentPartialWord(range.isNotFound() ? QString() : _word.textIn(range));
     }
     if (_view->hasMarkedText()) {
         return;
@@ -209,14 +216,13 @@ void TextViewCompletion::complete()
         if (!_waitingForWords) {
             _waitingForWords = true;
             const int revision = document->revision();
-            const int position = _view->textCursor().position();
+            const qsizetype position = _view->cursorPosition();
             connect(
                 words, &CompletionDocumentWords::ready, this,
                 [this, revision, position] {
                     _waitingForWords = false;
-                    const QTextCursor cursor = _view->textCursor();
                     if (_view->document()->revision() == revision &&
-                        cursor.position() == position && !cursor.hasSelection()) {
+                        _view->selectedRange() == Range(position, 0)) {
                         complete();
                     }
                 },
@@ -229,19 +235,7 @@ void TextViewCompletion::complete()
 
 Range TextViewCompletion::rangeForUserCompletion() const
 {
-    const QTextCursor cursor = _view->textCursor();
-    const qsizetype end = cursor.selectionStart();
-    const QTextBlock block = _view->document()->findBlock(int(end));
-    const QString line = block.text();
-    qsizetype start = end - block.position();
-    const qsizetype inBlockEnd = start;
-    while (start > 0 && isWordCharacter(line[start - 1])) {
-        --start;
-    }
-    if (start == inBlockEnd) {
-        return Range::notFound();
-    }
-    return {block.position() + start, inBlockEnd - start};
+    return _word.partialWordRange();
 }
 
 QStringList TextViewCompletion::completionsForPartialWordRange(Range range) const
@@ -250,10 +244,7 @@ QStringList TextViewCompletion::completionsForPartialWordRange(Range range) cons
         return {};
     }
     QTextDocument* document = _view->document();
-    QTextCursor cursor(document);
-    cursor.setPosition(int(range.location));
-    cursor.setPosition(int(range.max()), QTextCursor::KeepAnchor);
-    const QString partial = cursor.selectedText();
+    const QString partial = _word.textIn(range);
     const QVariantMap& dictionary = _view->syntaxDictionary();
     CompletionDocumentWords* words =
         CompletionDocumentWords::of(document, CompletionCandidates::wordKind(dictionary));
@@ -267,37 +258,18 @@ void TextViewCompletion::insertCompletion(const QString& word, Range range, int 
                                           bool isFinal)
 {
     const Guard guard(this);
-    LayoutManager* layout = _view->layoutManager();
     // Until accepted, the rest of the word is only shown after the typed letters: it is not
     // in the text, so saving, undo and the modified state never see it.
     if (!isFinal) {
-        if (_view->selectedRange() != Range(range.max(), 0)) {
-            _view->setSelectedRange({range.max(), 0});
-        }
-        layout->setProposedText(range.max(), word.mid(range.length));
+        _word.propose(word, range);
         _view->ensureCursorVisible();
         return;
     }
-    layout->setProposedText(-1, QString());
     if (movement == TextView::CancelTextMovement) {
+        _word.withdraw();
         return;
     }
-    QTextCursor cursor(_view->document());
-    cursor.setPosition(int(range.location));
-    cursor.setPosition(int(range.max()), QTextCursor::KeepAnchor);
-    const QString typed = cursor.selectedText();
-    if (typed != word) {
-        // One undo step, apart from the typing before it.
-        cursor.beginEditBlock();
-        if (word.startsWith(typed)) {
-            cursor.setPosition(int(range.max()));
-            cursor.insertText(word.mid(typed.size()));
-        } else {
-            cursor.insertText(word);
-        }
-        cursor.endEditBlock();
-    }
-    _view->setSelectedRange({range.location + word.size(), 0});
+    _word.accept(word, range);
     _view->ensureCursorVisible();
 }
 

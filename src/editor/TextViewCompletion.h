@@ -1,5 +1,6 @@
 #pragma once
 
+#include "editor/WordCompletion.h"
 #include "platform/Range.h"
 
 #include <QObject>
@@ -100,6 +101,7 @@ private:
     void completionEndedElsewhere();
 
     TextView* _view;
+    WordCompletion _word;
     CompletionManager& _manager;
     SyntaxManager& _syntaxManager;
     QStringList _completeWords;

@@ -192,6 +192,44 @@ QString Document::textInRange(Range range) const
     return cursor.selectedText().replace(QChar::ParagraphSeparator, u'\n');
 }
 
+QString Document::storedText() const
+{
+    QString text = _textStorage->toRawText();
+    text.replace(QChar::ParagraphSeparator, u'\n');
+    return text;
+}
+
+int Document::revision() const
+{
+    return _textStorage->revision();
+}
+
+void Document::replaceRanges(const std::vector<Range>& ranges, const QString& string,
+                             const QString& stepName)
+{
+    Q_EMIT namedStepBegins(stepName);
+    QTextCursor cursor(_textStorage);
+    cursor.beginEditBlock();
+    const qsizetype end = length();
+    qsizetype shifted = 0; // how much the replacements so far changed the text's length
+    qsizetype replacedUpTo = 0;
+    for (const Range& range : ranges) {
+        if (range.location < replacedUpTo) {
+            continue;
+        }
+        if (range.max() > end) {
+            break;
+        }
+        replacedUpTo = range.max();
+        cursor.setPosition(int(range.location + shifted));
+        cursor.setPosition(int(range.max() + shifted), QTextCursor::KeepAnchor);
+        cursor.insertText(string);
+        shifted += string.size() - range.length;
+    }
+    cursor.endEditBlock();
+    Q_EMIT namedStepEnded();
+}
+
 void Document::setDocumentEncoding(quint64 encoding)
 {
     _documentEncoding = encoding;

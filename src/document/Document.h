@@ -12,6 +12,7 @@
 #include <QString>
 
 #include <memory>
+#include <vector>
 
 class QAbstractTextDocumentLayout;
 class QTextDocument;
@@ -82,6 +83,16 @@ public:
     Range rangeOfLine(qsizetype line) const;
     /// The characters of `range`.
     QString textInRange(Range range) const;
+    /// All of it in one string.
+    QString storedText() const;
+    /// Changes with every edit of the text, undo and redo included: an unchanged revision
+    /// means an unchanged text.
+    int revision() const;
+    /// Replaces each of `ranges` (positions in the text as it is now, in order) by `string`,
+    /// as one undoable step named `stepName`. A range overlapping the one before it is
+    /// skipped; one reaching past the end of the text is left alone, with those after it.
+    void replaceRanges(const std::vector<Range>& ranges, const QString& string,
+                       const QString& stepName);
 
     quint64 documentEncoding() const { return _documentEncoding; }
     void setDocumentEncoding(quint64 encoding);
@@ -239,6 +250,10 @@ Q_SIGNALS:
     void contentsRead();
     /// The document became read-only or editable (see isReadOnly()).
     void readOnlyChanged(bool readOnly);
+    /// The next undo step the text adds is named `stepName`: the document is about to make
+    /// one. namedStepEnded() follows, whether or not the step changed anything.
+    void namedStepBegins(const QString& stepName);
+    void namedStepEnded();
 
 private:
     class ReadingUndo;

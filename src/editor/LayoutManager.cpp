@@ -1,7 +1,9 @@
 #include "editor/LayoutManager.h"
 
+#include "document/Document.h"
 #include "editor/TextDocumentLayout.h"
 #include "editor/TextView.h"
+#include "editor/UndoActionNames.h"
 
 #include <QFontDatabase>
 #include <QFontMetrics>
@@ -55,7 +57,16 @@ LayoutManager::LayoutManager(TextView* textView, QTextDocument* textStorage)
         panesByDocument()[textStorage].append(this);
         connect(textStorage, &QTextDocument::contentsChange, this,
                 &LayoutManager::textStorageDidChange);
+        // The Edit menu names the steps the document makes itself (Replace All) as well as
+        // the pane's: the record must follow the text from before the first of them.
+        UndoActionNames::of(textStorage);
     }
+}
+
+Document* LayoutManager::document() const
+{
+    // A document owns the text storage it holds its text in.
+    return _textStorage ? qobject_cast<Document*>(_textStorage->parent()) : nullptr;
 }
 
 LayoutManager::~LayoutManager()

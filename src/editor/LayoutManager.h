@@ -19,6 +19,7 @@
 struct EditorSettings;
 class QPainter;
 class QTextBlock;
+class Document;
 class QTextDocument;
 class TextView;
 
@@ -50,6 +51,8 @@ public:
 
     TextView* firstTextView() const { return _textView; }
     QTextDocument* textStorage() const { return _textStorage; }
+    /// The document whose text this is; none for a text storage of its own.
+    Document* document() const;
 
     /// Takes up the mark strings and their colour from `settings`, and hides the marks.
     void updatePreferences(const EditorSettings& settings);

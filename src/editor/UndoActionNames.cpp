@@ -24,6 +24,11 @@ UndoActionNames::UndoActionNames(QTextDocument* document)
         Q_EMIT changed();
     });
     connect(document, &QTextDocument::contentsChanged, this, &UndoActionNames::changed);
+    // The document names the steps it makes itself.
+    if (const auto* owner = qobject_cast<const Document*>(document->parent())) {
+        connect(owner, &Document::namedStepBegins, this, &UndoActionNames::beginStep);
+        connect(owner, &Document::namedStepEnded, this, &UndoActionNames::endStep);
+    }
 }
 
 UndoActionNames* UndoActionNames::of(QTextDocument* document)

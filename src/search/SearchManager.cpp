@@ -1,16 +1,14 @@
 #include "search/SearchManager.h"
 
+#include "document/Document.h"
 #include "editor/FindIndicator.h"
 #include "editor/LayoutManager.h"
 #include "editor/TextView.h"
-#include "editor/UndoActionNames.h"
 #include "platform/SharedInstance.h"
 #include "search/SearchEngine.h"
 
 #include <QGuiApplication>
 #include <QPalette>
-#include <QTextCursor>
-#include <QTextDocument>
 #include <QTimer>
 
 namespace {
@@ -38,18 +36,6 @@ void paintRanges(LayoutManager* layoutManager, const std::vector<Range>& ranges,
     for (const Range& range : ranges) {
         layoutManager->addBackgroundHighlight(color, range);
     }
-}
-
-/// Runs `edit` on the text as one undoable step named `name`.
-template <class Edit> void undoableStep(QTextDocument* textStorage, const QString& name, Edit edit)
-{
-    UndoActionNames* names = UndoActionNames::of(textStorage);
-    names->beginStep(name);
-    QTextCursor cursor(textStorage);
-    cursor.beginEditBlock();
-    edit(cursor);
-    cursor.endEditBlock();
-    names->endStep();
 }
 
 } // namespace
@@ -95,7 +81,7 @@ void SearchManager::setOption(bool& option, bool value)
 
 void SearchManager::followHighlights(LayoutManager* layoutManager)
 {
-    _highlightedTextStorage = layoutManager->textStorage();
+    _highlightedDocument = layoutManager->document();
     connect(layoutManager, &LayoutManager::backgroundHighlightsRemoved, this,
             &SearchManager::highlightsRemoved, Qt::UniqueConnection);
 }
@@ -104,12 +90,12 @@ void SearchManager::highlightsRemoved()
 {
     // Another window's highlights, left from an earlier search, say nothing of this one's.
     const auto* layoutManager = qobject_cast<const LayoutManager*>(sender());
-    if (layoutManager && layoutManager->textStorage() != _highlightedTextStorage) {
+    if (layoutManager && layoutManager->document() != _highlightedDocument) {
         return;
     }
     // Nothing is highlighted to replace any more, and the next search paints again.
     _backgroundHighlight = false;
-    _paintedTextStorage = nullptr;
+    _paintedDocument = nullptr;
     _paintedRevision = -1;
 }
 
@@ -124,25 +110,18 @@ QColor SearchManager::highlightColor()
         QGuiApplication::palette().color(QPalette::Active, QPalette::Highlight), 0.5);
 }
 
-QString SearchManager::stringOf(const QTextDocument* textStorage)
+QString SearchManager::textOf(Document* document)
 {
-    QString text = textStorage->toRawText();
-    text.replace(QChar::ParagraphSeparator, u'\n');
-    return text;
-}
-
-QString SearchManager::textOf(QTextDocument* textStorage)
-{
-    if (textStorage != _cachedTextStorage) {
+    if (document != _cachedDocument) {
         disconnect(_cachedTextChanged);
-        _cachedTextStorage = textStorage;
+        _cachedDocument = document;
         _cachedTextIsCurrent = false;
-        _cachedTextChanged = connect(textStorage, &QTextDocument::contentsChange, this,
+        _cachedTextChanged = connect(document, &Document::contentsChange, this,
                                      [this] { _cachedTextIsCurrent = false; });
     }
     if (!_cachedTextIsCurrent) {
         _cachedText = QString(); // not two copies at once
-        _cachedText = stringOf(textStorage);
+        _cachedText = document->storedText();
         _cachedTextIsCurrent = true;
     }
     _cacheExpiry->start();
@@ -176,10 +155,11 @@ QString SearchManager::searchString(const QString& searchString, bool previous,
                                     LayoutManager* layoutManager)
 {
     TextView* textView = layoutManager ? layoutManager->firstTextView() : nullptr;
-    if (!textView) {
+    Document* document = layoutManager ? layoutManager->document() : nullptr;
+    if (!textView || !document) {
         return findLabel();
     }
-    const QString text = textOf(layoutManager->textStorage());
+    const QString text = textOf(document);
     std::vector<Range> ranges;
     QString label;
     if (_regularExpressions) {
@@ -190,10 +170,9 @@ QString SearchManager::searchString(const QString& searchString, bool previous,
         ranges = SearchEngine::findAllString(text, searchString, _caseSensitive, _wholeWord);
         label = QStringLiteral("Find String : %1 Matches").arg(qint64(ranges.size()));
     }
-    QTextDocument* textStorage = layoutManager->textStorage();
-    const bool painted = _backgroundHighlight && _paintedTextStorage == textStorage &&
-                         _paintedRevision == textStorage->revision() &&
-                         ranges == _searchMatchesList && layoutManager->hasBackgroundHighlights();
+    const bool painted = _backgroundHighlight && _paintedDocument == document &&
+                         _paintedRevision == document->revision() && ranges == _searchMatchesList &&
+                         layoutManager->hasBackgroundHighlights();
     _searchMatchesList = std::move(ranges);
     if (_searchMatchesList.empty()) {
         return label;
@@ -201,8 +180,8 @@ QString SearchManager::searchString(const QString& searchString, bool previous,
     if (!painted) {
         paintRanges(layoutManager, _searchMatchesList, highlightColor());
         followHighlights(layoutManager);
-        _paintedTextStorage = textStorage;
-        _paintedRevision = textStorage->revision();
+        _paintedDocument = document;
+        _paintedRevision = document->revision();
     }
     _backgroundHighlight = true;
     const Range chosen =
@@ -243,44 +222,25 @@ QString SearchManager::findPreviousWithLayoutManager(LayoutManager* layoutManage
 void SearchManager::replacingString(const QString& replaceString, LayoutManager* layoutManager)
 {
     TextView* textView = layoutManager ? layoutManager->firstTextView() : nullptr;
-    if (!_backgroundHighlight || !textView) {
+    Document* document = layoutManager ? layoutManager->document() : nullptr;
+    if (!_backgroundHighlight || !textView || !document) {
         return;
     }
-    const qsizetype location = textView->selectedRange().location;
-    const bool wasReplacing = std::exchange(_isReplacing, true);
     const Range selection = textView->selectedRange();
-    undoableStep(layoutManager->textStorage(), QStringLiteral("Replace"), [&](QTextCursor& cursor) {
-        cursor.setPosition(int(selection.location));
-        cursor.setPosition(int(selection.max()), QTextCursor::KeepAnchor);
-        cursor.insertText(replaceString);
-    });
+    const bool wasReplacing = std::exchange(_isReplacing, true);
+    document->replaceRanges({selection}, replaceString, QStringLiteral("Replace"));
     _isReplacing = wasReplacing;
-    textView->setSelectedRange({location, replaceString.size()});
+    textView->setSelectedRange({selection.location, replaceString.size()});
 }
 
 void SearchManager::replacingAllStringWithLayoutManager(LayoutManager* layoutManager)
 {
-    if (!_backgroundHighlight || !layoutManager || !layoutManager->textStorage()) {
+    Document* document = layoutManager ? layoutManager->document() : nullptr;
+    if (!_backgroundHighlight || !document) {
         return;
     }
-    QTextDocument* textStorage = layoutManager->textStorage();
-    const std::vector<Range> edits =
-        SearchEngine::replaceAllEdits(_searchMatchesList, _replaceString.size());
     const bool wasReplacing = std::exchange(_isReplacing, true);
-    undoableStep(textStorage, QStringLiteral("Replace All"), [&](QTextCursor& cursor) {
-        const qsizetype length = textStorage->characterCount() - 1;
-        qsizetype shifted = 0; // how much the edits so far changed the text's length
-        for (const Range& edit : edits) {
-            // Edits made since the search may have shortened the text.
-            if (edit.max() > length + shifted) {
-                break;
-            }
-            cursor.setPosition(int(edit.location));
-            cursor.setPosition(int(edit.max()), QTextCursor::KeepAnchor);
-            cursor.insertText(_replaceString);
-            shifted += _replaceString.size() - edit.length;
-        }
-    });
+    document->replaceRanges(_searchMatchesList, _replaceString, QStringLiteral("Replace All"));
     _isReplacing = wasReplacing;
     _backgroundHighlight = false;
 }
@@ -331,10 +291,11 @@ bool SearchManager::parseLineDescription(const QString& component, qint64* fromL
 bool SearchManager::getRange(Range* range, TextView* textView, qint64 fromLineSpec,
                              qint64 toLineSpec, qint64 relative)
 {
-    if (!textView) {
+    Document* document = textView ? textView->layoutManager()->document() : nullptr;
+    if (!document) {
         return false;
     }
-    return SearchEngine::getRange(range, sharedSearchManager().textOf(textView->document()),
+    return SearchEngine::getRange(range, sharedSearchManager().textOf(document),
                                   textView->selectedRange(), fromLineSpec, toLineSpec, relative);
 }
 
@@ -342,18 +303,20 @@ Range SearchManager::selectLinesUsingDescription(const QString& component,
                                                  LayoutManager* layoutManager)
 {
     TextView* textView = layoutManager ? layoutManager->firstTextView() : nullptr;
-    if (!textView) {
+    Document* document = layoutManager ? layoutManager->document() : nullptr;
+    if (!textView || !document) {
         return Range::notFound();
     }
     layoutManager->removeBackgroundHighlights();
-    return SearchEngine::selectLinesUsingDescription(
-        component, textOf(layoutManager->textStorage()), textView->selectedRange());
+    return SearchEngine::selectLinesUsingDescription(component, textOf(document),
+                                                     textView->selectedRange());
 }
 
 void SearchManager::gotoLine(TextView* textView)
 {
     LayoutManager* layoutManager = textView ? textView->layoutManager() : nullptr;
-    if (!layoutManager) {
+    Document* document = layoutManager ? layoutManager->document() : nullptr;
+    if (!document) {
         return;
     }
     const QColor color = highlightWithLevel(_selectColor, 0.5);
@@ -363,11 +326,11 @@ void SearchManager::gotoLine(TextView* textView)
         return;
     }
     if (_gotoString == u"end") {
-        textView->scrollRangeToVisible({layoutManager->textStorage()->characterCount() - 1, 0});
+        textView->scrollRangeToVisible({document->length(), 0});
         return;
     }
     layoutManager->removeBackgroundHighlights();
-    const QString text = textOf(layoutManager->textStorage());
+    const QString text = textOf(document);
     const Range selection = textView->selectedRange();
     for (const QString& component : _gotoString.split(u':')) {
         _gotoRangePosition.push_back(

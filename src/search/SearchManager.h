@@ -10,8 +10,8 @@
 
 #include <vector>
 
+class Document;
 class LayoutManager;
-class QTextDocument;
 class QTimer;
 class TextView;
 
@@ -95,12 +95,10 @@ public:
 
     /// The colour of found occurrences: the selection's background, lightened by half.
     static QColor highlightColor();
-    /// The text of a text storage with every line break as LF, positions unchanged.
-    static QString stringOf(const QTextDocument* textStorage);
-    /// The same, kept between searches while the text does not change: copying 20 MB out of
-    /// a document costs more than searching it, and Find Next is pressed again and again.
-    /// The copy is let go a few seconds after its last use.
-    QString textOf(QTextDocument* textStorage);
+    /// The text of `document` as its panes show it, kept between searches while the text does
+    /// not change: copying 20 MB out of a document costs more than searching it, and Find
+    /// Next is pressed again and again. The copy is let go a few seconds after its last use.
+    QString textOf(Document* document);
 
 Q_SIGNALS:
     /// One of the five flags with a setter changed: every search pane shows them.
@@ -128,12 +126,12 @@ private:
 
     // The text and the revision of it that the last search painted, so that finding the next
     // occurrence of the same string in an unchanged text does not paint everything again.
-    QPointer<QTextDocument> _paintedTextStorage;
+    QPointer<Document> _paintedDocument;
     int _paintedRevision = -1;
     // The text whose highlights the engine's highlighted state speaks of.
-    QPointer<QTextDocument> _highlightedTextStorage;
+    QPointer<Document> _highlightedDocument;
 
-    QPointer<QTextDocument> _cachedTextStorage;
+    QPointer<Document> _cachedDocument;
     QString _cachedText;
     bool _cachedTextIsCurrent = false;
     QMetaObject::Connection _cachedTextChanged;

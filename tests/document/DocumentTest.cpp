@@ -206,6 +206,29 @@ TEST(Document, AttributeValues)
     EXPECT_EQ(Document::textEncodingAttributeOfURL(file), kNone);
 }
 
+TEST(Document, ReplacingRangesIsOneNamedUndoStep)
+{
+    const QString text = QStringLiteral("one two\nthree two two");
+    TestDocument document;
+    document.setLoadedText(text);
+    QStringList steps;
+    QObject::connect(&document, &Document::namedStepBegins,
+                     [&](const QString& name) { steps << name; });
+    QObject::connect(&document, &Document::namedStepEnded, [&] { steps << QStringLiteral("."); });
+    const int revision = document.revision();
+
+    // "two" at 4, 14 and 18; the range at 15 overlaps the one before it, the one at 20
+    // reaches past the end.
+    document.replaceRanges({{4, 3}, {14, 3}, {15, 3}, {18, 3}, {20, 5}}, QStringLiteral("2"),
+                           QStringLiteral("Replace All"));
+    EXPECT_EQ(document.storedText(), QStringLiteral("one 2\nthree 2 2"));
+    EXPECT_NE(document.revision(), revision);
+    EXPECT_EQ(steps, QStringList({QStringLiteral("Replace All"), QStringLiteral(".")}));
+    document.textStorage()->undo();
+    EXPECT_EQ(document.storedText(), text);
+    EXPECT_FALSE(document.canUndo());
+}
+
 TEST(Document, LargeFilesGoInPieceByPieceAndAreWholeForEveryReader)
 {
     const QString dir = TestSupport::makeTempDir();

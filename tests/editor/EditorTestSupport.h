@@ -1,5 +1,7 @@
 #pragma once
 
+#include "document/Document.h"
+#include "document/EncodingManager.h"
 #include "editor/CompletionManager.h"
 #include "editor/EditorController.h"
 #include "editor/GutterView.h"
@@ -55,13 +57,15 @@ inline std::unique_ptr<EditorController> makePane(QTextDocument* document,
 
 /// A document with one pane on it, as a window holds them.
 struct Pane {
-    QTextDocument document;
+    Document owner{EncodingManager::sharedEncodingManager(), DocumentSettings()};
+    /// The text storage of `owner`, which the pane shows.
+    QTextDocument& document = *owner.textStorage();
     std::unique_ptr<EditorController> controller;
 
     explicit Pane(const QString& text, const EditorSettings& settings = shippedSettings(),
                   QSize size = QSize(420, 300))
     {
-        document.setPlainText(text);
+        owner.setLoadedText(text);
         controller = makePane(&document, settings, size);
     }
     TextView* view() const { return controller->textView(); }

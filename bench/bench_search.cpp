@@ -1,8 +1,10 @@
-// Finding and replacing in a 20 MB text shown in an editor pane, offscreen: find all with
-// a plain string and with a regular expression, highlight and selection included, and
-// replace all of 100,000 occurrences as one undoable step, then its undo.
+// Finding and replacing in a 20 MB and a 100 MB text shown in an editor pane, offscreen: find
+// all with a plain string and with a regular expression, highlight and selection included,
+// and replace all of the occurrences (5,000 per MB) as one undoable step, then its undo.
 #include "BenchSupport.h"
 #include "app/Application.h"
+#include "document/Document.h"
+#include "document/EncodingManager.h"
 #include "editor/EditorController.h"
 #include "editor/LayoutManager.h"
 #include "editor/TextView.h"
@@ -24,13 +26,14 @@
 
 namespace {
 
-constexpr qsizetype kTextSize = 20 * 1024 * 1024;
-constexpr qsizetype kOccurrences = 100000;
+constexpr qsizetype kOccurrencesPerMB = 5000;
 
-/// About 20 MB of C-like lines with exactly 100,000 identifiers starting "foo_", spread
-/// evenly (one in every few lines).
-QString generateText()
+/// About `megabytes` MB of C-like lines with exactly 5,000 identifiers starting "foo_" per MB,
+/// spread evenly (one in every few lines).
+QString generateText(qsizetype megabytes)
 {
+    const qsizetype textSize = megabytes * 1024 * 1024;
+    const qsizetype wanted = megabytes * kOccurrencesPerMB;
     const QString lines[] = {
         QStringLiteral("static int compute_total(const struct record *items, size_t count)\n"),
         QStringLiteral("{\n"),
@@ -41,13 +44,13 @@ QString generateText()
         QStringLiteral("}\n"),
     };
     QString text;
-    text.reserve(kTextSize + 4096);
+    text.reserve(textSize + 4096);
     qsizetype line = 0;
     qsizetype occurrences = 0;
     // Lines average about 60 characters: one occurrence every 3 lines gives 100,000 in 20 MB.
-    const qsizetype linesPerOccurrence = kTextSize / 62 / kOccurrences;
-    while (text.size() < kTextSize || occurrences < kOccurrences) {
-        if (line % linesPerOccurrence == 0 && occurrences < kOccurrences) {
+    const qsizetype linesPerOccurrence = textSize / 62 / wanted;
+    while (text.size() < textSize || occurrences < wanted) {
+        if (line % linesPerOccurrence == 0 && occurrences < wanted) {
             text += QStringLiteral("    result = foo_%1(total) + 1;\n").arg(occurrences % 997);
             ++occurrences;
         } else {
@@ -68,30 +71,38 @@ double threadCpuMs()
 }
 
 struct Pane {
+    qsizetype megabytes = 0;
     QString text;
-    std::unique_ptr<QTextDocument> document;
+    std::unique_ptr<Document> owner;
+    QTextDocument* document = nullptr;
     std::unique_ptr<EditorController> controller;
     TextView* view() const { return controller->textView(); }
     LayoutManager* layoutManager() const { return controller->layoutManager(); }
 };
 
-Pane& pane()
+/// A pane on a document of `megabytes` MB; one at a time, kept while the size stays.
+Pane& pane(qsizetype megabytes)
 {
     static std::unique_ptr<Pane> shared;
-    if (shared) {
+    static bool registered = false;
+    if (shared && shared->megabytes == megabytes) {
         return *shared;
     }
+    if (!registered) {
+        BenchSupport::releaseBeforeApplicationEnds([] { shared.reset(); });
+        registered = true;
+    }
+    shared.reset();
     shared = std::make_unique<Pane>();
-    BenchSupport::releaseBeforeApplicationEnds([] { shared.reset(); });
     Pane& p = *shared;
-    p.text = generateText();
-    p.document = std::make_unique<QTextDocument>();
-    p.document->setUndoRedoEnabled(false);
-    p.document->setPlainText(p.text);
-    p.document->setUndoRedoEnabled(true);
+    p.megabytes = megabytes;
+    p.text = generateText(megabytes);
+    p.owner =
+        std::make_unique<Document>(EncodingManager::sharedEncodingManager(), DocumentSettings());
+    p.owner->setLoadedText(p.text);
+    p.document = p.owner->textStorage();
     p.controller = BenchSupport::makeEditorController();
-    p.controller->setupInitialTextViewSharedStateWithTextStorage(p.document.get());
-    UndoActionNames::of(p.document.get());
+    p.controller->setupInitialTextViewSharedStateWithDocument(p.owner.get());
     p.view()->resize(1000, 800);
     p.view()->show();
     if (!QTest::qWaitForWindowExposed(p.view())) {
@@ -116,16 +127,16 @@ SearchManager& engine(const QString& search, const QString& replace, bool regula
 /// text has just been edited, so this is the cost of a first find.
 void findAll(benchmark::State& state, const QString& search, bool regularExpression)
 {
-    Pane& p = pane();
+    Pane& p = pane(state.range(0));
     SearchManager& manager = engine(search, QString(), regularExpression);
     for (auto _ : state) {
         // An edit first, as a find after typing meets it: the engine's copy of the text is
         // out of date, so the whole text is copied out of the document again.
-        QTextCursor edit(p.document.get());
+        QTextCursor edit(p.document);
         edit.movePosition(QTextCursor::End);
         edit.insertText(QStringLiteral("x"));
         edit.deletePreviousChar();
-        QTextCursor top(p.document.get());
+        QTextCursor top(p.document);
         p.view()->setTextCursor(top);
         QElapsedTimer timer;
         const double cpuBefore = threadCpuMs();
@@ -158,9 +169,9 @@ void BM_FindAllRegularExpression(benchmark::State& state)
 /// again each time, the highlight is left as it is.
 void BM_FindNextHighlighted(benchmark::State& state)
 {
-    Pane& p = pane();
+    Pane& p = pane(state.range(0));
     SearchManager& manager = engine(QStringLiteral("foo_"), QString(), false);
-    p.view()->setTextCursor(QTextCursor(p.document.get()));
+    p.view()->setTextCursor(QTextCursor(p.document));
     manager.findStringWithLayoutManager(p.layoutManager());
     for (auto _ : state) {
         QElapsedTimer timer;
@@ -176,19 +187,20 @@ void BM_FindNextHighlighted(benchmark::State& state)
     }
 }
 
-/// Replace all of the 100,000 occurrences, then undo; both checked against the expected text.
+/// Replace all of the occurrences, then undo; both checked against the expected text.
 void BM_ReplaceAll(benchmark::State& state)
 {
-    Pane& p = pane();
+    Pane& p = pane(state.range(0));
+    const qsizetype occurrences = p.megabytes * kOccurrencesPerMB;
     const QString replacement = QStringLiteral("quux_");
     QString expected = p.text;
     expected.replace(QStringLiteral("foo_"), replacement);
     for (auto _ : state) {
         SearchManager& manager = engine(QStringLiteral("foo_"), replacement, false);
-        p.view()->setTextCursor(QTextCursor(p.document.get()));
+        p.view()->setTextCursor(QTextCursor(p.document));
         manager.findStringWithLayoutManager(p.layoutManager());
-        if (manager.searchMatchesList().size() != size_t(kOccurrences)) {
-            state.SkipWithError("the text does not hold 100,000 occurrences");
+        if (manager.searchMatchesList().size() != size_t(occurrences)) {
+            state.SkipWithError("the text does not hold 5,000 occurrences per MB");
             return;
         }
         const int stepsBefore = p.document->availableUndoSteps();
@@ -201,17 +213,17 @@ void BM_ReplaceAll(benchmark::State& state)
         const double withPaintMs = double(timer.nsecsElapsed()) / 1e6;
         state.counters["with_paint_cpu_ms"] = threadCpuMs() - cpuBefore;
         benchmark::DoNotOptimize(shown);
-        if (SearchManager::stringOf(p.document.get()) != expected) {
+        if (p.owner->storedText() != expected) {
             state.SkipWithError("replace all did not give the expected text");
             return;
         }
-        const QString name = UndoActionNames::of(p.document.get())->undoActionName();
+        const QString name = UndoActionNames::of(p.document)->undoActionName();
         timer.restart();
         cpuBefore = threadCpuMs();
         p.view()->undo();
         const double undoMs = double(timer.nsecsElapsed()) / 1e6;
         state.counters["undo_cpu_ms"] = threadCpuMs() - cpuBefore;
-        if (SearchManager::stringOf(p.document.get()) != p.text) {
+        if (p.owner->storedText() != p.text) {
             state.SkipWithError("undo did not restore the text");
             return;
         }
@@ -228,13 +240,26 @@ void BM_ReplaceAll(benchmark::State& state)
 
 } // namespace
 
-BENCHMARK(BM_FindAllPlain)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(5);
+// The sizes in MB: the benchmarks of one size run together, so that each text is made once.
+BENCHMARK(BM_FindAllPlain)->Arg(20)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(5);
 BENCHMARK(BM_FindAllRegularExpression)
+    ->Arg(20)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond)
     ->Iterations(5);
-BENCHMARK(BM_FindNextHighlighted)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(5);
-BENCHMARK(BM_ReplaceAll)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(BM_FindNextHighlighted)
+    ->Arg(20)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(5);
+BENCHMARK(BM_ReplaceAll)->Arg(20)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(BM_FindAllPlain)->Arg(100)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(BM_FindAllRegularExpression)
+    ->Arg(100)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(3);
+BENCHMARK(BM_ReplaceAll)->Arg(100)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(2);
 
 int main(int argc, char** argv)
 {

@@ -10,12 +10,10 @@
 #include "platform/StringEncoding.h"
 #include "platform/TextCodec.h"
 
-#include <QAbstractTextDocumentLayout>
 #include <QAbstractUndoItem>
 #include <QFile>
 #include <QFileInfo>
 #include <QLocale>
-#include <QPainter>
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
@@ -23,7 +21,6 @@
 #include <QUrl>
 
 #include <algorithm>
-#include <cstdio>
 #include <limits>
 
 namespace {
@@ -76,12 +73,9 @@ Document::Document(EncodingManager& encodings, const DocumentSettings& settings,
         // A text storage without a layout tells nobody of its changes.
         _textStorage->documentLayout();
     }
-    _textStorage->setUndoRedoEnabled(false);
     _fileType = kPlainTextType;
     _documentEncoding = settings.defaultsTextEncoding;
     _documentLineBreaks = settings.defaultsLineBreaks;
-    _textStorage->setUndoRedoEnabled(true);
-    _textStorage->setModified(false);
 
     _loadTimer->setInterval(0);
     connect(_loadTimer, &QTimer::timeout, this, [this] {
@@ -152,9 +146,7 @@ void Document::setFileStamp(const std::optional<FileStamp>& stamp)
 
 QString Document::string() const
 {
-    QString text = _textStorage->toRawText();
-    // Every U+2029 in the storage ends a block: the characters themselves have stand-ins.
-    text.replace(QChar::ParagraphSeparator, u'\n');
+    QString text = storedText();
     if (isLoading()) {
         text += QStringView(_pendingText).sliced(_pendingOffset);
     }
@@ -195,6 +187,7 @@ QString Document::textInRange(Range range) const
 QString Document::storedText() const
 {
     QString text = _textStorage->toRawText();
+    // Every U+2029 in the storage ends a block: the characters themselves have stand-ins.
     text.replace(QChar::ParagraphSeparator, u'\n');
     return text;
 }
@@ -622,9 +615,7 @@ std::unique_ptr<Document> Document::duplicateAndReturnError() const
     // The copy holds the same characters, so the same stand-ins serve it.
     _reading.standIns.substitute(text);
     duplicate->_reading.standIns = _reading.standIns;
-    duplicate->_textStorage->setUndoRedoEnabled(false);
-    duplicate->_textStorage->setPlainText(text);
-    duplicate->_textStorage->setUndoRedoEnabled(true);
+    duplicate->setLoadedText(text);
     duplicate->_documentEncoding = _documentEncoding;
     duplicate->_documentLineBreaks = _documentLineBreaks;
     return duplicate;

@@ -18,7 +18,6 @@
 #include <QPainter>
 #include <QScrollBar>
 #include <QStyleHints>
-#include <QTextCharFormat>
 
 #include <algorithm>
 #include <climits>
@@ -628,27 +627,22 @@ void TextArea::deleteForward()
 
 void TextArea::undo()
 {
-    if (!canEdit()) {
-        return;
-    }
-    _undoing = true;
-    _undoCaret = -1;
-    _store->undo();
-    _undoing = false;
-    if (_undoCaret >= 0) {
-        moveCaret(_undoCaret, false);
-        ensureCursorVisible();
-    }
+    replayStep(&TextStore::undo);
 }
 
 void TextArea::redo()
+{
+    replayStep(&TextStore::redo);
+}
+
+void TextArea::replayStep(void (TextStore::*replay)())
 {
     if (!canEdit()) {
         return;
     }
     _undoing = true;
     _undoCaret = -1;
-    _store->redo();
+    (_store->*replay)();
     _undoing = false;
     if (_undoCaret >= 0) {
         moveCaret(_undoCaret, false);
@@ -763,12 +757,7 @@ void TextArea::dropEvent(QDropEvent* event)
 
 void TextArea::commitPreedit()
 {
-    if (_preedit.isActive()) {
-        QGuiApplication::inputMethod()->commit();
-        _preedit = {};
-        showPreedit();
-        viewport()->update();
-    }
+    TextAreaInputMethod::commit(*this);
 }
 
 void TextArea::showPreedit()
@@ -778,25 +767,12 @@ void TextArea::showPreedit()
 
 void TextArea::setProposedText(qsizetype position, const QString& text)
 {
-    _proposal = {};
-    if (_store && !text.isEmpty() && position >= 0 && position <= _store->text().length()) {
-        const TextSnapshot& snapshot = _store->text();
-        _proposal.line = snapshot.lineAt(position);
-        _proposal.column = position - snapshot.lineStart(_proposal.line);
-        _proposal.text = text;
-        _proposal.underlined = false;
-        QTextCharFormat grey;
-        grey.setForeground(QColor(Qt::lightGray));
-        _proposal.formats = {{0, int(text.size()), grey}};
-    }
-    showPreedit();
-    viewport()->update();
+    TextAreaInputMethod::propose(*this, position, text);
 }
 
 void TextArea::contextMenuEvent(QContextMenuEvent* event)
 {
-    QMenu* menu = createContextMenu(event->pos());
-    if (menu) {
+    if (QMenu* menu = createContextMenu(event->pos())) {
         Q_EMIT contextMenuCreated(menu, event->pos());
         menu->exec(event->globalPos());
         delete menu;

@@ -217,6 +217,8 @@ private:
     void moveCaret(qsizetype position, bool extend, bool keepPreferredX = false);
     void paintGutter(QPaintEvent* event);
     void commitPreedit();
+    /// Undo or redo, leaving the caret where the step's change was.
+    void replayStep(void (TextStore::*replay)());
     /// Lays out the input method's composition, else the proposal, else neither.
     void showPreedit();
 

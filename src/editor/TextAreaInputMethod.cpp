@@ -3,6 +3,8 @@
 #include "document/TextStore.h"
 #include "editor/TextArea.h"
 
+#include <QGuiApplication>
+#include <QInputMethod>
 #include <QInputMethodEvent>
 #include <QTextCharFormat>
 
@@ -117,4 +119,33 @@ QVariant TextAreaInputMethod::query(const TextArea& area, Qt::InputMethodQuery q
     default:
         return QVariant();
     }
+}
+
+void TextAreaInputMethod::commit(TextArea& area)
+{
+    if (area._preedit.isActive()) {
+        QGuiApplication::inputMethod()->commit();
+        area._preedit = {};
+        area.showPreedit();
+        area.viewport()->update();
+    }
+}
+
+void TextAreaInputMethod::propose(TextArea& area, qsizetype position, const QString& text)
+{
+    TextLayoutCache::Preedit& proposal = area._proposal;
+    proposal = {};
+    const TextStore* store = area._store;
+    if (store && !text.isEmpty() && position >= 0 && position <= store->text().length()) {
+        const TextSnapshot& snapshot = store->text();
+        proposal.line = snapshot.lineAt(position);
+        proposal.column = position - snapshot.lineStart(proposal.line);
+        proposal.text = text;
+        proposal.underlined = false;
+        QTextCharFormat grey;
+        grey.setForeground(QColor(Qt::lightGray));
+        proposal.formats = {{0, int(text.size()), grey}};
+    }
+    area.showPreedit();
+    area.viewport()->update();
 }

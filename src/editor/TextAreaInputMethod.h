@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QString>
 #include <QVariant>
 
 class QInputMethodEvent;
@@ -13,4 +14,8 @@ class TextAreaInputMethod
 public:
     static void event(TextArea& area, QInputMethodEvent* event);
     static QVariant query(const TextArea& area, Qt::InputMethodQuery query);
+    /// Ends a composition by having the input method commit it.
+    static void commit(TextArea& area);
+    /// Shows `text` grey at `position` the way a composition is shown, outside the text.
+    static void propose(TextArea& area, qsizetype position, const QString& text);
 };

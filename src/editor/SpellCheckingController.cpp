@@ -186,18 +186,7 @@ SpellCheckingController::SpellCheckingController(TextArea* area, TextColorLayers
               .lineCount = [area]() -> qsizetype {
                   return area->textStore() ? area->textStore()->text().lineCount() : 0;
               },
-              .misspellingsChanged =
-                  [area](Range range) {
-                      // Underlines off screen are taken up when their lines are laid out.
-                      const Range shown = area->visibleCharacterRange();
-                      if (!area->textStore() || range.location > shown.max() ||
-                          range.max() < shown.location) {
-                          return;
-                      }
-                      const TextSnapshot& text = area->textStore()->text();
-                      area->formatsChanged(text.lineAt(std::max(range.location, shown.location)),
-                                           text.lineAt(std::min(range.max(), shown.max())));
-                  },
+              .misspellingsChanged = [area](Range range) { area->formatsChanged(range); },
               .positionAt = [area](const QPoint& point) { return area->positionAt(point); },
               .replace =
                   [area](Range range, const QString& text) {

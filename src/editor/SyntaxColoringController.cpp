@@ -84,18 +84,7 @@ SyntaxColoringController::SyntaxColoringController(TextArea* area, TextColorLaye
               .layers = [layers]() -> TextColorLayers* { return layers; },
               .visibleRange = [area] { return area->visibleCharacterRange(); },
               .indicator = [] { return static_cast<QProgressBar*>(nullptr); },
-              .colorsChanged =
-                  [area](Range range) {
-                      // Colours off screen are taken up when their lines are laid out.
-                      const Range shown = area->visibleCharacterRange();
-                      if (!area->textStore() || range.location > shown.max() ||
-                          range.max() < shown.location) {
-                          return;
-                      }
-                      const TextSnapshot& text = area->textStore()->text();
-                      area->formatsChanged(text.lineAt(std::max(range.location, shown.location)),
-                                           text.lineAt(std::min(range.max(), shown.max())));
-                  },
+              .colorsChanged = [area](Range range) { area->formatsChanged(range); },
           })
 {
     TextStore* store = area->textStore();

@@ -230,12 +230,13 @@ void TextArea::setFormatProvider(TextFormatProvider* provider)
     viewport()->update();
 }
 
-void TextArea::formatsChanged(qsizetype firstLine, qsizetype lastLine)
+void TextArea::formatsChanged(Range range)
 {
     // The lines on screen compare their colours when painted; the others when laid out.
-    Q_UNUSED(firstLine);
-    Q_UNUSED(lastLine);
-    viewport()->update();
+    const Range shown = visibleCharacterRange();
+    if (range.location <= shown.max() && range.max() >= shown.location) {
+        viewport()->update();
+    }
 }
 
 void TextArea::setGutter(int width, GutterPainter painter)

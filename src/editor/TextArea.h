@@ -133,9 +133,9 @@ public:
     // Layers.
     void setFormatProvider(TextFormatProvider* provider);
     TextFormatProvider* formatProvider() const { return _provider; }
-    /// The provider's colours of lines first … last changed; background highlights need
-    /// only a repaint (update()).
-    void formatsChanged(qsizetype firstLine, qsizetype lastLine);
+    /// The provider's formats of `range` changed: the view repaints when the range meets
+    /// the screen (lines off screen take their formats up when they are laid out).
+    void formatsChanged(Range range);
     /// A gutter `width` wide in the left margin, painted by `painter`; width 0 removes it.
     void setGutter(int width, GutterPainter painter);
     int gutterWidth() const { return _gutterWidth; }

@@ -182,7 +182,7 @@ TEST(TextColorLayers, ColourATextAreaThatNumbersItsLinesLikeTheGutter)
     layers.syntaxColors().setColor(purple.rgba(), keyword);
     layers.backgroundHighlights().setColor(yellow, found);
     layers.replaceMisspellings({start, lineText.size()}, {misspelt});
-    area.formatsChanged(lineNumber, lineNumber);
+    area.formatsChanged({start, lineText.size()});
     QCoreApplication::processEvents();
 
     using EditorTest::countPixels;

@@ -371,24 +371,6 @@ std::vector<ColorStore::Run> LayoutManager::backgroundHighlights(Range range) co
     return _layers.backgroundHighlights().runs(range.location, range.max());
 }
 
-void LayoutManager::setMisspelledWords(Range range, const QList<Range>& words)
-{
-    // Checking the same lines again mostly finds the same words: no repaint for that.
-    if (_layers.replaceMisspellings(range, words)) {
-        colorsChanged(range);
-    }
-}
-
-void LayoutManager::removeAllMisspelledWords()
-{
-    ColorStore& words = _layers.misspellings();
-    if (words.isEmpty()) {
-        return;
-    }
-    words.reset(words.textLength());
-    colorsChanged({0, words.textLength()});
-}
-
 QList<Range> LayoutManager::misspelledWords(Range range) const
 {
     QList<Range> words;

@@ -113,9 +113,6 @@ public:
 
     // Misspelt words, underlined. Each pane marks what it shows; the marks of every pane on
     // the document are drawn.
-    /// Replaces the marks inside `range` by `words`.
-    void setMisspelledWords(Range range, const QList<Range>& words);
-    void removeAllMisspelledWords();
     /// The marked words meeting `range`, clipped to it, in text order.
     QList<Range> misspelledWords(Range range) const;
 

@@ -142,24 +142,6 @@ Range SearchEngine::selectedMatchingRange(const std::vector<Range>& ranges, Rang
     return chosen ? *chosen : Range::notFound();
 }
 
-std::vector<Range> SearchEngine::replaceAllEdits(const std::vector<Range>& ranges,
-                                                 qsizetype replacementLength)
-{
-    std::vector<Range> edits;
-    edits.reserve(ranges.size());
-    qsizetype shift = 0;
-    qsizetype replacedUpTo = 0;
-    for (const Range& range : ranges) {
-        if (range.location < replacedUpTo) {
-            continue;
-        }
-        edits.push_back({range.location - shift, range.length});
-        shift += range.length - replacementLength;
-        replacedUpTo = range.max();
-    }
-    return edits;
-}
-
 bool SearchEngine::parseLineDescription(const QString& component, qint64* fromLineSpec,
                                         qint64* toLineSpec, qint64* relative)
 {

@@ -42,11 +42,6 @@ public:
     /// either end; NSNotFound for an empty list.
     static Range selectedMatchingRange(const std::vector<Range>& ranges, Range selectRange,
                                        bool previous, QStringView allString);
-    /// The edits that replace every range by a text of `replacementLength`, one after
-    /// another, each located in the text as the earlier ones left it. A range that overlaps
-    /// an earlier one is left out: its text was already replaced.
-    static std::vector<Range> replaceAllEdits(const std::vector<Range>& ranges,
-                                              qsizetype replacementLength);
 
     /// Reads one go-to component: "[+|-]from[-to]" with blanks allowed around tokens.
     static bool parseLineDescription(const QString& component, qint64* fromLineSpec,

@@ -53,15 +53,6 @@ TEST(SearchEngine, ChoosingTheNextOrPreviousOccurrence)
     EXPECT_TRUE(SearchEngine::selectedMatchingRange({}, {0, 0}, false, text).isNotFound());
 }
 
-TEST(SearchEngine, ReplaceAllShiftsThroughTheChangingText)
-{
-    EXPECT_EQ(SearchEngine::replaceAllEdits({{0, 3}, {10, 3}, {20, 3}}, 1),
-              (R{{0, 3}, {8, 3}, {16, 3}}));
-    EXPECT_EQ(SearchEngine::replaceAllEdits({{0, 1}, {4, 1}}, 3), (R{{0, 1}, {6, 1}}));
-    // Overlapping occurrences ('aa' in 'aaaa'): only those clear of an earlier one.
-    EXPECT_EQ(SearchEngine::replaceAllEdits({{0, 2}, {1, 2}, {2, 2}}, 1), (R{{0, 2}, {1, 2}}));
-}
-
 TEST(SearchEngine, WholeWordOccurrences)
 {
     // Plain text and regular expressions agree on what a word is.

@@ -23,22 +23,6 @@ namespace {
 constexpr qsizetype SliceLength = 256 * 1024;
 constexpr qint64 TurnMilliseconds = 16;
 
-// Just after the first line break at or after `from`, or the end of the text. Read a piece
-// at a time as the text is kept: a long line is not copied to be searched.
-qsizetype endOfLine(TextSource& text, qsizetype from)
-{
-    const qsizetype n = text.size();
-    for (qsizetype start = from; start < n;) {
-        const QStringView piece = text.piece(start, n);
-        const qsizetype newline = piece.indexOf(u'\n');
-        if (newline >= 0) {
-            return start + newline + 1;
-        }
-        start += piece.size();
-    }
-    return n;
-}
-
 } // namespace
 
 SyntaxColoringController::SyntaxColoringController(QObject* parent, SyntaxManager& manager,
@@ -263,7 +247,7 @@ void SyntaxColoringController::continueAllColoring()
     turn.start();
     while (_allColoringNext < text->size()) {
         const qsizetype start = _allColoringNext;
-        _allColoringNext = endOfLine(*text, std::min(text->size(), start + SliceLength));
+        _allColoringNext = text->lineEnd(std::min(text->size(), start + SliceLength));
         colorRange({start, _allColoringNext - start});
         if (_allColoringNext < text->size() && turn.elapsed() >= TurnMilliseconds) {
             if (!_continuationScheduled) {

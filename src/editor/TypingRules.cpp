@@ -7,9 +7,6 @@
 
 namespace {
 
-// How much of the text one look for a line break reads at a time.
-constexpr qsizetype kStretch = 256;
-
 // White space as the platform's white-space set has it: tab and the space separators.
 bool isWhiteSpace(QChar c)
 {
@@ -34,41 +31,12 @@ bool endsWithBrace(QStringView line)
     return last >= 0 && line[last] == QLatin1Char('{');
 }
 
-// Where the line holding `position` starts.
-qsizetype lineStart(TextSource& text, qsizetype position)
-{
-    while (position > 0) {
-        const qsizetype from = std::max<qsizetype>(0, position - kStretch);
-        const qsizetype found = text.view(from, position).lastIndexOf(QLatin1Char('\n'));
-        if (found >= 0) {
-            return from + found + 1;
-        }
-        position = from;
-    }
-    return 0;
-}
-
-// Where the line holding `position` ends, after its line break.
-qsizetype lineEnd(TextSource& text, qsizetype position)
-{
-    const qsizetype size = text.size();
-    while (position < size) {
-        const qsizetype to = std::min(size, position + kStretch);
-        const qsizetype found = text.view(position, to).indexOf(QLatin1Char('\n'));
-        if (found >= 0) {
-            return position + found + 1;
-        }
-        position = to;
-    }
-    return size;
-}
-
 // The text of the lines `selection` touches, with their line breaks, and where it starts: a
 // shift needs no more of a large text than that.
 QString touchedLines(TextSource& text, Range selection, qsizetype* base)
 {
-    *base = lineStart(text, selection.location);
-    return text.view(*base, lineEnd(text, selection.max())).toString();
+    *base = text.lineStart(selection.location);
+    return text.view(*base, text.lineEnd(selection.max())).toString();
 }
 
 TextEdit movedBy(TextEdit edit, qsizetype base)
@@ -107,18 +75,18 @@ TextEdit TypingRules::indentedAfter(QStringView line, Range range, const QString
 TextEdit TypingRules::insertNewline(TextSource& text, Range selection) const
 {
     // The line the break ends is what stays of it before the selection.
-    const qsizetype start = lineStart(text, selection.location);
+    const qsizetype start = text.lineStart(selection.location);
     const QString line = text.view(start, selection.location).toString();
     return indentedAfter(line, selection, QStringLiteral("\n"));
 }
 
 std::optional<TextEdit> TypingRules::autoIndent(TextSource& text, Range selection) const
 {
-    const qsizetype start = lineStart(text, selection.location);
+    const qsizetype start = text.lineStart(selection.location);
     if (!_settings.autoIndent || start == 0) {
         return std::nullopt;
     }
-    const QString previous = text.view(lineStart(text, start - 1), start - 1).toString();
+    const QString previous = text.view(text.lineStart(start - 1), start - 1).toString();
     TextEdit edit = indentedAfter(previous, selection, QString());
     if (edit.string.isEmpty()) {
         return std::nullopt;

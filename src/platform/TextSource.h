@@ -22,4 +22,36 @@ public:
     virtual QStringView piece(qsizetype from, qsizetype to) { return view(from, to); }
 
     QChar at(qsizetype position) { return view(position, position + 1).front(); }
+
+    /// Where the line holding `position` starts. Reads back a stretch at a time, so a long
+    /// text is not read whole for a short line.
+    qsizetype lineStart(qsizetype position)
+    {
+        constexpr qsizetype stretch = 256;
+        while (position > 0) {
+            const qsizetype from = position > stretch ? position - stretch : 0;
+            const qsizetype found = view(from, position).lastIndexOf(u'\n');
+            if (found >= 0) {
+                return from + found + 1;
+            }
+            position = from;
+        }
+        return 0;
+    }
+
+    /// Just after the first line break at or after `position`; the end of the text when
+    /// there is none. Reads piece by piece: a long line is not copied to be searched.
+    qsizetype lineEnd(qsizetype position)
+    {
+        const qsizetype end = size();
+        while (position < end) {
+            const QStringView rest = piece(position, end);
+            const qsizetype found = rest.indexOf(u'\n');
+            if (found >= 0) {
+                return position + found + 1;
+            }
+            position += rest.size();
+        }
+        return end;
+    }
 };

@@ -1,6 +1,7 @@
 #include "editor/WordCompletion.h"
 
 #include "platform/TextSource.h"
+#include "syntax/CompletionWordScanner.h"
 
 #include <algorithm>
 
@@ -8,11 +9,6 @@ namespace {
 
 // How much of the line before the insertion point one look reads.
 constexpr qsizetype kStretch = 128;
-
-bool isWordCharacter(QChar c)
-{
-    return c.isLetterOrNumber() || c == QLatin1Char('_') || c.isMark();
-}
 
 } // namespace
 
@@ -25,7 +21,7 @@ Range WordCompletion::partialWordRange(TextSource& text, Range selection)
         const qsizetype from = std::max<qsizetype>(0, start - kStretch);
         const QStringView stretch = text.view(from, start);
         qsizetype i = stretch.size();
-        while (i > 0 && isWordCharacter(stretch[i - 1])) {
+        while (i > 0 && CompletionWordScanner::isPlainWordCharacter(stretch[i - 1])) {
             --i;
         }
         start = from + i;

@@ -14,7 +14,6 @@
 #include <QMenu>
 #include <QScrollBar>
 #include <QTextBlock>
-#include <QTextCursor>
 #include <QTextDocument>
 
 #include <cmath>
@@ -156,13 +155,7 @@ SpellCheckingController::SpellCheckingController(TextView* textView)
               },
               .replace =
                   [textView](Range range, const QString& text) {
-                      QTextCursor replace(textView->document());
-                      replace.setPosition(int(range.location));
-                      replace.setPosition(int(range.max()), QTextCursor::KeepAnchor);
-                      replace.beginEditBlock();
-                      replace.insertText(text);
-                      replace.endEditBlock();
-                      textView->setTextCursor(replace);
+                      textView->applyEdit({range, text, {range.location + text.size(), 0}});
                   },
           })
 {

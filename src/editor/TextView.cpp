@@ -591,20 +591,10 @@ void TextView::doReplaceString(const QString& string, Range range, Range selecte
 void TextView::doInsertString(const QString& string, Range range, Range select,
                               const QString& actionName)
 {
-    if (isReadOnly()) {
-        SystemBeep::beep();
-        return;
+    doReplaceString(string, range, select, actionName);
+    if (!isReadOnly()) {
+        ensureCursorVisible();
     }
-    setSelectedRange(range);
-    UndoActionNames* names = UndoActionNames::of(document());
-    names->beginStep(actionName);
-    QTextCursor cursor = textCursor();
-    cursor.beginEditBlock();
-    cursor.insertText(string);
-    cursor.endEditBlock();
-    names->endStep();
-    setSelectedRange(select);
-    ensureCursorVisible();
 }
 
 void TextView::shiftRight(QObject*)

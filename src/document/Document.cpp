@@ -269,6 +269,16 @@ bool Document::canRedo() const
     return _textStorage->isRedoAvailable();
 }
 
+void Document::undo()
+{
+    _textStorage->undo();
+}
+
+void Document::redo()
+{
+    _textStorage->redo();
+}
+
 void Document::updatePreferences(const DocumentSettings& settings)
 {
     // The autosave delay stays the one the document was made with: the application takes a

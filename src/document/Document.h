@@ -114,6 +114,9 @@ public:
     /// Whether undo, or redo, has a step to take.
     bool canUndo() const;
     bool canRedo() const;
+    /// Takes back the last undo step, or puts it back again; the views follow the text.
+    void undo();
+    void redo();
 
     QString windowIdentifier() const { return _windowIdentifier; }
     void setWindowIdentifier(const QString& identifier) { _windowIdentifier = identifier; }

@@ -464,6 +464,19 @@ QString TextView::selectedText() const
     return textCursor().selectedText().replace(QChar::ParagraphSeparator, u'\n');
 }
 
+QRect TextView::rectForPosition(qsizetype position) const
+{
+    QTextCursor cursor(document());
+    const qsizetype last = document()->characterCount() - 1;
+    cursor.setPosition(int(qBound<qsizetype>(0, position, last)));
+    return cursorRect(cursor);
+}
+
+qsizetype TextView::positionAt(const QPoint& point) const
+{
+    return cursorForPosition(point).position();
+}
+
 void TextView::scrollRangeToVisible(Range range)
 {
     if (range.isNotFound()) {

@@ -255,6 +255,10 @@ public:
     void setSelection(qsizetype anchor, qsizetype position);
     /// The characters selected, line breaks as LF.
     QString selectedText() const;
+    /// Where the caret stands for `position`, in viewport coordinates.
+    QRect rectForPosition(qsizetype position) const;
+    /// The position of the character boundary nearest `point` (viewport coordinates).
+    qsizetype positionAt(const QPoint& point) const;
     /// Scrolls `range` into sight, its start first, leaving the selection where it is.
     void scrollRangeToVisible(Range range);
     /// Replaces characters without any of the typing behaviour.

@@ -16,7 +16,6 @@
 #include <QScreen>
 #include <QScrollBar>
 #include <QTest>
-#include <QTextDocument>
 
 #include <gtest/gtest.h>
 
@@ -42,23 +41,24 @@ QStringList shownCandidates()
 
 /// A pane in a C file with the insertion point at the end of `text`.
 struct Completing {
-    QTextDocument document;
+    std::unique_ptr<Document> owned;
+    Document& document = *owned;
     std::unique_ptr<EditorController> pane;
     TextView* view = nullptr;
     CompletionManager& manager = CompletionManager::sharedCompletionManager();
 
     explicit Completing(const QString& text, bool autoComplete = false)
+        : owned(EditorTest::makeDocument(text))
     {
         EditorSettings settings = EditorTest::shippedSettings();
         settings.autoComplete = autoComplete;
-        document.setPlainText(text);
         pane = EditorTest::makePane(&document, settings, QSize(500, 300));
         view = pane->textView();
         view->setSyntaxDictionary(cDefinition());
         view->setSelectedRange({text.size(), 0});
     }
     ~Completing() { manager.terminateCompletion(); }
-    QString text() const { return document.toPlainText(); }
+    QString text() const { return document.storedText(); }
     bool panelShown() { return manager.panel()->isVisible(); }
 };
 
@@ -132,7 +132,7 @@ TEST(Completion, KeystrokesReadOnlyTheTextTheyChange)
     CompletionDocumentWords* words = nullptr;
     ASSERT_TRUE(QTest::qWaitFor(
         [&] {
-            words = CompletionDocumentWords::existing(&pane.document);
+            words = CompletionDocumentWords::existing(pane.document.textStorage());
             return words && words->prepare();
         },
         20000));
@@ -221,7 +221,7 @@ TEST(Completion, StepAcceptAndCancel)
     pane.manager.terminateCompletion();
     EXPECT_TRUE(pane.view->proposedCompletion().isEmpty());
     pane.view->setSelectedRange({19, 5});
-    pane.view->textCursor().insertText(QStringLiteral("Pr"));
+    pane.view->insertTextAtSelection(QStringLiteral("Pr"));
     QTest::keyClick(pane.view, Qt::Key_Escape);
     QTest::keyClick(pane.view, Qt::Key_Tab);
     EXPECT_FALSE(pane.panelShown());
@@ -229,7 +229,7 @@ TEST(Completion, StepAcceptAndCancel)
     EXPECT_EQ(pane.view->selectedRange(), Range(24, 0));
 
     // A space cancels and is typed.
-    pane.view->textCursor().insertText(QStringLiteral(" PR"));
+    pane.view->insertTextAtSelection(QStringLiteral(" PR"));
     QTest::keyClick(pane.view, Qt::Key_Escape);
     ASSERT_TRUE(pane.panelShown());
     QTest::keyClick(pane.view, Qt::Key_Space);
@@ -247,8 +247,7 @@ TEST(Completion, StepAcceptAndCancel)
 TEST(Completion, OnlyAnAcceptedWordReachesTheTextAndTheUndoStack)
 {
     Completing pane(QStringLiteral("print printf Print\n"), true);
-    pane.document.setModified(false);
-    const int steps = pane.document.availableUndoSteps();
+    ASSERT_FALSE(pane.document.canUndo());
 
     // After the pause the list is open and the rest of a word shown: the text, its undo
     // stack and its modified state are those of the typing alone.
@@ -257,14 +256,14 @@ TEST(Completion, OnlyAnAcceptedWordReachesTheTextAndTheUndoStack)
     EXPECT_EQ(shownCandidates(), QStringList({"print", "Print", "printf"}));
     EXPECT_FALSE(pane.view->proposedCompletion().isEmpty());
     EXPECT_EQ(pane.text(), QStringLiteral("print printf Print\npr"));
-    EXPECT_EQ(pane.document.availableUndoSteps(), steps + 1);
     // As a save leaves it: the shown proposal does not make the text modified again.
-    pane.document.setModified(false);
+    pane.document.setDocumentEdited(false);
     QTest::qWait(1000);
-    EXPECT_FALSE(pane.document.isModified());
-    // Ctrl+Z takes back the typing at once.
+    EXPECT_FALSE(pane.document.isDocumentEdited());
+    // Ctrl+Z takes back the typing at once, and that was the only step.
     QTest::keyClick(pane.view, Qt::Key_Z, Qt::ControlModifier);
     EXPECT_EQ(pane.text(), QStringLiteral("print printf Print\n"));
+    EXPECT_FALSE(pane.document.canUndo());
     EXPECT_FALSE(pane.panelShown());
     EXPECT_TRUE(pane.view->proposedCompletion().isEmpty());
 
@@ -286,14 +285,14 @@ TEST(Completion, OnlyAnAcceptedWordReachesTheTextAndTheUndoStack)
     QTest::keyClick(pane.view, Qt::Key_Space, Qt::ControlModifier);
     ASSERT_TRUE(pane.panelShown());
     EXPECT_EQ(pane.view->proposedCompletion(), QStringLiteral("f"));
-    QTextCursor(&pane.document).insertText(QStringLiteral("// "));
+    pane.document.replaceRanges({Range(0, 0)}, QStringLiteral("// "), QString());
     EXPECT_FALSE(pane.panelShown());
     EXPECT_TRUE(pane.view->proposedCompletion().isEmpty());
     EXPECT_EQ(pane.text(), QStringLiteral("// print printf Print\nprint"));
 
     // Never by itself while an input method is composing, though the word has candidates.
     pane.view->setAutoComplete(true);
-    pane.view->textCursor().insertText(QStringLiteral("\npr"));
+    pane.view->insertTextAtSelection(QStringLiteral("\npr"));
     QInputMethodEvent composing(QStringLiteral("k"), {});
     QCoreApplication::sendEvent(pane.view, &composing);
     ASSERT_TRUE(pane.view->hasMarkedText());
@@ -358,11 +357,10 @@ TEST(Completion, PanelGeometry)
     EXPECT_EQ(panel->height(), panel->rowHeight() * 2 + panel->chromeHeight());
     QTest::keyClick(pane.view, Qt::Key_Escape);
     pane.view->setSelectedRange({text.size() + 1, 5});
-    pane.view->textCursor().insertText(QStringLiteral("wo"));
+    pane.view->insertTextAtSelection(QStringLiteral("wo"));
     QTest::keyClick(pane.view, Qt::Key_Escape);
-    QTextCursor start(&pane.document);
-    start.setPosition(int(text.size()) + 1);
-    const QRect word = pane.view->cursorRect(start);
+    const qsizetype start = text.size() + 1;
+    const QRect word = pane.view->rectForPosition(start);
     const QPoint wordBottom = pane.view->viewport()->mapToGlobal(word.bottomLeft());
     EXPECT_GE(panel->y(), wordBottom.y());
     EXPECT_NEAR(panel->x(), wordBottom.x() - 2, 1);
@@ -374,7 +372,7 @@ TEST(Completion, PanelGeometry)
     QTest::keyClick(pane.view, Qt::Key_Escape);
     ASSERT_TRUE(pane.panelShown());
     const QPoint wordTop =
-        pane.view->viewport()->mapToGlobal(pane.view->cursorRect(start).topLeft());
+        pane.view->viewport()->mapToGlobal(pane.view->rectForPosition(start).topLeft());
     EXPECT_LE(panel->geometry().bottom(), wordTop.y());
 }
 
@@ -407,7 +405,7 @@ TEST(Completion, TheProposalRepaintsOnlyItsLine)
     QTest::keyClick(pane.view, Qt::Key_Escape);
     ASSERT_TRUE(pane.panelShown());
     QTest::qWait(50);
-    const int line = pane.view->cursorRect().height();
+    const int line = pane.view->rectForPosition(pane.view->cursorPosition()).height();
     // Stepping to another candidate, typing a letter that keeps the list open, and
     // taking the proposal away each repaint the line, not the view.
     const std::vector<std::function<void()>> steps{

@@ -13,7 +13,6 @@
 
 #include <QImage>
 #include <QTest>
-#include <QTextDocument>
 
 #include <gtest/gtest.h>
 
@@ -34,12 +33,23 @@ inline EditorSettings shippedSettings()
     return Preferences::sharedPreferences().current().editor;
 }
 
-/// A pane built the way a window builds one, with `settings`, shown offscreen at `size`.
+/// A document as a window opens one, holding `text` as read (no undo step, unedited).
+inline std::unique_ptr<Document> makeDocument(const QString& text = QString())
+{
+    auto document =
+        std::make_unique<Document>(EncodingManager::sharedEncodingManager(), DocumentSettings());
+    document->setLoadedText(text);
+    document->setDocumentEdited(false);
+    return document;
+}
+
+/// A pane on `document` built the way a window builds one, with `settings`, shown offscreen
+/// at `size`.
 inline std::unique_ptr<EditorController>
-makePane(QTextDocument* document, const EditorSettings& settings, QSize size = QSize(420, 300))
+makePane(Document* document, const EditorSettings& settings, QSize size = QSize(420, 300))
 {
     auto controller = std::make_unique<EditorController>(services(), settings);
-    controller->setupInitialTextViewSharedStateWithTextStorage(document);
+    controller->setupInitialTextViewSharedStateWithDocument(document);
     TextView* view = controller->textView();
     view->resize(size);
     view->show();
@@ -49,8 +59,7 @@ makePane(QTextDocument* document, const EditorSettings& settings, QSize size = Q
 }
 
 /// A pane with the shipped settings.
-inline std::unique_ptr<EditorController> makePane(QTextDocument* document,
-                                                  QSize size = QSize(420, 300))
+inline std::unique_ptr<EditorController> makePane(Document* document, QSize size = QSize(420, 300))
 {
     return makePane(document, shippedSettings(), size);
 }
@@ -58,19 +67,19 @@ inline std::unique_ptr<EditorController> makePane(QTextDocument* document,
 /// A document with one pane on it, as a window holds them.
 struct Pane {
     Document owner{EncodingManager::sharedEncodingManager(), DocumentSettings()};
-    /// The text storage of `owner`, which the pane shows.
-    QTextDocument& document = *owner.textStorage();
+    Document& document = owner;
     std::unique_ptr<EditorController> controller;
 
     explicit Pane(const QString& text, const EditorSettings& settings = shippedSettings(),
                   QSize size = QSize(420, 300))
     {
         owner.setLoadedText(text);
+        owner.setDocumentEdited(false);
         controller = makePane(&document, settings, size);
     }
     TextView* view() const { return controller->textView(); }
     LayoutManager* layoutManager() const { return controller->layoutManager(); }
-    QString text() const { return document.toPlainText(); }
+    QString text() const { return owner.storedText(); }
     Range selection() const { return view()->selectedRange(); }
     void select(Range range) { view()->setSelectedRange(range); }
 };

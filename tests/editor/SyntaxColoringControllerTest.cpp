@@ -4,7 +4,6 @@
 #include "editor/SyntaxColoringController.h"
 
 #include "EditorTestSupport.h"
-#include "document/TextMirror.h"
 #include "document/TextStore.h"
 #include "editor/TextArea.h"
 #include "editor/TextColorLayers.h"
@@ -18,7 +17,6 @@
 #include <QProgressBar>
 #include <QRandomGenerator>
 #include <QScrollBar>
-#include <QTextBlock>
 
 namespace {
 
@@ -58,8 +56,8 @@ QString lines(const QString& line, int count)
 
 TEST(SyntaxColoringController, BothPanesOfADocumentAreColoured)
 {
-    QTextDocument document;
-    document.setPlainText(QStringLiteral("int a;\n") + lines("x = 1;\n", 20));
+    const auto owned = EditorTest::makeDocument(QStringLiteral("int a;\n") + lines("x = 1;\n", 20));
+    Document& document = *owned;
     auto first = EditorTest::makePane(&document);
     auto second = EditorTest::makePane(&document);
     std::vector<TextView*> views{first->textView(), second->textView()};
@@ -72,22 +70,22 @@ TEST(SyntaxColoringController, BothPanesOfADocumentAreColoured)
     }
 
     // Typing in one pane: the window hands the change to every pane.
-    QTextCursor cursor(document.findBlockByNumber(3));
-    views[0]->setTextCursor(cursor);
+    const qsizetype typed = document.rangeOfLine(3).location;
+    views[0]->setSelection(typed, typed);
     views[0]->setFocus();
     QTest::keyClicks(views[0], "long ");
     for (TextView* view : views) {
         view->textDidChanged();
     }
-    const qsizetype typed = document.findBlockByNumber(3).position();
     for (TextView* view : views) {
         EXPECT_EQ(colorAt(view, typed), keywords());
     }
-    // The panes share one copy of the text, which follows the edits and their undo.
+    // Undone through the other pane, the word is gone from both panes' colours.
     views[1]->undo();
-    QString expected = document.toRawText();
-    expected.replace(QChar::ParagraphSeparator, u'\n');
-    EXPECT_EQ(TextMirror::mirrorOfDocument(&document)->snapshot().string(), expected);
+    for (TextView* view : views) {
+        view->textDidChanged();
+        EXPECT_EQ(colorAt(view, typed), 0u);
+    }
 
     // A pane without a definition colours nothing; dropping it removes every colour.
     views[1]->removeSyntaxDictionary();
@@ -97,21 +95,19 @@ TEST(SyntaxColoringController, BothPanesOfADocumentAreColoured)
 
 TEST(SyntaxColoringController, AnEditBelowTheShownLinesIsColouredWhenItComesIntoView)
 {
-    QTextDocument document;
-    document.setPlainText(lines("x = 1;\n", 200));
-    auto pane = EditorTest::makePane(&document);
-    TextView* view = pane->textView();
+    EditorTest::Pane pane(lines("x = 1;\n", 200));
+    Document& document = pane.document;
+    TextView* view = pane.view();
     view->setSyntaxDictionay(kCDefinition);
     ASSERT_TRUE(waitUntilColored(view));
     const Range shown = view->visibleCharacterRange();
-    ASSERT_LT(shown.max(), document.characterCount() / 2);
+    ASSERT_LT(shown.max(), document.length() / 2);
 
     // A small insertion far below the shown lines is coloured when it comes into view.
-    QTextCursor end(&document);
-    end.movePosition(QTextCursor::End);
-    end.insertText(QStringLiteral("int small;\n"));
+    document.replaceRanges({Range(document.length(), 0)}, QStringLiteral("int small;\n"),
+                           QString());
     view->textDidChanged();
-    const qsizetype small = document.characterCount() - 1 - 11;
+    const qsizetype small = document.length() - 11;
     EXPECT_EQ(colorAt(view, small), 0u);
     view->verticalScrollBar()->setValue(view->verticalScrollBar()->maximum());
     QCoreApplication::processEvents();
@@ -120,14 +116,13 @@ TEST(SyntaxColoringController, AnEditBelowTheShownLinesIsColouredWhenItComesInto
 
 TEST(SyntaxColoringController, PastingMoreThan900CharactersColoursTheWholeTextWherever)
 {
-    QTextDocument document;
-    document.setPlainText(lines("x = 1;\n", 20));
-    auto pane = EditorTest::makePane(&document);
-    TextView* view = pane->textView();
+    EditorTest::Pane pane(lines("x = 1;\n", 20));
+    Document& document = pane.document;
+    TextView* view = pane.view();
     view->setSyntaxDictionay(kCDefinition);
     ASSERT_TRUE(waitUntilColored(view));
     // As the window tells its panes of every change.
-    QObject::connect(&document, &QTextDocument::contentsChanged, view, &TextView::textDidChanged);
+    QObject::connect(&document, &Document::contentsChanged, view, &TextView::textDidChanged);
     const struct {
         qsizetype at;
         qsizetype length;
@@ -137,9 +132,9 @@ TEST(SyntaxColoringController, PastingMoreThan900CharactersColoursTheWholeTextWh
         SCOPED_TRACE(testing::Message() << paste.length << " characters at " << paste.at);
         QGuiApplication::clipboard()->setText(QString(paste.length, u'y'));
         view->setSelectedRange({paste.at, 0});
-        const qsizetype before = document.characterCount();
+        const qsizetype before = document.length();
         QTest::keyClick(view, Qt::Key_V, Qt::ControlModifier);
-        ASSERT_EQ(document.characterCount(), before + paste.length);
+        ASSERT_EQ(document.length(), before + paste.length);
         EXPECT_EQ(view->syntaxColoringController()->isColoringAll(), paste.wholeText);
         ASSERT_TRUE(waitUntilColored(view));
     }
@@ -147,10 +142,8 @@ TEST(SyntaxColoringController, PastingMoreThan900CharactersColoursTheWholeTextWh
 
 TEST(SyntaxColoringController, WholeTextColouringRunsInSlicesBehindTheIndicator)
 {
-    QTextDocument document;
-    document.setPlainText(lines("int value = 42; /* note */ return value;\n", 100000));
-    auto pane = EditorTest::makePane(&document);
-    TextView* view = pane->textView();
+    EditorTest::Pane pane(lines("int value = 42; /* note */ return value;\n", 100000));
+    TextView* view = pane.view();
     QProgressBar indicator;
     view->setIndicator(&indicator);
     view->setSyntaxDictionay(kCDefinition);
@@ -173,7 +166,7 @@ TEST(SyntaxColoringController, WholeTextColouringRunsInSlicesBehindTheIndicator)
     EXPECT_TRUE(seenIndicator);
     EXPECT_TRUE(shownBeforeTheEnd);
     EXPECT_TRUE(indicator.isHidden());
-    EXPECT_EQ(colorAt(view, document.characterCount() - 12), keywords());
+    EXPECT_EQ(colorAt(view, pane.document.length() - 11), keywords());
 }
 
 namespace {

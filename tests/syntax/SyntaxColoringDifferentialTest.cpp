@@ -3,14 +3,14 @@
 // often: words inside longer words, case variants, comments inside strings, blocks that
 // open above the coloured range, blocks that overlap, words at the edges of the range.
 #include "SyntaxTestSupport.h"
-#include "document/TextMirror.h"
+#include "document/SnapshotTextSource.h"
+#include "document/TextBuilder.h"
+#include "document/TextStore.h"
 #include "platform/PropertyList.h"
 #include "platform/TextSource.h"
 
 #include <QFile>
 #include <QJsonDocument>
-#include <QTextCursor>
-#include <QTextDocument>
 
 #include <gtest/gtest.h>
 
@@ -253,24 +253,29 @@ void expectSame(const QVariantMap& definition, const QString& text, const Syntax
         << QJsonDocument::fromVariant(definition).toJson(QJsonDocument::Compact).toStdString();
 }
 
-/// A document's text coloured through its plain copy, which keeps the text in chunks: the
-/// engine follows the copy's changes as a view's colouring does.
+/// A document's text coloured as a view colours it: the text is a store, which keeps it in
+/// chunks, read through a snapshot of it, and the engine follows the store's changes.
 struct ColouredDocument {
     ColouredDocument(const QString& text, const QVariantMap& definition)
         : engine(definition)
     {
-        document.documentLayout(); // a document tells its changes only once it has a layout
-        document.setPlainText(text);
-        mirror = TextMirror::mirrorOfDocument(&document);
-        QObject::connect(mirror, &TextMirror::textDidChange,
-                         [this](qsizetype location, qsizetype removed, qsizetype added) {
-                             engine.textDidChange(location, removed, added);
-                         });
-        engine.coloringRange(*mirror, Range(0, text.size()));
+        TextBuilder builder;
+        builder.append(text);
+        store.setLoadedText(builder.finish());
+        source.setSnapshot(store.text());
+        QObject::connect(&store, &TextStore::contentsChange, [this](const TextChange& change) {
+            source.setSnapshot(store.text());
+            engine.textDidChange(change.position, change.charsRemoved, change.charsAdded);
+        });
+        engine.coloringRange(source, Range(0, text.size()));
+    }
+    void replace(qsizetype at, qsizetype removed, const QString& inserted)
+    {
+        store.replace(at, removed, inserted);
     }
 
-    QTextDocument document;
-    TextMirror* mirror = nullptr;
+    TextStore store;
+    SnapshotTextSource source;
     SyntaxColoringEngine engine;
 };
 
@@ -299,7 +304,7 @@ TEST(SyntaxColoringDifferential, RecolouringAfterEditsMatchesTheModel)
         QString text = random.text(random.below(120));
         SyntaxColoringEngine engine(definition);
         engine.coloringRange(text, Range(0, text.size()));
-        // The same edits made to a document, coloured through its copy.
+        // The same edits made to a document, coloured through its store.
         ColouredDocument copy(text, definition);
         ScatteredText scatteredText(text);
         SyntaxColoringEngine scattered(definition);
@@ -321,10 +326,7 @@ TEST(SyntaxColoringDifferential, RecolouringAfterEditsMatchesTheModel)
                 text.replace(at, removed, inserted);
                 engine.textDidChange(at, removed, inserted.size());
                 scattered.textDidChange(at, removed, inserted.size());
-                QTextCursor cursor(&copy.document);
-                cursor.setPosition(int(at));
-                cursor.setPosition(int(at + removed), QTextCursor::KeepAnchor);
-                cursor.insertText(inserted);
+                copy.replace(at, removed, inserted);
             }
             const Range range = random.range(text.size());
             expectSame(definition, text, engine.coloringRange(text, range), range, "after an edit");
@@ -333,9 +335,9 @@ TEST(SyntaxColoringDifferential, RecolouringAfterEditsMatchesTheModel)
                 kept = engine.coloringRange(text, Range(0, 1));
                 keptRuns = kept.runs();
             }
-            ASSERT_EQ(copy.mirror->snapshot().string(), text);
-            expectSame(definition, text, copy.engine.coloringRange(*copy.mirror, range), range,
-                       "through the document's copy");
+            ASSERT_EQ(copy.store.text().string(), text);
+            expectSame(definition, text, copy.engine.coloringRange(copy.source, range), range,
+                       "through the document's store");
             expectSame(definition, text, scattered.coloringRange(scatteredText, range), range,
                        "through a text in small pieces");
             if (HasFatalFailure()) {
@@ -391,7 +393,7 @@ namespace {
 
 // Edits a real file like a person would (comment and string delimiters, line breaks, whole
 // words) and holds every recolouring of the lines around the edit to the model, both of the
-// file's text in one piece and of a document's copy, which keeps it in chunks: scans that run
+// file's text in one piece and of a document's store, which keeps it in chunks: scans that run
 // on far past the edit read the chunks where they lie and copy only what crosses from one
 // to the next.
 void typeInto(const QString& path, const QString& definitionName, std::vector<QString> typed)
@@ -418,20 +420,17 @@ void typeInto(const QString& path, const QString& definitionName, std::vector<QS
         const QString inserted = random.chance(85) ? random.pick(typed) : QString();
         text.replace(at, removed, inserted);
         engine.textDidChange(at, removed, inserted.size());
-        QTextCursor cursor(&copy.document);
-        cursor.setPosition(int(at));
-        cursor.setPosition(int(at + removed), QTextCursor::KeepAnchor);
-        cursor.insertText(inserted);
+        copy.replace(at, removed, inserted);
 
         // About sixty lines around the edit, as a text view shows them.
         const qsizetype from = std::max<qsizetype>(0, at - 1500);
         const Range visible(from, std::min<qsizetype>(3000, text.size() - from));
         expectSame(definition, text, engine.coloringRange(text, visible), visible,
                    path.toUtf8().constData());
-        const qint64 copied = copy.mirror->copiedCharacters();
-        expectSame(definition, text, copy.engine.coloringRange(*copy.mirror, visible), visible,
-                   "through the document's copy");
-        EXPECT_LT(copy.mirror->copiedCharacters() - copied, visible.length + text.size() / 64);
+        const qint64 copied = copy.source.copiedCharacters();
+        expectSame(definition, text, copy.engine.coloringRange(copy.source, visible), visible,
+                   "through the document's store");
+        EXPECT_LT(copy.source.copiedCharacters() - copied, visible.length + text.size() / 64);
         if (::testing::Test::HasFatalFailure()) {
             return;
         }

@@ -3,6 +3,8 @@
 // candidates for a partial word.
 #include "BenchSupport.h"
 #include "app/Application.h"
+#include "document/Document.h"
+#include "document/EncodingManager.h"
 #include "editor/EditorController.h"
 #include "editor/TextView.h"
 #include "platform/PropertyList.h"
@@ -13,7 +15,6 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QKeyEvent>
-#include <QTextDocument>
 
 #include <benchmark/benchmark.h>
 
@@ -36,23 +37,21 @@ QString largeText()
 }
 
 struct Pane {
-    QTextDocument document;
+    Document document{EncodingManager::sharedEncodingManager(), DocumentSettings()};
     std::unique_ptr<EditorController> controller;
     TextView* view = nullptr;
 
     Pane()
     {
-        document.setUndoRedoEnabled(false);
-        document.setPlainText(largeText());
-        document.setUndoRedoEnabled(true);
+        document.setLoadedText(largeText());
         controller = BenchSupport::makeEditorController();
-        controller->setupInitialTextViewSharedStateWithTextStorage(&document);
+        controller->setupInitialTextViewSharedStateWithDocument(&document);
         view = controller->textView();
         view->setAutoComplete(false);
         view->resize(900, 700);
         view->show();
         QCoreApplication::processEvents();
-        view->setSelectedRange({document.characterCount() / 2, 0});
+        view->setSelectedRange({document.length() / 2, 0});
         view->centerCursor();
         QCoreApplication::processEvents();
     }

@@ -5,13 +5,14 @@
 #include "app/Application.h"
 #include "app/DocumentController.h"
 #include "document/Document.h"
+#include "document/EncodingManager.h"
+#include "editor/CompletionManager.h"
+#include "editor/CompletionPanel.h"
 #include "editor/EditorController.h"
 #include "editor/GutterView.h"
 #include "editor/LayoutManager.h"
 #include "editor/SyntaxColoringController.h"
 #include "editor/TextView.h"
-#include "editor/CompletionManager.h"
-#include "editor/CompletionPanel.h"
 #include "window/DocumentWindow.h"
 #include "window/FunctionPopUp.h"
 #include "window/WindowController.h"
@@ -21,13 +22,10 @@
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QKeyEvent>
-#include <QPlainTextDocumentLayout>
 #include <QRandomGenerator>
 #include <QScrollBar>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QTextBlock>
-#include <QTextDocument>
 #include <QTimer>
 #include <QWindow>
 
@@ -98,12 +96,26 @@ protected:
     }
 };
 
+/// A document as a window makes one, before it reads a file.
+std::unique_ptr<Document> makeDocument()
+{
+    return std::make_unique<Document>(EncodingManager::sharedEncodingManager(), DocumentSettings());
+}
+
+/// Puts the insertion point of `view` near the start of `line` of `document` (eight
+/// characters in, or at the line's end).
+void placeNearLineStart(TextView* view, const Document& document, qsizetype line)
+{
+    const Range characters = document.rangeOfLine(line);
+    const qsizetype position = characters.location + std::min<qsizetype>(8, characters.length);
+    view->setSelection(position, position);
+}
+
 struct Pane {
-    std::unique_ptr<QTextDocument> document;
+    std::unique_ptr<Document> document;
     std::unique_ptr<EditorController> controller;
     PaintCounter viewportPaints;
     double fillMs = 0;
-    double layoutMs = 0;
     double attachMs = 0;
     double attachMegabytes = 0;
     double firstPaintMs = 0;
@@ -135,22 +147,15 @@ Pane& pane()
 
     QElapsedTimer timer;
     timer.start();
-    p.document = std::make_unique<QTextDocument>();
-    p.document->setUndoRedoEnabled(false);
-    p.document->setPlainText(text);
-    p.document->setUndoRedoEnabled(true);
+    p.document = makeDocument();
+    p.document->setLoadedText(text);
     p.fillMs = double(timer.nsecsElapsed()) / 1e6;
-    p.lines = p.document->blockCount();
-
-    // The plain-text layout's first pass over the blocks, apart from the view's own.
-    timer.restart();
-    p.document->setDocumentLayout(new QPlainTextDocumentLayout(p.document.get()));
-    p.layoutMs = double(timer.nsecsElapsed()) / 1e6;
+    p.lines = p.document->lineCount();
 
     const double before = residentMegabytes();
     timer.restart();
     p.controller = BenchSupport::makeEditorController();
-    p.controller->setupInitialTextViewSharedStateWithTextStorage(p.document.get());
+    p.controller->setupInitialTextViewSharedStateWithDocument(p.document.get());
     p.view()->setInvisibleCharacters(true);
     p.view()->resize(1000, 800);
     p.attachMs = double(timer.nsecsElapsed()) / 1e6;
@@ -179,27 +184,22 @@ void reportPercentiles(benchmark::State& state, std::vector<double> ms)
     state.counters["max_ms"] = ms.back();
 }
 
-/// The other order: the pane is built on the empty document, then the text is filled in.
-/// QPlainTextEdit::setDocument lays out afresh every block it finds (making a QTextLayout
-/// for each); on an empty document that is nothing, and the fill's own notice only clears
-/// layouts that do not exist yet.
+/// The other order: the pane is built on the empty document, then the text is filled in, so
+/// the view meets the whole text through the fill's change instead of when it attaches.
 void BM_FillAfterAttach(benchmark::State& state)
 {
     const QString text = generateCText(kTextSize);
     for (auto _ : state) {
-        QTextDocument document;
-        document.setDocumentLayout(new QPlainTextDocumentLayout(&document));
+        const auto document = makeDocument();
         const double before = residentMegabytes();
         QElapsedTimer timer;
         timer.start();
         const auto controller = BenchSupport::makeEditorController();
-        controller->setupInitialTextViewSharedStateWithTextStorage(&document);
+        controller->setupInitialTextViewSharedStateWithDocument(document.get());
         controller->textView()->resize(1000, 800);
         const double attach = double(timer.nsecsElapsed()) / 1e6;
         timer.restart();
-        document.setUndoRedoEnabled(false);
-        document.setPlainText(text);
-        document.setUndoRedoEnabled(true);
+        document->setLoadedText(text);
         const double fill = double(timer.nsecsElapsed()) / 1e6;
         timer.restart();
         const QPixmap first = controller->textView()->grab();
@@ -209,7 +209,7 @@ void BM_FillAfterAttach(benchmark::State& state)
         state.counters["fill_ms"] = fill;
         state.counters["first_paint_ms"] = paint;
         state.counters["rss_mb"] = residentMegabytes() - before;
-        state.counters["lines"] = document.blockCount();
+        state.counters["lines"] = double(document->lineCount());
     }
 }
 BENCHMARK(BM_FillAfterAttach)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
@@ -218,13 +218,12 @@ void BM_OpenLargeText(benchmark::State& state)
 {
     for (auto _ : state) {
         Pane& p = pane();
-        state.SetIterationTime((p.fillMs + p.layoutMs + p.attachMs + p.firstPaintMs) / 1000);
+        state.SetIterationTime((p.fillMs + p.attachMs + p.firstPaintMs) / 1000);
     }
     const Pane& p = pane();
     state.counters["lines"] = double(p.lines);
-    state.counters["chars"] = double(p.document->characterCount());
+    state.counters["chars"] = double(p.document->length());
     state.counters["fill_ms"] = p.fillMs;
-    state.counters["layout_ms"] = p.layoutMs;
     state.counters["attach_ms"] = p.attachMs;
     state.counters["attach_rss_mb"] = p.attachMegabytes;
     state.counters["rss_mb"] = residentMegabytes();
@@ -242,10 +241,7 @@ std::vector<double> typeInTheMiddle(Pane& p, int keystrokes, int firstLine)
     QElapsedTimer timer;
     for (int i = 0; i < keystrokes; ++i) {
         if (i % 20 == 0) {
-            const QTextBlock block = p.document->findBlockByNumber(firstLine + i / 20);
-            QTextCursor cursor(block);
-            cursor.setPosition(block.position() + std::min(8, block.length() - 1));
-            p.view()->setTextCursor(cursor);
+            placeNearLineStart(p.view(), *p.document, firstLine + i / 20);
             if (i == 0) {
                 p.view()->centerCursor();
             }
@@ -300,7 +296,7 @@ std::pair<qsizetype, double> colourWholeText(Pane& p)
     if (done.first >= 0) {
         return done;
     }
-    const QString text = p.document->toRawText();
+    const QString text = p.document->storedText();
     const QRgb colors[] = {qRgb(128, 0, 128), qRgb(0, 128, 0), qRgb(200, 30, 30)};
     std::vector<ColorStore::Run> runs;
     for (qsizetype i = 0; i < text.size();) {
@@ -414,8 +410,8 @@ void BM_ToggleWrapLines(benchmark::State& state)
 }
 BENCHMARK(BM_ToggleWrapLines)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
 
-/// Widening and narrowing the pane, each until it has repainted. QPlainTextEdit lays every
-/// block out again at each change of width, wrapped or not.
+/// Widening and narrowing the pane, each until it has repainted: whatever a change of width
+/// lays out again, wrapped or not.
 void BM_ResizeWidth(benchmark::State& state)
 {
     Pane& p = pane();
@@ -510,7 +506,7 @@ ColouredWindow& colouredWindow()
         QCoreApplication::processEvents();
     }
     w.allColouredMs = double(timer.nsecsElapsed()) / 1e6;
-    w.lines = w.document->textStorage()->blockCount();
+    w.lines = w.document->lineCount();
     return w;
 }
 
@@ -539,7 +535,6 @@ BENCHMARK(BM_WindowOpenAndColour)->Iterations(1)->UseManualTime()->Unit(benchmar
 void BM_WindowTypeInTheMiddleColoured(benchmark::State& state)
 {
     ColouredWindow& w = colouredWindow();
-    QTextDocument* document = w.document->textStorage();
     std::vector<double> all;
     std::vector<double> cpu;
     QElapsedTimer timer;
@@ -548,10 +543,7 @@ void BM_WindowTypeInTheMiddleColoured(benchmark::State& state)
         std::vector<double> ms;
         for (int i = 0; i < 200; ++i) {
             if (i % 20 == 0) {
-                const QTextBlock block = document->findBlockByNumber(firstLine + i / 20);
-                QTextCursor cursor(block);
-                cursor.setPosition(block.position() + std::min(8, block.length() - 1));
-                w.view()->setTextCursor(cursor);
+                placeNearLineStart(w.view(), *w.document, firstLine + i / 20);
                 if (i == 0) {
                     w.view()->centerCursor();
                 }
@@ -634,10 +626,7 @@ double typeUntilRepainted(ColouredWindow& w, QChar c)
 /// and waits until the editor is idle.
 void placeInsertionPoint(ColouredWindow& w, int line)
 {
-    const QTextBlock block = w.document->textStorage()->findBlockByNumber(line);
-    QTextCursor cursor(block);
-    cursor.setPosition(block.position() + std::min(8, block.length() - 1));
-    w.view()->setTextCursor(cursor);
+    placeNearLineStart(w.view(), *w.document, line);
     w.view()->centerCursor();
     BenchSupport::waitUntilIdle();
 }

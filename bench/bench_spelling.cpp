@@ -19,8 +19,6 @@
 #include <QKeyEvent>
 #include <QScrollBar>
 #include <QTest>
-#include <QTextBlock>
-#include <QTextDocument>
 #include <QWindow>
 
 #include <benchmark/benchmark.h>
@@ -44,10 +42,7 @@ struct Window {
     SpellCheckingController* checker() const { return SpellCheckingController::of(view()); }
     qsizetype marks() const
     {
-        return view()
-            ->layoutManager()
-            ->misspelledWords({0, document->textStorage()->characterCount()})
-            .size();
+        return view()->layoutManager()->misspelledWords({0, document->length()}).size();
     }
 };
 
@@ -71,10 +66,8 @@ Window& window()
                                                    QStringLiteral("SpellCheckLanguage"));
     w.document = new Document(EncodingManager::sharedEncodingManager(),
                               Preferences::sharedPreferences().values().document);
-    w.document->textStorage()->setUndoRedoEnabled(false);
-    w.document->textStorage()->setPlainText(text);
-    w.document->textStorage()->setUndoRedoEnabled(true);
-    w.lines = w.document->textStorage()->blockCount();
+    w.document->setLoadedText(text);
+    w.lines = w.document->lineCount();
     w.controller = new WindowController(w.document);
     w.controller->windowDidLoad();
     w.controller->window()->resize(1000, 800);
@@ -87,9 +80,8 @@ Window& window()
 
 void moveToLine(Window& w, int line)
 {
-    const QTextBlock block = w.document->textStorage()->findBlockByNumber(line);
-    QTextCursor cursor(block);
-    w.view()->setTextCursor(cursor);
+    const qsizetype start = w.document->rangeOfLine(line).location;
+    w.view()->setSelection(start, start);
     w.view()->centerCursor();
     // The layout follows the jump before the check looks at what is shown.
     QCoreApplication::processEvents();

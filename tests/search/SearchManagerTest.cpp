@@ -4,7 +4,6 @@
 #include "editor/UndoActionNames.h"
 
 #include <QScrollBar>
-#include <QTextBlock>
 
 #include <gtest/gtest.h>
 
@@ -31,7 +30,7 @@ using EditorTest::Pane;
 /// The characters carrying the background layer, as one string of '#' and '.'.
 QString painted(const Pane& pane)
 {
-    QString marks(pane.document.characterCount() - 1, u'.');
+    QString marks(pane.owner.length(), u'.');
     for (const ColorStore::Run& run :
          pane.layoutManager()->backgroundHighlights({0, marks.size()})) {
         for (qsizetype i = run.location; i < run.location + run.length; ++i) {
@@ -129,27 +128,27 @@ TEST(SearchManager, ReplacingIsOneUndoableStepEach)
     SearchManager& search = engine(QStringLiteral("abc"), QStringLiteral("Z"));
     // Nothing is replaced while nothing is highlighted.
     search.replacingAllStringWithLayoutManager(pane.layoutManager());
-    EXPECT_EQ(pane.document.toPlainText(), text);
+    EXPECT_EQ(pane.owner.storedText(), text);
 
     search.findStringWithLayoutManager(pane.layoutManager());
     search.replacingAllStringWithLayoutManager(pane.layoutManager());
-    EXPECT_EQ(pane.document.toPlainText(), "Z.......Z.......Z.......");
+    EXPECT_EQ(pane.owner.storedText(), "Z.......Z.......Z.......");
     EXPECT_FALSE(search.backgroundHighlight());
-    UndoActionNames* names = UndoActionNames::of(&pane.document);
+    UndoActionNames* names = UndoActionNames::of(&pane.owner);
     EXPECT_EQ(names->undoActionName(), "Replace All");
     pane.view()->undo();
-    EXPECT_EQ(pane.document.toPlainText(), text);
+    EXPECT_EQ(pane.owner.storedText(), text);
     EXPECT_EQ(names->redoActionName(), "Replace All");
     pane.view()->redo();
     pane.view()->undo();
-    EXPECT_EQ(pane.document.toPlainText(), text);
+    EXPECT_EQ(pane.owner.storedText(), text);
 
     // Overlapping occurrences: the one that overlaps a replaced one is left out.
     Pane overlapping(QStringLiteral("aaaa"));
     engine(QStringLiteral("aa"), QStringLiteral("b"))
         .findStringWithLayoutManager(overlapping.layoutManager());
     search.replacingAllStringWithLayoutManager(overlapping.layoutManager());
-    EXPECT_EQ(overlapping.document.toPlainText(), "bb");
+    EXPECT_EQ(overlapping.owner.storedText(), "bb");
 
     // Replace one: the selection, whatever it holds, becomes the replacement, selected; the
     // label is empty without "replace and find next", the new count with it.
@@ -158,7 +157,7 @@ TEST(SearchManager, ReplacingIsOneUndoableStepEach)
         .findStringWithLayoutManager(pane.layoutManager());
     EXPECT_EQ(pane.selection(), Range(10, 3));
     EXPECT_EQ(search.replaceStringWithLayoutManager(pane.layoutManager()), "");
-    EXPECT_EQ(pane.document.toPlainText(), "abc.......XY.......abc.......");
+    EXPECT_EQ(pane.owner.storedText(), "abc.......XY.......abc.......");
     EXPECT_EQ(pane.selection(), Range(10, 2));
     EXPECT_EQ(names->undoActionName(), "Replace");
     search.setReplaceAndFindNext(true);
@@ -167,7 +166,7 @@ TEST(SearchManager, ReplacingIsOneUndoableStepEach)
     EXPECT_EQ(pane.selection(), Range(19, 3));
     pane.view()->undo();
     pane.view()->undo();
-    EXPECT_EQ(pane.document.toPlainText(), text);
+    EXPECT_EQ(pane.owner.storedText(), text);
 
     // In regular-expression mode the replacement is inserted as it stands.
     Pane pattern(QStringLiteral("key=value"));
@@ -176,7 +175,7 @@ TEST(SearchManager, ReplacingIsOneUndoableStepEach)
     EXPECT_EQ(search.findStringWithLayoutManager(pattern.layoutManager()),
               "ICU-comaptible : 1 Matches");
     EXPECT_EQ(search.replaceStringWithLayoutManager(pattern.layoutManager()), "ICU-comaptible :");
-    EXPECT_EQ(pattern.document.toPlainText(), "key=$1");
+    EXPECT_EQ(pattern.owner.storedText(), "key=$1");
 }
 
 TEST(SearchManager, GoToPaintsAndStepsThroughTheNamedLines)
@@ -188,8 +187,9 @@ TEST(SearchManager, GoToPaintsAndStepsThroughTheNamedLines)
     Pane pane(text);
     SearchManager& search = engine();
     const auto lineRange = [&](int line) {
-        const QTextBlock block = pane.document.findBlockByNumber(line - 1);
-        return Range(block.position(), block.length());
+        // With its line break.
+        const Range characters = pane.owner.rangeOfLine(line - 1);
+        return Range(characters.location, characters.length + 1);
     };
     const auto paintedRuns = [&] {
         return pane.layoutManager()->backgroundHighlights({0, text.size()});

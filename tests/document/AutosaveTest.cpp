@@ -10,8 +10,6 @@
 #include <QDir>
 #include <QFile>
 #include <QTest>
-#include <QTextCursor>
-#include <QTextDocument>
 #include <QTimer>
 
 #include <gtest/gtest.h>
@@ -20,9 +18,7 @@ namespace {
 
 void type(Document* document, const QString& text)
 {
-    QTextCursor cursor(document->textStorage());
-    cursor.movePosition(QTextCursor::End);
-    cursor.insertText(text);
+    document->replaceRanges({{document->length(), 0}}, text, QStringLiteral("Typing"));
 }
 
 } // namespace
@@ -100,7 +96,7 @@ TEST(Autosave, ACopyIsWrittenByAWorkerWhileTheUserTypesOn)
                     .arg(i % 7000 == 5 ? QStringLiteral("\u2029") : QString());
     }
     document.setTextStorage(text);
-    document.textStorage()->setModified(true);
+    document.setDocumentEdited(true);
     ASSERT_FALSE(document.characterStandIns().isEmpty());
     const auto copyOf = [&] {
         const QString copy = store.copyFile(&document);
@@ -113,11 +109,11 @@ TEST(Autosave, ACopyIsWrittenByAWorkerWhileTheUserTypesOn)
     const QString asked = document.string();
     store.startCopy(&document);
     EXPECT_TRUE(store.isCopying(&document));
-    QTextCursor cursor(document.textStorage());
-    cursor.setPosition(int(text.size() - 100));
+    const qsizetype typedAt = document.length() - 100;
     int keys = 0;
     while (store.isCopying(&document)) {
-        cursor.insertText(QStringLiteral("k"));
+        document.replaceRanges({{typedAt + keys, 0}}, QStringLiteral("k"),
+                               QStringLiteral("Typing"));
         ++keys;
         QTest::qWait(2);
     }
@@ -127,9 +123,10 @@ TEST(Autosave, ACopyIsWrittenByAWorkerWhileTheUserTypesOn)
     EXPECT_TRUE(document.isDocumentEdited());
 
     // Saved before the copy is written: no copy stays.
-    cursor.insertText(QStringLiteral("saved"));
+    document.replaceRanges({{typedAt + keys, 0}}, QStringLiteral("saved"),
+                           QStringLiteral("Typing"));
     store.startCopy(&document);
-    document.textStorage()->setModified(false);
+    document.setDocumentEdited(false);
     EXPECT_FALSE(store.isCopying(&document));
     QTest::qWait(200);
     EXPECT_TRUE(QDir(store.folder()).entryList({"*.copy"}, QDir::Files).isEmpty());

@@ -1,14 +1,12 @@
 #include "document/Document.h"
 
 #include "TestSupport.h"
-#include "document/TextMirror.h"
 #include "platform/ExtendedAttributes.h"
 #include "platform/TextCodec.h"
 
 #include <QDir>
 #include <QFile>
 #include <QTest>
-#include <QTextDocument>
 
 #include <gtest/gtest.h>
 
@@ -50,7 +48,7 @@ TEST(Document, EncodingChoiceFollowsHowTheReadStarted)
     EXPECT_EQ(detected.documentEncoding(), kUTF8);
     EXPECT_EQ(detected.string(), QStringLiteral("caf\u00e9\n"));
     EXPECT_FALSE(detected.isDocumentEdited());
-    EXPECT_FALSE(detected.textStorage()->isUndoAvailable());
+    EXPECT_FALSE(detected.canUndo());
 
     // A revert without an attribute keeps the current encoding instead of detecting.
     detected.setDocumentEncoding(kLatin1);
@@ -160,7 +158,7 @@ TEST(Document, FailedSavesLeaveTheFileAndTheDocumentAsTheyWere)
     EXPECT_TRUE(document.isDocumentEdited());
 
     // The undoable replacement restores the text on undo.
-    document.textStorage()->undo();
+    document.undo();
     EXPECT_EQ(document.string(), "old bytes\n");
 }
 
@@ -224,7 +222,7 @@ TEST(Document, ReplacingRangesIsOneNamedUndoStep)
     EXPECT_EQ(document.storedText(), QStringLiteral("one 2\nthree 2 2"));
     EXPECT_NE(document.revision(), revision);
     EXPECT_EQ(steps, QStringList({QStringLiteral("Replace All"), QStringLiteral(".")}));
-    document.textStorage()->undo();
+    document.undo();
     EXPECT_EQ(document.storedText(), text);
     EXPECT_FALSE(document.canUndo());
 }
@@ -246,7 +244,7 @@ TEST(Document, LargeFilesGoInPieceByPieceAndAreWholeForEveryReader)
                      [&](bool loading) { changes << loading; });
     ASSERT_TRUE(document.readFromURL(file, QString()));
     EXPECT_TRUE(document.isLoading());
-    EXPECT_LT(document.textStorage()->characterCount(), expected.size());
+    EXPECT_LT(document.length(), expected.size());
     // Saving or copying while the end is still going in sees the whole text.
     EXPECT_EQ(document.string(), expected);
     const QString copy = dir + "/copy.txt";
@@ -255,18 +253,15 @@ TEST(Document, LargeFilesGoInPieceByPieceAndAreWholeForEveryReader)
 
     ASSERT_TRUE(QTest::qWaitFor([&] { return !document.isLoading(); }, 10000));
     EXPECT_EQ(changes, QList<bool>({true, false}));
-    EXPECT_EQ(document.textStorage()->toPlainText(), expected);
-    // The plain copy that colouring and completion read took each piece as it came.
-    TextMirror* mirror = TextMirror::mirrorOfDocument(document.textStorage());
-    EXPECT_EQ(mirror->snapshot().string(), expected);
+    EXPECT_EQ(document.storedText(), expected);
     EXPECT_FALSE(document.isDocumentEdited());
-    EXPECT_FALSE(document.textStorage()->isUndoAvailable());
+    EXPECT_FALSE(document.canUndo());
 
     // Reading again while loading starts over with the new contents.
     ASSERT_TRUE(document.revertToContentsOfURL(file, QString()));
     document.finishLoading();
     EXPECT_FALSE(document.isLoading());
-    EXPECT_EQ(document.textStorage()->toPlainText(), expected);
+    EXPECT_EQ(document.storedText(), expected);
 }
 
 TEST(Document, OtherEncodingsAreDetectedSavedByteForByteAndNamedByTheAttribute)

@@ -6,8 +6,6 @@
 #include "platform/TextCodec.h"
 
 #include <QFile>
-#include <QTextCursor>
-#include <QTextDocument>
 
 #include <gtest/gtest.h>
 
@@ -29,11 +27,9 @@ QString copyOf(const char* name)
                                   TestSupport::readFile(fixture(name)));
 }
 
-void insertAt(Document& document, int position, const QString& text)
+void insertAt(Document& document, qsizetype position, const QString& text)
 {
-    QTextCursor cursor(document.textStorage());
-    cursor.setPosition(position);
-    cursor.insertText(text);
+    document.replaceRanges({{position, 0}}, text, QStringLiteral("Typing"));
 }
 
 } // namespace
@@ -42,7 +38,7 @@ TEST(FileContents, EveryCharacterButLineBreaksComesBackByteForByte)
 {
     const struct {
         const char* file;
-        qsizetype lines; // blocks of the text storage
+        qsizetype lines; // lines of the text
     } cases[] = {
         {"paragraph-separator.txt", 2},
         {"separators-crlf.txt", 3},
@@ -54,8 +50,8 @@ TEST(FileContents, EveryCharacterButLineBreaksComesBackByteForByte)
         TestDocument document;
         ASSERT_TRUE(document.readFromURL(path, QString()));
         ASSERT_EQ(document.documentEncoding(), kUTF8);
-        // U+2029 and QTextDocument's frame marks end no line; string() gives them back.
-        EXPECT_EQ(document.textStorage()->blockCount(), c.lines);
+        // U+2029 and the other separators end no line; string() gives them back.
+        EXPECT_EQ(document.lineCount(), c.lines);
         QString expected = QString::fromUtf8(bytes);
         expected.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
         EXPECT_EQ(document.string(), expected);
@@ -178,23 +174,26 @@ TEST(FileContents, ReopeningInAnotherEncodingIsOneUndoableStep)
     EXPECT_EQ(document.string(), QStringLiteral("caf\u00c8\n"));
     EXPECT_EQ(document.documentEncoding(), kMacRoman);
     EXPECT_FALSE(document.isDocumentEdited());
-    document.textStorage()->undo();
+    document.undo();
     EXPECT_EQ(document.string(), QStringLiteral("caf\u00e9\nau lait\n"));
     EXPECT_EQ(document.documentEncoding(), detected);
     EXPECT_TRUE(document.isDocumentEdited());
-    document.textStorage()->redo();
+    document.redo();
     EXPECT_EQ(document.string(), QStringLiteral("caf\u00c8\n"));
     EXPECT_EQ(document.documentEncoding(), kMacRoman);
     EXPECT_FALSE(document.isDocumentEdited());
 
-    // Bytes that do not decode in the encoding: nothing changes, and the error says why.
-    const int undoSteps = document.textStorage()->availableUndoSteps();
+    // Bytes that do not decode in the encoding: nothing changes, no undo step either, and the
+    // error says why.
     QString error;
     EXPECT_FALSE(document.rereadWithEncoding(kUTF8, &error));
     EXPECT_TRUE(error.contains(QStringLiteral("cafe.txt"))) << error.toStdString();
     EXPECT_EQ(document.string(), QStringLiteral("caf\u00c8\n"));
     EXPECT_EQ(document.documentEncoding(), kMacRoman);
-    EXPECT_EQ(document.textStorage()->availableUndoSteps(), undoSteps);
+    document.undo();
+    EXPECT_EQ(document.string(), QStringLiteral("caf\u00e9\nau lait\n"));
+    document.redo();
+    EXPECT_FALSE(document.canRedo());
 
     // The encoding reopened in is the one saved in.
     ASSERT_TRUE(document.rereadWithEncoding(kLatin1));

@@ -13,7 +13,6 @@
 #include <QProcess>
 #include <QScopeGuard>
 #include <QSignalSpy>
-#include <QTextDocument>
 
 #include <gtest/gtest.h>
 

@@ -15,7 +15,6 @@
 #include <QProcess>
 #include <QRandomGenerator>
 #include <QRegularExpression>
-#include <QTextDocument>
 #include <QThread>
 
 #include <gtest/gtest.h>

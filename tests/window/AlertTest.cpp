@@ -9,8 +9,6 @@
 
 #include <QMessageBox>
 #include <QTest>
-#include <QTextCursor>
-#include <QTextDocument>
 
 #include <gtest/gtest.h>
 
@@ -28,7 +26,7 @@ TEST(Alerts, AskTheirQuestionInTheirBody)
     Document* document = controller.openDocumentWithContentsOfURL(
         TestSupport::writeFile(dir + "/notes.txt", "saved\n"));
     ASSERT_NE(document, nullptr);
-    QTextCursor(document->textStorage()).insertText(QString(5000, u'x'));
+    document->replaceRanges({{0, 0}}, QString(5000, u'x'), QStringLiteral("Typing"));
     WindowController* window = controller.windowControllerOf(document);
     ASSERT_NE(window, nullptr);
 

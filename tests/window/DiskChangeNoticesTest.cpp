@@ -11,8 +11,6 @@
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
-#include <QTextBlock>
-#include <QTextDocument>
 
 #include <gtest/gtest.h>
 
@@ -50,11 +48,14 @@ struct OpenWindow : OpenedFile {
         }
         ADD_FAILURE() << "no button " << title.toStdString();
     }
-    std::pair<int, int> caret() const
+    /// The caret's line and its place in the line.
+    std::pair<qsizetype, qsizetype> caret() const
     {
-        const QTextCursor cursor = view()->textCursor();
-        return {cursor.blockNumber(), cursor.positionInBlock()};
+        const qsizetype position = view()->cursorPosition();
+        const qsizetype line = document->lineOfPosition(position);
+        return {line, position - document->rangeOfLine(line).location};
     }
+    void moveToEnd() const { view()->setSelection(document->length(), document->length()); }
 };
 
 QByteArray numberedLines(int count, const QByteArray& extra)
@@ -75,9 +76,8 @@ TEST(DiskChangeNotices, AnUnmodifiedDocumentFollowsItsFileAndKeepsItsPlace)
     OpenWindow window(path, kWindowsLatin1);
     ASSERT_NE(window.controller, nullptr);
     window.controller->window()->resize(600, 400);
-    QTextCursor cursor(window.document->textStorage()->findBlockByNumber(150));
-    cursor.movePosition(QTextCursor::Right, QTextCursor::MoveAnchor, 4);
-    window.view()->setTextCursor(cursor);
+    const qsizetype place = window.document->rangeOfLine(150).location + 4;
+    window.view()->setSelection(place, place);
     window.view()->verticalScrollBar()->setValue(120);
 
     // Written in place (in one write, over the whole of it), then replaced by renaming a new
@@ -87,7 +87,7 @@ TEST(DiskChangeNotices, AnUnmodifiedDocumentFollowsItsFileAndKeepsItsPlace)
            dd if="$1.new" of="$1" bs=1M conv=notrunc status=none)",
         R"(sed 's/caf/Caf/' "$1" > "$1.new" && mv "$1.new" "$1")",
     };
-    const std::pair<int, int> caret = window.caret();
+    const auto caret = window.caret();
     for (const char* change : changes) {
         const QString before = window.document->string();
         anotherProgram(change, path);
@@ -102,7 +102,7 @@ TEST(DiskChangeNotices, AnUnmodifiedDocumentFollowsItsFileAndKeepsItsPlace)
     }
     EXPECT_TRUE(window.document->string().contains("line 150 Caf\u00e9\n"));
     // One step that undo takes back.
-    EXPECT_EQ(UndoActionNames::of(window.document->textStorage())->undoActionName(), "Reload");
+    EXPECT_EQ(UndoActionNames::of(window.document.data())->undoActionName(), "Reload");
 
     // The editor's own saves are no change to the file: typed after a save, the text stays the
     // user's and no bar comes, once the events of the save are seen.
@@ -125,7 +125,7 @@ TEST(DiskChangeNotices, AModifiedDocumentOffersReloadKeepAndCompareAndLosesNothi
         TestSupport::writeFile(TestSupport::makeTempDir() + "/plan.txt", "first\nshared\n");
     OpenWindow window(path);
     ASSERT_NE(window.controller, nullptr);
-    window.view()->moveCursor(QTextCursor::End);
+    window.moveToEnd();
     QTest::keyClicks(window.view(), "mine");
     const QString mine = window.document->string();
 
@@ -206,7 +206,7 @@ TEST(DiskChangeNotices, ADeletedOrRenamedFileIsSaidAndWrittenAgainBySave)
     // Removed again, and edited meanwhile: Save writes the user's text.
     anotherProgram(R"(rm "$1")", path);
     QTRY_VERIFY(window.bar() != nullptr);
-    window.view()->moveCursor(QTextCursor::End);
+    window.moveToEnd();
     QTest::keyClicks(window.view(), "butter");
     QTest::keyClick(window.view(), Qt::Key_Return);
     ASSERT_TRUE(DocumentController::sharedDocumentController().saveDocument(window.document));

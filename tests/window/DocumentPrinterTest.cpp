@@ -1,13 +1,11 @@
 // What a printed document looks like on paper, through its PDF export.
 #include "window/DocumentPrinter.h"
 
-#include "TestSupport.h"
+#include "TestWindow.h"
 #include "document/Document.h"
 
 #include <QDir>
-#include <QFont>
 #include <QRegularExpression>
-#include <QTextDocument>
 
 #include <gtest/gtest.h>
 
@@ -29,19 +27,16 @@ TEST(DocumentPrinter, PdfExportReplacesAnOlderFileOnlyWhenItSucceeds)
 
 TEST(DocumentPrinter, TheTextHasTheSizeOfItsFontInPoints)
 {
-    TestDocument document;
     QString text;
     for (int line = 1; line <= 200; ++line) {
         text += QStringLiteral("line %1\n").arg(line);
     }
-    document.setTextStorage(text);
-    // As the text view sets it: sizes in points are pixels on screen.
-    QFont font(QStringLiteral("Monospace"));
-    font.setPixelSize(12);
-    document.textStorage()->setDefaultFont(font);
+    // In the font its window shows it in, 12 points by default: sizes in points are pixels on
+    // screen.
+    TestWindow window(text);
 
     const QString pdf = TestSupport::makeTempDir() + "/lines.pdf";
-    ASSERT_TRUE(DocumentPrinter::exportAsPDFTo(document, pdf));
+    ASSERT_TRUE(DocumentPrinter::exportAsPDFTo(*window.document, pdf));
     const QByteArray bytes = TestSupport::readFile(pdf);
     const qsizetype pages =
         QString::fromLatin1(bytes).count(QRegularExpression(QStringLiteral("/Type\\s*/Page\\b")));

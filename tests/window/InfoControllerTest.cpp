@@ -6,7 +6,6 @@
 #include <QDateTime>
 #include <QFile>
 #include <QLabel>
-#include <QTextDocument>
 
 #include <gtest/gtest.h>
 

@@ -209,7 +209,7 @@ TEST(MenuBar, DuplicateOpensAnUntitledCopyInItsOwnWindow)
     Document* copy = documents.documents().back();
     EXPECT_EQ(copy->string(), original->string());
     EXPECT_TRUE(copy->fileURL().isEmpty());
-    EXPECT_FALSE(copy->textStorage()->isUndoAvailable());
+    EXPECT_FALSE(copy->canUndo());
     EXPECT_EQ(copy->documentEncoding(), original->documentEncoding());
     EXPECT_EQ(copy->documentLineBreaks(), 2);
     // Kept nowhere yet: closing it asks first.

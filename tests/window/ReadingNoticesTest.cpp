@@ -8,7 +8,6 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTest>
-#include <QTextDocument>
 #include <QTimer>
 
 #include <gtest/gtest.h>
@@ -66,7 +65,7 @@ TEST(ReadingNotices, AFileThatIsNotTextIsReadOnlyUntilEditAnyway)
     QTest::mouseClick(editAnyway, Qt::LeftButton);
     EXPECT_TRUE(window.bars().isEmpty());
     EXPECT_FALSE(view->isReadOnly());
-    view->moveCursor(QTextCursor::Start);
+    view->setSelection(0, 0);
     QTest::keyClicks(view, "Z");
     EXPECT_TRUE(window.document->isDocumentEdited());
     ASSERT_TRUE(DocumentController::sharedDocumentController().saveDocument(window.document));
@@ -112,7 +111,7 @@ TEST(ReadingNotices, ReopeningInAnotherEncodingCanBeUndone)
     ASSERT_EQ(window.document->string(), QStringLiteral("Grüße\n"));
     const quint64 detected = window.document->documentEncoding();
 
-    view->moveCursor(QTextCursor::End);
+    view->setSelection(window.document->length(), window.document->length());
     QTest::keyClicks(view, "und Kuesse");
     ASSERT_TRUE(window.controller->window()->isWindowModified());
 

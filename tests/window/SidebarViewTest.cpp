@@ -183,9 +183,9 @@ TEST(SidebarView, SearchPaneAndFindCommands)
     // The Find menu acts on the text.
     view->setSelectedRange({0, 0});
     window.action("findMenu", "Find Next")->trigger();
-    EXPECT_EQ(view->textCursor().selectionStart(), 8);
+    EXPECT_EQ(view->selectedRange().location, 8);
     window.action("findMenu", "Find Previous")->trigger();
-    EXPECT_EQ(view->textCursor().selectionStart(), 0);
+    EXPECT_EQ(view->selectedRange().location, 0);
 
     // A second window's pane shows the strings of the first; a recent string goes into the
     // field without searching.
@@ -205,7 +205,7 @@ TEST(SidebarView, SearchPaneAndFindCommands)
     third.action("findMenu", "Use Selection for Find")->trigger();
     EXPECT_TRUE(third.controller->isSidebarView());
     EXPECT_EQ(third.sidebar()->searchController()->searchField()->text(), "beta");
-    EXPECT_EQ(third.view()->textCursor().selectedText(), "beta");
+    EXPECT_EQ(third.view()->selectedText(), "beta");
     resetEngine();
 }
 
@@ -227,14 +227,14 @@ TEST(SidebarView, UndoOfReplaceAllRestoresTheTextAndTakesTheHighlightAway)
     EXPECT_TRUE(layout->hasBackgroundHighlights());
 
     QTest::keyClick(pane->replaceFeild(), Qt::Key_Return);
-    EXPECT_EQ(window.document->textStorage()->toPlainText(), "1 two 1 three 1\nfour 1");
+    EXPECT_EQ(window.document->storedText(), "1 two 1 three 1\nfour 1");
     EXPECT_EQ(pane->findLabel()->text(), "Find String :");
 
     QMenu* edit = window.menu->menuNamed("editMenu");
     QMetaObject::invokeMethod(edit, "aboutToShow");
     EXPECT_EQ(edit->actions().first()->text(), "Undo Replace All");
     edit->actions().first()->trigger();
-    EXPECT_EQ(window.document->textStorage()->toPlainText(), text);
+    EXPECT_EQ(window.document->storedText(), text);
     QMetaObject::invokeMethod(edit, "aboutToShow");
     EXPECT_EQ(edit->actions().at(1)->text(), "Redo Replace All");
     EXPECT_FALSE(layout->hasBackgroundHighlights());
@@ -286,7 +286,7 @@ TEST(SidebarView, TheHighlightedStateFollowsWhatTheWindowShows)
         EXPECT_FALSE(layout->hasBackgroundHighlights());
         EXPECT_FALSE(engine.backgroundHighlight());
         QTest::keyClick(pane->replaceFeild(), Qt::Key_Return);
-        EXPECT_EQ(window.document->textStorage()->toPlainText(), text);
+        EXPECT_EQ(window.document->storedText(), text);
     }
 
     // Find Next after a go-to paints the matches again over the line gone to. What is found,
@@ -316,7 +316,7 @@ TEST(SidebarView, TheHighlightedStateFollowsWhatTheWindowShows)
     window.action("viewMenu", "Wrap Lines")->trigger();
     EXPECT_TRUE(engine.backgroundHighlight());
     QTest::keyClick(otherPane->replaceFeild(), Qt::Key_Return);
-    EXPECT_EQ(other.document->textStorage()->toPlainText().count(u'X'), 1);
+    EXPECT_EQ(other.document->storedText().count(u'X'), 1);
 
     // In an empty document there is no line to go to: nothing happens.
     Window empty;
@@ -367,7 +367,7 @@ TEST(SidebarView, EverySearchPaneShowsTheEnginesOptions)
     click(two->wholeWordCheckButton());
     EXPECT_TRUE(one->wholeWordCheckButton()->isChecked());
     EXPECT_TRUE(UserDefaults::standardUserDefaults().boolForKey("SearchWholeWord"));
-    first.document->textStorage()->setPlainText(QStringLiteral("cat concat cat_ cat"));
+    first.document->setLoadedText(QStringLiteral("cat concat cat_ cat"));
     QTest::keyClicks(one->searchField(), "cat");
     QTest::keyClicks(one->replaceFeild(), "dog");
     QTest::keyClick(one->searchField(), Qt::Key_Return);

@@ -1,10 +1,10 @@
 #include "TestWindow.h"
 #include "editor/LayoutManager.h"
 #include "editor/SpellCheckingController.h"
+#include "editor/TextColorLayers.h"
 #include "platform/UserDefaults.h"
 
 #include <QScrollBar>
-#include <QTextBlock>
 
 namespace {
 
@@ -28,8 +28,17 @@ struct CheckedWindow : SpellingSettings, TestWindow {
     }
     QList<Range> marks() const
     {
-        return view()->layoutManager()->misspelledWords(
-            {0, document->textStorage()->characterCount()});
+        return view()->layoutManager()->misspelledWords({0, document->length()});
+    }
+    /// The foreground formats of `line` the pane lays over it.
+    QList<QTextLayout::FormatRange> formatsOfLine(qsizetype line) const
+    {
+        const Range range = document->rangeOfLine(line);
+        return view()
+            ->layoutManager()
+            ->colorLayers()
+            .lineFormats(range.location, range.length)
+            .foreground;
     }
 };
 
@@ -49,30 +58,23 @@ TEST(SpellChecking, MisspeltWordsAreUnderlinedAndCanBeReplaced)
     ASSERT_TRUE(window.controller->allowSpellChecking());
     TextView* view = window.view();
     QTRY_COMPARE_WITH_TIMEOUT(window.marks(), QList<Range>({{5, 8}}), 2000);
-    const QTextBlock first = window.document->textStorage()->firstBlock();
-    const auto formats = view->layoutManager()->formatsForBlock(first);
+    const auto formats = window.formatsOfLine(0);
     EXPECT_TRUE(isUnderlined(formats, 5, 8));
     EXPECT_FALSE(isUnderlined(formats, 0, 4));
-    const auto second = view->layoutManager()->formatsForBlock(first.next());
+    const auto second = window.formatsOfLine(1);
     EXPECT_TRUE(std::none_of(second.begin(), second.end(), [](const auto& range) {
         return range.format.underlineStyle() != QTextCharFormat::NoUnderline;
     }));
-    // What is painted carries the underline too.
-    QTRY_VERIFY_WITH_TIMEOUT(isUnderlined(first.layout()->formats(), 5, 8), 2000);
 
     // Typing a misspelling into the shown text marks it.
-    QTextCursor end(window.document->textStorage());
-    end.movePosition(QTextCursor::End);
-    view->setTextCursor(end);
+    view->setSelection(window.document->length(), window.document->length());
     QTest::keyClicks(view, " Nothnig");
     QTRY_COMPARE_WITH_TIMEOUT(window.marks().size(), 2, 2000);
 
     // The context menu offers the dictionary's guesses above its own items.
     QMenu menu;
     QAction* copy = menu.addAction(QStringLiteral("Copy"));
-    QTextCursor inWord(window.document->textStorage());
-    inWord.setPosition(7);
-    SpellCheckingController::addSpellingSuggestions(view, &menu, view->cursorRect(inWord).center());
+    SpellCheckingController::addSpellingSuggestions(view, &menu, view->rectForPosition(7).center());
     QAction* guess = nullptr;
     for (QAction* action : menu.actions()) {
         if (action->text() == u"sentence") {
@@ -82,17 +84,16 @@ TEST(SpellChecking, MisspeltWordsAreUnderlinedAndCanBeReplaced)
     ASSERT_NE(guess, nullptr);
     EXPECT_TRUE(menu.actions().indexOf(guess) < menu.actions().indexOf(copy));
     guess->trigger();
-    EXPECT_TRUE(window.document->textStorage()->toPlainText().startsWith("This sentence is"));
+    EXPECT_TRUE(window.document->storedText().startsWith("This sentence is"));
     QTRY_COMPARE_WITH_TIMEOUT(window.marks().size(), 1, 2000);
-    window.document->textStorage()->undo();
-    EXPECT_TRUE(window.document->textStorage()->toPlainText().startsWith("This sentance is"));
+    window.document->undo();
+    EXPECT_TRUE(window.document->storedText().startsWith("This sentance is"));
 
     // No guesses for a word spelt right.
     QMenu plain;
     plain.addAction(QStringLiteral("Copy"));
-    inWord.setPosition(1);
     SpellCheckingController::addSpellingSuggestions(view, &plain,
-                                                    view->cursorRect(inWord).center());
+                                                    view->rectForPosition(1).center());
     EXPECT_EQ(plain.actions().size(), 1);
 
     // The window's toggle turns it off and removes every mark.
@@ -116,7 +117,7 @@ TEST(SpellChecking, OnlyTheShownLinesAreChecked)
     // Scrolling to the end checks the lines that come into view.
     QScrollBar* bar = window.view()->verticalScrollBar();
     bar->setValue(bar->maximum());
-    const qsizetype last = window.document->textStorage()->characterCount() - 14;
+    const qsizetype last = window.document->length() - 13;
     QTRY_VERIFY_WITH_TIMEOUT(!window.view()->layoutManager()->misspelledWords({last, 12}).isEmpty(),
                              2000);
     EXPECT_LT(window.marks().size(), 2 * shown + 2);

@@ -20,7 +20,6 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QTest>
-#include <QTextDocument>
 
 #include <gtest/gtest.h>
 
@@ -183,8 +182,8 @@ TEST_F(TabWindowTest, DocumentsOpenAsTabsAndTheMenusActOnTheCurrentOne)
     EXPECT_EQ(c->string(), "jstext\n");
     EXPECT_EQ(a->string(), "text\n");
 
-    b->textStorage()->setModified(false);
-    c->textStorage()->setModified(false);
+    b->setDocumentEdited(false);
+    c->setDocumentEdited(false);
 }
 
 TEST_F(TabWindowTest, TabsAreReorderedMovedAndTornOffWithTheMouse)
@@ -258,7 +257,7 @@ TEST_F(TabWindowTest, ClosingTabsAsksAboutEachTabsChanges)
     TabWindow* tabs = windowOf(a)->tabWindow();
     activate(tabs);
     for (Document* document : {b, c, d}) {
-        document->textStorage()->setPlainText(QStringLiteral("changed\n"));
+        document->setTextStorage(QStringLiteral("changed\n"));
     }
 
     // Ctrl+W closes the current tab; Cancel keeps it, Don't Save closes it, file untouched.
@@ -297,7 +296,7 @@ TEST_F(TabWindowTest, ClosingTabsAsksAboutEachTabsChanges)
     EXPECT_EQ(TestSupport::readFile(_dir + "/c.txt"), original);
     EXPECT_EQ(TestSupport::readFile(_dir + "/d.txt"), original);
     EXPECT_EQ(d->string(), "changed\n");
-    d->textStorage()->setModified(false);
+    d->setDocumentEdited(false);
 }
 
 TEST_F(TabWindowTest, TabsComeBackInTheirWindowsInOrderWithTheCurrentTab)

@@ -13,7 +13,6 @@
 #include <QMenu>
 #include <QPointer>
 #include <QTest>
-#include <QTextDocument>
 
 #include <gtest/gtest.h>
 
@@ -30,7 +29,7 @@ struct TestWindow {
     {
         document->setWindowIdentifier(identifier);
         if (!text.isEmpty()) {
-            document->textStorage()->setPlainText(text);
+            document->setLoadedText(text);
         }
         controller = new WindowController(document);
         controller->windowDidLoad();

@@ -80,7 +80,8 @@ TEST(WindowController, StatusLineCountsAndFollowsTheCaret)
     // The panes share the text; side by side or stacked, both stay; closing the split through
     // the View menu keeps the first pane.
     QTest::keyClicks(second, "!");
-    EXPECT_TRUE(first->toPlainText().contains(u'!'));
+    first->selectAll();
+    EXPECT_TRUE(first->selectedText().contains(u'!'));
     QSplitter* splitter = window.window()->splitView();
     const Qt::Orientation stacked = splitter->orientation();
     window.controller->toggleUsingVerticalSplitPane(window.controller);
@@ -130,12 +131,8 @@ TEST(WindowController, StatusLineNeverShowsAnOlderCount)
     for (int round = 0; round < 20; ++round) {
         // A selection, then none at once: the selection's count, still on its way, is
         // older than the whole text's and must not replace it.
-        QTextCursor cursor = view->textCursor();
-        cursor.setPosition(0);
-        cursor.setPosition(int(text.size() / 2), QTextCursor::KeepAnchor);
-        view->setTextCursor(cursor);
-        cursor.clearSelection();
-        view->setTextCursor(cursor);
+        view->setSelection(0, text.size() / 2);
+        view->setSelection(text.size() / 2, text.size() / 2);
         EXPECT_EQ(window.controller->infoCharacters(), whole);
     }
     QTest::qWait(300);
@@ -144,13 +141,10 @@ TEST(WindowController, StatusLineNeverShowsAnOlderCount)
                                                                    QLocale().toString(whole)));
 
     // Selections one after another, each to a line's start: the newest is what shows.
-    QTextCursor cursor = view->textCursor();
     qsizetype end = 0;
     for (const qsizetype near : {1000, 5000, 200}) {
         end = text.indexOf(u'\n', near) + 1;
-        cursor.setPosition(0);
-        cursor.setPosition(int(end), QTextCursor::KeepAnchor);
-        view->setTextCursor(cursor);
+        view->setSelection(0, end);
     }
     QTRY_COMPARE_WITH_TIMEOUT(window.controller->infoCharacters(),
                               CharacterCounter::countCharacters(QStringView(text).first(end), true),

@@ -33,8 +33,6 @@
 #include <QProgressBar>
 #include <QScrollBar>
 #include <QTest>
-#include <QTextBlock>
-#include <QTextDocument>
 
 #include <gtest/gtest.h>
 
@@ -152,7 +150,7 @@ TEST(WindowSyntax, OpeningACFileColoursItAndChoosingFromTheMenuRecolours)
     EXPECT_TRUE(file.controller->toolbarInformation().contains("   C   Line "));
 
     // Every colouring above was laid over the text by the pane: none of it is an edit.
-    EXPECT_FALSE(file.document->textStorage()->isUndoAvailable());
+    EXPECT_FALSE(file.document->canUndo());
     EXPECT_FALSE(file.document->isDocumentEdited());
 }
 
@@ -272,18 +270,16 @@ TEST(WindowSyntax, FunctionPopUpListsAndSelectsDefinitionsAndGivesTheKeysBack)
     // Choosing selects the whole line and leaves the chosen item alone in the pop-up.
     popUp->setCurrentIndex(helper);
     Q_EMIT popUp->activated(helper);
-    const QTextCursor selection = file.view()->textCursor();
     const QString line = QStringLiteral("static int helper(int value)\n");
-    EXPECT_EQ(selection.selectionStart(), kCSource.indexOf(line));
-    EXPECT_EQ(selection.selectionEnd(), kCSource.indexOf(line) + line.size());
+    EXPECT_EQ(file.view()->selectedRange(), Range(kCSource.indexOf(line), line.size()));
     EXPECT_EQ(popUp->count(), 1);
     EXPECT_EQ(popUp->currentText(), "helper");
     EXPECT_NE(file.view()->viewport()->findChild<QWidget*>("findIndicator"), nullptr);
 
     // Reopening keeps it selected; the list follows the text, not each keystroke.
-    QTextCursor end(file.document->textStorage());
-    end.movePosition(QTextCursor::End);
-    end.insertText(QStringLiteral("void extra(void)\n{\n}\n"));
+    file.document->replaceRanges({{file.document->length(), 0}},
+                                 QStringLiteral("void extra(void)\n{\n}\n"),
+                                 QStringLiteral("Typing"));
     EXPECT_EQ(popUp->count(), 1);
     popUp->showPopup();
     popUp->hidePopup();
@@ -292,8 +288,7 @@ TEST(WindowSyntax, FunctionPopUpListsAndSelectsDefinitionsAndGivesTheKeysBack)
 
     // "No Symbol selected" takes the caret to the start of the selection.
     Q_EMIT popUp->activated(0);
-    EXPECT_FALSE(file.view()->textCursor().hasSelection());
-    EXPECT_EQ(file.view()->textCursor().position(), kCSource.indexOf(line));
+    EXPECT_EQ(file.view()->selectedRange(), Range(kCSource.indexOf(line), 0));
 
     // Opened and chosen from with the keyboard, the pop-up gives the keys back to the text.
     file.controller->window()->activateWindow();
@@ -387,7 +382,7 @@ TEST(WindowSyntax, ACompletionNotAcceptedIsNeverSaved)
     const QString text = QStringLiteral("int print, printf, Print;\n");
     OpenFile file(QStringLiteral("save.c"), text);
     TextView* view = file.view();
-    view->moveCursor(QTextCursor::End);
+    view->setSelection(text.size(), text.size());
     QTest::keyClicks(view, QStringLiteral("pr"));
     CompletionManager& completion = CompletionManager::sharedCompletionManager();
     ASSERT_TRUE(QTest::qWaitFor([&] { return completion.panel()->isVisible(); }));
@@ -431,18 +426,17 @@ TEST(WindowSyntax, TypingInsideABlockCommentOpenedAboveTheVisibleLines)
     ASSERT_GT(view->visibleCharacterRange().location, text.indexOf("int x100;"));
 
     // A character typed on a shown line inside the comment takes the comment's colour.
-    const QTextBlock line = file.document->textStorage()->findBlockByNumber(130);
-    QTextCursor cursor(line);
-    view->setTextCursor(cursor);
+    const qsizetype line = file.document->rangeOfLine(130).location;
+    view->setSelection(line, line);
     QTest::keyClick(view, Qt::Key_Z, Qt::NoModifier);
-    EXPECT_EQ(colorAt(view, line.position()), comments());
-    EXPECT_EQ(colorAt(view, line.position() + 2), comments());
+    EXPECT_EQ(colorAt(view, line), comments());
+    EXPECT_EQ(colorAt(view, line + 2), comments());
 
     // Closing the comment there gives the next shown line its keyword colour at once.
     QTest::keyClicks(view, "*/");
-    const QTextBlock next = line.next();
-    EXPECT_EQ(colorAt(view, next.position()), keywords());
-    EXPECT_EQ(colorAt(view, line.position()), comments());
+    const qsizetype next = file.document->rangeOfLine(131).location;
+    EXPECT_EQ(colorAt(view, next), keywords());
+    EXPECT_EQ(colorAt(view, line), comments());
 }
 
 TEST(WindowSyntax, ANewFileTakesTheSyntaxOfItsNameAtOnce)
@@ -484,7 +478,7 @@ TEST(WindowSyntax, ANewFileTakesTheSyntaxOfItsNameAtOnce)
     EXPECT_EQ(syntaxOf(chosen), "Perl");
 
     for (Document* document : {opened[0], untitled, chosen}) {
-        document->textStorage()->setModified(false);
+        document->setDocumentEdited(false);
         documents.windowControllerOf(document)->window()->close();
     }
     for (int i = 0; i < 2; ++i) {

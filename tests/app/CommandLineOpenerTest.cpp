@@ -10,8 +10,6 @@
 #include <QFileInfo>
 #include <QProcess>
 #include <QTest>
-#include <QTextBlock>
-#include <QTextDocument>
 
 #include <gtest/gtest.h>
 
@@ -60,14 +58,14 @@ TEST(CommandLineOpener, FilesPositionsEncodingsAndNewNames)
     ASSERT_TRUE(line.ok());
     const QList<Document*> opened = CommandLineOpener::open(line);
     ASSERT_EQ(opened.size(), 2);
-    QTextCursor cursor = viewOf(opened[0])->textCursor();
-    EXPECT_EQ(cursor.blockNumber(), 2);
-    EXPECT_EQ(cursor.positionInBlock(), 6);
+    const qsizetype caret = viewOf(opened[0])->cursorPosition();
+    EXPECT_EQ(opened[0]->lineOfPosition(caret), 2);
+    EXPECT_EQ(caret - opened[0]->rangeOfLine(2).location, 6);
     // A name that does not exist yet is a new document that saves under it.
     EXPECT_EQ(opened[1]->fileURL(), QFileInfo(fresh).absoluteFilePath());
     EXPECT_EQ(opened[1]->displayName(), "new.txt");
     EXPECT_FALSE(QFileInfo::exists(fresh));
-    opened[1]->textStorage()->setPlainText(QStringLiteral("saved\n"));
+    opened[1]->setTextStorage(QStringLiteral("saved\n"));
     ASSERT_TRUE(controller.saveDocument(opened[1]));
     EXPECT_EQ(TestSupport::readFile(fresh), "saved\n");
 
@@ -135,7 +133,7 @@ TEST(CommandLineOpener, StandardInputBecomesAnUntitledDocumentAsItArrives)
     close(pipeEnds[1]);
     EXPECT_TRUE(QTest::qWaitFor([&] { return document->isDocumentEdited(); }, 5000));
     EXPECT_EQ(document->string(), QStringLiteral("make: caf\u00e9\nerror\n"));
-    EXPECT_FALSE(document->textStorage()->isUndoAvailable());
+    EXPECT_FALSE(document->canUndo());
 
     dup2(savedInput, STDIN_FILENO);
     close(savedInput);

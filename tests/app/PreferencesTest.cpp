@@ -253,7 +253,7 @@ TEST(Preferences, EverySettingIsReadPushedOnceWhenChangedAndFollowed)
     UserDefaults& store = root.userDefaults();
     DocumentController& documents = root.documentController();
     Document* document = documents.newDocument();
-    document->textStorage()->setPlainText(QStringLiteral("a\tb\nc"));
+    document->setLoadedText(QStringLiteral("a\tb\nc"));
     const Followers f{root, documents.windowControllerOf(document)};
     f.window->window()->resize(500, 300);
     ASSERT_TRUE(QTest::qWaitForWindowExposed(f.window->window()));

@@ -34,7 +34,7 @@ TEST_F(ScriptLibraryTest, AddScriptAndNewName)
     const auto windowOf = [](const QString& identifier) {
         Document* document = new TestDocument;
         document->setWindowIdentifier(identifier);
-        document->textStorage()->setPlainText(QStringLiteral("print 1;\n"));
+        document->setLoadedText(QStringLiteral("print 1;\n"));
         auto* controller = new WindowController(document);
         controller->windowDidLoad();
         return controller;

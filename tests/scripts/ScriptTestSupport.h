@@ -19,8 +19,6 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QTest>
-#include <QTextCursor>
-#include <QTextDocument>
 
 #include <gtest/gtest.h>
 
@@ -33,12 +31,9 @@ inline Document* openDocument(const QString& text, qsizetype location = 0, qsize
 {
     DocumentController& documents = DocumentController::sharedDocumentController();
     Document* document = documents.newDocument();
-    document->textStorage()->setPlainText(text);
+    document->setLoadedText(text);
     TextView* view = documents.windowControllerOf(document)->textView();
-    QTextCursor cursor = view->textCursor();
-    cursor.setPosition(int(location));
-    cursor.setPosition(int(location + length), QTextCursor::KeepAnchor);
-    view->setTextCursor(cursor);
+    view->setSelection(location, location + length);
     // Scripts act on the front window: wait until the window system made it active.
     view->window()->activateWindow();
     [[maybe_unused]] const bool active = QTest::qWaitForWindowActive(view->window(), 2000);

@@ -8,7 +8,6 @@
 
 #include <QEventLoop>
 #include <QTemporaryDir>
-#include <QTextDocument>
 #include <QTimer>
 
 #include <benchmark/benchmark.h>
@@ -68,7 +67,7 @@ void BM_RecoveryAutosaveOf20MB(benchmark::State& state)
                       Preferences::sharedPreferences().values().document);
     const QString& text = sourceText();
     document.setTextStorage(text);
-    document.textStorage()->setModified(true);
+    document.setDocumentEdited(true);
     const QTemporaryDir root;
     RecoveryStore store(root.path());
     // The event loop sleeps between its turns, as a window's does, so that waiting for the

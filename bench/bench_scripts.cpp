@@ -20,8 +20,6 @@
 #include <QEventLoop>
 #include <QMenu>
 #include <QMenuBar>
-#include <QTextCursor>
-#include <QTextDocument>
 #include <QTimer>
 #include <QTreeView>
 
@@ -35,7 +33,7 @@ namespace {
 Document* openDocument(const QString& text)
 {
     Document* document = DocumentController::sharedDocumentController().newDocument();
-    document->textStorage()->setPlainText(text);
+    document->setLoadedText(text);
     return document;
 }
 

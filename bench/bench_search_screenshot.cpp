@@ -17,7 +17,6 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QLineEdit>
-#include <QTextDocument>
 #include <QWindow>
 
 #include <cstdlib>
@@ -72,7 +71,7 @@ int main(int argc, char** argv)
 
     auto* document = new Document(EncodingManager::sharedEncodingManager(),
                                   Preferences::sharedPreferences().values().document);
-    document->textStorage()->setPlainText(QString::fromUtf8(kText));
+    document->setLoadedText(QString::fromUtf8(kText));
     auto* controller = new WindowController(document);
     controller->windowDidLoad();
     new MainMenu(controller);

@@ -1,11 +1,11 @@
 #include "window/DiskChangeNotices.h"
 
 #include "TestWindow.h"
-#include "editor/UndoActionNames.h"
 #include "platform/FileWatcher.h"
 #include "window/DiskComparisonDialog.h"
 #include "window/InformationBar.h"
 
+#include <QMenuBar>
 #include <QProcess>
 #include <QPushButton>
 #include <QScrollBar>
@@ -101,8 +101,11 @@ TEST(DiskChangeNotices, AnUnmodifiedDocumentFollowsItsFileAndKeepsItsPlace)
         EXPECT_EQ(window.document->documentLineBreaks(), kCRLF);
     }
     EXPECT_TRUE(window.document->string().contains("line 150 Caf\u00e9\n"));
-    // One step that undo takes back.
-    EXPECT_EQ(UndoActionNames::of(window.document.data())->undoActionName(), "Reload");
+    // One step that undo takes back, as the Edit menu names it.
+    QMenu* edit = window.window()->menuBar()->findChild<QMenu*>(QStringLiteral("editMenu"));
+    ASSERT_NE(edit, nullptr);
+    Q_EMIT edit->aboutToShow();
+    EXPECT_EQ(edit->actions().first()->text(), "Undo Reload");
 
     // The editor's own saves are no change to the file: typed after a save, the text stays the
     // user's and no bar comes, once the events of the save are seen.

@@ -1,5 +1,5 @@
 // The menu bar of a document window as a user uses it: the File menu's panels, Open Recent,
-// Duplicate, and the Help menu.
+// Duplicate, Export as PDF, and the Help menu.
 #include "TestWindow.h"
 #include "app/DocumentController.h"
 #include "app/HelpMenu.h"
@@ -18,6 +18,7 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QStandardPaths>
 #include <QTimer>
 
@@ -219,6 +220,33 @@ TEST(MenuBar, DuplicateOpensAnUntitledCopyInItsOwnWindow)
     EXPECT_TRUE(window->window()->isVisible());
     EXPECT_EQ(window->selectedSyntaxName(),
               documents.windowControllerOf(original)->selectedSyntaxName());
+    documents.discardAllDocuments();
+}
+
+TEST(MenuBar, ExportAsPdfPrintsInTheWindowsFontSizeInPoints)
+{
+    DocumentController& documents = DocumentController::sharedDocumentController();
+    const QString dir = TestSupport::makeTempDir();
+    QByteArray lines;
+    for (int line = 1; line <= 200; ++line) {
+        lines += "line " + QByteArray::number(line) + '\n';
+    }
+    Document* document =
+        documents.openDocumentWithContentsOfURL(TestSupport::writeFile(dir + "/lines.txt", lines));
+    ASSERT_NE(document, nullptr);
+
+    const QString pdf = dir + "/lines.pdf";
+    withPanel(fileMenuItem(document, QStringLiteral("Export as PDF…")), [&](QFileDialog* panel) {
+        panel->selectFile(pdf);
+        static_cast<QDialog*>(panel)->accept(); // as the Save button does
+    });
+    const qsizetype pages = QString::fromLatin1(TestSupport::readFile(pdf))
+                                .count(QRegularExpression(QStringLiteral("/Type\\s*/Page\\b")));
+    // The window shows the text 12 points high, and a point on screen is a pixel: 200 lines
+    // of 12 points (about 14 with their leading) on the 698 points an A4 page has between its
+    // margins make five pages. Text a pixel of the printer high would fit on one.
+    EXPECT_GE(pages, 4);
+    EXPECT_LE(pages, 6);
     documents.discardAllDocuments();
 }
 

@@ -10,7 +10,6 @@
 #include "app/TerminationSignals.h"
 #include "document/Document.h"
 #include "document/RecoveryStore.h"
-#include "editor/TextDocumentLayout.h"
 #include "platform/NotificationCenter.h"
 #include "platform/SystemBeep.h"
 #include "platform/UserDefaults.h"
@@ -31,10 +30,6 @@ Application::Application(int& argc, char** argv)
     setApplicationVersion(QStringLiteral(TESSARAN_VERSION));
     setDesktopFileName(QStringLiteral("tessaran"));
     SystemBeep::setSound(&QApplication::beep);
-    // Every text starts with the layout of the plain-text views that show it.
-    Document::setTextLayoutFactory([](QTextDocument* text) -> QAbstractTextDocumentLayout* {
-        return new TextDocumentLayout(text);
-    });
     // The installed theme icon when there is one, else the copy built into the program.
     setWindowIcon(QIcon::fromTheme(QStringLiteral("tessaran"),
                                    QIcon(QStringLiteral(":/Images/tessaran.png"))));

@@ -412,6 +412,17 @@ void DocumentController::revertDocumentToSaved(Document* document)
     }
 }
 
+namespace {
+
+// The font the document's window shows its text in; printing uses the same.
+QFont shownFont(const WindowController* controller)
+{
+    const TextView* view = controller ? controller->textView() : nullptr;
+    return view ? view->textFont() : QFont();
+}
+
+} // namespace
+
 void DocumentController::printDocument(Document* document)
 {
     if (!document) {
@@ -423,7 +434,7 @@ void DocumentController::printDocument(Document* document)
     printer.setDocName(document->displayName());
     QPrintDialog dialog(&printer, controller ? controller->window() : nullptr);
     if (dialog.exec() == QDialog::Accepted) {
-        DocumentPrinter::printOperationWithSettings(*document, &printer);
+        DocumentPrinter::printOperationWithSettings(*document, &printer, shownFont(controller));
     }
 }
 
@@ -445,7 +456,7 @@ void DocumentController::exportDocumentAsPDF(Document* document)
         return;
     }
     QString error;
-    if (!DocumentPrinter::exportAsPDFTo(*document, path, &error)) {
+    if (!DocumentPrinter::exportAsPDFTo(*document, path, &error, shownFont(controller))) {
         presentError(window, error);
     }
 }

@@ -8,7 +8,6 @@
 #include "document/Document.h"
 #include "editor/TextView.h"
 #include "editor/TransformationsMenu.h"
-#include "editor/UndoActionNames.h"
 #include "platform/FileTitles.h"
 #include "window/DocumentWindow.h"
 #include "window/TabWindow.h"
@@ -167,10 +166,9 @@ void MainMenu::buildEditMenu(QMenuBar* bar)
     connect(text, &Document::canUndoChanged, undo, &QAction::setEnabled);
     connect(text, &Document::canRedoChanged, redo, &QAction::setEnabled);
     // The items name the step they take back or make again ("Undo Shift Right").
-    UndoActionNames* names = UndoActionNames::of(text);
-    const auto nameItems = [undo, redo, names] {
-        const QString undoName = names->undoActionName();
-        const QString redoName = names->redoActionName();
+    const auto nameItems = [undo, redo, text] {
+        const QString undoName = text->undoActionName();
+        const QString redoName = text->redoActionName();
         const QString undoTitle = undoName.isEmpty() ? tr("&Undo") : tr("Undo %1").arg(undoName);
         const QString redoTitle = redoName.isEmpty() ? tr("&Redo") : tr("Redo %1").arg(redoName);
         if (undo->text() != undoTitle) {
@@ -180,7 +178,7 @@ void MainMenu::buildEditMenu(QMenuBar* bar)
             redo->setText(redoTitle);
         }
     };
-    connect(names, &UndoActionNames::changed, this, nameItems);
+    connect(text, &Document::undoStepsChanged, this, nameItems);
     connect(edit, &QMenu::aboutToShow, this, nameItems);
     edit->addSeparator();
     const auto forward = [this](void (TextView::*method)()) {

@@ -19,7 +19,6 @@
 #include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
-#include <QTextDocument>
 #include <QUrl>
 
 namespace {
@@ -55,7 +54,7 @@ void ScriptCommands::runScript(WindowController* controller)
                           false, controller->window());
         return;
     }
-    ScriptManager::sharedScriptManager().runScriptWithSource(view->toPlainText(),
+    ScriptManager::sharedScriptManager().runScriptWithSource(controller->document()->string(),
                                                              controller->selectedSyntaxName());
 }
 

@@ -3,6 +3,8 @@
 #include "document/EncodingManager.h"
 #include "document/SaveFailureMessage.h"
 #include "document/TextEncodingAttribute.h"
+#include "document/TextStore.h"
+#include "document/TextTree.h"
 #include "platform/ExtendedAttributes.h"
 #include "platform/FileManager.h"
 #include "platform/Range.h"
@@ -10,14 +12,11 @@
 #include "platform/StringEncoding.h"
 #include "platform/TextCodec.h"
 
-#include <QAbstractUndoItem>
 #include <QFile>
 #include <QFileInfo>
 #include <QLocale>
-#include <QTextBlock>
-#include <QTextCursor>
-#include <QTextDocument>
 #include <QTimer>
+#include <QUndoStack>
 #include <QUrl>
 
 #include <algorithm>
@@ -28,9 +27,6 @@ namespace {
 constexpr quint64 kNoEncoding = std::numeric_limits<quint64>::max();
 constexpr quint64 kUTF8 = 4;
 const QString kPlainTextType = QStringLiteral("public.plain-text");
-// Characters put into the text before the window shows, and then per turn of the event loop.
-constexpr qsizetype kFirstLoadPiece = 1 << 19;
-constexpr qsizetype kLoadPiece = 1 << 19;
 
 int nextUntitledNumber()
 {
@@ -45,48 +41,19 @@ QString encodingName(quint64 encoding)
     return name.isEmpty() ? QString::number(encoding) : name;
 }
 
-Document::TextLayoutFactory& textLayoutFactory()
-{
-    static Document::TextLayoutFactory factory = nullptr;
-    return factory;
-}
-
 } // namespace
-
-void Document::setTextLayoutFactory(TextLayoutFactory factory)
-{
-    textLayoutFactory() = factory;
-}
 
 Document::Document(EncodingManager& encodings, const DocumentSettings& settings, QObject* parent)
     : QObject(parent)
     , _encodings(encodings)
     , _settings(settings)
-    , _textStorage(new QTextDocument(this))
+    , _textStore(new TextStore(this))
     , _untitledNumber(nextUntitledNumber())
     , _autosaveTimer(new QTimer(this))
-    , _loadTimer(new QTimer(this))
 {
-    if (const TextLayoutFactory factory = textLayoutFactory()) {
-        _textStorage->setDocumentLayout(factory(_textStorage));
-    } else {
-        // A text storage without a layout tells nobody of its changes.
-        _textStorage->documentLayout();
-    }
     _fileType = kPlainTextType;
     _documentEncoding = settings.defaultsTextEncoding;
     _documentLineBreaks = settings.defaultsLineBreaks;
-
-    _loadTimer->setInterval(0);
-    connect(_loadTimer, &QTimer::timeout, this, [this] {
-        appendPendingText(kLoadPiece);
-        if (!isLoading()) {
-            _loadTimer->stop();
-            _textStorage->setUndoRedoEnabled(true);
-            Q_EMIT loadingChanged(false);
-        }
-        _textStorage->setModified(false);
-    });
 
     // Autosave keeps a recovery copy; the file changes only when the user saves.
     _autosaveTimer->setSingleShot(true);
@@ -96,24 +63,29 @@ Document::Document(EncodingManager& encodings, const DocumentSettings& settings,
         }
     });
     // Whoever follows the text follows the document, whatever holds the text.
-    connect(_textStorage, &QTextDocument::contentsChange, this, &Document::contentsChange);
-    connect(_textStorage, &QTextDocument::contentsChanged, this, &Document::contentsChanged);
-    connect(_textStorage, &QTextDocument::modificationChanged, this,
-            &Document::documentEditedChanged);
-    connect(_textStorage, &QTextDocument::undoAvailable, this, &Document::canUndoChanged);
-    connect(_textStorage, &QTextDocument::redoAvailable, this, &Document::canRedoChanged);
-    connect(_textStorage, &QTextDocument::modificationChanged, this, [this](bool modified) {
+    connect(_textStore, &TextStore::contentsChange, this, [this](const TextChange& change) {
+        Q_EMIT contentsChange(change.position, change.charsRemoved, change.charsAdded);
+    });
+    connect(_textStore, &TextStore::contentsChanged, this, [this] {
+        Q_EMIT contentsChanged();
+        if (isDocumentEdited()) {
+            scheduleAutosave();
+        }
+    });
+    connect(_textStore, &TextStore::modificationChanged, this, [this](bool modified) {
+        Q_EMIT documentEditedChanged(modified);
         if (modified) {
             scheduleAutosave();
         } else {
             _autosaveTimer->stop();
         }
     });
-    connect(_textStorage, &QTextDocument::contentsChanged, this, [this] {
-        if (isDocumentEdited()) {
-            scheduleAutosave();
-        }
-    });
+    QUndoStack* steps = _textStore->undoStack();
+    connect(steps, &QUndoStack::canUndoChanged, this, &Document::canUndoChanged);
+    connect(steps, &QUndoStack::canRedoChanged, this, &Document::canRedoChanged);
+    connect(steps, &QUndoStack::indexChanged, this, &Document::undoStepsChanged);
+    connect(steps, &QUndoStack::undoTextChanged, this, &Document::undoStepsChanged);
+    connect(steps, &QUndoStack::redoTextChanged, this, &Document::undoStepsChanged);
 }
 
 Document::~Document()
@@ -122,7 +94,7 @@ Document::~Document()
     // text itself, so that nothing reacts to the text as it is torn down.
     const QObjectList children = this->children();
     for (QObject* child : children) {
-        if (child != _textStorage) {
+        if (child != _textStore) {
             delete child;
         }
     }
@@ -147,62 +119,57 @@ void Document::setFileStamp(const std::optional<FileStamp>& stamp)
 QString Document::string() const
 {
     QString text = storedText();
-    if (isLoading()) {
-        text += QStringView(_pendingText).sliced(_pendingOffset);
-    }
     _reading.standIns.restore(text);
     return text;
 }
 
 qsizetype Document::length() const
 {
-    return _textStorage->characterCount() - 1;
+    return _textStore->text().length();
 }
 
 qsizetype Document::lineCount() const
 {
-    return _textStorage->blockCount();
+    return _textStore->text().lineCount();
 }
 
 qsizetype Document::lineOfPosition(qsizetype position) const
 {
-    return _textStorage->findBlock(int(position)).blockNumber();
+    const TextSnapshot& text = _textStore->text();
+    return text.lineAt(std::clamp<qsizetype>(position, 0, text.length()));
 }
 
 Range Document::rangeOfLine(qsizetype line) const
 {
-    const QTextBlock block = _textStorage->findBlockByNumber(int(line));
-    return {block.position(), block.length() - 1};
+    const TextSnapshot& text = _textStore->text();
+    if (line < 0 || line >= text.lineCount()) {
+        return {0, 0};
+    }
+    return {text.lineStart(line), text.lineLength(line)};
 }
 
 QString Document::textInRange(Range range) const
 {
-    QTextCursor cursor(_textStorage);
-    cursor.setPosition(int(range.location));
-    cursor.setPosition(int(range.max()), QTextCursor::KeepAnchor);
-    // The cursor ends each line with U+2029.
-    return cursor.selectedText().replace(QChar::ParagraphSeparator, u'\n');
+    const TextSnapshot& text = _textStore->text();
+    const qsizetype from = std::clamp<qsizetype>(range.location, 0, text.length());
+    const qsizetype to = std::clamp<qsizetype>(range.max(), from, text.length());
+    return text.text({from, to - from});
 }
 
 QString Document::storedText() const
 {
-    QString text = _textStorage->toRawText();
-    // Every U+2029 in the storage ends a block: the characters themselves have stand-ins.
-    text.replace(QChar::ParagraphSeparator, u'\n');
-    return text;
+    return _textStore->text().string();
 }
 
 int Document::revision() const
 {
-    return _textStorage->revision();
+    return int(_textStore->revision());
 }
 
 void Document::replaceRanges(const std::vector<Range>& ranges, const QString& string,
                              const QString& stepName)
 {
-    Q_EMIT namedStepBegins(stepName);
-    QTextCursor cursor(_textStorage);
-    cursor.beginEditBlock();
+    _textStore->beginEditBlock(stepName);
     const qsizetype end = length();
     qsizetype shifted = 0; // how much the replacements so far changed the text's length
     qsizetype replacedUpTo = 0;
@@ -214,13 +181,10 @@ void Document::replaceRanges(const std::vector<Range>& ranges, const QString& st
             break;
         }
         replacedUpTo = range.max();
-        cursor.setPosition(int(range.location + shifted));
-        cursor.setPosition(int(range.max() + shifted), QTextCursor::KeepAnchor);
-        cursor.insertText(string);
+        _textStore->replace(range.location + shifted, range.length, string);
         shifted += string.size() - range.length;
     }
-    cursor.endEditBlock();
-    Q_EMIT namedStepEnded();
+    _textStore->endEditBlock();
 }
 
 void Document::setDocumentEncoding(quint64 encoding)
@@ -251,32 +215,60 @@ QString Document::displayName() const
 
 bool Document::isDocumentEdited() const
 {
-    return _textStorage->isModified();
+    return _textStore->isModified();
 }
 
 void Document::setDocumentEdited(bool edited)
 {
-    _textStorage->setModified(edited);
+    if (edited == isDocumentEdited()) {
+        return;
+    }
+    if (edited) {
+        // No step of the history is the saved text any more.
+        _textStore->undoStack()->resetClean();
+    } else {
+        _textStore->setClean();
+    }
 }
 
 bool Document::canUndo() const
 {
-    return _textStorage->isUndoAvailable();
+    return _textStore->canUndo();
 }
 
 bool Document::canRedo() const
 {
-    return _textStorage->isRedoAvailable();
+    return _textStore->canRedo();
 }
 
 void Document::undo()
 {
-    _textStorage->undo();
+    _textStore->undo();
 }
 
 void Document::redo()
 {
-    _textStorage->redo();
+    _textStore->redo();
+}
+
+void Document::beginUndoGrouping(const QString& actionName)
+{
+    _textStore->beginEditBlock(actionName);
+}
+
+void Document::endUndoGrouping()
+{
+    _textStore->endEditBlock();
+}
+
+QString Document::undoActionName() const
+{
+    return _textStore->undoStack()->undoText();
+}
+
+QString Document::redoActionName() const
+{
+    return _textStore->undoStack()->redoText();
 }
 
 void Document::updatePreferences(const DocumentSettings& settings)
@@ -386,24 +378,8 @@ bool Document::loadContents(const QString& path, quint64 encoding, QString* erro
         return false;
     }
 
-    // A large text goes in piece by piece: the first piece now, so the window can show it at
-    // once, the rest from the event loop (see appendPendingText).
-    const bool wasLoading = isLoading();
-    _loadTimer->stop();
-    _pendingText = std::move(storageText);
-    _pendingOffset = 0;
-    _textStorage->setUndoRedoEnabled(false);
-    _textStorage->clear();
-    appendPendingText(kFirstLoadPiece);
-    if (isLoading()) {
-        _loadTimer->start();
-    } else {
-        _textStorage->setUndoRedoEnabled(true);
-    }
-    _textStorage->setModified(false);
-    if (wasLoading != isLoading()) {
-        Q_EMIT loadingChanged(isLoading());
-    }
+    setLoadedText(storageText);
+    storageText = QString();
 
     _fileStamp = stamp;
     _changeOnDiskReported = false;
@@ -485,38 +461,6 @@ void Document::editAnyway()
     Q_EMIT readOnlyChanged(false);
 }
 
-void Document::appendPendingText(qsizetype length)
-{
-    qsizetype end = std::min(_pendingOffset + length, _pendingText.size());
-    if (end < _pendingText.size()) {
-        // End the piece after a line break, so no line and no surrogate pair is split.
-        const qsizetype lineEnd = _pendingText.indexOf(u'\n', end);
-        end = lineEnd < 0 ? _pendingText.size() : lineEnd + 1;
-    }
-    QTextCursor cursor(_textStorage);
-    cursor.movePosition(QTextCursor::End);
-    cursor.insertText(
-        QStringView(_pendingText).sliced(_pendingOffset, end - _pendingOffset).toString());
-    _pendingOffset = end;
-    if (!isLoading()) {
-        _pendingText = QString();
-        _pendingOffset = 0;
-    }
-}
-
-void Document::finishLoading()
-{
-    if (!isLoading()) {
-        return;
-    }
-    _loadTimer->stop();
-    const bool modified = _textStorage->isModified();
-    appendPendingText(_pendingText.size());
-    _textStorage->setUndoRedoEnabled(true);
-    _textStorage->setModified(modified);
-    Q_EMIT loadingChanged(false);
-}
-
 void Document::setSavePanelChoice(quint64 encoding, qsizetype lineBreaks)
 {
     _savePanelEncoding = encoding;
@@ -560,7 +504,7 @@ bool Document::writeSafelyToURL(const QString& path, const QString& type, SaveOp
         _fileStamp = FileStamp::ofFile(path);
         _changeOnDiskReported = false;
         setFileURL(path);
-        _textStorage->setModified(false);
+        _textStore->setClean();
     }
     return true;
 }
@@ -631,55 +575,29 @@ std::unique_ptr<Document> Document::duplicateAndReturnError() const
     return duplicate;
 }
 
-// The undo command of a replacement of the whole text: it puts back the state that went with
-// each text (encoding, line-break style, stand-ins, what the window says about the file).
-// Within the edit block it is undone before the text and redone after it.
-class Document::ReadingUndo : public QAbstractUndoItem
-{
-public:
-    ReadingUndo(Document* document, ReadState before, ReadState after, bool announce)
-        : _document(document)
-        , _before(std::move(before))
-        , _after(std::move(after))
-        , _announce(announce)
-    {}
-    void undo() override { _document->applyReadState(_before, _announce); }
-    void redo() override { _document->applyReadState(_after, _announce); }
-
-private:
-    Document* _document;
-    ReadState _before;
-    ReadState _after;
-    bool _announce;
-};
-
 void Document::replaceUndoably(const QString& storageText, const ReadState& after, bool announce)
 {
-    // What is still waiting to go in belongs to the text being replaced.
-    finishLoading();
-    QTextCursor cursor(_textStorage);
-    cursor.beginEditBlock();
-    cursor.select(QTextCursor::Document);
-    cursor.insertText(storageText);
-    _textStorage->appendUndoItem(new ReadingUndo(this, readState(), after, announce));
-    cursor.endEditBlock();
+    // The state that went with each text (encoding, line-break style, stand-ins, what the
+    // window says about the file) comes back with it: undone before the text, redone after.
+    _textStore->beginEditBlock();
+    _textStore->replace(0, length(), storageText);
+    _textStore->addToStep(
+        [this, before = readState(), announce] { applyReadState(before, announce); },
+        [this, after, announce] { applyReadState(after, announce); });
+    _textStore->endEditBlock();
     applyReadState(after, announce);
 }
 
 void Document::setLoadedText(const QString& text)
 {
-    _textStorage->setPlainText(text);
+    _textStore->setLoadedText(TextSnapshot(TextTree::fromText(text)));
 }
 
 void Document::appendLoadedText(const QString& text)
 {
-    const bool undo = _textStorage->isUndoRedoEnabled();
-    _textStorage->setUndoRedoEnabled(false);
-    QTextCursor cursor(_textStorage);
-    cursor.movePosition(QTextCursor::End);
-    cursor.insertText(text);
-    _textStorage->setUndoRedoEnabled(undo);
-    _textStorage->setModified(false);
+    // Text read, not typed: no undo step, and the history before it no longer fits the text.
+    const TextSnapshot& now = _textStore->text();
+    _textStore->setLoadedText(TextSnapshot(TextTree::replace(now.root(), now.length(), 0, text)));
 }
 
 void Document::setTextStorage(const QString& text)
@@ -693,12 +611,7 @@ void Document::setTextStorage(const QString& text)
     QString storageText = text;
     after.reading.standIns.substitute(storageText);
     if (after.reading.standIns == _reading.standIns) {
-        finishLoading();
-        QTextCursor cursor(_textStorage);
-        cursor.beginEditBlock();
-        cursor.select(QTextCursor::Document);
-        cursor.insertText(storageText);
-        cursor.endEditBlock();
+        _textStore->replace(0, length(), storageText);
         return;
     }
     replaceUndoably(storageText, after, false);
@@ -795,7 +708,7 @@ bool Document::reread(DecodedContents contents, quint64 encoding, bool fileLineB
     _fileStamp = stamp;
     _changeOnDiskReported = false;
     // The text is the file's once more; undo brings the edits back, and marks them unsaved.
-    _textStorage->setModified(false);
+    _textStore->setClean();
     return true;
 }
 

@@ -14,9 +14,8 @@
 #include <memory>
 #include <vector>
 
-class QAbstractTextDocumentLayout;
-class QTextDocument;
 class QTimer;
+class TextStore;
 
 /// How a document's read was started, which decides how the file's encoding is chosen.
 struct DocumentReadRequest {
@@ -52,18 +51,10 @@ public:
              QObject* parent = nullptr);
     ~Document() override;
 
-    /// Makes the layout a new document's text storage starts with.
-    using TextLayoutFactory = QAbstractTextDocumentLayout* (*)(QTextDocument* textStorage);
-    /// The text views need their own kind of layout, and a layout put in later tells the
-    /// whole text as changed to everyone who follows the text: the application hands in
-    /// the views' kind before it makes a document. Without one a document has Qt's
-    /// rich-text layout.
-    static void setTextLayoutFactory(TextLayoutFactory factory);
-
     /// The text. Every line break in it is one LF, whatever the file holds, except in a file
     /// that does not look like text, whose CRs stay CRs; characters the text storage cannot
     /// hold as they are appear there as their stand-ins (characterStandIns()).
-    QTextDocument* textStorage() const { return _textStorage; }
+    TextStore* textStore() const { return _textStore; }
     /// The text as a string: LF line breaks (CRs kept as read where line breaks are kept),
     /// and every character as the file has it.
     QString string() const;
@@ -117,6 +108,13 @@ public:
     /// Takes back the last undo step, or puts it back again; the views follow the text.
     void undo();
     void redo();
+    /// The edits until endUndoGrouping() are one undo step named `actionName` (groupings
+    /// nest; the outer one names the step).
+    void beginUndoGrouping(const QString& actionName);
+    void endUndoGrouping();
+    /// The names of the steps undo and redo would take; empty for typing and for none.
+    QString undoActionName() const;
+    QString redoActionName() const;
 
     QString windowIdentifier() const { return _windowIdentifier; }
     void setWindowIdentifier(const QString& identifier) { _windowIdentifier = identifier; }
@@ -226,10 +224,10 @@ public:
     /// changes do not restart the clock, so continuous typing never puts the copy off.
     void scheduleAutosave();
 
-    /// True while the end of a large file is still going into the text (see `loadContents`).
-    bool isLoading() const { return _pendingOffset < _pendingText.size(); }
-    /// Puts whatever is still waiting into the text at once.
-    void finishLoading();
+    /// True while a file's text is still coming in (see loadingChanged()).
+    bool isLoading() const { return false; }
+    /// Puts whatever is still coming in into the text at once.
+    void finishLoading() {}
 
 Q_SIGNALS:
     /// Each change of the text as it happens: at `position`, `removed` units gave way to
@@ -253,10 +251,8 @@ Q_SIGNALS:
     void contentsRead();
     /// The document became read-only or editable (see isReadOnly()).
     void readOnlyChanged(bool readOnly);
-    /// The next undo step the text adds is named `stepName`: the document is about to make
-    /// one. namedStepEnded() follows, whether or not the step changed anything.
-    void namedStepBegins(const QString& stepName);
-    void namedStepEnded();
+    /// The steps undo and redo would take, or their names, changed.
+    void undoStepsChanged();
 
 private:
     class ReadingUndo;
@@ -291,11 +287,10 @@ private:
     /// Replaces the whole text by `storageText` and the state by `after` as one undoable step,
     /// which undo takes back together with the state.
     void replaceUndoably(const QString& storageText, const ReadState& after, bool announce);
-    void appendPendingText(qsizetype length);
 
     EncodingManager& _encodings;
     DocumentSettings _settings;
-    QTextDocument* _textStorage = nullptr;
+    TextStore* _textStore = nullptr;
     quint64 _documentEncoding = 0;
     quint64 _documentEncodingForSaving = ~quint64(0);
     qsizetype _documentLineBreaks = 0;
@@ -315,9 +310,6 @@ private:
     qsizetype _savePanelLineBreaks = 0;
     QPageLayout _printInfo;
     QTimer* _autosaveTimer = nullptr;
-    QString _pendingText;
-    qsizetype _pendingOffset = 0;
-    QTimer* _loadTimer = nullptr;
     // The file as it was when last read or saved, and whether a Save was refused since
     // because another program had changed it.
     std::optional<FileStamp> _fileStamp;

@@ -3,7 +3,7 @@
 #include "document/Document.h"
 #include "document/DocumentOpener.h"
 #include "document/TextChunkIterator.h"
-#include "document/TextMirror.h"
+#include "document/TextStore.h"
 #include "platform/FileManager.h"
 #include "platform/SharedInstance.h"
 
@@ -16,7 +16,6 @@
 #include <QJsonObject>
 #include <QPointer>
 #include <QStandardPaths>
-#include <QTextDocument>
 #include <QUuid>
 #include <QtConcurrent/QtConcurrentRun>
 
@@ -418,12 +417,11 @@ void RecoveryStore::watch(Document* document)
             writeSnapshot(pending);
         }
     });
-    connect(document->textStorage(), &QTextDocument::modificationChanged, this,
-            [this, document](bool modified) {
-                if (!modified) {
-                    removeCopy(document);
-                }
-            });
+    connect(document, &Document::documentEditedChanged, this, [this, document](bool modified) {
+        if (!modified) {
+            removeCopy(document);
+        }
+    });
     connect(document, &QObject::destroyed, this, [this, document] {
         removeCopy(document);
         // Kept for the next start: a copy being made goes on without its document.
@@ -491,7 +489,7 @@ void RecoveryStore::writeSnapshot(PendingCopy* pending)
     const QByteArray header = describe(document);
     pending->path = copyPath(numberOf(document));
     // The text as it is now, which the edits made while the worker writes leave as it is.
-    const TextSnapshot text = TextMirror::mirrorOfDocument(document->textStorage())->snapshot();
+    const TextSnapshot text = document->textStore()->text();
     const CharacterStandIns standIns = document->characterStandIns();
     pending->write = new QFutureWatcher<int>(this);
     _writes.insert(pending);
@@ -559,8 +557,7 @@ bool RecoveryStore::writeCopy(Document* document)
     if (document->isLoading()) {
         parts.push_back(document->string().toUtf8());
     } else {
-        appendUtf8(parts, TextMirror::mirrorOfDocument(document->textStorage())->snapshot(),
-                   document->characterStandIns());
+        appendUtf8(parts, document->textStore()->text(), document->characterStandIns());
     }
     const int number = numberOf(document);
     if (const int error = writeAtomically(copyPath(number), parts)) {
@@ -658,7 +655,7 @@ Document* RecoveryStore::reopen(DocumentOpener& controller, const Entry& entry,
     // One undoable replacement: Undo shows what the file holds on disk.
     document->finishLoading();
     document->setTextStorage(entry.text);
-    document->textStorage()->setModified(true);
+    document->setDocumentEdited(true);
     return document;
 }
 

@@ -1,70 +1,43 @@
 #include "document/SurrogatePairCount.h"
 
 #include "document/Document.h"
+#include "document/TextChunkIterator.h"
+#include "document/TextStore.h"
 
-#include <QTextBlock>
-#include <QTextDocument>
-
-#include <utility>
+#include <algorithm>
 
 namespace {
 
-qint64 surrogatePairsIn(QStringView text)
+// Each pair counts by its high surrogate: a pair split by an edit is counted where its high
+// half is.
+qint64 surrogatePairsIn(const TextSnapshot& text, qsizetype from, qsizetype to)
 {
     qint64 pairs = 0;
-    for (QChar c : text) {
-        pairs += c.isHighSurrogate() ? 1 : 0;
+    for (TextChunkIterator chunks(text, from); !chunks.atEnd() && chunks.start() < to;
+         chunks.next()) {
+        const QStringView chunk = chunks.chunk().first(std::min(chunks.end(), to) - chunks.start());
+        for (QChar c : chunk) {
+            pairs += c.isHighSurrogate() ? 1 : 0;
+        }
     }
     return pairs;
 }
-
-// A line's share of the total.
-class LinePairs : public QTextBlockUserData
-{
-public:
-    LinePairs(std::shared_ptr<qint64> total, qint64 pairs)
-        : _total(std::move(total))
-        , _pairs(pairs)
-    {
-        *_total += pairs;
-    }
-    ~LinePairs() override { *_total -= _pairs; }
-    void set(qint64 pairs)
-    {
-        *_total += pairs - _pairs;
-        _pairs = pairs;
-    }
-
-private:
-    std::shared_ptr<qint64> _total;
-    qint64 _pairs;
-};
 
 } // namespace
 
 SurrogatePairCount::SurrogatePairCount(const Document& document, QObject* parent)
     : QObject(parent)
-    , _textStorage(document.textStorage())
+    , _document(document)
+    , _text(document.textStore()->text())
+    , _total(surrogatePairsIn(_text, 0, _text.length()))
 {
-    connect(_textStorage, &QTextDocument::contentsChange, this, &SurrogatePairCount::recount);
-    recount(0, 0, _textStorage->characterCount());
+    connect(document.textStore(), &TextStore::contentsChange, this, &SurrogatePairCount::recount);
 }
 
-void SurrogatePairCount::recount(int position, int removed, int added)
+void SurrogatePairCount::recount(const TextChange& change)
 {
-    Q_UNUSED(removed);
-    QTextBlock block = _textStorage->findBlock(position);
-    const QTextBlock last = _textStorage->findBlock(position + added);
-    while (block.isValid()) {
-        const qint64 pairs = surrogatePairsIn(block.text());
-        if (auto* data = static_cast<LinePairs*>(block.userData())) {
-            data->set(pairs);
-        } else if (pairs > 0) {
-            block.setUserData(new LinePairs(_total, pairs));
-        }
-        if (block == last) {
-            break;
-        }
-        block = block.next();
-    }
+    const TextSnapshot& now = _document.textStore()->text();
+    _total -= surrogatePairsIn(_text, change.position, change.position + change.charsRemoved);
+    _total += surrogatePairsIn(now, change.position, change.position + change.charsAdded);
+    _text = now;
 }

@@ -1,16 +1,15 @@
 #pragma once
 
+#include "document/TextSnapshot.h"
+
 #include <QObject>
 
-#include <memory>
-
 class Document;
-class QTextDocument;
+struct TextChange;
 
 /// How many surrogate pairs a document's text holds, kept as the text changes without
-/// walking the whole text on each keystroke: each line remembers the pairs it held when last
-/// counted, a line that goes away takes its share with it, and only the lines an edit
-/// touches are counted again.
+/// walking the whole text on each keystroke: each change takes off the pairs of the text it
+/// removed (read from the text as it was) and adds those of the text it put in.
 class SurrogatePairCount : public QObject
 {
     Q_OBJECT
@@ -19,12 +18,13 @@ public:
     /// Counts the pairs of `document`'s text now and after each change.
     explicit SurrogatePairCount(const Document& document, QObject* parent = nullptr);
 
-    qint64 count() const { return *_total; }
+    qint64 count() const { return _total; }
 
 private:
-    void recount(int position, int removed, int added);
+    void recount(const TextChange& change);
 
-    QTextDocument* _textStorage;
-    // Shared with the lines, which the text storage destroys after this counter is gone.
-    std::shared_ptr<qint64> _total = std::make_shared<qint64>(0);
+    const Document& _document;
+    /// The text as it was after the last change counted.
+    TextSnapshot _text;
+    qint64 _total = 0;
 };

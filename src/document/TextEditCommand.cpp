@@ -29,8 +29,16 @@ void TextEditCommand::append(Edit edit)
     _edits.push_back(std::move(edit));
 }
 
+void TextEditCommand::addAction(std::function<void()> undo, std::function<void()> redo)
+{
+    _actions.push_back({std::move(undo), std::move(redo)});
+}
+
 void TextEditCommand::undo()
 {
+    for (auto action = _actions.rbegin(); action != _actions.rend(); ++action) {
+        action->undo();
+    }
     for (auto edit = _edits.rbegin(); edit != _edits.rend(); ++edit) {
         _store.apply(edit->position, edit->added.size(), edit->removed);
     }
@@ -44,6 +52,9 @@ void TextEditCommand::redo()
     }
     for (const Edit& edit : _edits) {
         _store.apply(edit.position, edit.removed.size(), edit.added);
+    }
+    for (const Action& action : _actions) {
+        action.redo();
     }
     _done = true;
 }

@@ -3,6 +3,7 @@
 #include <QString>
 #include <QUndoCommand>
 
+#include <functional>
 #include <vector>
 
 class TextStore;
@@ -25,7 +26,9 @@ public:
 
     /// Records an edit the store has already made.
     void append(Edit edit);
-    bool isEmpty() const { return _edits.empty(); }
+    /// Adds what else the step takes back and makes again (see TextStore::addToStep).
+    void addAction(std::function<void()> undo, std::function<void()> redo);
+    bool isEmpty() const { return _edits.empty() && _actions.empty(); }
     void setName(const QString& name) { setText(name); }
 
     void undo() override;
@@ -40,6 +43,11 @@ public:
 private:
     TextStore& _store;
     std::vector<Edit> _edits;
+    struct Action {
+        std::function<void()> undo;
+        std::function<void()> redo;
+    };
+    std::vector<Action> _actions;
     bool _typing;
     bool _startsStep;
     qint64 _time;

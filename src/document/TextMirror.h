@@ -7,22 +7,21 @@
 #include <QObject>
 #include <QString>
 
-class QTextDocument;
+class TextStore;
+struct TextChange;
 
-/// A plain copy of a document's text (line breaks as LF), kept in step with every edit.
-/// Syntax colouring, completion and the recovery copy read the text after edits; asking
-/// the document would copy the whole text each time. The copy is a text store's tree: an
-/// edit copies one chunk and the path to it, a stretch within one chunk is read where it
-/// lies, and the text as it is at any moment is a snapshot that costs O(1) and that a worker
-/// may read while the edits go on. One mirror belongs to one document and serves every pane
-/// on it.
+/// A text store's text as the engines read it: a TextSource over the store's latest
+/// snapshot, and a notice of each change. Syntax colouring, completion and the function
+/// list read the text through it after edits; the text as it is at any moment is a snapshot
+/// that costs O(1) and that a worker may read while the edits go on. One belongs to one
+/// store and serves every pane on it.
 class TextMirror : public QObject, public TextSource
 {
     Q_OBJECT
 
 public:
-    /// The document's mirror, made (reading the whole text once) on first request.
-    static TextMirror* mirrorOfDocument(QTextDocument* document);
+    /// The store's mirror, made on first request.
+    static TextMirror* mirrorOfStore(TextStore* store);
 
     /// The text as it is now, unchanged by later edits.
     const TextSnapshot& snapshot() const { return _source.snapshot(); }
@@ -39,10 +38,9 @@ Q_SIGNALS:
     void textDidChange(qsizetype location, qsizetype removed, qsizetype added);
 
 private:
-    explicit TextMirror(QTextDocument* document);
-    void contentsChange(int position, int removed, int added);
-    void setText(QStringView text);
+    explicit TextMirror(TextStore* store);
+    void contentsChange(const TextChange& change);
 
-    QTextDocument* _document;
+    TextStore* _store;
     SnapshotTextSource _source;
 };

@@ -5,6 +5,7 @@
 #include <QUndoStack>
 
 #include <chrono>
+#include <utility>
 
 namespace {
 
@@ -46,6 +47,7 @@ bool TextStore::replace(qsizetype position, qsizetype length, const QString& tex
             _blockName = stepName;
         }
         _block->append(std::move(edit));
+        _changedInBlock = true;
         return true;
     }
     const bool typing = kind == EditKind::Typing;
@@ -53,6 +55,7 @@ bool TextStore::replace(qsizetype position, qsizetype length, const QString& tex
     command->append(std::move(edit));
     _startNewStep = !typing;
     _undoStack->push(command);
+    Q_EMIT contentsChanged();
     return true;
 }
 
@@ -88,6 +91,16 @@ void TextStore::endEditBlock()
         block->setName(_blockName);
         _undoStack->push(block.release());
     }
+    if (std::exchange(_changedInBlock, false)) {
+        Q_EMIT contentsChanged();
+    }
+}
+
+void TextStore::addToStep(std::function<void()> undo, std::function<void()> redo)
+{
+    if (_block) {
+        _block->addAction(std::move(undo), std::move(redo));
+    }
 }
 
 void TextStore::setLoadedText(const TextSnapshot& text)
@@ -104,6 +117,7 @@ void TextStore::setLoadedText(const TextSnapshot& text)
     change.revision = ++_revision;
     _text = TextSnapshot(text.root(), _revision);
     Q_EMIT contentsChange(change);
+    Q_EMIT contentsChanged();
 }
 
 bool TextStore::canUndo() const
@@ -122,7 +136,11 @@ void TextStore::undo()
         return;
     }
     _startNewStep = true;
+    const quint64 before = _revision;
     _undoStack->undo();
+    if (_revision != before) {
+        Q_EMIT contentsChanged();
+    }
 }
 
 void TextStore::redo()
@@ -131,7 +149,11 @@ void TextStore::redo()
         return;
     }
     _startNewStep = true;
+    const quint64 before = _revision;
     _undoStack->redo();
+    if (_revision != before) {
+        Q_EMIT contentsChanged();
+    }
 }
 
 bool TextStore::isModified() const

@@ -58,6 +58,11 @@ public:
     /// The next typed edit starts a new undo step (the caret moved, say).
     void breakTyping() { _startNewStep = true; }
 
+    /// Adds to the open edit block's step something besides the text to take back and make
+    /// again with it: `undo` runs before the block's edits are taken back, `redo` after they
+    /// are made again (neither runs now). Outside an edit block it does nothing.
+    void addToStep(std::function<void()> undo, std::function<void()> redo);
+
     /// Puts a loaded text in place of the whole text, without an undo step: the undo history
     /// is cleared and the text is clean.
     void setLoadedText(const TextSnapshot& text);
@@ -82,12 +87,17 @@ public:
 Q_SIGNALS:
     /// After each change, the text already changed.
     void contentsChange(const TextChange& change);
+    /// After each edit, edit block, undo or redo that changed the text, once all its
+    /// changes are told.
+    void contentsChanged();
     void modificationChanged(bool modified);
 
 private:
     friend class TextEditCommand;
     /// Makes a change without recording it (edits, and undo and redo replaying them).
     void apply(qsizetype position, qsizetype removedLength, const QString& added);
+    /// Tells contentsChanged() once the outermost edit, block or replay is done.
+    void changeDone();
 
     TextSnapshot _text;
     quint64 _revision = 0;
@@ -96,6 +106,7 @@ private:
     QString _blockName;
     int _blockDepth = 0;
     bool _startNewStep = true;
+    bool _changedInBlock = false;
     int _typingPause = defaultTypingPause;
     std::function<qint64()> _clock;
 };

@@ -1,20 +1,20 @@
 #include "editor/CompletionDocumentWords.h"
 
 #include "document/TextMirror.h"
+#include "document/TextStore.h"
 
 #include <QFutureWatcher>
-#include <QTextDocument>
 #include <QThreadPool>
 #include <QtConcurrent/QtConcurrentRun>
 
-CompletionDocumentWords* CompletionDocumentWords::existing(QTextDocument* document)
+CompletionDocumentWords* CompletionDocumentWords::existing(TextStore* document)
 {
     return document ? document->findChild<CompletionDocumentWords*>(QString(),
                                                                     Qt::FindDirectChildrenOnly)
                     : nullptr;
 }
 
-CompletionDocumentWords* CompletionDocumentWords::of(QTextDocument* document, Kind kind)
+CompletionDocumentWords* CompletionDocumentWords::of(TextStore* document, Kind kind)
 {
     if (!document) {
         return nullptr;
@@ -28,9 +28,9 @@ CompletionDocumentWords* CompletionDocumentWords::of(QTextDocument* document, Ki
     return new CompletionDocumentWords(document, kind);
 }
 
-CompletionDocumentWords::CompletionDocumentWords(QTextDocument* document, Kind kind)
+CompletionDocumentWords::CompletionDocumentWords(TextStore* document, Kind kind)
     : QObject(document)
-    , _mirror(TextMirror::mirrorOfDocument(document))
+    , _mirror(TextMirror::mirrorOfStore(document))
     , _index(kind)
     , _buildTimer(new QTimer(this))
 {

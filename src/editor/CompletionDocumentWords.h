@@ -10,7 +10,7 @@
 #include <optional>
 #include <vector>
 
-class QTextDocument;
+class TextStore;
 class TextMirror;
 
 /// The words of one document for completion, kept in step with its edits. The first build,
@@ -26,9 +26,9 @@ public:
     using Kind = CompletionWordScanner::Kind;
 
     /// The words of `kind` of `document`, made (and their build started) on first request.
-    static CompletionDocumentWords* of(QTextDocument* document, Kind kind);
+    static CompletionDocumentWords* of(TextStore* document, Kind kind);
     /// The document's words of whichever kind, or none.
-    static CompletionDocumentWords* existing(QTextDocument* document);
+    static CompletionDocumentWords* existing(TextStore* document);
 
     Kind kind() const { return _index.kind(); }
     /// Reads what changed since the words were last asked for. False when the words cannot
@@ -54,7 +54,7 @@ Q_SIGNALS:
     void ready();
 
 private:
-    CompletionDocumentWords(QTextDocument* document, Kind kind);
+    CompletionDocumentWords(TextStore* document, Kind kind);
     void textDidChange(qsizetype location, qsizetype removed, qsizetype added);
     void startBuild();
     void buildDidEnd(std::shared_ptr<CompletionWordIndex> built);

@@ -11,7 +11,6 @@
 #include <QListWidget>
 #include <QScreen>
 #include <QScrollBar>
-#include <QTextBlock>
 
 #include <algorithm>
 #include <utility>
@@ -157,10 +156,7 @@ void CompletionManager::adjustCompletionPanelPosition()
         return;
     }
     CompletionPanel* list = panel();
-    QTextCursor start(_textView->document());
-    start.setPosition(int(qMin<qsizetype>(_currentPartialWordRange.location,
-                                          _textView->document()->characterCount() - 1)));
-    const QRect caret = _textView->cursorRect(start);
+    const QRect caret = _textView->rectForPosition(_currentPartialWordRange.location);
     const int baseline = caret.top() + _textView->fontMetrics().ascent();
     QPoint point = _textView->viewport()->mapToGlobal(QPoint(caret.left() - 2, baseline));
     point.ry() += 6;

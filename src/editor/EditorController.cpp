@@ -36,7 +36,7 @@ GutterView* EditorController::gutterView() const
     return _textView ? _textView->verticalRulerView() : nullptr;
 }
 
-void EditorController::setupInitialTextViewSharedStateWithTextStorage(QTextDocument* textStorage)
+void EditorController::setupInitialTextViewSharedStateWithTextStorage(TextStore* textStorage)
 {
     if (!_textView || !textStorage) {
         return;
@@ -55,7 +55,7 @@ void EditorController::setupInitialTextViewSharedStateWithTextStorage(QTextDocum
 
 void EditorController::setupInitialTextViewSharedStateWithDocument(Document* document)
 {
-    setupInitialTextViewSharedStateWithTextStorage(document ? document->textStorage() : nullptr);
+    setupInitialTextViewSharedStateWithTextStorage(document ? document->textStore() : nullptr);
 }
 
 void EditorController::updatePreferences(const EditorSettings& settings)

@@ -9,7 +9,7 @@
 class Document;
 class GutterView;
 class LayoutManager;
-class QTextDocument;
+class TextStore;
 struct EditorSettings;
 class TextView;
 
@@ -36,7 +36,7 @@ public:
 
     /// Shows the document's `textStorage` in this pane with a LayoutManager and a gutter of
     /// its own, and gives the new view the keyboard focus.
-    void setupInitialTextViewSharedStateWithTextStorage(QTextDocument* textStorage);
+    void setupInitialTextViewSharedStateWithTextStorage(TextStore* textStorage);
     /// The same for the text of `document`.
     void setupInitialTextViewSharedStateWithDocument(Document* document);
 

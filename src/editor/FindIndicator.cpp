@@ -1,9 +1,10 @@
 #include "editor/FindIndicator.h"
 
+#include "document/TextStore.h"
+#include "editor/TextArea.h"
+
 #include <QPainter>
 #include <QPainterPath>
-#include <QPlainTextEdit>
-#include <QTextBlock>
 #include <QTimer>
 
 #include <algorithm>
@@ -15,7 +16,7 @@ constexpr int kMargin = 3;
 
 } // namespace
 
-FindIndicator::FindIndicator(QPlainTextEdit* view, Range range)
+FindIndicator::FindIndicator(TextArea* view, Range range)
     : QWidget(view->viewport())
     , _view(view)
     , _range(range)
@@ -23,13 +24,12 @@ FindIndicator::FindIndicator(QPlainTextEdit* view, Range range)
     setObjectName(QStringLiteral("findIndicator"));
     setAttribute(Qt::WA_TransparentForMouseEvents);
     // A range found a moment ago may reach past a text that has become shorter since.
-    const qsizetype last = view->document()->characterCount() - 1;
-    QTextCursor cursor(view->document());
-    cursor.setPosition(int(std::clamp<qsizetype>(range.location, 0, last)));
-    const QRect start = view->cursorRect(cursor);
-    cursor.setPosition(int(std::clamp<qsizetype>(range.max(), 0, last)), QTextCursor::KeepAnchor);
-    _text = cursor.selectedText();
-    const QRect end = view->cursorRect(QTextCursor(cursor));
+    const TextSnapshot text = view->textStore() ? view->textStore()->text() : TextSnapshot();
+    const qsizetype from = std::clamp<qsizetype>(range.location, 0, text.length());
+    const qsizetype to = std::clamp<qsizetype>(range.max(), from, text.length());
+    const QRect start = view->rectForPosition(from);
+    _text = text.text({from, to - from});
+    const QRect end = view->rectForPosition(to);
     if (end.top() != start.top()) {
         // Over several lines: the box spans them at the viewport's width, without text.
         _text.clear();
@@ -43,7 +43,7 @@ FindIndicator::FindIndicator(QPlainTextEdit* view, Range range)
     QTimer::singleShot(kShownMilliseconds, this, &QObject::deleteLater);
 }
 
-FindIndicator* FindIndicator::showFindIndicatorForRange(QPlainTextEdit* view, Range range)
+FindIndicator* FindIndicator::showFindIndicatorForRange(TextArea* view, Range range)
 {
     if (!view || range.isNotFound()) {
         return nullptr;
@@ -68,7 +68,7 @@ void FindIndicator::paintEvent(QPaintEvent*)
     painter.setPen(QColor(180, 150, 0));
     painter.drawPath(box);
     painter.setPen(Qt::black);
-    painter.setFont(_view->font());
+    painter.setFont(_view->textFont());
     painter.drawText(rect().adjusted(kMargin, kMargin, -kMargin, -kMargin),
                      Qt::AlignLeft | Qt::AlignVCenter, _text);
 }

@@ -4,7 +4,7 @@
 
 #include <QWidget>
 
-class QPlainTextEdit;
+class TextArea;
 
 /// A short-lived highlight over a range of a text view: a bright rounded box showing the
 /// characters, standing over the viewport for about half a second.
@@ -16,16 +16,16 @@ public:
     /// Shows the indicator for `range` of `view`'s text, replacing one already shown there:
     /// an occurrence found, a line gone to, a matching brace, a function chosen. None for
     /// no view or no range.
-    static FindIndicator* showFindIndicatorForRange(QPlainTextEdit* view, Range range);
+    static FindIndicator* showFindIndicatorForRange(TextArea* view, Range range);
     Range range() const { return _range; }
 
 protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    FindIndicator(QPlainTextEdit* view, Range range);
+    FindIndicator(TextArea* view, Range range);
 
-    QPlainTextEdit* _view;
+    TextArea* _view;
     Range _range;
     QString _text;
 };

@@ -1,25 +1,22 @@
 #include "editor/LayoutManager.h"
 
 #include "document/Document.h"
-#include "editor/TextDocumentLayout.h"
+#include "document/TextStore.h"
 #include "editor/TextView.h"
-#include "editor/UndoActionNames.h"
 
 #include <QFontDatabase>
 #include <QFontMetrics>
 #include <QHash>
 #include <QPainter>
-#include <QTextBlock>
-#include <QTextDocument>
 
 #include <algorithm>
 
 namespace {
 
-// Every pane on a document, so that the formats of a shared block come from all of them.
-QHash<const QTextDocument*, QList<LayoutManager*>>& panesByDocument()
+// Every pane on a text, so that the formats of a shared line come from all of them.
+QHash<const TextStore*, QList<LayoutManager*>>& panesByDocument()
 {
-    static QHash<const QTextDocument*, QList<LayoutManager*>> panes;
+    static QHash<const TextStore*, QList<LayoutManager*>> panes;
     return panes;
 }
 
@@ -45,27 +42,24 @@ const QTextCharFormat& standInFormat()
 
 } // namespace
 
-LayoutManager::LayoutManager(TextView* textView, QTextDocument* textStorage)
+LayoutManager::LayoutManager(TextView* textView, TextStore* textStorage)
     : QObject(textView)
     , _textView(textView)
     , _textStorage(textStorage)
     , _registeredStorage(textStorage)
-    , _layers(textStorage ? textStorage->characterCount() : 0)
+    , _layers(textStorage ? textStorage->text().length() : 0)
 {
     updatePreferences(textView->editorSettings());
     if (textStorage) {
         panesByDocument()[textStorage].append(this);
-        connect(textStorage, &QTextDocument::contentsChange, this,
+        connect(textStorage, &TextStore::contentsChange, this,
                 &LayoutManager::textStorageDidChange);
-        // The Edit menu names the steps the document makes itself (Replace All) as well as
-        // the pane's: the record must follow the text from before the first of them.
-        UndoActionNames::of(textStorage);
     }
 }
 
 Document* LayoutManager::document() const
 {
-    // A document owns the text storage it holds its text in.
+    // A document owns the text store it holds its text in.
     return _textStorage ? qobject_cast<Document*>(_textStorage->parent()) : nullptr;
 }
 
@@ -90,24 +84,24 @@ void LayoutManager::updatePreferences(const EditorSettings& settings)
     _characterOfTab = settings.tabCharacter;
     _characterOfSpace = settings.spaceCharacter;
     _characterOfFullwidthSpace = settings.fullwidthSpaceCharacter;
-    for (InvisibleKind kind : {InvisibleKind::NewLine, InvisibleKind::Tab, InvisibleKind::Space,
-                               InvisibleKind::FullwidthSpace}) {
-        QStaticText& mark = _marks[static_cast<int>(kind)];
-        mark.setText(characterOf(kind));
-        mark.setTextFormat(Qt::PlainText);
-        mark.prepare(QTransform(), _attributes.font());
+    if (_textView) {
+        InvisibleCharacterPainter::Marks marks = _textView->invisibleCharacterMarks();
+        marks.newLine = _characterOfNewLine;
+        marks.tab = _characterOfTab;
+        marks.space = _characterOfSpace;
+        marks.fullwidthSpace = _characterOfFullwidthSpace;
+        marks.color = settings.invisibleCharacterColor;
+        marks.font = _attributes.font();
+        _textView->setInvisibleCharacterMarks(marks);
     }
     setShowInvisibleCharacters(false);
 }
 
 void LayoutManager::setShowInvisibleCharacters(bool showInvisibleCharacters)
 {
-    if (_showInvisibleCharacters == showInvisibleCharacters) {
-        return;
-    }
     _showInvisibleCharacters = showInvisibleCharacters;
-    if (_textView) {
-        _textView->viewport()->update();
+    if (_textView && _textView->showInvisibleCharacters() != showInvisibleCharacters) {
+        _textView->setShowInvisibleCharacters(showInvisibleCharacters);
     }
 }
 
@@ -126,85 +120,6 @@ const QString& LayoutManager::characterOf(InvisibleKind kind) const
     return _characterOfFullwidthSpace;
 }
 
-QList<LayoutManager::InvisibleMark> LayoutManager::invisibleCharacterMarks(const QRectF& rect) const
-{
-    QList<InvisibleMark> marks;
-    if (!_textView) {
-        return marks;
-    }
-    for (const TextView::ShownBlock& shown : _textView->shownBlocks(rect.top(), rect.bottom())) {
-        const QTextBlock& block = shown.block;
-        const QTextLayout* layout = block.layout();
-        const QString text = block.text();
-        const qsizetype blockStart = block.position();
-        // Every block but the last ends in a line break, held as one LF in memory.
-        const bool endsWithLineBreak = block.next().isValid();
-        // Proposed or composed text is laid out without being in the text: positions in the
-        // layout after it are that much further on.
-        const int insertedAt = layout->preeditAreaPosition();
-        const int inserted = int(layout->preeditAreaText().size());
-        const auto toLayout = [&](int k) {
-            return inserted > 0 && k >= insertedAt ? k + inserted : k;
-        };
-        const auto toText = [&](int k) {
-            if (inserted == 0 || k <= insertedAt) {
-                return k;
-            }
-            return std::max(insertedAt, k - inserted);
-        };
-        for (int i = 0; i < layout->lineCount(); ++i) {
-            const QTextLine line = layout->lineAt(i);
-            const qreal top = shown.offset.y() + line.y();
-            if (top > rect.bottom() || top + line.height() < rect.top()) {
-                continue;
-            }
-            // Only the characters under the rectangle: an unwrapped line may be very long.
-            const qreal left = rect.left() - shown.offset.x();
-            const qreal right = rect.right() - shown.offset.x();
-            const int lineStart = toText(line.textStart());
-            const int lineEnd = toText(line.textStart() + line.textLength());
-            int from = std::max(lineStart, toText(line.xToCursor(left)) - 1);
-            int to = std::min(lineEnd, toText(line.xToCursor(right)) + 1);
-            const bool isLastLine = i == layout->lineCount() - 1;
-            for (int k = std::max(from, 0); k < to || (k == to && isLastLine && k == text.size());
-                 ++k) {
-                InvisibleKind kind;
-                qreal nudge = 0;
-                if (k >= text.size()) {
-                    if (!endsWithLineBreak) {
-                        break;
-                    }
-                    kind = InvisibleKind::NewLine;
-                } else {
-                    switch (text.at(k).unicode()) {
-                    case u'\n':
-                    case u'\r':
-                    case 0x2029:
-                        kind = InvisibleKind::NewLine;
-                        break;
-                    case u'\t':
-                        kind = InvisibleKind::Tab;
-                        break;
-                    case u' ':
-                    case 0x00A0:
-                        kind = InvisibleKind::Space;
-                        nudge = 1;
-                        break;
-                    case 0x3000:
-                        kind = InvisibleKind::FullwidthSpace;
-                        break;
-                    default:
-                        continue;
-                    }
-                }
-                const QPointF origin(shown.offset.x() + line.cursorToX(toLayout(k)) + nudge, top);
-                marks.append({blockStart + k, kind, origin});
-            }
-        }
-    }
-    return marks;
-}
-
 void LayoutManager::setCharacterStandIns(const CharacterStandIns& standIns)
 {
     if (_standIns == standIns) {
@@ -212,6 +127,8 @@ void LayoutManager::setCharacterStandIns(const CharacterStandIns& standIns)
     }
     _standIns = standIns;
     if (_textView) {
+        _textView->formatsChanged({0, _layers.textLength()});
+        _textView->textLayout().cache().clear();
         _textView->viewport()->update();
     }
 }
@@ -230,54 +147,32 @@ QString LayoutManager::markOfStandIn(QChar original, const QFont& font)
     }
 }
 
-void LayoutManager::drawStandIns(QPainter& painter, const QRectF& rect)
+void LayoutManager::drawGlyphs(QPainter& painter, const QRectF& rect)
 {
-    if (_standIns.isEmpty() || !_textView) {
+    if (_standIns.isEmpty() || !_textView || !_textStorage) {
         return;
     }
+    const TextSnapshot& text = _textStorage->text();
     painter.save();
-    const QFont font = _textView->font();
+    const QFont font = _textView->textFont();
     painter.setFont(font);
     painter.setPen(_attributes.foreground().color());
-    for (const TextView::ShownBlock& shown : _textView->shownBlocks(rect.top(), rect.bottom())) {
-        const QString text = shown.block.text();
-        const QTextLayout* layout = shown.block.layout();
-        for (qsizetype k = 0; k < text.size(); ++k) {
-            const QChar original = _standIns.originalOf(text[k]);
+    const qreal ascent = QFontMetricsF(font).ascent();
+    for (const TextView::ShownLine& shown : _textView->visibleLines()) {
+        const qsizetype start = text.lineStart(shown.line);
+        const QString line = text.line(shown.line);
+        for (qsizetype k = 0; k < line.size(); ++k) {
+            const QChar original = _standIns.originalOf(line[k]);
             if (original.isNull()) {
                 continue;
             }
-            const QTextLine line = layout->lineForTextPosition(int(k));
-            if (!line.isValid()) {
+            const QRect caret = _textView->rectForPosition(start + k);
+            if (caret.bottom() < rect.top() || caret.top() > rect.bottom()) {
                 continue;
             }
-            const QPointF baseline(shown.offset.x() + line.cursorToX(int(k)),
-                                   shown.offset.y() + line.y() + line.ascent());
-            painter.drawText(baseline, markOfStandIn(original, font));
+            painter.drawText(QPointF(caret.left(), caret.top() + ascent),
+                             markOfStandIn(original, font));
         }
-    }
-    painter.restore();
-}
-
-void LayoutManager::drawGlyphs(QPainter& painter, const QRectF& rect)
-{
-    drawStandIns(painter, rect);
-    if (!_showInvisibleCharacters) {
-        return;
-    }
-    const QList<InvisibleMark> marks = invisibleCharacterMarks(rect);
-    if (_textView) {
-        const QList<TextView::ShownBlock> shown = _textView->shownBlocks(rect.top(), rect.bottom());
-        if (!shown.isEmpty()) {
-            const QTextBlock& last = shown.last().block;
-            _lengthToRedraw = last.position() + last.text().size();
-        }
-    }
-    painter.save();
-    painter.setFont(_attributes.font());
-    painter.setPen(_attributes.foreground().color());
-    for (const InvisibleMark& mark : marks) {
-        painter.drawStaticText(mark.origin, _marks[static_cast<int>(mark.kind)]);
     }
     painter.restore();
 }
@@ -380,182 +275,46 @@ QList<Range> LayoutManager::misspelledWords(Range range) const
     return words;
 }
 
-QList<QTextLayout::FormatRange> LayoutManager::formatsForBlock(const QTextBlock& block) const
+TextFormatProvider::LineFormats LayoutManager::formatsForLine(qsizetype line, qsizetype lineStart,
+                                                              qsizetype lineLength)
 {
-    QList<QTextLayout::FormatRange> formats;
-    const QList<LayoutManager*> panes = panesByDocument().value(_textStorage);
-    QList<TextFormatProvider::LineFormats> layers;
-    layers.reserve(panes.size());
-    for (const LayoutManager* pane : panes) {
-        layers.append(pane->_layers.lineFormats(block.position(), block.length()));
+    LineFormats formats;
+    for (const LayoutManager* pane : panesByDocument().value(_textStorage)) {
+        LineFormats layer = pane->_layers.lineFormats(lineStart, lineLength);
+        formats.foreground.append(layer.foreground);
+        formats.background.append(layer.background);
     }
-    // Backgrounds first, so that a foreground laid later never hides them.
-    for (const TextFormatProvider::LineFormats& pane : std::as_const(layers)) {
-        formats.append(pane.background);
-    }
-    for (const TextFormatProvider::LineFormats& pane : std::as_const(layers)) {
-        formats.append(pane.foreground);
-    }
-    if (!_standIns.isEmpty()) {
-        const QString text = block.text();
+    if (!_standIns.isEmpty() && _textStorage) {
+        const QString text = _textStorage->text().line(line);
         for (qsizetype k = 0; k < text.size(); ++k) {
             if (!_standIns.originalOf(text[k]).isNull()) {
                 QTextLayout::FormatRange range;
                 range.start = int(k);
                 range.length = 1;
                 range.format = standInFormat();
-                formats.append(range);
+                formats.foreground.append(range);
             }
         }
     }
-    // Text laid out but not in the document (proposed or being composed) moves the formats
-    // after it along; proposed text is grey.
-    const QTextLayout* layout = block.layout();
-    const int inserted = layout ? int(layout->preeditAreaText().size()) : 0;
-    if (inserted == 0) {
-        return formats;
-    }
-    const int at = layout->preeditAreaPosition();
-    QList<QTextLayout::FormatRange> moved;
-    moved.reserve(formats.size() + 2);
-    for (QTextLayout::FormatRange range : std::as_const(formats)) {
-        if (range.start >= at) {
-            range.start += inserted;
-        } else if (range.start + range.length > at) {
-            QTextLayout::FormatRange after = range;
-            after.start = at + inserted;
-            after.length = range.start + range.length - at;
-            range.length = at - range.start;
-            moved.append(range);
-            range = after;
-        }
-        moved.append(range);
-    }
-    for (const LayoutManager* pane : panes) {
-        if (!pane->_proposedText.isEmpty() && pane->_proposal.block() == block) {
-            QTextLayout::FormatRange proposed;
-            proposed.start = at;
-            proposed.length = inserted;
-            proposed.format.setForeground(QColor(Qt::lightGray));
-            proposed.format.setBackground(Qt::transparent);
-            moved.append(proposed);
-            break;
-        }
-    }
-    return moved;
+    return formats;
 }
 
 void LayoutManager::setProposedText(qsizetype position, const QString& text)
 {
-    const bool shows = !text.isEmpty() && _textStorage;
-    const QTextBlock block = shows ? _textStorage->findBlock(int(position)) : QTextBlock();
-    if (!_proposedText.isEmpty()) {
-        const QTextBlock shownIn = _proposal.block();
-        _proposal = QTextCursor();
-        _proposedText.clear();
-        if (shownIn.isValid() && shownIn.layout()) {
-            shownIn.layout()->setPreeditArea(-1, QString());
-            // Stepping through the candidates changes the proposal within one line: it is
-            // laid out once, below.
-            if (shownIn != block) {
-                relayOut(shownIn);
-            }
-        }
-    }
-    if (!shows) {
-        return;
-    }
-    _proposal = QTextCursor(_textStorage);
-    _proposal.setPosition(int(position));
-    _proposedText = text;
-    block.layout()->setPreeditArea(int(position - block.position()), text);
-    relayOut(block);
-}
-
-qsizetype LayoutManager::proposedTextPosition() const
-{
-    return _proposedText.isEmpty() ? -1 : _proposal.position();
-}
-
-void LayoutManager::relayOut(const QTextBlock& block)
-{
-    QTextLayout* layout = block.layout();
-    const QList<QTextLayout::FormatRange> formats = formatsForBlock(block);
-    if (formats != layout->formats()) {
-        layout->setFormats(formats);
-    }
-    markBlockDirty(block);
-}
-
-void LayoutManager::markBlockDirty(const QTextBlock& block)
-{
-    // Now, not merged into the next edit's notice.
-    if (auto* layout = qobject_cast<TextDocumentLayout*>(_textStorage->documentLayout())) {
-        layout->relayOutBlock(block);
-    } else {
-        _textStorage->markContentsDirty(block.position(), block.length());
+    if (_textView) {
+        _textView->setProposedText(position, text);
     }
 }
 
-int LayoutManager::applyTemporaryAttributes(qreal top, qreal bottom)
+const QString& LayoutManager::proposedText() const
 {
-    if (!_textView || !_textStorage) {
-        return 0;
-    }
-    std::vector<std::pair<QTextBlock, QList<QTextLayout::FormatRange>>> changed;
-    for (const TextView::ShownBlock& shown : _textView->shownBlocks(top, bottom)) {
-        QList<QTextLayout::FormatRange> formats = formatsForBlock(shown.block);
-        if (formats != shown.block.layout()->formats()) {
-            changed.emplace_back(shown.block, std::move(formats));
-        }
-    }
-    // The change must reach the document layout now; left pending, it would be merged into
-    // the next edit's contentsChange. A few blocks are told one by one, so that only their
-    // lines are painted again; many in one notice, each then laid out once, when painted.
-    if (changed.size() <= 4) {
-        for (const auto& [block, formats] : changed) {
-            block.layout()->setFormats(formats);
-            markBlockDirty(block);
-        }
-    } else {
-        for (const auto& [block, formats] : changed) {
-            block.layout()->setFormats(formats);
-        }
-        const QTextBlock& last = changed.back().first;
-        const int from = changed.front().first.position();
-        _textStorage->markContentsDirty(from, last.position() + last.length() - from);
-    }
-    return int(changed.size());
+    static const QString none;
+    return _textView ? _textView->proposedText() : none;
 }
 
-void LayoutManager::textStorageDidChange(int position, int removed, int added)
+void LayoutManager::textStorageDidChange(const TextChange& change)
 {
-    // Qt may count the document's closing paragraph separator in both numbers; the lengths
-    // before and after decide what was really removed.
-    const qsizetype newLength = _textStorage ? _textStorage->characterCount() : 0;
-    qsizetype reallyRemoved = _layers.textLength() + added - newLength;
-    qsizetype reallyAdded = added;
-    if (reallyRemoved < 0) {
-        reallyAdded -= reallyRemoved;
-        reallyRemoved = 0;
-    }
-    _layers.contentsChange(position, reallyRemoved, reallyAdded);
-    Q_UNUSED(removed);
-
-    // The document lays the edited blocks out again right after this signal: give them their
-    // moved colours now, so that the next paint finds nothing to change and the edit is laid
-    // out and painted once, not twice. Only a few blocks: a large paste is coloured when its
-    // blocks are painted.
-    if (_textStorage) {
-        QTextBlock block = _textStorage->findBlock(position);
-        for (int count = 0; block.isValid() && block.position() <= position + added && count < 64;
-             block = block.next(), ++count) {
-            const QList<QTextLayout::FormatRange> formats = formatsForBlock(block);
-            if (formats != block.layout()->formats()) {
-                block.layout()->setFormats(formats);
-            }
-        }
-    }
+    _layers.contentsChange(change.position, change.charsRemoved, change.charsAdded);
 }
 
 void LayoutManager::colorsChanged(Range range)
@@ -563,23 +322,8 @@ void LayoutManager::colorsChanged(Range range)
     // Only the shown lines the colours changed in are painted again: a slice of the
     // whole-text colouring off screen paints nothing, a keyword typed paints its line.
     for (LayoutManager* pane : panesByDocument().value(_textStorage)) {
-        TextView* view = pane->_textView;
-        if (!view) {
-            continue;
-        }
-        QRectF dirty;
-        for (const TextView::ShownBlock& shown : view->shownBlocks(0, view->viewport()->height())) {
-            const qsizetype start = shown.block.position();
-            if (start >= range.max()) {
-                break;
-            }
-            if (start + shown.block.length() > range.location) {
-                dirty |= shown.rect;
-            }
-        }
-        if (!dirty.isEmpty()) {
-            const QRect lines = dirty.toAlignedRect();
-            view->viewport()->update(0, lines.top(), view->viewport()->width(), lines.height());
+        if (TextView* view = pane->_textView) {
+            view->formatsChanged(range);
         }
     }
 }

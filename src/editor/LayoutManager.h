@@ -2,6 +2,7 @@
 
 #include "editor/ColorStore.h"
 #include "editor/TextColorLayers.h"
+#include "editor/TextFormatProvider.h"
 #include "platform/CharacterStandIns.h"
 #include "platform/Range.h"
 
@@ -10,47 +11,39 @@
 #include <QObject>
 #include <QPointer>
 #include <QRectF>
-#include <QStaticText>
 #include <QString>
 #include <QTextCharFormat>
-#include <QTextCursor>
 #include <QTextLayout>
 
 struct EditorSettings;
+struct TextChange;
 class QPainter;
-class QTextBlock;
 class Document;
-class QTextDocument;
+class TextStore;
 class TextView;
 
 /// The pane's own layer over the shared text: the marks of invisible characters and the
 /// colour store (syntax colours and a background layer for search and go-to highlights).
 ///
-/// Colours never enter the document. They are applied, just before a pane paints, as the
-/// `QTextLayout` formats of the blocks it shows. Qt keeps one layout per block for every
-/// view of a document, so the formats laid on a block are composed from the stores of all
-/// panes on that document; both panes colour the same text with the same definition, so
-/// they agree, and neither pane undoes what the other laid down.
-class LayoutManager : public QObject
+/// Colours never enter the document. The pane's view asks for them line by line as it lays
+/// out and paints the lines it shows (this object is its format provider); the formats of a
+/// line are composed from the stores of all panes on the document: both panes colour the
+/// same text with the same definition, so they agree, and a highlight laid down through one
+/// pane shows in both.
+class LayoutManager : public QObject, public TextFormatProvider
 {
     Q_OBJECT
 
 public:
     enum class InvisibleKind { NewLine, Tab, Space, FullwidthSpace };
-    /// One mark as it is drawn: where its top-left stands in viewport coordinates.
-    struct InvisibleMark {
-        qsizetype location = 0;
-        InvisibleKind kind = InvisibleKind::Space;
-        QPointF origin;
-    };
 
     /// Draws for `textView` (its "first text view") over `textStorage`, with the view's
     /// settings.
-    LayoutManager(TextView* textView, QTextDocument* textStorage);
+    LayoutManager(TextView* textView, TextStore* textStorage);
     ~LayoutManager() override;
 
     TextView* firstTextView() const { return _textView; }
-    QTextDocument* textStorage() const { return _textStorage; }
+    TextStore* textStorage() const { return _textStorage; }
     /// The document whose text this is; none for a text storage of its own.
     Document* document() const;
 
@@ -66,14 +59,9 @@ public:
     const QString& characterOfSpace() const { return _characterOfSpace; }
     const QString& characterOfFullwidthSpace() const { return _characterOfFullwidthSpace; }
     const QString& characterOf(InvisibleKind kind) const;
-    /// The end of the text range the last drawing pass covered.
-    qsizetype lengthToRedraw() const { return _lengthToRedraw; }
 
-    /// The marks of the shown lines meeting `rect` (viewport coordinates), whether or not
-    /// they are shown. Only the characters of those lines within the rectangle are looked at.
-    QList<InvisibleMark> invisibleCharacterMarks(const QRectF& rect) const;
-    /// Draws the marks meeting `rect` when they are shown, and those of the characters that
-    /// stand in for others always.
+    /// Draws the marks of the characters that stand in for others meeting `rect` (viewport
+    /// coordinates); the view draws those of invisible characters itself.
     void drawGlyphs(QPainter& painter, const QRectF& rect);
 
     /// The characters that stand in the text for those it cannot hold (the document's). Each
@@ -125,21 +113,14 @@ public:
     /// document that meet it.
     void colorsChanged(Range range);
 
-    /// The formats the colours of every pane on the document give `block`.
-    QList<QTextLayout::FormatRange> formatsForBlock(const QTextBlock& block) const;
-    /// Lays the stored colours onto the shown blocks meeting [top, bottom] (viewport
-    /// coordinates); blocks whose formats are already right are left alone, so they are not
-    /// laid out again. Returns the number of blocks whose formats changed.
-    int applyTemporaryAttributes(qreal top, qreal bottom);
+    /// The formats the colours of every pane on the document give the text of `line`.
+    LineFormats formatsForLine(qsizetype line, qsizetype lineStart, qsizetype lineLength) override;
 
     /// Shows `text` at `position` in grey, laid out as if it were typed there, without
     /// putting it into the document: it never reaches the saved text, the undo stack or the
-    /// modified state. An empty text takes it away. The shown text stays before the same
-    /// character when the document changes elsewhere.
+    /// modified state. An empty text takes it away, as does any change of the text.
     void setProposedText(qsizetype position, const QString& text);
-    const QString& proposedText() const { return _proposedText; }
-    /// Where the proposed text stands in the document; -1 when none is shown.
-    qsizetype proposedTextPosition() const;
+    const QString& proposedText() const;
 
 Q_SIGNALS:
     /// The background highlights this pane had laid down went away, through whichever pane
@@ -147,16 +128,12 @@ Q_SIGNALS:
     void backgroundHighlightsRemoved();
 
 private:
-    void relayOut(const QTextBlock& block);
-    /// Has the document lay `block` out again and repaint its line.
-    void markBlockDirty(const QTextBlock& block);
     void clearBackgroundHighlights();
-    void textStorageDidChange(int position, int removed, int added);
-    void drawStandIns(QPainter& painter, const QRectF& rect);
+    void textStorageDidChange(const TextChange& change);
 
     QPointer<TextView> _textView;
-    QPointer<QTextDocument> _textStorage;
-    QTextDocument* _registeredStorage = nullptr;
+    QPointer<TextStore> _textStorage;
+    TextStore* _registeredStorage = nullptr;
 
     bool _showInvisibleCharacters = false;
     QTextCharFormat _attributes;
@@ -164,11 +141,7 @@ private:
     QString _characterOfTab;
     QString _characterOfSpace;
     QString _characterOfFullwidthSpace;
-    QStaticText _marks[4];
-    qsizetype _lengthToRedraw = 0;
 
     TextColorLayers _layers;
-    QTextCursor _proposal;
-    QString _proposedText;
     CharacterStandIns _standIns;
 };

@@ -13,8 +13,6 @@
 #include <QEvent>
 #include <QMenu>
 #include <QScrollBar>
-#include <QTextBlock>
-#include <QTextDocument>
 
 #include <cmath>
 #include <limits>
@@ -29,37 +27,6 @@ constexpr int kWordReach = 64;
 bool isWordCharacter(QChar c)
 {
     return c.isLetterOrNumber() || c == u'\'' || c == u'_' || c == u'\u2019' || c.isMark();
-}
-
-// The old view's blocks on screen, each line of them cut to the viewport's width.
-QList<SpellCheckingController::ShownText> shownTextOf(TextView* textView)
-{
-    QList<SpellCheckingController::ShownText> stretches;
-    const qreal width = textView->viewport()->width();
-    const qreal height = textView->viewport()->height();
-    for (const TextView::ShownBlock& shown : textView->shownBlocks(0, height)) {
-        const QTextBlock& block = shown.block;
-        const Range line(block.position(), block.length());
-        const QTextLayout* lines = block.layout();
-        if (!lines || lines->lineCount() == 0) {
-            stretches.append(
-                {line, {line.location, std::min<qsizetype>(block.length() - 1, kMaximumLineSpan)}});
-            continue;
-        }
-        for (int i = 0; i < lines->lineCount(); ++i) {
-            const QTextLine row = lines->lineAt(i);
-            const qreal top = shown.offset.y() + row.y();
-            if (top > height || top + row.height() < 0) {
-                continue;
-            }
-            const int from = std::max(row.textStart(), row.xToCursor(-shown.offset.x()) - 1);
-            int to = std::min(row.textStart() + row.textLength(),
-                              row.xToCursor(width - shown.offset.x()) + 1);
-            to = std::min(to, from + kMaximumLineSpan);
-            stretches.append({line, {line.location + from, std::max(0, to - from)}});
-        }
-    }
-    return stretches;
 }
 
 // Where a text area's screen stands: a check of every shown line is due when it moves.
@@ -135,15 +102,16 @@ SpellCheckingController::SpellCheckingController(TextView* textView)
           textView, textView->services().spellChecker,
           View{
               .text = [textView]() -> TextSource* {
-                  QTextDocument* document = textView->document();
-                  return document ? TextMirror::mirrorOfDocument(document) : nullptr;
+                  return TextMirror::mirrorOfStore(textView->textStore());
               },
               .layers = [textView]() -> TextColorLayers* {
                   LayoutManager* layout = textView->layoutManager();
                   return layout ? &layout->colorLayers() : nullptr;
               },
-              .shownText = [textView] { return shownTextOf(textView); },
-              .lineCount = [textView]() -> qsizetype { return textView->document()->blockCount(); },
+              .shownText = [textView] { return shownTextOf(static_cast<TextArea*>(textView)); },
+              .lineCount = [textView]() -> qsizetype {
+                  return textView->textStore() ? textView->textStore()->text().lineCount() : 0;
+              },
               .misspellingsChanged =
                   [textView](Range range) {
                       if (LayoutManager* layout = textView->layoutManager()) {
@@ -151,7 +119,7 @@ SpellCheckingController::SpellCheckingController(TextView* textView)
                       }
                   },
               .positionAt = [textView](const QPoint& point) -> qsizetype {
-                  return textView->cursorForPosition(point).position();
+                  return textView->positionAt(point);
               },
               .replace =
                   [textView](Range range, const QString& text) {
@@ -212,7 +180,7 @@ SpellCheckingController::~SpellCheckingController() = default;
 void SpellCheckingController::setContinuousSpellCheckingEnabled(bool enabled,
                                                                 const QString& language)
 {
-    const bool documentChanged = _textView && _textView->document() != _checkedDocument;
+    const bool documentChanged = _textView && _textView->textStore() != _checkedDocument;
     const bool changed = enabled != _enabled || language != _language || documentChanged;
     _enabled = enabled;
     _language = language;
@@ -243,9 +211,10 @@ void SpellCheckingController::followTextView(bool enabled)
     if (!enabled) {
         return;
     }
-    _checkedDocument = _textView->document();
-    connect(_checkedDocument, &QTextDocument::contentsChange, this,
-            &SpellCheckingController::textDidChange);
+    _checkedDocument = _textView->textStore();
+    connect(_checkedDocument, &TextStore::contentsChange, this, [this](const TextChange& change) {
+        textDidChange(change.position, change.charsRemoved, change.charsAdded);
+    });
     connect(_textView->verticalScrollBar(), &QScrollBar::valueChanged, this,
             &SpellCheckingController::scheduleCheck);
     connect(_textView->horizontalScrollBar(), &QScrollBar::valueChanged, this,

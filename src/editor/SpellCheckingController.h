@@ -13,12 +13,13 @@
 #include <memory>
 
 class QMenu;
-class QTextDocument;
+
 class SnapshotTextSource;
 class SpellChecker;
 class TextArea;
 class TextColorLayers;
 class TextSource;
+class TextStore;
 class TextView;
 
 /// Checks the spelling of what a view shows and underlines the misspelt words.
@@ -26,8 +27,9 @@ class TextView;
 /// touched after each edit, so the work per keystroke grows neither with the text nor with
 /// the window.
 ///
-/// The same controller serves the view over a QTextDocument (TextView) and the view over a
-/// text store (TextArea): each hands it the few things it needs of a view through a View.
+/// The same controller serves an editor pane (TextView, whose layout manager's colours every
+/// pane on the document shares) and a bare TextArea with colours of its own: each hands it the
+/// few things it needs of a view through a View.
 class SpellCheckingController : public QObject
 {
     Q_OBJECT
@@ -106,7 +108,7 @@ private:
     SpellChecker& _checker;
     View _view;
     QPointer<TextView> _textView;
-    QPointer<QTextDocument> _checkedDocument;
+    QPointer<TextStore> _checkedDocument;
     // The text store's text, taken up when read.
     std::unique_ptr<SnapshotTextSource> _snapshot;
     bool _enabled = false;

@@ -52,11 +52,8 @@ SyntaxColoringController::SyntaxColoringController(TextView* textView)
                   },
           })
 {
-    connect(textView, &QPlainTextEdit::updateRequest, this, [this](const QRect&, int dy) {
-        if (dy != 0) {
-            visibleRangeMoved();
-        }
-    });
+    connect(textView, &TextArea::visibleRangeChanged, this,
+            &SyntaxColoringController::visibleRangeMoved);
 }
 
 SyntaxColoringController::SyntaxColoringController(TextArea* area, TextColorLayers* layers,
@@ -103,7 +100,7 @@ bool SyntaxColoringController::hasDefinition() const
 
 TextMirror* SyntaxColoringController::mirrorOf(TextView* textView)
 {
-    QTextDocument* document = textView->document();
+    TextStore* document = textView->textStore();
     if (_mirror && _document == document) {
         return _mirror;
     }
@@ -111,7 +108,7 @@ TextMirror* SyntaxColoringController::mirrorOf(TextView* textView)
         disconnect(_mirror, nullptr, this, nullptr);
     }
     _document = document;
-    _mirror = TextMirror::mirrorOfDocument(document);
+    _mirror = TextMirror::mirrorOfStore(document);
     _engine->invalidate();
     if (_mirror) {
         connect(_mirror, &TextMirror::textDidChange, this,
@@ -227,9 +224,20 @@ void SyntaxColoringController::performSyntaxAllColoring()
         return;
     }
     const bool running = _allColoringNext >= 0;
-    showIndicator(true);
     // What the user sees first; the slices then cover the whole text, these lines again.
     syntaxVisibleColoring();
+    if (_view.text()->size() > TextSource::eagerWorkLimit) {
+        // A large text is coloured where it is shown: the lines on screen now, the others as
+        // they are scrolled into view. Each stretch is coloured exactly as the whole text
+        // would colour it (the block turns before it are known without colouring them), so
+        // colouring ahead would only spend time on lines nobody may look at.
+        if (running) {
+            finishAllColoring();
+        }
+        _colorsBehindText = true;
+        return;
+    }
+    showIndicator(true);
     _allColoringNext = 0;
     _colorsBehindText = false;
     if (!running) {

@@ -10,7 +10,7 @@
 #include <memory>
 
 class QProgressBar;
-class QTextDocument;
+class TextStore;
 class SnapshotTextSource;
 class SyntaxColoringEngine;
 class SyntaxManager;
@@ -25,8 +25,9 @@ class TextView;
 /// after every edit, the whole text again after a large insertion. The matching is the
 /// engine's; the colours go to the pane's colour layers, never into the text.
 ///
-/// The same controller serves the view over a QTextDocument (TextView) and the view over a
-/// text store (TextArea): each hands it the few things it needs of a view through a View.
+/// The same controller serves an editor pane (TextView, whose layout manager's colours every
+/// pane on the document shares) and a bare TextArea with colours of its own: each hands it the
+/// few things it needs of a view through a View.
 class SyntaxColoringController : public QObject
 {
     Q_OBJECT
@@ -96,7 +97,7 @@ private:
     std::unique_ptr<SyntaxColoringEngine> _engine;
     // The old view's text: the mirror of its document, followed when the document changes.
     QPointer<TextMirror> _mirror;
-    QPointer<QTextDocument> _document;
+    QPointer<TextStore> _document;
     // The text store's text, as the last change left it.
     std::unique_ptr<SnapshotTextSource> _snapshot;
     QPointer<QProgressBar> _shownIndicator; // the indicator this pane made visible

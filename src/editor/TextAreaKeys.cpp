@@ -75,6 +75,12 @@ qsizetype TextAreaKeys::verticalTarget(TextArea& area, qsizetype position, qsize
     return layout.positionInRow(row, area._preferredX);
 }
 
+void TextAreaKeys::moveRows(TextArea& area, qsizetype rows)
+{
+    area.moveCaret(verticalTarget(area, area.cursorPosition(), rows), false, true);
+    area.ensureCursorVisible();
+}
+
 bool TextAreaKeys::navigate(TextArea& area, QKeyEvent* event)
 {
     const Qt::KeyboardModifiers modifiers = modifiersOf(event);

@@ -15,6 +15,9 @@ public:
     static bool takes(const QKeyEvent* event);
     /// Handles a key press; false when the key is none of the area's.
     static bool press(TextArea& area, QKeyEvent* event);
+    /// Moves the caret `rows` visual rows down (up when negative), keeping its column as the
+    /// arrow keys do, and keeps it in sight.
+    static void moveRows(TextArea& area, qsizetype rows);
 
 private:
     static bool navigate(TextArea& area, QKeyEvent* event);

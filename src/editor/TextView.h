@@ -1,6 +1,7 @@
 #pragma once
 
 #include "editor/EditorServices.h"
+#include "editor/TextArea.h"
 #include "editor/TextEdit.h"
 #include "editor/TextViewCompletion.h"
 #include "editor/TextViewKeys.h"
@@ -11,9 +12,7 @@
 #include <QColor>
 #include <QFont>
 #include <QList>
-#include <QPlainTextEdit>
 #include <QStringList>
-#include <QTextBlock>
 #include <QTextOption>
 #include <QVariantList>
 #include <QVariantMap>
@@ -25,13 +24,15 @@ class GutterView;
 class LayoutManager;
 class SyntaxColoringController;
 class TextViewPrivate;
+class QContextMenuEvent;
 class QMenu;
 class QProgressBar;
+class TextStore;
 
-/// The text view of an editor pane. QPlainTextEdit is itself a scroll area, so the view is
-/// also the pane's scroll view: its vertical ruler (the line-number gutter) stands in the
-/// viewport's left margin.
-class TextView : public QPlainTextEdit
+/// The text view of an editor pane: a TextArea (which is itself a scroll area, so the view is
+/// also the pane's scroll view) with the editor's typing rules, colours, completion and
+/// commands. Its vertical ruler (the line-number gutter) stands in the left margin.
+class TextView : public TextArea
 {
     Q_OBJECT
 
@@ -40,13 +41,6 @@ public:
     struct TextAttributes {
         QFont font;
         QTextOption paragraphStyle;
-    };
-    /// A block on screen: where its layout is drawn (`offset`) and its rectangle, both in
-    /// viewport coordinates.
-    struct ShownBlock {
-        QTextBlock block;
-        QPointF offset;
-        QRectF rect;
     };
     /// The font and colours the text is shown in, and the tab width in spaces.
     struct Appearance {
@@ -62,9 +56,9 @@ public:
              QWidget* parent = nullptr);
     ~TextView() override;
 
-    /// Shows `textStorage`, a document that may be shared with other panes, and makes this
-    /// view's LayoutManager for it.
-    void setTextStorage(QTextDocument* textStorage);
+    /// Shows `textStorage`, a document's text that may be shared with other panes, and makes
+    /// this view's LayoutManager for it.
+    void setTextStorage(TextStore* textStorage);
     LayoutManager* layoutManager() const;
 
     /// The vertical ruler (the gutter); the view takes ownership.
@@ -77,9 +71,6 @@ public:
     void configureTypingAttributesAndDefaultParagraphStyle();
     TextAttributes defaultTextAttributes() const;
     const TextAttributes& typingAttributes() const;
-    /// Where the text starts in the text area when scrolled to the top: one point right of
-    /// and below where QPlainTextEdit would put it.
-    QPointF textContainerOrigin() const;
 
     /// The managers the view works with, for the controllers of the view.
     const EditorServices& services() const;
@@ -90,18 +81,11 @@ public:
     /// and the toggles keep the values the view started with or its window gave it.
     void updatePreferences(const EditorSettings& settings);
     void setWrapLines(bool wrapLines);
-    bool wrapLines() const { return lineWrapMode() != QPlainTextEdit::NoWrap; }
     void setInvisibleCharacters(bool invisibleCharacters);
     void setIndicator(QProgressBar* indicator);
     QProgressBar* indicator() const;
 
-    /// The blocks shown in the viewport meeting [top, bottom], from the first visible one.
-    QList<ShownBlock> shownBlocks(qreal top, qreal bottom) const;
-    /// The characters of the blocks shown in the viewport.
-    Range visibleCharacterRange() const;
-
     const Appearance& appearance() const;
-    const QFont& textFont() const { return appearance().textFont; }
     qint64 tabWidth() const { return appearance().tabWidth; }
     const QColor& textColor() const { return appearance().textColor; }
     const QColor& insertionPointColor() const { return appearance().insertionPointColor; }
@@ -170,15 +154,14 @@ public:
     }
     /// Cancels a completion of this view first.
     void selectAll();
+    /// Scrolls so that the caret's line stands in the middle of the view.
+    void centerCursor();
     /// Whether an input method is composing text in the view.
     bool hasMarkedText() const;
 
     // Shifting and transformations, each one undoable step.
     void shiftRight(QObject* sender = nullptr);
     void shiftLeft(QObject* sender = nullptr);
-    /// Makes `edit` one undo step (named by the caller, if at all) and selects what it asks
-    /// for. Read-only or not: the caller decides whether the text may change.
-    void applyEdit(const TextEdit& edit);
     void doReplaceString(const QString& string, Range range, Range selected,
                          const QString& actionName);
     void doInsertString(const QString& string, Range range, Range select,
@@ -245,22 +228,10 @@ public:
         completion().makeCompleteWordsFromSyntaxDictionary();
     }
 
-    Range selectedRange() const;
-    void setSelectedRange(Range range);
-    /// The caret, the moving end of the selection.
-    qsizetype cursorPosition() const;
     /// The fixed end of the selection (the caret when nothing is selected).
-    qsizetype selectionAnchor() const;
-    /// Selects from `anchor` to the caret at `position`.
+    qsizetype selectionAnchor() const { return selections().first().anchor; }
+    /// Selects from `anchor` to the caret at `position`, both pinned to the text.
     void setSelection(qsizetype anchor, qsizetype position);
-    /// The characters selected, line breaks as LF.
-    QString selectedText() const;
-    /// Where the caret stands for `position`, in viewport coordinates.
-    QRect rectForPosition(qsizetype position) const;
-    /// The position of the character boundary nearest `point` (viewport coordinates).
-    qsizetype positionAt(const QPoint& point) const;
-    /// Scrolls `range` into sight, its start first, leaving the selection where it is.
-    void scrollRangeToVisible(Range range);
     /// Replaces characters without any of the typing behaviour.
     void replaceCharactersInRange(Range range, const QString& string);
     /// Puts `text` in place of the selection with the insertion point's attributes, leaves
@@ -277,7 +248,6 @@ Q_SIGNALS:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void inputMethodEvent(QInputMethodEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
@@ -291,7 +261,6 @@ private:
     void readFontAndColors();
     void applyFontAndColors();
     void updateMargins();
-    void drawInsertionPoint(QPainter& painter, const QRect& rect);
 
     std::unique_ptr<TextViewPrivate> d;
 };

@@ -1,6 +1,7 @@
 #include "editor/TextViewCompletion.h"
 
 #include "document/TextMirror.h"
+#include "document/TextStore.h"
 #include "editor/CompletionDocumentWords.h"
 #include "editor/CompletionManager.h"
 #include "editor/LayoutManager.h"
@@ -22,9 +23,7 @@ constexpr int kCompletionDelay = 700;
 WordCompletion::View hooksOf(TextView* view)
 {
     WordCompletion::View hooks;
-    hooks.text = [view]() -> TextSource& {
-        return *TextMirror::mirrorOfDocument(view->document());
-    };
+    hooks.text = [view]() -> TextSource& { return *TextMirror::mirrorOfStore(view->textStore()); };
     hooks.selection = [view] { return view->selectedRange(); };
     hooks.select = [view](Range range) { view->setSelectedRange(range); };
     hooks.showProposal = [view](qsizetype position, const QString& text) {
@@ -45,8 +44,7 @@ TextViewCompletion::TextViewCompletion(TextView* view, CompletionManager& manage
     , _manager(manager)
     , _syntaxManager(syntaxManager)
 {
-    connect(view, &QPlainTextEdit::cursorPositionChanged, this,
-            &TextViewCompletion::completionEndedElsewhere);
+    connect(view, &TextArea::selectionChanged, this, &TextViewCompletion::completionEndedElsewhere);
 }
 
 TextViewCompletion::~TextViewCompletion() = default;
@@ -83,10 +81,10 @@ bool TextViewCompletion::selectRow(bool upper)
     return true;
 }
 
-void TextViewCompletion::setDocument(QTextDocument* document)
+void TextViewCompletion::setDocument(TextStore* document)
 {
     disconnect(_textChangedElsewhere);
-    _textChangedElsewhere = connect(document, &QTextDocument::contentsChange, this,
+    _textChangedElsewhere = connect(document, &TextStore::contentsChange, this,
                                     &TextViewCompletion::completionEndedElsewhere);
     prepareCompletionWords();
 }
@@ -200,7 +198,7 @@ bool TextViewCompletion::backspacePressed()
 void TextViewCompletion::complete()
 {
     const Guard guard(this);
-    QTextDocument* document = _view->document();
+    TextStore* document = _view->textStore();
     if (!isCompleting()) {
         const Range range = rangeForUserCompletion();
         _manager.setCurrentPartialWord(range.isNotFound() ? QString() : _word.textIn(range));
@@ -215,13 +213,13 @@ void TextViewCompletion::complete()
         // user has typed or moved on meanwhile.
         if (!_waitingForWords) {
             _waitingForWords = true;
-            const int revision = document->revision();
+            const quint64 revision = document->revision();
             const qsizetype position = _view->cursorPosition();
             connect(
                 words, &CompletionDocumentWords::ready, this,
                 [this, revision, position] {
                     _waitingForWords = false;
-                    if (_view->document()->revision() == revision &&
+                    if (_view->textStore()->revision() == revision &&
                         _view->selectedRange() == Range(position, 0)) {
                         complete();
                     }
@@ -243,7 +241,7 @@ QStringList TextViewCompletion::completionsForPartialWordRange(Range range) cons
     if (range.isNotFound() || range.length == 0) {
         return {};
     }
-    QTextDocument* document = _view->document();
+    TextStore* document = _view->textStore();
     const QString partial = _word.textIn(range);
     const QVariantMap& dictionary = _view->syntaxDictionary();
     CompletionDocumentWords* words =
@@ -289,7 +287,12 @@ void TextViewCompletion::prepareCompletionWords()
     _preparingCompletionWords = true;
     QTimer::singleShot(0, this, [this] {
         _preparingCompletionWords = false;
-        CompletionDocumentWords::of(_view->document(),
+        // A large text's words are read when completion first asks for them.
+        if (!_view->textStore() ||
+            _view->textStore()->text().length() > TextSource::eagerWorkLimit) {
+            return;
+        }
+        CompletionDocumentWords::of(_view->textStore(),
                                     CompletionCandidates::wordKind(_view->syntaxDictionary()));
     });
 }

@@ -9,7 +9,7 @@
 
 class CompletionManager;
 class QKeyEvent;
-class QTextDocument;
+class TextStore;
 class SyntaxManager;
 class TextView;
 
@@ -70,7 +70,7 @@ public:
 
     /// Follows `document`, the view's new text: changes that others make to it end the
     /// completion, and its words are read for completion.
-    void setDocument(QTextDocument* document);
+    void setDocument(TextStore* document);
     /// The view took another syntax definition: a list open anywhere offered the old
     /// definition's words, and the definition's own words are built anew.
     void syntaxDictionaryChanged();

@@ -2,6 +2,7 @@
 
 #include "document/TextMirror.h"
 #include "editor/FindIndicator.h"
+#include "editor/TextAreaKeys.h"
 #include "editor/TextView.h"
 #include "editor/TextViewCompletion.h"
 #include "platform/SystemBeep.h"
@@ -20,13 +21,13 @@ TypingRules TextViewKeys::rules() const
 
 TextSource& TextViewKeys::text() const
 {
-    return *TextMirror::mirrorOfDocument(_view.document());
+    return *TextMirror::mirrorOfStore(_view.textStore());
 }
 
 void TextViewKeys::keyPressed(QKeyEvent* event, const std::function<void(QKeyEvent*)>& base)
 {
     const int key = event->key();
-    // A read-only text takes the keys that move and select, through QPlainTextEdit's own
+    // A read-only text takes the keys that move and select, through the text area's own
     // handling, which changes nothing; the editing keys below would insert regardless.
     if (key == Qt::Key_Shift || key == Qt::Key_Control || key == Qt::Key_Alt ||
         key == Qt::Key_Meta || key == Qt::Key_AltGr || _view.isReadOnly()) {
@@ -75,7 +76,12 @@ void TextViewKeys::interpretKeyEvent(QKeyEvent* event, const std::function<void(
 void TextViewKeys::insertText(const QString& string)
 {
     _completion.textTyped(string);
-    _view.insertTextAtSelection(string);
+    if (!_view.canEdit()) {
+        SystemBeep::beep();
+        return;
+    }
+    // Typed, so that the characters typed on one go make one undo step.
+    _view.TextArea::insertTypedText(string);
     if (!rules().matchesTypedBracket(string) || _view.usedIndentClosingBraces()) {
         return;
     }
@@ -93,7 +99,7 @@ Range TextViewKeys::autoBraceMatching(const QString& closing) const
         return {0, 0};
     }
     return TypingRules::openingBracket(text(), _view.visibleCharacterRange(),
-                                       _view.textCursor().position(), closing[0]);
+                                       _view.cursorPosition(), closing[0]);
 }
 
 void TextViewKeys::insertNewline()
@@ -155,13 +161,13 @@ void TextViewKeys::cancelOperation()
 void TextViewKeys::moveUp()
 {
     if (!_completion.selectRow(true)) {
-        _view.moveCursor(QTextCursor::Up);
+        TextAreaKeys::moveRows(_view, -1);
     }
 }
 
 void TextViewKeys::moveDown()
 {
     if (!_completion.selectRow(false)) {
-        _view.moveCursor(QTextCursor::Down);
+        TextAreaKeys::moveRows(_view, 1);
     }
 }

@@ -14,7 +14,7 @@ class TextViewCompletion;
 
 /// The keyboard of a text view: each key goes to completion first, then to one of the view's
 /// typing commands (Return, Tab, Backspace, Escape, the arrows, typed text), else to
-/// QPlainTextEdit's own handling. The commands run the typing rules on the view's insertion
+/// the text area's own handling. The commands run the typing rules on the view's insertion
 /// point and show what the rules ask for: the opening bracket of a typed closing one, or a
 /// beep when there is none.
 class TextViewKeys
@@ -22,7 +22,7 @@ class TextViewKeys
 public:
     TextViewKeys(TextView& view, TextViewCompletion& completion);
 
-    /// A key pressed in the view; `base` is QPlainTextEdit's own handling, for the keys that
+    /// A key pressed in the view; `base` is the text area's own handling, for the keys that
     /// are none of the view's.
     void keyPressed(QKeyEvent* event, const std::function<void(QKeyEvent*)>& base);
 

@@ -42,7 +42,6 @@ public:
     LayoutManager* layoutManager = nullptr;
     GutterView* verticalRulerView = nullptr;
     bool rulersVisible = true;
-    QMetaObject::Connection storageDestroyed;
     SyntaxColoringController* syntaxColoring = nullptr;
     bool hasMarkedText = false;
     std::unique_ptr<TextViewCompletion> completion;

@@ -8,6 +8,11 @@
 class TextSource
 {
 public:
+    /// Work over a whole text longer than this (colouring it all, reading its words or its
+    /// definitions) waits until the user asks for its result, instead of starting when the
+    /// text opens: on a large file it would keep both cores busy for seconds.
+    static constexpr qsizetype eagerWorkLimit = 4 * 1024 * 1024;
+
     virtual ~TextSource() = default;
 
     virtual qsizetype size() const = 0;

@@ -2,7 +2,6 @@
 
 #include "document/Document.h"
 #include "editor/TextView.h"
-#include "editor/UndoActionNames.h"
 #include "platform/FileWatcher.h"
 #include "window/DiskComparisonDialog.h"
 #include "window/DocumentWindow.h"
@@ -141,11 +140,10 @@ void DiskChangeNotices::check()
 bool DiskChangeNotices::reload()
 {
     const std::vector<PanePlace> places = placesOf(*_document, _controller->textViews());
-    UndoActionNames* names = UndoActionNames::of(_document);
-    names->beginStep(tr("Reload"));
+    _document->beginUndoGrouping(tr("Reload"));
     QString error;
     const bool reloaded = _document->reloadFromFile(&error);
-    names->endStep();
+    _document->endUndoGrouping();
     if (!reloaded) {
         showBar(tr("“%1” has changed on disk, but could not be read again. %2")
                     .arg(_document->displayName(), error));

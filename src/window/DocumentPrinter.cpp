@@ -6,30 +6,33 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QFont>
+#include <QFontDatabase>
 #include <QPrinter>
 #include <QTemporaryFile>
 #include <QTextDocument>
 
 #include <cstdio>
-#include <memory>
 
-void DocumentPrinter::printOperationWithSettings(Document& document, QPrinter* printer)
+void DocumentPrinter::printOperationWithSettings(Document& document, QPrinter* printer,
+                                                 const QFont& textFont)
 {
     printer->setPageLayout(document.printInfo());
     // Printing lays a copy out at the page's width, so long lines wrap to fit it. On screen a
     // point is a pixel, and the text's font is sized in pixels; on paper that would be a
     // pixel of the printer. The copy's font is the same number of real points.
-    QTextDocument* text = document.textStorage();
-    std::unique_ptr<QTextDocument> copy(text->clone());
-    QFont font = text->defaultFont();
+    QTextDocument copy;
+    copy.setPlainText(document.string());
+    QFont font =
+        textFont == QFont() ? QFontDatabase::systemFont(QFontDatabase::FixedFont) : textFont;
     if (font.pixelSize() > 0) {
         font.setPointSizeF(font.pixelSize());
     }
-    copy->setDefaultFont(font);
-    copy->print(printer);
+    copy.setDefaultFont(font);
+    copy.print(printer);
 }
 
-bool DocumentPrinter::exportAsPDFTo(Document& document, const QString& path, QString* error)
+bool DocumentPrinter::exportAsPDFTo(Document& document, const QString& path, QString* error,
+                                    const QFont& font)
 {
     // The PDF is written beside its destination and moved into place only when complete, so a
     // failed export never leaves a truncated file where an older one stood.
@@ -43,7 +46,7 @@ bool DocumentPrinter::exportAsPDFTo(Document& document, const QString& path, QSt
         printer.setOutputFormat(QPrinter::PdfFormat);
         printer.setOutputFileName(temporary.fileName());
         printer.setDocName(document.displayName());
-        printOperationWithSettings(document, &printer);
+        printOperationWithSettings(document, &printer, font);
         written = printer.printerState() != QPrinter::Error &&
                   QFileInfo(temporary.fileName()).size() > 0 &&
                   std::rename(QFile::encodeName(temporary.fileName()).constData(),

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QFont>
 #include <QString>
 
 class Document;
@@ -10,9 +11,12 @@ class QPrinter;
 class DocumentPrinter
 {
 public:
-    /// Prints the text on `printer` with the document's print settings.
-    static void printOperationWithSettings(Document& document, QPrinter* printer);
+    /// Prints the text on `printer` with the document's print settings, in `font` (the one
+    /// its window shows it in; the application's fixed-pitch font when none is given).
+    static void printOperationWithSettings(Document& document, QPrinter* printer,
+                                           const QFont& font = QFont());
     /// Writes the printed pages as a PDF file; an older file at `path` is replaced only when
     /// the new one is complete.
-    static bool exportAsPDFTo(Document& document, const QString& path, QString* error = nullptr);
+    static bool exportAsPDFTo(Document& document, const QString& path, QString* error = nullptr,
+                              const QFont& font = QFont());
 };

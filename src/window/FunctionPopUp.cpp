@@ -230,7 +230,7 @@ void FunctionPopUp::updateFunctionDefinitionList(TextView* textView)
         return;
     }
     setFunctionMenu(FunctionMenu::fromDefinitions(
-        definitions->definitions(), *TextMirror::mirrorOfDocument(textView->document()), previous));
+        definitions->definitions(), *TextMirror::mirrorOfStore(textView->textStore()), previous));
 }
 
 void FunctionPopUp::prepareFunctionDefinitions(TextView* textView)
@@ -248,9 +248,9 @@ FunctionPopUpDefinitions* FunctionPopUp::definitionsOf(TextView* textView)
         _definitions = nullptr;
         return nullptr;
     }
-    if (!_definitions || !_definitions->serves(textView->document(), dictionary)) {
+    if (!_definitions || !_definitions->serves(textView->textStore(), dictionary)) {
         delete _definitions;
-        _definitions = new FunctionPopUpDefinitions(textView->document(), dictionary, this);
+        _definitions = new FunctionPopUpDefinitions(textView->textStore(), dictionary, this);
     }
     return _definitions;
 }
@@ -262,19 +262,15 @@ void FunctionPopUp::selectedFunctionDefinitionItem(TextView* textView, int index
     }
     // Typing goes on in the text, not in the pop-up.
     textView->setFocus(Qt::OtherFocusReason);
-    QTextCursor cursor = textView->textCursor();
     if (itemText(index) == FunctionMenu::noSymbolTitle()) {
-        cursor.setPosition(cursor.selectionStart());
-        textView->setTextCursor(cursor);
+        textView->setSelectedRange({textView->selectedRange().location, 0});
         return;
     }
     const Range range = FunctionMenu::lineRangeForRange(
-        TextMirror::mirrorOfDocument(textView->document())->snapshot(),
+        TextMirror::mirrorOfStore(textView->textStore())->snapshot(),
         NSRangeFromString(itemData(index, RangeStringRole).toString()));
     // The end first, then back to the start: the view scrolls to the definition's first line.
-    cursor.setPosition(int(range.max()));
-    cursor.setPosition(int(range.location), QTextCursor::KeepAnchor);
-    textView->setTextCursor(cursor);
+    textView->setSelection(range.max(), range.location);
     textView->ensureCursorVisible();
     FindIndicator::showFindIndicatorForRange(textView, range);
     reduceToItem(index);

@@ -1,8 +1,8 @@
 #include "window/FunctionPopUpDefinitions.h"
 
 #include "document/TextMirror.h"
+#include "document/TextStore.h"
 
-#include <QTextDocument>
 #include <QThreadPool>
 #include <QtConcurrent/QtConcurrentRun>
 
@@ -15,12 +15,12 @@ constexpr qsizetype kSmallText = 64 * 1024;
 
 } // namespace
 
-FunctionPopUpDefinitions::FunctionPopUpDefinitions(QTextDocument* document,
+FunctionPopUpDefinitions::FunctionPopUpDefinitions(TextStore* document,
                                                    const QVariantMap& syntaxDictionary,
                                                    QObject* parent)
     : QObject(parent)
     , _document(document)
-    , _mirror(TextMirror::mirrorOfDocument(document))
+    , _mirror(TextMirror::mirrorOfStore(document))
     , _syntaxDictionary(syntaxDictionary)
     , _index(std::make_unique<FunctionDefinitionIndex>(syntaxDictionary))
 {
@@ -43,7 +43,7 @@ FunctionPopUpDefinitions::FunctionPopUpDefinitions(QTextDocument* document,
 // A reading under way ends on its own; its result goes with the last copy of its future.
 FunctionPopUpDefinitions::~FunctionPopUpDefinitions() = default;
 
-bool FunctionPopUpDefinitions::serves(const QTextDocument* document,
+bool FunctionPopUpDefinitions::serves(const TextStore* document,
                                       const QVariantMap& syntaxDictionary) const
 {
     return document == _document && (_syntaxDictionary.isSharedWith(syntaxDictionary) ||

@@ -12,7 +12,7 @@
 #include <optional>
 #include <vector>
 
-class QTextDocument;
+class TextStore;
 class TextMirror;
 
 /// The function definitions of one document for its window's pop-up, kept in step with the
@@ -25,12 +25,12 @@ class FunctionPopUpDefinitions : public QObject
     Q_OBJECT
 
 public:
-    FunctionPopUpDefinitions(QTextDocument* document, const QVariantMap& syntaxDictionary,
+    FunctionPopUpDefinitions(TextStore* document, const QVariantMap& syntaxDictionary,
                              QObject* parent = nullptr);
     ~FunctionPopUpDefinitions() override;
 
     /// Whether these are the definitions of `document` by `syntaxDictionary`.
-    bool serves(const QTextDocument* document, const QVariantMap& syntaxDictionary) const;
+    bool serves(const TextStore* document, const QVariantMap& syntaxDictionary) const;
     /// The definitions in the text now, as SyntaxManager::makeFunctionDefinitionWithString()
     /// finds them; waits for a reading under way.
     std::optional<std::vector<FunctionMenu::Definition>> definitions();
@@ -59,7 +59,7 @@ private:
         qsizetype added;
     };
     using Result = std::shared_ptr<FunctionDefinitionIndex>;
-    QPointer<QTextDocument> _document;
+    QPointer<TextStore> _document;
     TextMirror* _mirror;
     QVariantMap _syntaxDictionary;
     std::unique_ptr<FunctionDefinitionIndex> _index;

@@ -2,6 +2,7 @@
 
 #include "document/Document.h"
 #include "editor/TextView.h"
+#include "platform/TextSource.h"
 #include "platform/WindowSettings.h"
 #include "syntax/SyntaxDefinitionFolder.h"
 #include "window/DocumentWindow.h"
@@ -41,9 +42,10 @@ void SyntaxChoice::setFunctionPopUpShown(bool shown)
 {
     if (DocumentWindow* window = _controller.window()) {
         window->functionPopUp()->setVisible(shown);
-        // The definitions are read now, on a worker, so that the pop-up opens at once.
+        // The definitions are read now, on a worker, so that the pop-up opens at once; those
+        // of a large text when the pop-up is first opened.
         auto* popUp = qobject_cast<FunctionPopUp*>(window->functionPopUp());
-        if (shown && popUp) {
+        if (shown && popUp && _controller.document()->length() <= TextSource::eagerWorkLimit) {
             popUp->prepareFunctionDefinitions(_controller.textView());
         }
     }

@@ -6,7 +6,6 @@
 #include "editor/LayoutManager.h"
 #include "editor/SpellCheckingController.h"
 #include "editor/TextView.h"
-#include "editor/UndoActionNames.h"
 #include "platform/FileManager.h"
 #include "platform/Preferences.h"
 #include "platform/SpellChecker.h"
@@ -140,7 +139,7 @@ void WindowController::addPane()
     connect(view, &TextView::selectionChanged, this,
             [this, view] { _statusLine->selectionChanged(view); });
     connect(view, &TextView::mouseDown, this, &WindowController::textViewMouseDown);
-    connect(view, &QPlainTextEdit::cursorPositionChanged, this, [this, view] {
+    connect(view, &TextArea::selectionChanged, this, [this, view] {
         if (view == textView()) {
             _statusLine->showCaretPosition();
         }
@@ -450,11 +449,10 @@ void WindowController::reopenUsingEncoding(quint64 encoding)
     } else if (!hasFile) {
         _document->setDocumentEncoding(encoding);
     } else {
-        UndoActionNames* names = UndoActionNames::of(_document);
-        names->beginStep(tr("Reopen with Encoding"));
+        _document->beginUndoGrouping(tr("Reopen with Encoding"));
         QString error;
         const bool reread = _document->rereadWithEncoding(encoding, &error);
-        names->endStep();
+        _document->endUndoGrouping();
         if (reread) {
             resetupInitialTextViewSharedState();
         } else {

@@ -98,7 +98,7 @@ int main(int argc, char** argv)
     while (view->completeWords().isEmpty() && timer.elapsed() < 5000) {
         wait(10);
     }
-    view->setSelectedRange({document->textStorage()->characterCount() - 1, 0});
+    view->setSelectedRange({document->length(), 0});
     press(view, Qt::Key_Escape);
     press(view, Qt::Key_Down);
     CompletionManager& completion = CompletionManager::sharedCompletionManager();

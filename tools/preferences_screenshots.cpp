@@ -20,7 +20,6 @@
 #include <QMainWindow>
 #include <QMenu>
 #include <QTest>
-#include <QTextDocument>
 #include <QWindow>
 
 #include <cstdio>
@@ -82,7 +81,7 @@ int main(int argc, char** argv)
     UserDefaults::standardUserDefaults().setBool(true, QStringLiteral("AllowSpellChecking"));
     Document* document = DocumentController::sharedDocumentController().newDocument();
     if (document) {
-        document->textStorage()->setPlainText(
+        document->setLoadedText(
             QStringLiteral("Spell checking underlines the wrods it does not know.\n"
                            "Only the lines on the screen are checked, so a large file stays fast.\n"
                            "Right-click a misspelt wrod for the dictionary's guesses.\n"));
@@ -97,11 +96,9 @@ int main(int argc, char** argv)
         menu.addAction(QStringLiteral("Copy"));
         menu.addAction(QStringLiteral("Paste"));
         TextView* view = controller->textView();
-        QTextCursor cursor(document->textStorage());
-        cursor.setPosition(31);
-        SpellCheckingController::addSpellingSuggestions(view, &menu,
-                                                        view->cursorRect(cursor).center());
-        menu.popup(view->mapToGlobal(view->cursorRect(cursor).center()));
+        const QPoint word = view->rectForPosition(31).center();
+        SpellCheckingController::addSpellingSuggestions(view, &menu, word);
+        menu.popup(view->viewport()->mapToGlobal(word));
         settle(&menu);
         ok = save(&menu, out + QStringLiteral("/prefs-spellcheck-menu.png")) && ok;
         menu.hide();

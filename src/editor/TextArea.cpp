@@ -70,14 +70,6 @@ TextArea::TextArea(QWidget* parent)
 
 TextArea::~TextArea() = default;
 
-QString TextArea::withLineFeeds(QString text)
-{
-    // The text in memory has line feeds only.
-    text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
-    text.replace(QLatin1Char('\r'), QLatin1Char('\n'));
-    return text;
-}
-
 void TextArea::setTextStore(TextStore* store)
 {
     if (_store) {
@@ -139,9 +131,16 @@ void TextArea::textStoreChanged(const TextChange& change)
     showPreedit();
     scheduleMeasuring();
     syncScrollBars();
-    viewport()->update();
-    if (_gutter) {
-        _gutter->update();
+    if (change.linesAdded == 0 && change.linesRemoved == 0) {
+        // An edit within a line repaints its rows only; wrapped, the rows below may move.
+        QRect rows = _layout.rowsOf({change.position, change.charsAdded}, viewport()->width());
+        rows.setBottom(_style.wrap && !rows.isEmpty() ? viewport()->height() : rows.bottom());
+        viewport()->update(rows);
+    } else {
+        viewport()->update();
+        if (_gutter) {
+            _gutter->update();
+        }
     }
 }
 
@@ -372,15 +371,27 @@ qsizetype TextArea::positionAt(const QPoint& point)
 
 void TextArea::scrollRangeToVisible(Range range)
 {
-    _layout.scrollToShow(range.max());
-    _layout.scrollToShow(range.location);
-    afterScroll();
+    scrollToShow({range.max(), range.location});
 }
 
 void TextArea::ensureCursorVisible()
 {
-    _layout.scrollToShow(cursorPosition());
-    afterScroll();
+    scrollToShow({cursorPosition()});
+}
+
+void TextArea::scrollToShow(std::initializer_list<qsizetype> positions)
+{
+    const TextAreaLayout::RowRef anchor = _layout.anchor();
+    const qreal offset = _layout.horizontalOffset();
+    for (qsizetype position : positions) {
+        _layout.scrollToShow(position);
+    }
+    // Already in sight: nothing moved, nothing to paint again.
+    if (_layout.anchor() != anchor || _layout.horizontalOffset() != offset) {
+        afterScroll();
+    } else {
+        syncScrollBars();
+    }
 }
 
 // Painting ------------------------------------------------------------------------------------
@@ -470,7 +481,13 @@ void TextArea::selectionDidChange()
     if (range.length > 0 && clipboard->supportsSelection()) {
         clipboard->setMimeData(new TextMimeData(_layout.text(), range), QClipboard::Selection);
     }
-    viewport()->update();
+    // The rows of the selections as they were painted and as they are now.
+    for (const Selection& selection : std::exchange(_paintedSelections, _selections)) {
+        viewport()->update(_layout.rowsOf(selection.range(), viewport()->width()));
+    }
+    for (const Selection& selection : _selections) {
+        viewport()->update(_layout.rowsOf(selection.range(), viewport()->width()));
+    }
     if (hasFocus()) {
         QGuiApplication::inputMethod()->update(Qt::ImQueryInput);
     }
@@ -678,7 +695,7 @@ void TextArea::insertFromMimeData(const QMimeData* source, Range range)
         return;
     }
     _selections = {{range.location, range.max()}};
-    replaceSelection(withLineFeeds(source->text()), false);
+    replaceSelection(TextMimeData::withLineFeeds(source->text()), false);
 }
 
 // Events ------------------------------------------------------------------------------------

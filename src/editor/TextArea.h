@@ -203,12 +203,13 @@ private:
     friend class TextAreaKeys;
     friend class TextAreaMouse;
 
-    static QString withLineFeeds(QString text);
     void textStoreChanged(const TextChange& change);
     void applyStyle();
     void updateGeometries();
     void syncScrollBars();
     void afterScroll();
+    /// Scrolls the positions into sight, the last one first in the view's eye.
+    void scrollToShow(std::initializer_list<qsizetype> positions);
     void scheduleMeasuring();
     void resetCaretBlink();
     void updateCaret();
@@ -229,6 +230,8 @@ private:
     InvisibleCharacterPainter _marks;
     TextFormatProvider* _provider = nullptr;
     QList<Selection> _selections{Selection()};
+    /// The selections the last repaint was asked for: their rows need painting again.
+    QList<Selection> _paintedSelections;
     int _tabWidth = 4;
     qreal _tabStopDistance = 0;
     qreal _lineSpacing = 1.0;

@@ -134,6 +134,17 @@ void TextAreaInputMethod::commit(TextArea& area)
 void TextAreaInputMethod::propose(TextArea& area, qsizetype position, const QString& text)
 {
     TextLayoutCache::Preedit& proposal = area._proposal;
+    const auto repaintLine = [&area](qsizetype line) {
+        const TextSnapshot& text = area._layout.text();
+        if (line >= 0 && line < text.lineCount()) {
+            QRect rows = area._layout.rowsOf({text.lineStart(line), 0}, area.viewport()->width());
+            if (area._style.wrap && !rows.isEmpty()) {
+                rows.setBottom(area.viewport()->height());
+            }
+            area.viewport()->update(rows);
+        }
+    };
+    const qsizetype before = proposal.text.isEmpty() ? -1 : proposal.line;
     proposal = {};
     const TextStore* store = area._store;
     if (store && !text.isEmpty() && position >= 0 && position <= store->text().length()) {
@@ -147,5 +158,6 @@ void TextAreaInputMethod::propose(TextArea& area, qsizetype position, const QStr
         proposal.formats = {{0, int(text.size()), grey}};
     }
     area.showPreedit();
-    area.viewport()->update();
+    repaintLine(before);
+    repaintLine(proposal.text.isEmpty() ? -1 : proposal.line);
 }

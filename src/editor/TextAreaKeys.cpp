@@ -124,6 +124,7 @@ bool TextAreaKeys::navigate(TextArea& area, QKeyEvent* event)
             event->key() == Qt::Key_PageUp ? -layout.pageRows() : layout.pageRows();
         target = verticalTarget(area, caret, rows);
         layout.scrollRows(rows);
+        area.afterScroll();
         keepX = true;
         break;
     }

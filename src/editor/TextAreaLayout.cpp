@@ -440,6 +440,19 @@ QList<TextAreaLayout::ShownLine> TextAreaLayout::shownLines()
     return lines;
 }
 
+QRect TextAreaLayout::rowsOf(Range range, int right)
+{
+    QRectF rows;
+    const TextSnapshot& text = _cache.text();
+    for (const ShownLine& line : shownLines()) {
+        if (line.position <= range.max() &&
+            line.position + text.lineLength(line.line) >= range.location) {
+            rows |= QRectF(0, line.top, right, line.bottom - line.top);
+        }
+    }
+    return rows.toAlignedRect();
+}
+
 QRectF TextAreaLayout::caretRect(qsizetype position, int preeditOffset)
 {
     RowRef row = rowOf(position);

@@ -107,6 +107,9 @@ public:
     /// stay valid until the next call that changes or scrolls the layout.
     QList<ShownPiece> shownPieces(qreal top, qreal bottom);
     QList<ShownLine> shownLines();
+    /// The rows on screen of the lines that `range` meets (its ends included), from the
+    /// viewport's left to `right`; empty when none of them is shown.
+    QRect rowsOf(Range range, int right);
     /// The caret's rectangle for `position` (width 0) in viewport coordinates: exact on
     /// screen, estimated elsewhere.
     QRectF caretRect(qsizetype position, int preeditOffset = 0);

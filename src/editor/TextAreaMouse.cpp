@@ -222,7 +222,7 @@ void TextAreaMouse::drop(QDropEvent* event)
         return;
     }
     const qsizetype at = _area.positionAt(event->position().toPoint());
-    const QString text = TextArea::withLineFeeds(event->mimeData()->text());
+    const QString text = TextMimeData::withLineFeeds(event->mimeData()->text());
     // Our own selection, dragged: moved unless Ctrl asks for a copy.
     const auto* own = qobject_cast<const TextMimeData*>(event->mimeData());
     const Range selection = _area.selectedRange();

@@ -35,3 +35,10 @@ QVariant TextMimeData::retrieveData(const QString& mimeType, QMetaType type) con
     }
     return text;
 }
+
+QString TextMimeData::withLineFeeds(QString text)
+{
+    text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
+    text.replace(QLatin1Char('\r'), QLatin1Char('\n'));
+    return text;
+}

@@ -15,6 +15,10 @@ class TextMimeData : public QMimeData
 public:
     TextMimeData(const TextSnapshot& text, Range range);
 
+    /// Text from the clipboard or a drop with its line breaks made line feeds, as the text
+    /// in memory has them.
+    static QString withLineFeeds(QString text);
+
     QStringList formats() const override;
     bool hasFormat(const QString& mimeType) const override;
 

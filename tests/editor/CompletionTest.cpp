@@ -132,7 +132,7 @@ TEST(Completion, KeystrokesReadOnlyTheTextTheyChange)
     CompletionDocumentWords* words = nullptr;
     ASSERT_TRUE(QTest::qWaitFor(
         [&] {
-            words = CompletionDocumentWords::existing(pane.document.textStorage());
+            words = CompletionDocumentWords::existing(pane.document.textStore());
             return words && words->prepare();
         },
         20000));

@@ -77,9 +77,10 @@ TEST(EditorController, PaneSurvivesItsDocumentGoingFirst)
     pane->textView()->setInvisibleCharacters(true);
     document.reset();
     viewportImage(pane->textView());
+    // Without a text the pane takes nothing, and nothing it does reaches the text gone.
     QTest::keyClicks(pane->textView(), QStringLiteral("x"));
     pane->textView()->selectAll();
-    EXPECT_EQ(pane->textView()->selectedText(), QStringLiteral("x"));
+    EXPECT_TRUE(pane->textView()->selectedText().isEmpty());
     ASSERT_NE(pane->layoutManager(), nullptr);
 }
 

@@ -1,6 +1,5 @@
 #include "EditorTestSupport.h"
 #include "editor/StringTransform.h"
-#include "editor/UndoActionNames.h"
 
 #include <QMenu>
 
@@ -10,7 +9,7 @@ namespace {
 
 QString undoName(const Document& document)
 {
-    return UndoActionNames::of(&document)->undoActionName();
+    return document.undoActionName();
 }
 
 TEST(Transformation, FullwidthIsOneNamedUndoableStep)
@@ -27,8 +26,7 @@ TEST(Transformation, FullwidthIsOneNamedUndoableStep)
     EXPECT_EQ(undoName(pane.document), QStringLiteral("exchange to Halfwidth"));
     pane.view()->undo();
     EXPECT_EQ(undoName(pane.document), QStringLiteral("exchange to Fullwidth"));
-    EXPECT_EQ(UndoActionNames::of(&pane.document)->redoActionName(),
-              QStringLiteral("exchange to Halfwidth"));
+    EXPECT_EQ(pane.document.redoActionName(), QStringLiteral("exchange to Halfwidth"));
     pane.view()->undo();
     EXPECT_EQ(pane.text(), QStringLiteral("xABCy"));
     EXPECT_EQ(undoName(pane.document), QString());

@@ -3,7 +3,6 @@
 #include "document/TextStore.h"
 #include "editor/FindIndicator.h"
 #include "editor/TextArea.h"
-#include "editor/UndoActionNames.h"
 #include "platform/StringTextSource.h"
 #include "platform/SystemBeep.h"
 
@@ -70,7 +69,7 @@ TEST(Typing, KeysRunTheTypingRulesWithThePanesSettings)
 TEST(Typing, EachRuleIsOneUndoStepNamedAsTheViewsCommand)
 {
     Typing typing(false, QStringLiteral("a\n\tb\nc"));
-    UndoActionNames* names = UndoActionNames::of(&typing.document);
+    const Document* names = &typing.document;
     typing.view->setSelectedRange({2, 4});
     typing.view->shiftRight();
     EXPECT_EQ(typing.text(), QStringLiteral("a\n\t\tb\n\tc"));
@@ -85,9 +84,11 @@ TEST(Typing, EachRuleIsOneUndoStepNamedAsTheViewsCommand)
     EXPECT_EQ(typing.text(), QStringLiteral("a\n\tb\nc"));
     typing.document.redo();
 
-    // Return with its indentation and closing brace is one unnamed step.
+    // Return with its indentation and closing brace is one unnamed step; typing undoes a
+    // word at a time (the blank, then the brace that starts a new word).
     typing.view->setAutoIndentClosingBraces(true);
     typing.view->setSelectedRange({typing.text().size(), 0});
+    const QString shifted = typing.text();
     QTest::keyClicks(typing.view, QStringLiteral(" {"));
     const QString typed = typing.text();
     QTest::keyClick(typing.view, Qt::Key_Return);
@@ -96,6 +97,9 @@ TEST(Typing, EachRuleIsOneUndoStepNamedAsTheViewsCommand)
     typing.document.undo();
     EXPECT_EQ(typing.text(), typed);
     typing.document.undo();
+    EXPECT_EQ(typing.text(), shifted + u' ');
+    typing.document.undo();
+    EXPECT_EQ(typing.text(), shifted);
     typing.document.undo();
     EXPECT_EQ(typing.text(), QStringLiteral("a\n\tb\nc"));
     EXPECT_FALSE(typing.document.canUndo());

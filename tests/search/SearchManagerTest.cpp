@@ -1,7 +1,6 @@
 #include "search/SearchManager.h"
 
 #include "editor/EditorTestSupport.h"
-#include "editor/UndoActionNames.h"
 
 #include <QScrollBar>
 
@@ -134,7 +133,7 @@ TEST(SearchManager, ReplacingIsOneUndoableStepEach)
     search.replacingAllStringWithLayoutManager(pane.layoutManager());
     EXPECT_EQ(pane.owner.storedText(), "Z.......Z.......Z.......");
     EXPECT_FALSE(search.backgroundHighlight());
-    UndoActionNames* names = UndoActionNames::of(&pane.owner);
+    const Document* names = &pane.owner;
     EXPECT_EQ(names->undoActionName(), "Replace All");
     pane.view()->undo();
     EXPECT_EQ(pane.owner.storedText(), text);

@@ -618,15 +618,11 @@ void TextArea::deleteBackward()
         return;
     }
     if (selectedRange().length == 0) {
-        // One code point back: a base character loses its marks one by one.
-        const TextSnapshot& text = _layout.text();
         const qsizetype caret = cursorPosition();
         if (caret == 0) {
             return;
         }
-        const bool pair = caret >= 2 && text.at(caret - 1).isLowSurrogate() &&
-                          text.at(caret - 2).isHighSurrogate();
-        _selections = {{caret, caret - (pair ? 2 : 1)}};
+        _selections = {{caret, TextBoundaries::previousCodePoint(_layout.text(), caret)}};
     }
     replaceSelection(QString(), true);
 }
@@ -799,19 +795,5 @@ void TextArea::contextMenuEvent(QContextMenuEvent* event)
 
 QMenu* TextArea::createContextMenu(const QPoint&)
 {
-    auto* menu = new QMenu(this);
-    const bool selected = selectedRange().length > 0;
-    menu->addAction(tr("Undo"), this, &TextArea::undo)->setEnabled(canEdit() && _store->canUndo());
-    menu->addAction(tr("Redo"), this, &TextArea::redo)->setEnabled(canEdit() && _store->canRedo());
-    menu->addSeparator();
-    menu->addAction(tr("Cut"), this, &TextArea::cut)->setEnabled(canEdit() && selected);
-    menu->addAction(tr("Copy"), this, &TextArea::copy)->setEnabled(selected);
-    const QMimeData* clipboard = QGuiApplication::clipboard()->mimeData();
-    menu->addAction(tr("Paste"), this, &TextArea::paste)
-        ->setEnabled(canEdit() && clipboard && clipboard->hasText());
-    menu->addAction(tr("Delete"), this, [this] { replaceSelection(QString(), false); })
-        ->setEnabled(canEdit() && selected);
-    menu->addSeparator();
-    menu->addAction(tr("Select All"), this, &TextArea::selectAll);
-    return menu;
+    return _mouse->editMenu();
 }

@@ -9,6 +9,7 @@
 #include <QClipboard>
 #include <QDrag>
 #include <QDropEvent>
+#include <QMenu>
 #include <QMouseEvent>
 
 #include <algorithm>
@@ -250,4 +251,28 @@ void TextAreaMouse::drop(QDropEvent* event)
     event->setDropAction(move ? Qt::MoveAction : Qt::CopyAction);
     event->accept();
     _area.setFocus(Qt::OtherFocusReason);
+}
+
+QMenu* TextAreaMouse::editMenu()
+{
+    TextArea* area = &_area;
+    auto* menu = new QMenu(area);
+    const bool selected = area->selectedRange().length > 0;
+    const bool editable = area->canEdit();
+    menu->addAction(TextArea::tr("Undo"), area, &TextArea::undo)
+        ->setEnabled(editable && area->_store->canUndo());
+    menu->addAction(TextArea::tr("Redo"), area, &TextArea::redo)
+        ->setEnabled(editable && area->_store->canRedo());
+    menu->addSeparator();
+    menu->addAction(TextArea::tr("Cut"), area, &TextArea::cut)->setEnabled(editable && selected);
+    menu->addAction(TextArea::tr("Copy"), area, &TextArea::copy)->setEnabled(selected);
+    const QMimeData* clipboard = QGuiApplication::clipboard()->mimeData();
+    menu->addAction(TextArea::tr("Paste"), area, &TextArea::paste)
+        ->setEnabled(editable && clipboard && clipboard->hasText());
+    menu->addAction(TextArea::tr("Delete"), area,
+                    [area] { area->replaceSelection(QString(), false); })
+        ->setEnabled(editable && selected);
+    menu->addSeparator();
+    menu->addAction(TextArea::tr("Select All"), area, &TextArea::selectAll);
+    return menu;
 }

@@ -9,6 +9,7 @@
 class QDragEnterEvent;
 class QDragMoveEvent;
 class QDropEvent;
+class QMenu;
 class QMouseEvent;
 class TextArea;
 
@@ -30,6 +31,8 @@ public:
     void dragMove(QDragMoveEvent* event);
     void dragLeave();
     void drop(QDropEvent* event);
+    /// The right-click menu's edit commands, each enabled when it can act.
+    QMenu* editMenu();
     /// Where dragged text would go in, or -1.
     qsizetype dropCaret() const { return _dropCaret; }
 

@@ -149,3 +149,13 @@ Range TextBoundaries::lineRange(const TextSnapshot& text, qsizetype position)
     const qsizetype feed = line + 1 < text.lineCount() ? 1 : 0;
     return {start, text.lineLength(line) + feed};
 }
+
+qsizetype TextBoundaries::previousCodePoint(const TextSnapshot& text, qsizetype position)
+{
+    if (position <= 0) {
+        return 0;
+    }
+    const bool pair = position >= 2 && text.at(position - 1).isLowSurrogate() &&
+                      text.at(position - 2).isHighSurrogate();
+    return position - (pair ? 2 : 1);
+}

@@ -14,6 +14,9 @@ class TextBoundaries
 public:
     static qsizetype nextCharacter(const TextSnapshot& text, qsizetype position);
     static qsizetype previousCharacter(const TextSnapshot& text, qsizetype position);
+    /// One code point back (a surrogate pair is one): what Backspace takes, so that a base
+    /// character loses its marks one by one.
+    static qsizetype previousCodePoint(const TextSnapshot& text, qsizetype position);
     /// The start of the next word (Ctrl+Right): past the rest of this word and the blanks
     /// after it; at a line's end, the start of the next line.
     static qsizetype nextWord(const TextSnapshot& text, qsizetype position);

@@ -430,18 +430,9 @@ void TextView::exchangeToEntityReference(QObject*)
     doInsertString(replaced, selection, {selection.location + replaced.size(), 0}, QString());
 }
 
-QMenu* TextView::menuForEvent(QContextMenuEvent*)
+QMenu* TextView::menuForEvent(QContextMenuEvent* event)
 {
-    auto* menu = new QMenu(this);
-    menu->addAction(tr("Cut"), this, &TextArea::cut);
-    menu->addAction(tr("Copy"), this, &TextArea::copy);
-    menu->addAction(tr("Paste"), this, &TextArea::paste);
-    menu->addAction(tr("Delete"), this, [this] {
-        if (canEdit() && selectedRange().length > 0) {
-            insertText(QString());
-        }
-    });
-    menu->addAction(tr("Select All"), this, [this] { selectAll(); });
+    QMenu* menu = TextArea::createContextMenu(event ? event->pos() : QPoint());
     menu->addSeparator();
     menu->addAction(tr("Shift Right"), this, [this] { shiftRight(this); });
     menu->addAction(tr("Shift Left"), this, [this] { shiftLeft(this); });

@@ -285,7 +285,8 @@ std::optional<std::pair<qsizetype, qint64>> EncodingManager::lineLongerThan(QStr
 {
     const QChar* const end = text.data() + text.size();
     return firstLineLongerThan(text.data(), end, limit, [end](const QChar* from, char c) {
-        const qsizetype at = QStringView(from, end).indexOf(QLatin1Char(c));
+        // A QChar is looked for with the vectorised search; a QLatin1Char is not.
+        const qsizetype at = QStringView(from, end).indexOf(QChar(char16_t(c)));
         return at < 0 ? end : from + at;
     });
 }

@@ -8,7 +8,6 @@
 #include "editor/EditorController.h"
 #include "editor/LayoutManager.h"
 #include "editor/TextView.h"
-#include "editor/UndoActionNames.h"
 #include "search/SearchManager.h"
 
 #include <QDir>
@@ -211,7 +210,7 @@ void BM_ReplaceAll(benchmark::State& state)
             state.SkipWithError("replace all did not give the expected text");
             return;
         }
-        const QString name = UndoActionNames::of(p.owner.get())->undoActionName();
+        const QString name = p.owner->undoActionName();
         timer.restart();
         cpuBefore = threadCpuMs();
         p.view()->undo();

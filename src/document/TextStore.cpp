@@ -91,6 +91,9 @@ void TextStore::endEditBlock()
         block->setName(_blockName);
         _undoStack->push(block.release());
     }
+    if (std::exchange(_cleanAfterBlock, false)) {
+        _undoStack->setClean();
+    }
     if (std::exchange(_changedInBlock, false)) {
         Q_EMIT contentsChanged();
     }
@@ -106,6 +109,7 @@ void TextStore::addToStep(std::function<void()> undo, std::function<void()> redo
 void TextStore::setLoadedText(const TextSnapshot& text)
 {
     _block.reset();
+    _cleanAfterBlock = false;
     _blockDepth = 0;
     _undoStack->clear();
     _startNewStep = true;
@@ -163,6 +167,10 @@ bool TextStore::isModified() const
 
 void TextStore::setClean()
 {
+    if (_block) {
+        _cleanAfterBlock = true;
+        return;
+    }
     _undoStack->setClean();
 }
 

@@ -75,7 +75,8 @@ public:
     /// Whether the text differs from the last clean point (loading, setClean); undoing or
     /// redoing back to that point makes it clean again.
     bool isModified() const;
-    /// The text as it is now is the saved one.
+    /// The text as it is now is the saved one. Inside an edit block, the text as the block
+    /// leaves it.
     void setClean();
 
     int typingPause() const { return _typingPause; }
@@ -107,6 +108,7 @@ private:
     int _blockDepth = 0;
     bool _startNewStep = true;
     bool _changedInBlock = false;
+    bool _cleanAfterBlock = false;
     int _typingPause = defaultTypingPause;
     std::function<qint64()> _clock;
 };

@@ -197,6 +197,8 @@ protected:
     void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
     void timerEvent(QTimerEvent* event) override;
+    /// Tab and Shift+Tab are typed into the text, not used to move the focus.
+    bool focusNextPrevChild(bool) override { return false; }
 
 private:
     friend class TextAreaInputMethod;

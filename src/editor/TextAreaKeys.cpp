@@ -40,6 +40,9 @@ bool TextAreaKeys::takes(const QKeyEvent* event)
     const Qt::KeyboardModifiers modifiers = modifiersOf(event);
     const bool altered = modifiers & (Qt::AltModifier | Qt::MetaModifier);
     const int key = event->key();
+    if ((key == Qt::Key_PageUp || key == Qt::Key_PageDown) && (modifiers & Qt::ControlModifier)) {
+        return false; // the window's: the previous or next tab
+    }
     if (isNavigationKey(key) || key == Qt::Key_Backspace || key == Qt::Key_Delete) {
         return !altered;
     }

@@ -172,7 +172,7 @@ TEST(Preferences, EverySettingIsReadPushedOnceWhenChangedAndFollowed)
         {"DefaultWrapLines", true, true, Part::Editor,
          [](const Followers& f) { return f.view()->wrapLines(); }},
         {"DefaultTextColor", color(255, 0, 0), QColor(255, 0, 0), Part::Editor,
-         [](const Followers& f) { return f.view()->palette().color(QPalette::Text); }},
+         [](const Followers& f) { return f.view()->colors().text; }},
         {"DefaultInsertionPointColor", color(255, 0, 0), QColor(255, 0, 0), Part::Editor,
          [](const Followers& f) { return f.view()->insertionPointColor(); }},
         {"DefaultBackgroundColor", color(0, 255, 0), QColor(0, 255, 0), Part::Editor,

@@ -161,27 +161,3 @@ TEST(HostileFiles, PipesAndFilesThatFailWhileReadAreRefusedWithoutBlocking)
     ASSERT_TRUE(opened.ok) << opened.error.toStdString();
     EXPECT_TRUE(document.string().startsWith("Name:"));
 }
-
-TEST(HostileFiles, FileTakenAwayWhileItsTextGoesInStillLoadsWhole)
-{
-    const QString dir = TestSupport::makeTempDir();
-    QByteArray bytes;
-    for (int line = 0; bytes.size() < 3'000'000; ++line) {
-        bytes += "line " + QByteArray::number(line) + "\n";
-    }
-    const QString path = TestSupport::writeFile(dir + "/going.txt", bytes);
-    TestDocument document;
-    ASSERT_TRUE(open(document, path).ok);
-    ASSERT_TRUE(document.isLoading());
-    // Another program makes the file unreadable, then deletes it: the text was read whole
-    // before the first piece went in, so the rest still arrives.
-    ASSERT_TRUE(QFile::setPermissions(path, QFileDevice::Permissions()));
-    ASSERT_TRUE(QFile::remove(path));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !document.isLoading(); }, 10'000));
-    EXPECT_EQ(document.storedText().toUtf8(), bytes);
-    EXPECT_FALSE(document.isDocumentEdited());
-    // And saving puts it back.
-    document.setTextStorage(document.string() + "more\n");
-    ASSERT_TRUE(document.writeSafelyToURL(path, QString(), Document::Save));
-    EXPECT_EQ(TestSupport::readFile(path), bytes + "more\n");
-}

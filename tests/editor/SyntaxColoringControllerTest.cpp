@@ -1,12 +1,10 @@
 // When and what a pane colours: both panes of a window, lines scrolled into view after
-// an edit, large insertions, the progress indicator of the whole-text colouring, and the
-// text area over a text store coloured by the same controller.
+// an edit, large insertions, the progress indicator of the whole-text colouring, and what a
+// pane shows against a colouring of the whole text.
 #include "editor/SyntaxColoringController.h"
 
 #include "EditorTestSupport.h"
 #include "document/TextStore.h"
-#include "editor/TextArea.h"
-#include "editor/TextColorLayers.h"
 #include "platform/PropertyList.h"
 #include "syntax/ReferenceColoring.h"
 #include "syntax/SyntaxManager.h"
@@ -212,7 +210,7 @@ std::vector<QRgb> referenceColors(const std::vector<int>& cells, const TextSnaps
 
 } // namespace
 
-TEST(SyntaxColoringController, ATextAreaShowsTheWholeTextColouringAfterEveryEditAndScroll)
+TEST(SyntaxColoringController, APaneShowsTheWholeTextColouringAfterEveryEditAndScroll)
 {
     const QVariantMap definition = PropertyList::readDictionary(kCDefinition).value();
     const QStringList tokens{"int", "x",       "=",      "1;", "/*", "*/", "\"", "'",
@@ -226,36 +224,25 @@ TEST(SyntaxColoringController, ATextAreaShowsTheWholeTextColouringAfterEveryEdit
         }
         initial += u'\n';
     }
-    TextStore store;
-    store.insert(0, initial);
-    TextArea area;
-    area.resize(420, 300);
-    area.setTextStore(&store);
-    TextColorLayers layers;
-    area.setFormatProvider(&layers);
-    SyntaxColoringController controller(&area, &layers, SyntaxManager::sharedSyntaxManager());
-    area.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&area));
-    QCoreApplication::processEvents();
-    controller.setSyntaxDictionary(definition);
-    controller.syntaxAllColoring();
-    QElapsedTimer timer;
-    timer.start();
-    while (controller.isColoringAll() && timer.elapsed() < 10000) {
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    }
-    ASSERT_FALSE(controller.isColoringAll());
+    EditorTest::Pane pane(initial);
+    Document& document = pane.document;
+    TextView* view = pane.view();
+    // As the window tells its panes of every change.
+    QObject::connect(&document, &Document::contentsChanged, view, &TextView::textDidChanged);
+    view->setSyntaxDictionary(definition);
+    view->syntaxAllColoring();
+    ASSERT_TRUE(waitUntilColored(view));
 
-    // What the area painted last, line by line, against the reference pass over the whole
+    // What the view painted last, line by line, against the reference pass over the whole
     // text as it is now.
     qsizetype coloredSeen = 0;
     const auto expectShownAsReference = [&](int step) {
         QCoreApplication::processEvents();
-        const TextSnapshot& text = store.text();
+        const TextSnapshot& text = document.textStore()->text();
         const std::vector<int> cells =
             ReferenceColoring::color(definition, text.string(), {0, text.length()});
-        for (const TextArea::ShownLine& line : area.visibleLines()) {
-            const std::vector<QRgb> colors = shownColors(area, line.line);
+        for (const TextArea::ShownLine& line : view->visibleLines()) {
+            const std::vector<QRgb> colors = shownColors(*view, line.line);
             ASSERT_EQ(colors, referenceColors(cells, text, line.line))
                 << "step " << step << ", line " << line.line << ": "
                 << text.line(line.line).toStdString();
@@ -267,25 +254,27 @@ TEST(SyntaxColoringController, ATextAreaShowsTheWholeTextColouringAfterEveryEdit
     ASSERT_FALSE(HasFatalFailure());
 
     for (int step = 0; step < 300; ++step) {
-        const TextSnapshot before = store.text();
+        const qsizetype length = document.length();
         // Mostly on screen, where a wrong colour shows at once; sometimes off screen, where
         // it shows once scrolled to.
-        const Range shown = area.visibleCharacterRange();
+        const Range shown = view->visibleCharacterRange();
         const qsizetype at = random.bounded(4) != 0
                                  ? shown.location + random.bounded(int(shown.length) + 1)
-                                 : random.bounded(int(before.length()) + 1);
-        if (random.bounded(3) == 0 && at < before.length()) {
-            area.replaceRange({at, std::min<qsizetype>(random.bounded(1, 4), before.length() - at)},
-                              QString());
+                                 : random.bounded(int(length) + 1);
+        if (random.bounded(3) == 0 && at < length) {
+            document.replaceRanges(
+                {Range(at, std::min<qsizetype>(random.bounded(1, 4), length - at))}, QString(),
+                QString());
         } else {
-            area.replaceRange({at, 0}, edits[random.bounded(int(edits.size()))]);
+            document.replaceRanges({Range(at, 0)}, edits[random.bounded(int(edits.size()))],
+                                   QString());
         }
         if (random.bounded(5) == 0) {
-            QScrollBar* bar = area.verticalScrollBar();
+            QScrollBar* bar = view->verticalScrollBar();
             bar->setValue(random.bounded(bar->maximum() + 1));
         }
         if (random.bounded(10) == 0) {
-            area.setWrapLines(!area.wrapLines());
+            view->setWrapLines(!view->wrapLines());
         }
         expectShownAsReference(step);
         ASSERT_FALSE(HasFatalFailure());

@@ -1,13 +1,10 @@
-// Spell checking a text area over a text store: the controller the text view uses.
+// Spell checking an editor pane: what it underlines after edits and scrolls, and the guesses
+// of its context menu.
 #include "editor/SpellCheckingController.h"
 
 #include "EditorTestSupport.h"
 #include "document/TextStore.h"
-#include "editor/SyntaxColoringController.h"
-#include "editor/TextArea.h"
-#include "editor/TextColorLayers.h"
 #include "platform/SpellChecker.h"
-#include "syntax/SyntaxManager.h"
 
 #include <QContextMenuEvent>
 #include <QMenu>
@@ -55,7 +52,7 @@ QList<Range> misspeltWords(const TextSnapshot& text, qsizetype line)
 
 } // namespace
 
-TEST(SpellCheckingController, ATextAreaUnderlinesTheMisspeltWordsItShowsAfterEditsAndScrolls)
+TEST(SpellCheckingController, APaneUnderlinesTheMisspeltWordsItShowsAfterEditsAndScrolls)
 {
     const QStringList right{"the", "quick", "brown", "fox", "jumps", "over", "lazy", "dog"};
     QRandomGenerator random(20261124);
@@ -69,19 +66,10 @@ TEST(SpellCheckingController, ATextAreaUnderlinesTheMisspeltWordsItShowsAfterEdi
         }
         initial += u'\n';
     }
-    TextStore store;
-    store.insert(0, initial);
-    TextArea area;
-    area.resize(420, 300);
-    area.setTextStore(&store);
-    TextColorLayers layers;
-    area.setFormatProvider(&layers);
-    // As in a pane, the colouring controller keeps the shared layers in step with the edits.
-    SyntaxColoringController coloring(&area, &layers, SyntaxManager::sharedSyntaxManager());
-    SpellChecker checker;
-    SpellCheckingController spelling(&area, &layers, checker);
-    area.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&area));
+    EditorTest::Pane pane(initial);
+    TextView& view = *pane.view();
+    const TextStore& store = *pane.document.textStore();
+    SpellCheckingController& spelling = *SpellCheckingController::of(&view);
     spelling.setContinuousSpellCheckingEnabled(true, QStringLiteral("en_US"));
 
     // Every misspelt word of the shown lines under the viewport is underlined (a line wider
@@ -92,18 +80,18 @@ TEST(SpellCheckingController, ATextAreaUnderlinesTheMisspeltWordsItShowsAfterEdi
         // the check they and the step asked for.
         QCoreApplication::sendPostedEvents();
         QCoreApplication::processEvents();
-        area.viewport()->repaint();
-        for (const TextArea::ShownLine& line : area.visibleLines()) {
+        view.viewport()->repaint();
+        for (const TextArea::ShownLine& line : view.visibleLines()) {
             // Wrapped, the rows on screen; unwrapped, the columns under the viewport.
-            const Range rows = area.visibleCharacterRange();
+            const Range rows = view.visibleCharacterRange();
             const qsizetype end =
                 std::min(line.position + store.text().lineLength(line.line), rows.max());
             Range shown(std::max(line.position, rows.location), 0);
             shown.length = end - shown.location;
-            if (!area.wrapLines()) {
+            if (!view.wrapLines()) {
                 const int y = int(std::max<qreal>(line.top, 0) + line.bottom) / 2;
-                shown.location = area.positionAt({0, y});
-                shown.length = area.positionAt({area.viewport()->width(), y}) - shown.location;
+                shown.location = view.positionAt({0, y});
+                shown.length = view.positionAt({view.viewport()->width(), y}) - shown.location;
             }
             const auto onScreen = [&](QList<Range> words) {
                 words.removeIf([&](Range word) {
@@ -111,63 +99,64 @@ TEST(SpellCheckingController, ATextAreaUnderlinesTheMisspeltWordsItShowsAfterEdi
                 });
                 return words;
             };
-            const QList<Range> underlined = onScreen(shownUnderlines(area, line.line));
+            const QList<Range> underlined = onScreen(shownUnderlines(view, line.line));
             ASSERT_EQ(underlined, onScreen(misspeltWords(store.text(), line.line)))
                 << step << ", line " << line.line;
             underlinedSeen += underlined.size();
         }
     };
     expectShownUnderlined("shown");
-    ASSERT_TRUE(checker.hasDictionary());
+    ASSERT_TRUE(SpellChecker::sharedSpellChecker().hasDictionary());
     ASSERT_FALSE(HasFatalFailure());
     EXPECT_GT(underlinedSeen, 5);
     // Of the wide line, only what the screen shows was checked.
     const qsizetype wideLine = store.text().lineStart(5);
-    const QList<Range> wideUnderlines = shownUnderlines(area, 5);
+    const QList<Range> wideUnderlines = shownUnderlines(view, 5);
     ASSERT_FALSE(wideUnderlines.isEmpty());
     EXPECT_LT(wideUnderlines.last().max(), wideLine + 200);
     EXPECT_GT(misspeltWords(store.text(), 5).last().location, wideLine + 2000);
     // (The scroll bar learns the line's width once the line is shown, and takes room.)
-    area.scrollRangeToVisible({wideLine, 0});
+    view.scrollRangeToVisible({wideLine, 0});
     expectShownUnderlined("horizontal scroll bar");
-    area.horizontalScrollBar()->setValue(area.horizontalScrollBar()->maximum() / 2);
+    view.horizontalScrollBar()->setValue(view.horizontalScrollBar()->maximum() / 2);
     expectShownUnderlined("sideways");
+    view.horizontalScrollBar()->setValue(0);
+    expectShownUnderlined("back to the left");
     ASSERT_FALSE(HasFatalFailure());
-    area.horizontalScrollBar()->setValue(0);
 
     // Typing a misspelling into a shown line, and a line break that moves the lines below.
-    area.setCursorPosition(store.text().lineStart(3));
-    area.insertTypedText(QStringLiteral("Nothnig "));
+    view.setCursorPosition(store.text().lineStart(3));
+    QTest::keyClicks(&view, QStringLiteral("Nothnig "));
     expectShownUnderlined("typed");
-    area.insertNewline();
+    QTest::keyClick(&view, Qt::Key_Return);
     expectShownUnderlined("new line");
 
     // Lines scrolled into view, and then wrapped.
-    QScrollBar* bar = area.verticalScrollBar();
+    QScrollBar* bar = view.verticalScrollBar();
     for (const int value : {bar->maximum(), bar->maximum() / 2, 7}) {
         bar->setValue(value);
         expectShownUnderlined("scrolled");
         ASSERT_FALSE(HasFatalFailure());
     }
-    area.resize(120, 300);
-    area.setWrapLines(true);
+    view.resize(120, 300);
+    view.setWrapLines(true);
     expectShownUnderlined("wrapped");
     ASSERT_FALSE(HasFatalFailure());
 
     // The dictionary's guesses replace the word under the pointer as one undoable step.
-    qsizetype line = area.visibleLines().first().line;
+    qsizetype line = view.visibleLines().first().line;
     while (line < store.text().lineCount() && !store.text().line(line).contains(u"sentance")) {
         ++line;
     }
     ASSERT_LT(line, store.text().lineCount());
     const qsizetype word =
         store.text().lineStart(line) + store.text().line(line).indexOf(u"sentance");
-    area.scrollRangeToVisible({word, 8});
+    view.scrollRangeToVisible({word, 8});
     expectShownUnderlined("before the menu");
-    // A right-click on it: the area's menu, with the guesses above its own items.
+    // A right-click on it: the view's menu, with the guesses above its own items.
     QStringList offered;
-    QTimer::singleShot(0, &area, [&] {
-        auto* menu = area.findChild<QMenu*>();
+    QTimer::singleShot(0, &view, [&] {
+        auto* menu = view.findChild<QMenu*>();
         if (!menu) {
             return;
         }
@@ -179,20 +168,20 @@ TEST(SpellCheckingController, ATextAreaUnderlinesTheMisspeltWordsItShowsAfterEdi
         }
         menu->close();
     });
-    const QPoint point = area.rectForPosition(word + 3).center();
-    QContextMenuEvent click(QContextMenuEvent::Mouse, point, area.viewport()->mapToGlobal(point));
-    QCoreApplication::sendEvent(area.viewport(), &click);
+    const QPoint point = view.rectForPosition(word + 3).center();
+    QContextMenuEvent click(QContextMenuEvent::Mouse, point, view.viewport()->mapToGlobal(point));
+    QCoreApplication::sendEvent(view.viewport(), &click);
     ASSERT_TRUE(offered.contains(u"sentence"_s)) << offered.join(u", ").toStdString();
     EXPECT_LT(offered.indexOf(u"sentence"_s), offered.indexOf(u"Undo"_s));
     EXPECT_EQ(store.text().string().mid(word, 8), u"sentence");
     expectShownUnderlined("replaced");
-    area.undo();
+    view.undo();
     EXPECT_EQ(store.text().string().mid(word, 8), u"sentance");
 
     // Off, nothing is underlined.
     spelling.setContinuousSpellCheckingEnabled(false, QStringLiteral("en_US"));
-    area.viewport()->repaint();
-    for (const TextArea::ShownLine& shown : area.visibleLines()) {
-        EXPECT_TRUE(shownUnderlines(area, shown.line).isEmpty());
+    view.viewport()->repaint();
+    for (const TextArea::ShownLine& shown : view.visibleLines()) {
+        EXPECT_TRUE(shownUnderlines(view, shown.line).isEmpty());
     }
 }

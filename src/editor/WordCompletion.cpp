@@ -65,13 +65,11 @@ QString WordCompletion::textIn(Range range) const
 
 void WordCompletion::propose(const QString& word, Range partial)
 {
-    ++_changing;
     if (_view.selection() != Range(partial.max(), 0)) {
         _view.select({partial.max(), 0});
     }
     _proposed = word.mid(partial.length);
     _view.showProposal(partial.max(), _proposed);
-    --_changing;
 }
 
 void WordCompletion::withdraw()
@@ -82,50 +80,10 @@ void WordCompletion::withdraw()
 
 void WordCompletion::accept(const QString& word, Range partial)
 {
-    ++_changing;
     withdraw();
     if (const std::optional<TextEdit> edit = acceptEdit(_view.text(), partial, word)) {
         _view.applyEdit(*edit);
     } else {
         _view.select({partial.location + word.size(), 0});
-    }
-    --_changing;
-}
-
-bool WordCompletion::start(const QStringList& candidates)
-{
-    _candidates.clear();
-    const Range partial = partialWordRange();
-    if (partial.isNotFound() || candidates.isEmpty()) {
-        withdraw();
-        return false;
-    }
-    _candidates = candidates;
-    _partial = partial;
-    _row = 0;
-    propose(_candidates.first(), _partial);
-    return true;
-}
-
-void WordCompletion::step(int delta)
-{
-    if (!isActive()) {
-        return;
-    }
-    _row = std::clamp(_row + delta, 0, int(_candidates.size()) - 1);
-    propose(_candidates[_row], _partial);
-}
-
-void WordCompletion::finish(bool cancel)
-{
-    if (!isActive()) {
-        return;
-    }
-    const QString word = _candidates[_row];
-    _candidates.clear();
-    if (cancel) {
-        withdraw();
-    } else {
-        accept(word, _partial);
     }
 }

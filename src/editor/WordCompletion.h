@@ -4,7 +4,6 @@
 #include "platform/Range.h"
 
 #include <QString>
-#include <QStringList>
 
 #include <functional>
 #include <optional>
@@ -14,8 +13,8 @@ class TextSource;
 /// What completing a word does to a text, worked out from the text alone so that every view
 /// completes alike: the partial word before the insertion point, the rest of a candidate
 /// shown after it without entering the text, and the edit that accepting makes (one undo
-/// step). A view lends a few hooks; a view without the shared list window steps through the
-/// candidates here.
+/// step). The text view's completion lends the view through a few hooks; the list of
+/// candidates is the CompletionManager's.
 class WordCompletion
 {
 public:
@@ -52,26 +51,7 @@ public:
     void accept(const QString& word, Range partial);
     const QString& proposedText() const { return _proposed; }
 
-    // The list of a view without the shared list window.
-    /// Offers `candidates` for the partial word before the insertion point and proposes the
-    /// first; false (and nothing shown) when there is no partial word or no candidate.
-    bool start(const QStringList& candidates);
-    bool isActive() const { return !_candidates.isEmpty(); }
-    const QStringList& candidates() const { return _candidates; }
-    int row() const { return _row; }
-    /// Proposes the candidate `delta` rows away, staying within the list.
-    void step(int delta);
-    /// Accepts the proposed candidate, or with `cancel` leaves the word as typed; either way
-    /// the list ends.
-    void finish(bool cancel);
-    /// Whether the change being made is completion's own (others end the list).
-    bool isChanging() const { return _changing > 0; }
-
 private:
     View _view;
     QString _proposed;
-    QStringList _candidates;
-    Range _partial;
-    int _row = 0;
-    int _changing = 0;
 };

@@ -3,6 +3,7 @@
 #include "editor/CompletionManager.h"
 #include "editor/CompletionPanel.h"
 #include "editor/EditorController.h"
+#include "editor/TextLayoutCache.h"
 #include "editor/TextView.h"
 #include "platform/PropertyList.h"
 #include "syntax/CompletionCandidates.h"
@@ -199,6 +200,10 @@ TEST(Completion, StepAcceptAndCancel)
     QTest::keyClick(pane.view, Qt::Key_Down);
     QTest::keyClick(pane.view, Qt::Key_Down);
     EXPECT_EQ(pane.view->proposedCompletion(), QStringLiteral("intf"));
+    // The line is laid out with the proposal in it, the caret before it.
+    TextLayoutCache& lines = pane.view->textLayout().cache();
+    EXPECT_EQ(lines.layout(1, 0).layout.text(), QStringLiteral("printf"));
+    EXPECT_EQ(pane.view->cursorPosition(), 21);
     QTest::keyClick(pane.view, Qt::Key_Down);
     EXPECT_EQ(pane.manager.tableView()->currentRow(), 2);
     EXPECT_EQ(pane.view->proposedCompletion(), QStringLiteral("intf"));
@@ -211,6 +216,7 @@ TEST(Completion, StepAcceptAndCancel)
     EXPECT_FALSE(pane.manager.isComplating(pane.view));
     EXPECT_EQ(pane.text(), QStringLiteral("print printf Print\npr"));
     EXPECT_TRUE(pane.view->proposedCompletion().isEmpty());
+    EXPECT_EQ(lines.layout(1, 0).layout.text(), QStringLiteral("pr"));
     EXPECT_EQ(pane.view->selectedRange(), Range(21, 0));
 
     // Typing narrows the list; Tab accepts with the insertion point after the word.

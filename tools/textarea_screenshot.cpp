@@ -1,72 +1,41 @@
-// Pictures of the text area on a file without a display: loads FILE into a text store as a
-// window would (streaming, the first part shown at once), shows it with the marks of
-// invisible characters, the editor's line-number gutter and a small format provider
-// (preprocessor lines coloured, every "struct" highlighted), scrolls to a line and saves the
-// viewport with its gutter as a PNG.
+// Pictures of a file in an editor pane without a display: reads FILE into a document as the
+// editor opens one, shows it in a pane built as a window builds one (its text view, its
+// line-number gutter), with the marks of invisible characters, scrolls to a line and saves
+// the view with its gutter as a PNG. It tells how long reading the file and the first paint
+// took, and how many lines the view laid out for it.
 //
-// With --syntax NAME the text is coloured instead by the editor's syntax colouring with the
-// shipped definition NAME (C, say), as a pane colours it: the lines on screen at once, the
-// whole text in slices behind them. It then also tells how long the first coloured screen
-// took from the start of the load.
+// With --syntax NAME the text is coloured by the shipped definition NAME (C, say), as a pane
+// colours it: the lines on screen first, the whole text in slices behind them. With --wrap
+// the lines are wrapped at the view's width.
 //
 //   tessaran-textarea_screenshot OUTPUT.png FILE [--wrap] [--line N] [--column N]
 //                                [--size WIDTHxHEIGHT] [--syntax NAME [--until-colored]]
 //
 // --until-colored waits, after the picture, for the whole-text colouring to end and tells
-// how long it took from the start of the load.
+// how long it took from the start of the read.
 
 #include "PrivateHome.h"
 #include "app/Application.h"
+#include "document/Document.h"
 #include "document/EncodingManager.h"
-#include "document/TextLoader.h"
 #include "document/TextStore.h"
-#include "editor/LineNumberPainter.h"
+#include "editor/CompletionManager.h"
+#include "editor/EditorController.h"
 #include "editor/SyntaxColoringController.h"
-#include "editor/TextArea.h"
-#include "editor/TextColorLayers.h"
-#include "editor/TextFormatProvider.h"
+#include "editor/TextLayoutCache.h"
+#include "editor/TextView.h"
 #include "platform/Preferences.h"
+#include "platform/SpellChecker.h"
 #include "syntax/SyntaxDefinitionFolder.h"
 #include "syntax/SyntaxManager.h"
 
 #include <QElapsedTimer>
-#include <QFontDatabase>
-#include <QPainter>
 #include <QTest>
 
 #include <cstdio>
+#include <functional>
 
 namespace {
-
-/// Preprocessor lines in blue, "struct" on a yellow background: enough to see both layers.
-class SampleFormats : public TextFormatProvider
-{
-public:
-    explicit SampleFormats(const TextStore& store)
-        : _store(store)
-    {}
-
-    LineFormats formatsForLine(qsizetype line, qsizetype, qsizetype) override
-    {
-        LineFormats formats;
-        const QString text = _store.text().line(line);
-        if (text.startsWith(u'#')) {
-            QTextCharFormat blue;
-            blue.setForeground(QColor(30, 60, 200));
-            formats.foreground.append({0, int(text.size()), blue});
-        }
-        QTextCharFormat found;
-        found.setBackground(QColor(255, 230, 80));
-        for (qsizetype at = text.indexOf(u"struct"); at >= 0;
-             at = text.indexOf(u"struct", at + 6)) {
-            formats.background.append({int(at), 6, found});
-        }
-        return formats;
-    }
-
-private:
-    const TextStore& _store;
-};
 
 int usage()
 {
@@ -75,6 +44,18 @@ int usage()
                stderr);
     return 2;
 }
+
+/// Calls `painted` before each paint of the object it watches.
+struct PaintWatch : QObject {
+    std::function<void()> painted;
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        if (event->type() == QEvent::Paint && painted) {
+            painted();
+        }
+        return false;
+    }
+};
 
 } // namespace
 
@@ -115,101 +96,73 @@ int main(int argc, char** argv)
             return usage();
         }
     }
-
-    TextStore store;
-    TextArea area;
-    SampleFormats formats(store);
-    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-    font.setPixelSize(13);
-    area.setTextFont(font);
-    area.setWrapLines(wrap);
-    area.setShowInvisibleCharacters(true);
-    TextColorLayers layers;
-    std::unique_ptr<SyntaxColoringController> coloring;
-    // The editor's gutter, in the shipped colours.
-    LineNumberPainter gutter;
-    gutter.updatePreferences(Preferences::sharedPreferences().current().editor);
-    gutter.numberLinesOf(area, 60);
-    area.setTextStore(&store);
-    if (syntax.isEmpty()) {
-        area.setFormatProvider(&formats);
-    } else {
-        const std::optional<QVariantMap> definition = SyntaxDefinitionFolder::definition(
-            QStringLiteral(":/SyntaxDefinition/%1.plist").arg(syntax));
-        if (!definition) {
-            std::fprintf(stderr, "no syntax definition named %s\n", qPrintable(syntax));
-            return 1;
-        }
-        area.setFormatProvider(&layers);
-        coloring = std::make_unique<SyntaxColoringController>(&area, &layers,
-                                                              SyntaxManager::sharedSyntaxManager());
-        coloring->setSyntaxDictionary(*definition);
-        coloring->syntaxAllColoring();
+    const QString definitionPath = QStringLiteral(":/SyntaxDefinition/%1.plist").arg(syntax);
+    if (!syntax.isEmpty() && !SyntaxDefinitionFolder::definition(definitionPath)) {
+        std::fprintf(stderr, "no syntax definition named %s\n", qPrintable(syntax));
+        return 1;
     }
-    area.resize(size);
-    area.show();
-    if (!QTest::qWaitForWindowExposed(&area)) {
+
+    const PreferencesValues settings = Preferences::sharedPreferences().current();
+    QElapsedTimer timer;
+    timer.start();
+    Document document(EncodingManager::sharedEncodingManager(), settings.document);
+    QString error;
+    if (!document.readFromURL(path, QString(), &error)) {
+        std::fprintf(stderr, "%s could not be read: %s\n", qPrintable(path), qPrintable(error));
+        return 1;
+    }
+    const qint64 read = timer.elapsed();
+
+    EditorController pane({CompletionManager::sharedCompletionManager(),
+                           SyntaxManager::sharedSyntaxManager(),
+                           SpellChecker::sharedSpellChecker()},
+                          settings.editor);
+    pane.setupInitialTextViewSharedStateWithDocument(&document);
+    TextView* view = pane.textView();
+    // The window's View menu toggles, as a window with them on shows its panes.
+    view->setWrapLines(wrap);
+    view->setInvisibleCharacters(true);
+    view->setRulersVisible(true);
+    if (!syntax.isEmpty()) {
+        view->setSyntaxDictionay(definitionPath);
+    }
+    qint64 firstScreen = -1;
+    PaintWatch firstPaint;
+    firstPaint.painted = [&] {
+        if (firstScreen < 0) {
+            firstScreen = timer.elapsed();
+        }
+    };
+    view->viewport()->installEventFilter(&firstPaint);
+    view->resize(size);
+    view->show();
+    if (!QTest::qWaitForWindowExposed(view)) {
         std::fputs("the window was not shown\n", stderr);
         return 1;
     }
 
-    QElapsedTimer timer;
-    timer.start();
-    // The first paint after the first part is in: the lines on it were coloured before it,
-    // as the text came in.
-    qint64 firstScreen = -1;
-    struct FirstPaint : QObject {
-        std::function<void()> painted;
-        bool eventFilter(QObject*, QEvent* event) override
-        {
-            if (event->type() == QEvent::Paint && painted) {
-                painted();
-            }
-            return false;
-        }
-    } firstPaint;
-    firstPaint.painted = [&] {
-        if (firstScreen < 0 && store.text().length() > 0) {
-            firstScreen = timer.elapsed();
-        }
-    };
-    area.viewport()->installEventFilter(&firstPaint);
-    TextLoader loader(EncodingManager::sharedEncodingManager());
-    bool done = false;
-    bool ok = true;
-    area.setLoading(true);
-    QObject::connect(&loader, &TextLoader::partLoaded,
-                     [&](const TextSnapshot& part) { store.setLoadedText(part); });
-    QObject::connect(&loader, &TextLoader::finished, [&](const TextLoader::Result& result) {
-        ok = result.status == TextLoader::Status::Loaded;
-        store.setLoadedText(result.text);
-        area.setLoading(false);
-        done = true;
-    });
-    loader.start(path, StringEncoding::NoEncoding, false);
-    while (!done) {
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
-    if (!ok) {
-        std::fprintf(stderr, "%s could not be read\n", qPrintable(path));
-        return 1;
-    }
-    const TextSnapshot& text = store.text();
+    const TextSnapshot& text = document.textStore()->text();
+    line = std::clamp<qsizetype>(line, 0, text.lineCount() - 1);
     const qsizetype position =
         std::min(text.lineStart(line) + column, text.lineStart(line) + text.lineLength(line));
-    area.setFocus();
-    area.setCursorPosition(position);
-    area.ensureCursorVisible();
+    view->setFocus();
+    view->setCursorPosition(position);
+    view->ensureCursorVisible();
+    // The colouring of the lines shown is one turn behind the definition.
     QCoreApplication::processEvents();
-    const QPixmap picture = area.grab();
+    QCoreApplication::processEvents();
+    const QPixmap picture = view->grab();
     if (!picture.save(output)) {
         std::fprintf(stderr, "%s could not be written\n", qPrintable(output));
         return 1;
     }
-    std::printf("%s: %lld lines, %lld units, first screen painted after %lld ms, loaded and "
+    SyntaxColoringController* coloring =
+        syntax.isEmpty() ? nullptr : view->syntaxColoringController();
+    std::printf("%s: %lld lines, %lld units, read in %lld ms, first screen painted after %lld ms, "
                 "shown in %lld ms, %lld layouts made",
-                qPrintable(output), qint64(text.lineCount()), qint64(text.length()), firstScreen,
-                qint64(timer.elapsed()), qint64(area.textLayout().cache().layoutsMade()));
+                qPrintable(output), qint64(text.lineCount()), qint64(text.length()), read,
+                firstScreen, qint64(timer.elapsed()),
+                qint64(view->textLayout().cache().layoutsMade()));
     if (coloring && untilColored) {
         while (coloring->isColoringAll()) {
             QCoreApplication::processEvents(QEventLoop::AllEvents, 50);

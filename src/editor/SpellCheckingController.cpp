@@ -1,6 +1,5 @@
 #include "editor/SpellCheckingController.h"
 
-#include "document/SnapshotTextSource.h"
 #include "document/TextMirror.h"
 #include "document/TextStore.h"
 #include "editor/LayoutManager.h"
@@ -29,27 +28,18 @@ bool isWordCharacter(QChar c)
     return c.isLetterOrNumber() || c == u'\'' || c == u'_' || c == u'\u2019' || c.isMark();
 }
 
-// Where a text area's screen stands: a check of every shown line is due when it moves.
-struct Screen {
-    TextAreaLayout::RowRef top;
-    qsizetype lastLine = -1;
-    int horizontalOffset = 0;
-    QSize size;
-    bool wrap = false;
-    bool operator==(const Screen&) const = default;
+// A stretch of a line on screen: only the characters under the viewport, since an unwrapped
+// line may be very long.
+struct ShownText {
+    // The whole line, its line break included.
+    Range line;
+    Range shown;
 };
 
-Screen screenOf(TextArea* area)
+// The view's rows on screen, each cut to the viewport's width.
+QList<ShownText> shownTextOf(TextArea* area)
 {
-    const QList<TextArea::ShownLine> lines = area->visibleLines();
-    return {area->textLayout().anchor(), lines.isEmpty() ? -1 : lines.last().line,
-            area->horizontalScrollBar()->value(), area->viewport()->size(), area->wrapLines()};
-}
-
-// The text area's rows on screen, each cut to the viewport's width.
-QList<SpellCheckingController::ShownText> shownTextOf(TextArea* area)
-{
-    QList<SpellCheckingController::ShownText> stretches;
+    QList<ShownText> stretches;
     if (!area->textStore()) {
         return stretches;
     }
@@ -87,115 +77,58 @@ SpellCheckingController* SpellCheckingController::of(TextView* textView)
     return new SpellCheckingController(textView);
 }
 
-SpellCheckingController::SpellCheckingController(QObject* parent, SpellChecker& checker, View view)
-    : QObject(parent)
-    , _checker(checker)
-    , _view(std::move(view))
+SpellCheckingController::SpellCheckingController(TextView* textView)
+    : QObject(textView)
+    , _textView(textView)
+    , _checker(textView->services().spellChecker)
 {
     _timer.setSingleShot(true);
     _timer.setInterval(0);
     connect(&_timer, &QTimer::timeout, this, &SpellCheckingController::checkVisibleText);
 }
 
-SpellCheckingController::SpellCheckingController(TextView* textView)
-    : SpellCheckingController(
-          textView, textView->services().spellChecker,
-          View{
-              .text = [textView]() -> TextSource* {
-                  return TextMirror::mirrorOfStore(textView->textStore());
-              },
-              .layers = [textView]() -> TextColorLayers* {
-                  LayoutManager* layout = textView->layoutManager();
-                  return layout ? &layout->colorLayers() : nullptr;
-              },
-              .shownText = [textView] { return shownTextOf(static_cast<TextArea*>(textView)); },
-              .lineCount = [textView]() -> qsizetype {
-                  return textView->textStore() ? textView->textStore()->text().lineCount() : 0;
-              },
-              .misspellingsChanged =
-                  [textView](Range range) {
-                      if (LayoutManager* layout = textView->layoutManager()) {
-                          layout->colorsChanged(range);
-                      }
-                  },
-              .positionAt = [textView](const QPoint& point) -> qsizetype {
-                  return textView->positionAt(point);
-              },
-              .replace =
-                  [textView](Range range, const QString& text) {
-                      textView->applyEdit({range, text, {range.location + text.size(), 0}});
-                  },
-          })
-{
-    _textView = textView;
-}
-
-SpellCheckingController::SpellCheckingController(TextArea* area, TextColorLayers* layers,
-                                                 SpellChecker& checker)
-    : SpellCheckingController(
-          area, checker,
-          View{
-              .text = [this, area]() -> TextSource* {
-                  if (!area->textStore()) {
-                      return nullptr;
-                  }
-                  _snapshot->setSnapshot(area->textStore()->text());
-                  return _snapshot.get();
-              },
-              .layers = [layers]() -> TextColorLayers* { return layers; },
-              .shownText = [area] { return shownTextOf(area); },
-              .lineCount = [area]() -> qsizetype {
-                  return area->textStore() ? area->textStore()->text().lineCount() : 0;
-              },
-              .misspellingsChanged = [area](Range range) { area->formatsChanged(range); },
-              .positionAt = [area](const QPoint& point) { return area->positionAt(point); },
-              .replace =
-                  [area](Range range, const QString& text) {
-                      area->replaceRange(range, text);
-                      area->setCursorPosition(range.location + text.size());
-                  },
-          })
-{
-    _snapshot = std::make_unique<SnapshotTextSource>(TextSnapshot());
-    if (TextStore* store = area->textStore()) {
-        connect(store, &TextStore::contentsChange, this, [this](const TextChange& change) {
-            textDidChange(change.position, change.charsRemoved, change.charsAdded);
-        });
-    }
-    connect(area, &TextArea::contextMenuCreated, this,
-            qOverload<QMenu*, const QPoint&>(&SpellCheckingController::addSpellingSuggestions));
-    // The area tells of its screen after every edit too (it keeps the caret in sight): only
-    // other rows on screen need every shown line checked, an edit in place only its own.
-    connect(area, &TextArea::visibleRangeChanged, this, [this, area, last = Screen()]() mutable {
-        const Screen now = screenOf(area);
-        if (now != last) {
-            last = now;
-            scheduleCheck();
-        }
-    });
-}
-
 SpellCheckingController::~SpellCheckingController() = default;
+
+TextSource* SpellCheckingController::text() const
+{
+    return TextMirror::mirrorOfStore(_textView->textStore());
+}
+
+TextColorLayers* SpellCheckingController::layers() const
+{
+    LayoutManager* layout = _textView->layoutManager();
+    return layout ? &layout->colorLayers() : nullptr;
+}
+
+void SpellCheckingController::misspellingsChanged(Range range)
+{
+    if (LayoutManager* layout = _textView->layoutManager()) {
+        layout->colorsChanged(range);
+    }
+}
+
+qsizetype SpellCheckingController::lineCount() const
+{
+    return _textView->textStore() ? _textView->textStore()->text().lineCount() : 0;
+}
 
 void SpellCheckingController::setContinuousSpellCheckingEnabled(bool enabled,
                                                                 const QString& language)
 {
-    const bool documentChanged = _textView && _textView->textStore() != _checkedDocument;
+    const bool documentChanged = _textView->textStore() != _checkedDocument;
     const bool changed = enabled != _enabled || language != _language || documentChanged;
     _enabled = enabled;
     _language = language;
     if (!changed) {
         return;
     }
-    if (_textView) {
-        followTextView(enabled);
-    }
+    followTextView(enabled);
     removeAllMisspellings();
     if (!enabled) {
         _timer.stop();
         return;
     }
-    _lineCount = _view.lineCount();
+    _lineCount = lineCount();
     scheduleCheck();
 }
 
@@ -246,7 +179,7 @@ void SpellCheckingController::textDidChange(qsizetype position, qsizetype remove
         return;
     }
     // Lines gained or lost bring other lines onto the screen.
-    if (const qsizetype lines = _view.lineCount(); lines != _lineCount) {
+    if (const qsizetype lines = lineCount(); lines != _lineCount) {
         _lineCount = lines;
         scheduleCheck();
         return;
@@ -284,67 +217,67 @@ void SpellCheckingController::checkShownText(qsizetype from, qsizetype to)
     if (!_enabled) {
         return;
     }
-    TextSource* text = _view.text();
-    TextColorLayers* layers = _view.layers();
-    if (!text || !layers) {
+    TextSource* source = text();
+    TextColorLayers* colorLayers = layers();
+    if (!source || !colorLayers) {
         return;
     }
     _checker.setLanguage(_language);
-    for (const ShownText& stretch : _view.shownText()) {
+    for (const ShownText& stretch : shownTextOf(_textView)) {
         if (stretch.line.max() < from || stretch.line.location > to) {
             continue;
         }
         // Whole words: a word cut by the viewport's edge is checked whole.
         qsizetype start = std::max<qsizetype>(0, stretch.shown.location);
-        qsizetype end = std::min(text->size(), stretch.shown.max());
+        qsizetype end = std::min(source->size(), stretch.shown.max());
         const qsizetype left = start;
         while (start > stretch.line.location && left - start < kWordReach &&
-               isWordCharacter(text->at(start - 1))) {
+               isWordCharacter(source->at(start - 1))) {
             --start;
         }
         const qsizetype right = end;
-        while (end < stretch.line.max() && end < text->size() && end - right < kWordReach &&
-               isWordCharacter(text->at(end))) {
+        while (end < stretch.line.max() && end < source->size() && end - right < kWordReach &&
+               isWordCharacter(source->at(end))) {
             ++end;
         }
         if (start >= end) {
             continue;
         }
-        const QString words = text->view(start, end).toString();
+        const QString words = source->view(start, end).toString();
         QList<Range> misspelt = _checker.misspelledWords(words, 0, words.size());
         for (Range& word : misspelt) {
             word.location += start;
         }
         // Checking the same lines again mostly finds the same words: no repaint for that.
         const Range checked(start, end - start);
-        if (layers->replaceMisspellings(checked, misspelt)) {
-            _view.misspellingsChanged(checked);
+        if (colorLayers->replaceMisspellings(checked, misspelt)) {
+            misspellingsChanged(checked);
         }
     }
 }
 
 void SpellCheckingController::removeAllMisspellings()
 {
-    TextColorLayers* layers = _view.layers();
-    if (!layers || layers->misspellings().isEmpty()) {
+    TextColorLayers* colorLayers = layers();
+    if (!colorLayers || colorLayers->misspellings().isEmpty()) {
         return;
     }
-    ColorStore& words = layers->misspellings();
+    ColorStore& words = colorLayers->misspellings();
     words.reset(words.textLength());
-    _view.misspellingsChanged({0, words.textLength()});
+    misspellingsChanged({0, words.textLength()});
 }
 
 Range SpellCheckingController::misspelledWordAt(qsizetype position) const
 {
-    TextColorLayers* layers = _view.layers();
-    if (!layers) {
+    TextColorLayers* colorLayers = layers();
+    if (!colorLayers) {
         return Range::notFound();
     }
     // Marks are read clipped to the range asked for; no word marked is longer than a
     // stretch checked. The word under the pointer may end at the position (pointer on its
     // right half).
     constexpr qsizetype reach = kMaximumLineSpan + 2 * kWordReach;
-    const ColorStore& words = layers->misspellings();
+    const ColorStore& words = colorLayers->misspellings();
     for (const ColorStore::Run& run : words.runs(std::max<qsizetype>(0, position - reach),
                                                  std::min(words.textLength(), position + reach))) {
         if (position >= run.location && position <= run.location + run.length) {
@@ -368,12 +301,12 @@ void SpellCheckingController::addSpellingSuggestions(QMenu* menu, const QPoint& 
     if (!_enabled) {
         return;
     }
-    const Range word = misspelledWordAt(_view.positionAt(viewportPosition));
-    TextSource* text = _view.text();
-    if (word.isNotFound() || !text || word.max() > text->size()) {
+    const Range word = misspelledWordAt(_textView->positionAt(viewportPosition));
+    TextSource* source = text();
+    if (word.isNotFound() || !source || word.max() > source->size()) {
         return;
     }
-    const QString misspelt = text->view(word.location, word.max()).toString();
+    const QString misspelt = source->view(word.location, word.max()).toString();
     _checker.setLanguage(_language);
     const QStringList guesses = _checker.guessesForWord(misspelt);
     QAction* before = menu->actions().value(0);
@@ -382,12 +315,12 @@ void SpellCheckingController::addSpellingSuggestions(QMenu* menu, const QPoint& 
         auto* action = new QAction(guess, menu);
         connect(action, &QAction::triggered, this, [this, word, misspelt, guess] {
             // The text may have changed while the menu was open.
-            TextSource* now = _view.text();
+            TextSource* now = text();
             if (!now || word.max() > now->size() ||
                 now->view(word.location, word.max()) != misspelt) {
                 return;
             }
-            _view.replace(word, guess);
+            _textView->applyEdit({word, guess, {word.location + guess.size(), 0}});
         });
         actions.append(action);
     }

@@ -1,6 +1,5 @@
 #include "editor/SyntaxColoringController.h"
 
-#include "document/SnapshotTextSource.h"
 #include "document/TextMirror.h"
 #include "document/TextStore.h"
 #include "editor/ColorStore.h"
@@ -25,65 +24,13 @@ constexpr qint64 TurnMilliseconds = 16;
 
 } // namespace
 
-SyntaxColoringController::SyntaxColoringController(QObject* parent, SyntaxManager& manager,
-                                                   View view)
-    : QObject(parent)
-    , _manager(manager)
-    , _view(std::move(view))
-    , _engine(std::make_unique<SyntaxColoringEngine>())
-{}
-
 SyntaxColoringController::SyntaxColoringController(TextView* textView)
-    : SyntaxColoringController(
-          textView, textView->services().syntax,
-          View{
-              .text = [this, textView]() -> TextSource* { return mirrorOf(textView); },
-              .layers = [textView]() -> TextColorLayers* {
-                  LayoutManager* layout = textView->layoutManager();
-                  return layout ? &layout->colorLayers() : nullptr;
-              },
-              .visibleRange = [textView] { return textView->visibleCharacterRange(); },
-              .indicator = [textView] { return textView->indicator(); },
-              .colorsChanged =
-                  [textView](Range range) {
-                      if (LayoutManager* layout = textView->layoutManager()) {
-                          layout->colorsChanged(range);
-                      }
-                  },
-          })
+    : QObject(textView)
+    , _textView(textView)
+    , _manager(textView->services().syntax)
+    , _engine(std::make_unique<SyntaxColoringEngine>())
 {
     connect(textView, &TextArea::visibleRangeChanged, this,
-            &SyntaxColoringController::visibleRangeMoved);
-}
-
-SyntaxColoringController::SyntaxColoringController(TextArea* area, TextColorLayers* layers,
-                                                   SyntaxManager& manager)
-    : SyntaxColoringController(
-          area, manager,
-          View{
-              .text = [this]() -> TextSource* { return _snapshot.get(); },
-              .layers = [layers]() -> TextColorLayers* { return layers; },
-              .visibleRange = [area] { return area->visibleCharacterRange(); },
-              .indicator = [] { return static_cast<QProgressBar*>(nullptr); },
-              .colorsChanged = [area](Range range) { area->formatsChanged(range); },
-          })
-{
-    TextStore* store = area->textStore();
-    _snapshot = std::make_unique<SnapshotTextSource>(store ? store->text() : TextSnapshot());
-    layers->reset(_snapshot->size());
-    if (!store) {
-        return;
-    }
-    // The area follows the change first (it is connected since its store was set), so the
-    // visible range asked for below is already the new text's.
-    connect(store, &TextStore::contentsChange, this,
-            [this, store, layers](const TextChange& change) {
-                _snapshot->setSnapshot(store->text());
-                layers->contentsChange(change.position, change.charsRemoved, change.charsAdded);
-                textDidChange(change.position, change.charsRemoved, change.charsAdded);
-                textDidChanged();
-            });
-    connect(area, &TextArea::visibleRangeChanged, this,
             &SyntaxColoringController::visibleRangeMoved);
 }
 
@@ -98,9 +45,9 @@ bool SyntaxColoringController::hasDefinition() const
     return !_engine->syntaxDictionary().isEmpty();
 }
 
-TextMirror* SyntaxColoringController::mirrorOf(TextView* textView)
+TextMirror* SyntaxColoringController::text()
 {
-    TextStore* document = textView->textStore();
+    TextStore* document = _textView->textStore();
     if (_mirror && _document == document) {
         return _mirror;
     }
@@ -115,6 +62,19 @@ TextMirror* SyntaxColoringController::mirrorOf(TextView* textView)
                 &SyntaxColoringController::textDidChange);
     }
     return _mirror;
+}
+
+TextColorLayers* SyntaxColoringController::layers() const
+{
+    LayoutManager* layout = _textView->layoutManager();
+    return layout ? &layout->colorLayers() : nullptr;
+}
+
+void SyntaxColoringController::colorsChanged(Range range)
+{
+    if (LayoutManager* layout = _textView->layoutManager()) {
+        layout->colorsChanged(range);
+    }
 }
 
 void SyntaxColoringController::visibleRangeMoved()
@@ -134,14 +94,15 @@ void SyntaxColoringController::setSyntaxDictionary(const QVariantMap& syntaxDict
         if (_allColoringNext >= 0) {
             finishAllColoring();
         }
-        if (TextColorLayers* layers = _view.layers()) {
-            ColorStore& colors = layers->syntaxColors();
+        if (TextColorLayers* colorLayers = layers()) {
+            ColorStore& colors = colorLayers->syntaxColors();
             colors.reset(colors.textLength());
-            _view.colorsChanged({0, colors.textLength()});
+            colorsChanged({0, colors.textLength()});
         }
         return;
     }
-    _view.text();
+    // Follows the document's changes from now on.
+    text();
     _colorsBehindText = true;
 }
 
@@ -172,13 +133,13 @@ void SyntaxColoringController::textDidChanged()
 
 void SyntaxColoringController::colorRange(Range range)
 {
-    TextSource* text = _view.text();
-    TextColorLayers* layers = _view.layers();
-    if (!text || !layers || range.length <= 0) {
+    TextSource* source = text();
+    TextColorLayers* colorLayers = layers();
+    if (!source || !colorLayers || range.length <= 0) {
         return;
     }
     const std::optional<SyntaxColoring> coloring =
-        _manager.syntaxColoringRange(range, *text, *_engine);
+        _manager.syntaxColoringRange(range, *source, *_engine);
     if (!coloring) {
         return;
     }
@@ -191,16 +152,16 @@ void SyntaxColoringController::colorRange(Range range)
         }
     }
     // Only what the colouring changed is painted again, not the whole range handed over.
-    const Range changed = layers->replaceSyntaxColors(colored, runs);
+    const Range changed = colorLayers->replaceSyntaxColors(colored, runs);
     if (changed.length > 0) {
-        _view.colorsChanged(changed);
+        colorsChanged(changed);
     }
 }
 
 void SyntaxColoringController::syntaxVisibleColoring()
 {
     if (hasDefinition()) {
-        colorRange(_view.visibleRange());
+        colorRange(_textView->visibleCharacterRange());
     }
 }
 
@@ -220,13 +181,13 @@ void SyntaxColoringController::syntaxAllColoring()
 void SyntaxColoringController::performSyntaxAllColoring()
 {
     _allColoringScheduled = false;
-    if (!hasDefinition() || !_view.text()) {
+    if (!hasDefinition() || !text()) {
         return;
     }
     const bool running = _allColoringNext >= 0;
     // What the user sees first; the slices then cover the whole text, these lines again.
     syntaxVisibleColoring();
-    if (_view.text()->size() > TextSource::eagerWorkLimit) {
+    if (text()->size() > TextSource::eagerWorkLimit) {
         // A large text is coloured where it is shown: the lines on screen now, the others as
         // they are scrolled into view. Each stretch is coloured exactly as the whole text
         // would colour it (the block turns before it are known without colouring them), so
@@ -247,17 +208,17 @@ void SyntaxColoringController::performSyntaxAllColoring()
 
 void SyntaxColoringController::continueAllColoring()
 {
-    TextSource* text = _view.text();
-    if (_allColoringNext < 0 || !text) {
+    TextSource* source = text();
+    if (_allColoringNext < 0 || !source) {
         return;
     }
     QElapsedTimer turn;
     turn.start();
-    while (_allColoringNext < text->size()) {
+    while (_allColoringNext < source->size()) {
         const qsizetype start = _allColoringNext;
-        _allColoringNext = text->lineEnd(std::min(text->size(), start + SliceLength));
+        _allColoringNext = source->lineEnd(std::min(source->size(), start + SliceLength));
         colorRange({start, _allColoringNext - start});
-        if (_allColoringNext < text->size() && turn.elapsed() >= TurnMilliseconds) {
+        if (_allColoringNext < source->size() && turn.elapsed() >= TurnMilliseconds) {
             if (!_continuationScheduled) {
                 _continuationScheduled = true;
                 QTimer::singleShot(0, this, [this] {
@@ -279,7 +240,7 @@ void SyntaxColoringController::finishAllColoring()
 
 void SyntaxColoringController::showIndicator(bool shown)
 {
-    QProgressBar* indicator = shown ? _view.indicator() : _shownIndicator.data();
+    QProgressBar* indicator = shown ? _textView->indicator() : _shownIndicator.data();
     if (!indicator || (!shown && !_shownIndicator) || (shown && _shownIndicator)) {
         return;
     }

@@ -787,7 +787,6 @@ void TextArea::setProposedText(qsizetype position, const QString& text)
 void TextArea::contextMenuEvent(QContextMenuEvent* event)
 {
     if (QMenu* menu = createContextMenu(event->pos())) {
-        Q_EMIT contextMenuCreated(menu, event->pos());
         menu->exec(event->globalPos());
         delete menu;
     }

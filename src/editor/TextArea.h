@@ -168,9 +168,6 @@ Q_SIGNALS:
     void selectionChanged();
     /// The rows on screen changed (scrolling, resizing, wrapping).
     void visibleRangeChanged();
-    /// A right-click at `position` (viewport coordinates) made `menu`, about to be shown:
-    /// others may add their items.
-    void contextMenuCreated(QMenu* menu, const QPoint& position);
 
 protected:
     /// The menu for a right-click at `position`; the caller shows and deletes it.

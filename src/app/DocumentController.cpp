@@ -164,8 +164,6 @@ Document* DocumentController::duplicateDocument(Document* document)
     if (!document) {
         return nullptr;
     }
-    // The whole text, also of a large file still going in.
-    document->finishLoading();
     Document* duplicate = document->duplicateAndReturnError().release();
     duplicate->setParent(this);
     // Its window comes back as the original's stands, as a restored window would.

@@ -99,12 +99,6 @@ std::optional<ScriptingDocument::Refusal> ScriptingDocument::refusalToChange(Tex
         return Refusal{Refusal::NotEditable, tr("The document has no window to change.")};
     }
     const QString name = _document->displayName();
-    if (_document->isLoading()) {
-        // Whatever went in now would be taken for part of the file when the load ends.
-        return Refusal{
-            Refusal::NotEditable,
-            tr("“%1” is still loading; it can be changed once the whole file is in.").arg(name)};
-    }
     if (text && view->isReadOnly()) {
         return Refusal{Refusal::NotEditable, tr("“%1” is read-only.").arg(name)};
     }

@@ -59,7 +59,7 @@ public:
     /// and every character as the file has it.
     QString string() const;
     /// The characters that stand in the text storage for those it cannot hold (U+2029 and
-    /// QTextDocument's own marks; CR where line breaks are kept).
+    /// Qt's text frame marks; CR where line breaks are kept).
     const CharacterStandIns& characterStandIns() const { return _reading.standIns; }
 
     // The text as the text storage holds it: LF line breaks, stand-ins in place, and only
@@ -224,11 +224,6 @@ public:
     /// changes do not restart the clock, so continuous typing never puts the copy off.
     void scheduleAutosave();
 
-    /// True while a file's text is still coming in (see loadingChanged()).
-    bool isLoading() const { return false; }
-    /// Puts whatever is still coming in into the text at once.
-    void finishLoading() {}
-
 Q_SIGNALS:
     /// Each change of the text as it happens: at `position`, `removed` units gave way to
     /// `added` units.
@@ -241,8 +236,6 @@ Q_SIGNALS:
     void canRedoChanged(bool canRedo);
     /// The encoding, line-break style or file changed: status lines and titles refresh.
     void documentInformationChanged();
-    /// A large file started or finished going into the text; panes stay read-only meanwhile.
-    void loadingChanged(bool loading);
     /// The text has unsaved changes that no recovery copy holds yet, and the autosave delay
     /// has passed: the recovery store writes a copy. Autosave never writes the file itself.
     void recoveryCopyDue();

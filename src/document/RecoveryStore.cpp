@@ -267,7 +267,6 @@ std::vector<Orphan> takeOrphans(const QString& root, const QString& own)
 struct RecoveryStore::PendingCopy {
     QPointer<Document> document;
     /// The end of a file still going in is not in the text yet: the copy is taken once it is.
-    bool waitingForLoad = false;
     /// While a worker writes the copy.
     QFutureWatcher<int>* write = nullptr;
     QString path;
@@ -410,13 +409,6 @@ void RecoveryStore::watch(Document* document)
     }
     _watched.insert(document);
     connect(document, &Document::recoveryCopyDue, this, [this, document] { startCopy(document); });
-    connect(document, &Document::loadingChanged, this, [this, document](bool loading) {
-        PendingCopy* pending = _pending.value(document);
-        if (!loading && pending && pending->waitingForLoad) {
-            pending->waitingForLoad = false;
-            writeSnapshot(pending);
-        }
-    });
     connect(document, &Document::documentEditedChanged, this, [this, document](bool modified) {
         if (!modified) {
             removeCopy(document);
@@ -476,10 +468,6 @@ void RecoveryStore::startCopy(Document* document)
     auto* pending = new PendingCopy;
     pending->document = document;
     _pending.insert(document, pending);
-    if (document->isLoading()) {
-        pending->waitingForLoad = true;
-        return;
-    }
     writeSnapshot(pending);
 }
 
@@ -554,11 +542,7 @@ bool RecoveryStore::writeCopy(Document* document)
         return false;
     }
     std::vector<QByteArray> parts{describe(document) + '\n'};
-    if (document->isLoading()) {
-        parts.push_back(document->string().toUtf8());
-    } else {
-        appendUtf8(parts, document->textStore()->text(), document->characterStandIns());
-    }
+    appendUtf8(parts, document->textStore()->text(), document->characterStandIns());
     const int number = numberOf(document);
     if (const int error = writeAtomically(copyPath(number), parts)) {
         fail(tr("A recovery copy of “%1” could not be written in “%2”: %3. Save the document to "
@@ -653,7 +637,6 @@ Document* RecoveryStore::reopen(DocumentOpener& controller, const Entry& entry,
         }
     }
     // One undoable replacement: Undo shows what the file holds on disk.
-    document->finishLoading();
     document->setTextStorage(entry.text);
     document->setDocumentEdited(true);
     return document;

@@ -50,8 +50,8 @@ public:
 
 private:
     // `key` is the start for runs before the gap, the distance from the text's end after it.
-    // 32 bits are enough, as for QTextDocument's own positions, and keep a fully coloured
-    // 20 MB text at 12 bytes a run.
+    // 32 bits hold positions up to 2^31 units (a 4 GB text) and keep a fully coloured 20 MB
+    // text at 12 bytes a run.
     struct Entry {
         Entry(qsizetype key, qsizetype length, QRgb color)
             : key(qint32(key))

@@ -13,7 +13,7 @@
 /// colours, background highlights (search and go-to) and misspelt words. The stores follow
 /// edits given as (position, removed, added), so each run keeps covering its characters.
 ///
-/// It knows neither widgets nor QTextDocument: a view asks it for the formats of the lines it
+/// It knows neither widgets nor the text: a view asks it for the formats of the lines it
 /// shows, which costs a look at the runs of those lines only.
 class TextColorLayers : public TextFormatProvider
 {

@@ -5,10 +5,10 @@
 
 namespace {
 
-// The characters QTextDocument turns into block ends, LF aside.
+// The characters Qt's text classes turn into line ends, LF aside.
 constexpr std::array<char16_t, 3> kBlockEnds{0x2029, 0xFDD0, 0xFDD1};
 
-// Whether `c` may stand in for another character: not one of those QTextDocument or its
+// Whether `c` may stand in for another character: not one of those Qt's text classes or their
 // layout treats specially (block and line ends, the object mark, surrogates), and not a
 // control character, which a reader would take for part of the file.
 bool mayStandIn(char16_t c)

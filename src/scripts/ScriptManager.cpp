@@ -395,10 +395,6 @@ void ScriptManager::insertOutput(const QString& text)
         stopProcess();
         return;
     }
-    if (_outputDocument->isLoading()) {
-        // Output put in while the file still goes in would be taken for part of the file.
-        _outputDocument->finishLoading();
-    }
     _target->insertTextAtSelection(_outputDocument, text);
 }
 

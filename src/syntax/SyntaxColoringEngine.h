@@ -22,11 +22,11 @@
 /// asking for colours again; a text whose length does not fit the edits it was told about
 /// is rescanned in full.
 ///
-/// A text view wires it up like this: QTextDocument::contentsChange(position, removed,
+/// A text view wires it up like this: each change of the text store (position, removed,
 /// added) goes to textDidChange (reports that cover more than what changed only cost a
-/// longer rescan); after each change the visible range of toPlainText() is coloured with
+/// longer rescan); after each change the visible range of the text is coloured with
 /// coloringRange and handed to the pane's colour store, which clears range() and paints
-/// runsInRange() of the blocks it lays out. Loading a definition colours the whole text
+/// runsInRange() of the lines it lays out. Loading a definition colours the whole text
 /// once. An engine is not shared between threads; the whole-text colouring may run on a
 /// worker over a copy of the text as long as nothing else uses the engine meanwhile.
 class SyntaxColoringEngine

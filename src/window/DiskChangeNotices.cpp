@@ -86,11 +86,6 @@ DiskChangeNotices::DiskChangeNotices(WindowController* controller)
     // announces itself before it records the state of the file it read.
     connect(_document, &Document::contentsRead, this, &DiskChangeNotices::check,
             Qt::QueuedConnection);
-    connect(_document, &Document::loadingChanged, this, [this](bool loading) {
-        if (!loading) {
-            check();
-        }
-    });
     connect(_document, &Document::contentsChange, this,
             [this](qsizetype, qsizetype removed, qsizetype added) {
                 if (removed > 0 || added > 0) {
@@ -110,7 +105,7 @@ DiskComparisonDialog* DiskChangeNotices::comparison() const
 void DiskChangeNotices::check()
 {
     const QString path = _document->fileURL();
-    if (path.isEmpty() || _document->isLoading()) {
+    if (path.isEmpty()) {
         return;
     }
     const std::optional<FileStamp> now = FileStamp::ofFile(path);

@@ -70,17 +70,10 @@ WindowController::WindowController(Document* document)
     });
     connect(document, &Document::readOnlyChanged, this, [this] {
         for (TextView* view : textViews()) {
-            view->setReadOnly(_document->isLoading() || _document->isReadOnly());
+            view->setReadOnly(_document->isReadOnly());
         }
     });
     connect(document, &Document::documentEditedChanged, this, &WindowController::updateTitle);
-    // While the end of a large file is still going in, the panes show it but take no typing.
-    connect(document, &Document::loadingChanged, this, [this](bool loading) {
-        for (TextView* view : textViews()) {
-            view->setReadOnly(loading || _document->isReadOnly());
-        }
-        _window->indicator()->setVisible(loading);
-    });
     connect(document, &Document::contentsChanged, this, &WindowController::textDidChange);
     connect(_window, &DocumentWindow::becameActive, this, [this] {
         if (!textView() || textView()->selectedRange().length == 0) {
@@ -180,10 +173,7 @@ void WindowController::applyStateToPane(TextView* view)
     SpellCheckingController::of(view)->setContinuousSpellCheckingEnabled(allowSpellChecking(),
                                                                          _spellCheckLanguage);
     view->layoutManager()->setCharacterStandIns(_document->characterStandIns());
-    view->setReadOnly(_document->isLoading() || _document->isReadOnly());
-    if (_document->isLoading()) {
-        _window->indicator()->show();
-    }
+    view->setReadOnly(_document->isReadOnly());
 }
 
 void WindowController::windowDidLoad()

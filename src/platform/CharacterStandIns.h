@@ -12,10 +12,10 @@
 ///
 /// Qt's text layout and text documents end a line at CR and U+2029, and its documents also at
 /// their two frame marks U+FDD0 and U+FDD1 (and give every line end back as U+2029): a literal
-/// one of these in a file would be shown, or come back, as a line break. Each such character of a text is replaced, while the text is edited, by a
-/// character the text does not hold anywhere else (a noncharacter, which no keyboard types,
-/// whenever one is free), and put back when the text is taken out, so the two mappings are
-/// exact inverses for that text.
+/// one of these in a file would be shown, or come back, as a line break. Each such character of a
+/// text is replaced, while the text is edited, by a character the text does not hold anywhere else
+/// (a noncharacter, which no keyboard types, whenever one is free), and put back when the text is
+/// taken out, so the two mappings are exact inverses for that text.
 class CharacterStandIns
 {
 public:

@@ -169,22 +169,19 @@ int Document::revision() const
 void Document::replaceRanges(const std::vector<Range>& ranges, const QString& string,
                              const QString& stepName)
 {
-    _textStore->beginEditBlock(stepName);
+    std::vector<Range> replaced;
     const qsizetype end = length();
-    qsizetype shifted = 0; // how much the replacements so far changed the text's length
-    qsizetype replacedUpTo = 0;
     for (const Range& range : ranges) {
-        if (range.location < replacedUpTo) {
+        if (!replaced.empty() && range.location < replaced.back().max()) {
             continue;
         }
         if (range.max() > end) {
             break;
         }
-        replacedUpTo = range.max();
-        _textStore->replace(range.location + shifted, range.length, string);
-        shifted += string.size() - range.length;
+        replaced.push_back(range);
     }
-    _textStore->endEditBlock();
+    // One pass over the text, one change told, one undo step.
+    _textStore->replaceRanges(replaced, string, stepName);
 }
 
 void Document::setDocumentEncoding(quint64 encoding)

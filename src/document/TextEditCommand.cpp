@@ -34,6 +34,12 @@ void TextEditCommand::addAction(std::function<void()> undo, std::function<void()
     _actions.push_back({std::move(undo), std::move(redo)});
 }
 
+void TextEditCommand::appendVersions(TextSnapshot before, TextSnapshot after, qsizetype position,
+                                     qsizetype removed, qsizetype added)
+{
+    _versions.push_back({std::move(before), std::move(after), position, removed, added});
+}
+
 void TextEditCommand::undo()
 {
     for (auto action = _actions.rbegin(); action != _actions.rend(); ++action) {
@@ -41,6 +47,9 @@ void TextEditCommand::undo()
     }
     for (auto edit = _edits.rbegin(); edit != _edits.rend(); ++edit) {
         _store.apply(edit->position, edit->added.size(), edit->removed);
+    }
+    for (auto version = _versions.rbegin(); version != _versions.rend(); ++version) {
+        _store.applyVersion(version->before, version->position, version->added, version->removed);
     }
     _done = false;
 }
@@ -52,6 +61,9 @@ void TextEditCommand::redo()
     }
     for (const Edit& edit : _edits) {
         _store.apply(edit.position, edit.removed.size(), edit.added);
+    }
+    for (const Versions& version : _versions) {
+        _store.applyVersion(version.after, version.position, version.removed, version.added);
     }
     for (const Action& action : _actions) {
         action.redo();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "document/TextSnapshot.h"
+
 #include <QString>
 #include <QUndoCommand>
 
@@ -26,9 +28,14 @@ public:
 
     /// Records an edit the store has already made.
     void append(Edit edit);
+    /// Records a change the store made by putting `after` in place of `before`, which differ
+    /// in [position, position + removed) becoming [position, position + added): undo and redo
+    /// put the versions back without copying their text.
+    void appendVersions(TextSnapshot before, TextSnapshot after, qsizetype position,
+                        qsizetype removed, qsizetype added);
     /// Adds what else the step takes back and makes again (see TextStore::addToStep).
     void addAction(std::function<void()> undo, std::function<void()> redo);
-    bool isEmpty() const { return _edits.empty() && _actions.empty(); }
+    bool isEmpty() const { return _edits.empty() && _actions.empty() && _versions.empty(); }
     void setName(const QString& name) { setText(name); }
 
     void undo() override;
@@ -43,6 +50,14 @@ public:
 private:
     TextStore& _store;
     std::vector<Edit> _edits;
+    struct Versions {
+        TextSnapshot before;
+        TextSnapshot after;
+        qsizetype position = 0;
+        qsizetype removed = 0;
+        qsizetype added = 0;
+    };
+    std::vector<Versions> _versions;
     struct Action {
         std::function<void()> undo;
         std::function<void()> redo;

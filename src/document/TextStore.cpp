@@ -1,10 +1,14 @@
 #include "document/TextStore.h"
 
+#include "document/TextBuilder.h"
+#include "document/TextChunkIterator.h"
 #include "document/TextEditCommand.h"
 
 #include <QUndoStack>
 
+#include <algorithm>
 #include <chrono>
+#include <numeric>
 #include <utility>
 
 namespace {
@@ -68,6 +72,47 @@ bool TextStore::insert(qsizetype position, const QString& text, const QString& s
 bool TextStore::remove(qsizetype position, qsizetype length, const QString& stepName, EditKind kind)
 {
     return replace(position, length, QString(), stepName, kind);
+}
+
+void TextStore::replaceRanges(const std::vector<Range>& ranges, const QString& text,
+                              const QString& stepName)
+{
+    if (ranges.empty()) {
+        return;
+    }
+    const TextSnapshot before = _text;
+    TextBuilder builder;
+    const auto copy = [&](qsizetype from, qsizetype to) {
+        for (TextChunkIterator chunks(before, from); !chunks.atEnd() && chunks.start() < to;
+             chunks.next()) {
+            builder.append(chunks.chunk().first(std::min(chunks.end(), to) - chunks.start()));
+        }
+    };
+    copy(0, ranges.front().location);
+    for (size_t i = 0; i < ranges.size(); ++i) {
+        builder.append(QStringView(text));
+        copy(ranges[i].max(), i + 1 < ranges.size() ? ranges[i + 1].location : before.length());
+    }
+    const TextSnapshot after(builder.finish());
+    const qsizetype position = ranges.front().location;
+    const qsizetype removed = ranges.back().max() - position;
+    const qsizetype added = removed + qsizetype(ranges.size()) * text.size() -
+                            std::accumulate(ranges.begin(), ranges.end(), qsizetype(0),
+                                            [](qsizetype sum, Range r) { return sum + r.length; });
+    applyVersion(after, position, removed, added);
+    auto* command =
+        _block ? _block.get() : new TextEditCommand(*this, stepName, false, true, _clock());
+    command->appendVersions(before, _text, position, removed, added);
+    if (_block) {
+        if (_blockName.isEmpty()) {
+            _blockName = stepName;
+        }
+        _changedInBlock = true;
+        return;
+    }
+    _startNewStep = true;
+    _undoStack->push(command);
+    Q_EMIT contentsChanged();
 }
 
 void TextStore::beginEditBlock(const QString& stepName)
@@ -172,6 +217,21 @@ void TextStore::setClean()
         return;
     }
     _undoStack->setClean();
+}
+
+void TextStore::applyVersion(const TextSnapshot& text, qsizetype position, qsizetype removed,
+                             qsizetype added)
+{
+    TextChange change;
+    change.position = position;
+    change.charsRemoved = removed;
+    change.charsAdded = added;
+    change.firstLine = _text.lineAt(position);
+    change.linesRemoved = _text.lineAt(position + removed) - change.firstLine;
+    change.linesAdded = text.lineAt(position + added) - change.firstLine;
+    change.revision = ++_revision;
+    _text = TextSnapshot(text.root(), _revision);
+    Q_EMIT contentsChange(change);
 }
 
 void TextStore::apply(qsizetype position, qsizetype removedLength, const QString& added)

@@ -8,6 +8,7 @@
 
 #include <functional>
 #include <memory>
+#include <vector>
 
 class QUndoStack;
 class TextEditCommand;
@@ -49,6 +50,12 @@ public:
                 EditKind kind = EditKind::Other);
     bool remove(qsizetype position, qsizetype length, const QString& stepName = {},
                 EditKind kind = EditKind::Other);
+
+    /// Replaces each of `ranges` (in text order, not overlapping, within the text) by `text`
+    /// as one change and one undo step (or part of the open block's), named `stepName`: the
+    /// new text is built in one pass, and undo puts the old one back without copying it.
+    void replaceRanges(const std::vector<Range>& ranges, const QString& text,
+                       const QString& stepName = {});
 
     /// The edits until the matching endEditBlock() are one undo step (blocks nest; the outer
     /// one counts). The step takes the first name given to the block or its edits.
@@ -97,6 +104,10 @@ private:
     friend class TextEditCommand;
     /// Makes a change without recording it (edits, and undo and redo replaying them).
     void apply(qsizetype position, qsizetype removedLength, const QString& added);
+    /// Puts `text` in place of the whole text, telling a change of `removed` units at
+    /// `position` into `added` units.
+    void applyVersion(const TextSnapshot& text, qsizetype position, qsizetype removed,
+                      qsizetype added);
     /// Tells contentsChanged() once the outermost edit, block or replay is done.
     void changeDone();
 

@@ -193,6 +193,18 @@ void SyntaxBlockTurns::update(TextSource& text, qsizetype edit, qsizetype remove
         _length = oldLength + delta;
         return;
     }
+    // Past the kept turns the old text held no start string (the last turn is the search
+    // that found none, which looked up to the end): the edit makes one only where its text
+    // meets what lies on either side. Without one, nothing changes but the length; a whole
+    // rescan would read the rest of the text at every key.
+    if (kept + 1 == count && start(kept) == oldLength && !_startString.isEmpty()) {
+        const qsizetype from = std::max(kept > 0 ? end(kept - 1) : 0, edit - (startLength - 1));
+        const qsizetype to = std::min(text.size(), edit + added + (startLength - 1));
+        if (from >= to || text.view(from, to).indexOf(_startString, 0, Qt::CaseInsensitive) < 0) {
+            _length = oldLength + delta;
+            return;
+        }
+    }
 
     // Once a turn ends behind the edit where an old turn ended, the rest is the old rest,
     // shifted: the loop's only state is its position. The old turns from `kept` on are

@@ -193,11 +193,13 @@ void SyntaxBlockTurns::update(TextSource& text, qsizetype edit, qsizetype remove
         _length = oldLength + delta;
         return;
     }
-    // Past the kept turns the old text held no start string (the last turn is the search
-    // that found none, which looked up to the end): the edit makes one only where its text
-    // meets what lies on either side. Without one, nothing changes but the length; a whole
-    // rescan would read the rest of the text at every key.
-    if (kept + 1 == count && start(kept) == oldLength && !_startString.isEmpty()) {
+    // Between the kept turns and the next one's start (or the end, when the search for it
+    // found none) the old text held no start string: an edit that lies wholly before that
+    // start makes one only where its text meets what lies on either side. Without one, the
+    // turns stay as they were and only move; rescanning from the last kept turn would read
+    // all the text between the blocks at every key.
+    if (kept < count && !_startString.isEmpty() &&
+        (start(kept) == oldLength || edit + removed + (startLength - 1) <= start(kept))) {
         const qsizetype from = std::max(kept > 0 ? end(kept - 1) : 0, edit - (startLength - 1));
         const qsizetype to = std::min(text.size(), edit + added + (startLength - 1));
         if (from >= to || text.view(from, to).indexOf(_startString, 0, Qt::CaseInsensitive) < 0) {

@@ -170,7 +170,7 @@ void TextViewCompletion::textTyped(const QString& string)
     } else {
         // Each typed key schedules its own start; one that finds the list open only
         // refreshes it.
-        QTimer::singleShot(kCompletionDelay, this, [this] { complete(); });
+        QTimer::singleShot(kCompletionDelay, this, [this] { start(true); });
     }
 }
 
@@ -197,13 +197,31 @@ bool TextViewCompletion::backspacePressed()
 
 void TextViewCompletion::complete()
 {
+    start(false);
+}
+
+void TextViewCompletion::start(bool automatic)
+{
     const Guard guard(this);
     TextStore* document = _view->textStore();
     if (!isCompleting()) {
         const Range range = rangeForUserCompletion();
         _manager.setCurrentPartialWord(range.isNotFound() ? QString() : _word.textIn(range));
     }
-    if (_view->hasMarkedText()) {
+    if (_view->hasMarkedText() || !document) {
+        return;
+    }
+    const TextSnapshot& text = document->text();
+    _offersNearbyWords = automatic && text.length() > TextSource::eagerWorkLimit;
+    if (_offersNearbyWords) {
+        constexpr qsizetype reach = 256 * 1024;
+        const qsizetype caret = _view->cursorPosition();
+        const qsizetype from = text.lineStart(text.lineAt(std::max<qsizetype>(0, caret - reach)));
+        const qsizetype to = std::min(text.length(), caret + reach);
+        _nearbyWords =
+            CompletionWordIndex(CompletionCandidates::wordKind(_view->syntaxDictionary()));
+        _nearbyWords.build(text.text({from, to - from}));
+        _manager.startCompletion(_view);
         return;
     }
     CompletionDocumentWords* words = CompletionDocumentWords::of(
@@ -244,6 +262,10 @@ QStringList TextViewCompletion::completionsForPartialWordRange(Range range) cons
     TextStore* document = _view->textStore();
     const QString partial = _word.textIn(range);
     const QVariantMap& dictionary = _view->syntaxDictionary();
+    if (_offersNearbyWords) {
+        return CompletionCandidates::completionsFromTextWords(
+            _nearbyWords.wordsForPartialWord(partial), partial, dictionary, _completeWords);
+    }
     CompletionDocumentWords* words =
         CompletionDocumentWords::of(document, CompletionCandidates::wordKind(dictionary));
     // While the text's words are being read, the definition's are offered alone.

@@ -2,6 +2,7 @@
 
 #include "editor/WordCompletion.h"
 #include "platform/Range.h"
+#include "syntax/CompletionWordIndex.h"
 
 #include <QObject>
 #include <QString>
@@ -98,6 +99,8 @@ public:
 private:
     /// Has the document's words for completion read on a worker, on the next turn.
     void prepareCompletionWords();
+    /// Starts completion; `automatic` when a pause in typing started it rather than the user.
+    void start(bool automatic);
     void completionEndedElsewhere();
 
     TextView* _view;
@@ -111,5 +114,9 @@ private:
     int _guard = 0;
     bool _waitingForWords = false;
     bool _preparingCompletionWords = false;
+    /// Automatic completion in a large text offers the words around the insertion point
+    /// (read when it starts) rather than reading the whole text while the user types.
+    CompletionWordIndex _nearbyWords;
+    bool _offersNearbyWords = false;
     QMetaObject::Connection _textChangedElsewhere;
 };

@@ -2,7 +2,6 @@
 
 #include "document/TextMirror.h"
 #include "document/TextStore.h"
-#include "editor/LayoutManager.h"
 #include "editor/TextArea.h"
 #include "editor/TextColorLayers.h"
 #include "editor/TextView.h"
@@ -96,15 +95,12 @@ TextSource* SpellCheckingController::text() const
 
 TextColorLayers* SpellCheckingController::layers() const
 {
-    LayoutManager* layout = _textView->layoutManager();
-    return layout ? &layout->colorLayers() : nullptr;
+    return _textView->colorLayers();
 }
 
 void SpellCheckingController::misspellingsChanged(Range range)
 {
-    if (LayoutManager* layout = _textView->layoutManager()) {
-        layout->colorsChanged(range);
-    }
+    _textView->colorsChanged(range);
 }
 
 qsizetype SpellCheckingController::lineCount() const

@@ -3,7 +3,6 @@
 #include "document/TextMirror.h"
 #include "document/TextStore.h"
 #include "editor/ColorStore.h"
-#include "editor/LayoutManager.h"
 #include "editor/TextArea.h"
 #include "editor/TextColorLayers.h"
 #include "editor/TextView.h"
@@ -66,15 +65,12 @@ TextMirror* SyntaxColoringController::text()
 
 TextColorLayers* SyntaxColoringController::layers() const
 {
-    LayoutManager* layout = _textView->layoutManager();
-    return layout ? &layout->colorLayers() : nullptr;
+    return _textView->colorLayers();
 }
 
 void SyntaxColoringController::colorsChanged(Range range)
 {
-    if (LayoutManager* layout = _textView->layoutManager()) {
-        layout->colorsChanged(range);
-    }
+    _textView->colorsChanged(range);
 }
 
 void SyntaxColoringController::visibleRangeMoved()

@@ -458,6 +458,18 @@ LayoutManager* TextView::layoutManager() const
     return d->layoutManager;
 }
 
+TextColorLayers* TextView::colorLayers() const
+{
+    return d->layoutManager ? &d->layoutManager->colorLayers() : nullptr;
+}
+
+void TextView::colorsChanged(Range range)
+{
+    if (d->layoutManager) {
+        d->layoutManager->colorsChanged(range);
+    }
+}
+
 GutterView* TextView::verticalRulerView() const
 {
     return d->verticalRulerView;

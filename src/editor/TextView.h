@@ -23,6 +23,7 @@
 class GutterView;
 class LayoutManager;
 class SyntaxColoringController;
+class TextColorLayers;
 class TextViewPrivate;
 class QContextMenuEvent;
 class QMenu;
@@ -60,6 +61,11 @@ public:
     /// this view's LayoutManager for it.
     void setTextStorage(TextStore* textStorage);
     LayoutManager* layoutManager() const;
+    /// The colours this pane lays over the text; none before it shows a text.
+    TextColorLayers* colorLayers() const;
+    /// The colours of `range` in colorLayers() changed behind the layout manager's back: every
+    /// pane on the text repaints the lines of it it shows.
+    void colorsChanged(Range range);
 
     /// The vertical ruler (the gutter); the view takes ownership.
     void setVerticalRulerView(GutterView* ruler);

@@ -1,9 +1,5 @@
 #include "EditorTestSupport.h"
-#include "document/TextBuilder.h"
-#include "document/TextStore.h"
 #include "editor/FindIndicator.h"
-#include "editor/TextArea.h"
-#include "platform/StringTextSource.h"
 #include "platform/SystemBeep.h"
 
 #include <QSignalSpy>
@@ -103,27 +99,6 @@ TEST(Typing, EachRuleIsOneUndoStepNamedAsTheViewsCommand)
     typing.document.undo();
     EXPECT_EQ(typing.text(), QStringLiteral("a\n\tb\nc"));
     EXPECT_FALSE(typing.document.canUndo());
-}
-
-TEST(Typing, ATextAreaAppliesTheSameEditsThroughItsStore)
-{
-    TextStore store;
-    TextBuilder builder;
-    builder.append(u"  if (x) {");
-    store.setLoadedText(builder.finish());
-    TextArea area;
-    area.setTextStore(&store);
-    area.setCursorPosition(store.text().length());
-
-    const QString before = store.text().string();
-    StringTextSource text(before);
-    const TypingRules rules(TypingRules::Settings{
-        .autoIndent = true, .autoIndentBraces = true, .autoIndentClosingBraces = true});
-    area.applyEdit(rules.insertNewline(text, area.selectedRange()));
-    EXPECT_EQ(store.text().string(), QStringLiteral("  if (x) {\n  \t\n  }"));
-    EXPECT_EQ(area.selectedRange(), Range(14, 0));
-    store.undo();
-    EXPECT_EQ(store.text().string(), before);
 }
 
 TEST(Typing, ClosingBracketsFlashTheirOpeningOrBeep)

@@ -1,29 +1,8 @@
 #include "EditorTestSupport.h"
 
-#include <QScrollBar>
-
 using namespace EditorTest;
 
 namespace {
-
-TEST(LayoutManager, MarksArePaintedOnlyWhenShownAndInTheirColour)
-{
-    Pane pane(QStringLiteral("\t\t\tx\n   y"));
-    TextView* view = pane.view();
-    LayoutManager* layout = pane.layoutManager();
-    const QColor markColor = layout->attributes().foreground().color();
-
-    const QImage plain = viewportImage(view);
-    EXPECT_EQ(countPixels(plain, plain.rect(), markColor), 0);
-
-    view->setInvisibleCharacters(true);
-    const QImage marked = viewportImage(view);
-    EXPECT_TRUE(layout->showInvisibleCharacters());
-    EXPECT_GT(countPixels(marked, marked.rect(), markColor), 10);
-
-    view->setInvisibleCharacters(false);
-    EXPECT_EQ(viewportImage(view), plain);
-}
 
 TEST(LayoutManager, ColoursNeverTouchTheDocument)
 {
@@ -52,15 +31,6 @@ TEST(LayoutManager, ColoursNeverTouchTheDocument)
     EXPECT_EQ(countPixels(image, after, keyword, 50), 0);
     EXPECT_GT(countPixels(image, image.rect(), found, 10), 20);
 
-    // Typing inside a coloured word widens its colour.
-    view->setSelection(2, 2);
-    QTest::keyClicks(view, QStringLiteral("x"));
-    EXPECT_EQ(document.textInRange(document.rangeOfLine(0)), QStringLiteral("inxt main(void)"));
-    EXPECT_EQ(layout->temporaryAttributes({0, 50}),
-              (std::vector<ColorStore::Run>{{0, 4, keyword.rgba()}, {22, 6, keyword.rgba()}}));
-    document.undo();
-    view->setSelection(0, 0);
-
     // Typing moves the colours with the text; undo holds the typing only.
     QTest::keyClicks(view, QStringLiteral("//"));
     EXPECT_EQ(layout->temporaryAttributes({0, 50}),
@@ -77,28 +47,6 @@ TEST(LayoutManager, ColoursNeverTouchTheDocument)
     const QImage cleared = viewportImage(view);
     EXPECT_EQ(countPixels(cleared, cleared.rect(), keyword, 50), 0);
     EXPECT_EQ(countPixels(cleared, cleared.rect(), found, 10), 0);
-}
-
-TEST(LayoutManager, ColoursReachLinesScrolledIntoView)
-{
-    QStringList lines;
-    for (int i = 0; i < 3000; ++i) {
-        lines.append(QStringLiteral("keyword %1").arg(i));
-    }
-    Pane pane(lines.join(u'\n'));
-    TextView* view = pane.view();
-    const Range far = pane.document.rangeOfLine(2500);
-    pane.layoutManager()->setTemporaryAttributes(Qt::red, {far.location, 7});
-
-    view->scrollRangeToVisible(far);
-    const QImage image = viewportImage(view);
-    const QRect word =
-        view->rectForPosition(far.location) | view->rectForPosition(far.location + 7);
-    ASSERT_TRUE(image.rect().contains(word.center()));
-    EXPECT_GT(countPixels(image, word, Qt::red, 60), 5);
-    // Only the word: the number after it keeps the text colour.
-    const QRect number = view->rectForPosition(far.location + 8) | view->rectForPosition(far.max());
-    EXPECT_EQ(countPixels(image, number, Qt::red, 60), 0);
 }
 
 } // namespace

@@ -95,30 +95,6 @@ TEST(ColorStore, SettingReplacesAndRemovingSplitsRuns)
     EXPECT_EQ(store.runs(15, 20), (std::vector<ColorStore::Run>{{18, 2, 3}}));
 }
 
-TEST(ColorStore, EditsMoveTrimAndExtendRuns)
-{
-    struct Case {
-        const char* name;
-        qsizetype position, removed, added;
-        std::vector<ColorStore::Run> expected;
-    };
-    // One run covering [4, 8) in a text of 12.
-    const std::vector<Case> cases = {
-        {"insert before", 1, 0, 3, {{7, 4, 7}}},   {"insert at its start", 4, 0, 2, {{6, 4, 7}}},
-        {"insert inside", 6, 0, 2, {{4, 6, 7}}},   {"insert at its end", 8, 0, 2, {{4, 4, 7}}},
-        {"remove its head", 2, 4, 0, {{2, 2, 7}}}, {"remove its tail", 6, 4, 0, {{4, 2, 7}}},
-        {"remove all of it", 3, 6, 0, {}},         {"replace inside", 5, 2, 5, {{4, 7, 7}}},
-        {"remove after", 9, 2, 0, {{4, 4, 7}}},
-    };
-    for (const Case& c : cases) {
-        ColorStore store(12);
-        store.setColor(7, {4, 4});
-        store.contentsChange(c.position, c.removed, c.added);
-        EXPECT_EQ(store.textLength(), 12 - c.removed + c.added) << c.name;
-        EXPECT_EQ(store.runs(0, store.textLength()), c.expected) << c.name;
-    }
-}
-
 TEST(ColorStore, RandomEditsAgreeWithCharacterByCharacterReference)
 {
     std::mt19937 random(20261123);

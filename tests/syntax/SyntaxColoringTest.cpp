@@ -136,27 +136,6 @@ TEST(SyntaxColoring, BlocksRunOverTheWholeText)
     });
 }
 
-TEST(SyntaxColoring, ABlockCommentOpenedAboveTheRangeIsColouredAfterAnEdit)
-{
-    const QVariantMap definition{{"CharacterSet", Letters},
-                                 {"Keywords", words({"int"})},
-                                 {"Comments", QVariantList{block("/*", "*/")}}};
-    QString text = QStringLiteral("int a;\n/* one\ntwo int\nthree */ int b;\n");
-    SyntaxColoringEngine engine(definition);
-    engine.coloringRange(text, Range(0, text.size()));
-
-    // Type in the last two lines, which are all that is visible.
-    const qsizetype visible = text.indexOf(QStringLiteral("two"));
-    text.insert(visible, QStringLiteral("x"));
-    engine.textDidChange(visible, 0, 1);
-    const Range range(visible, text.size() - visible);
-    const SyntaxColoring coloring = engine.coloringRange(text, range);
-    EXPECT_EQ(picture(coloring.runsInRange(range), text.size()).substr(size_t(visible)),
-              "CCCCCCCCCCCCCCCCC.KKK....");
-    EXPECT_EQ(coloring.runs(),
-              ReferenceColoring::runs(ReferenceColoring::color(definition, text, range)));
-}
-
 TEST(SyntaxColoring, AFailingEntryEndsItsOwnPassQuietly)
 {
     const QVariantMap numbers{{"Numbers", QVariantList{pattern("[0-9]+")}}};

@@ -1,6 +1,6 @@
-// When and what a pane colours: both panes of a window, lines scrolled into view after
-// an edit, large insertions, the progress indicator of the whole-text colouring, and what a
-// pane shows against a colouring of the whole text.
+// When and what a pane colours: both panes of a window, large insertions, the progress
+// indicator of the whole-text colouring, and what a pane shows against a colouring of the
+// whole text after edits and scrolls.
 #include "editor/SyntaxColoringController.h"
 
 #include "EditorTestSupport.h"
@@ -89,27 +89,6 @@ TEST(SyntaxColoringController, BothPanesOfADocumentAreColoured)
     views[1]->removeSyntaxDictionary();
     EXPECT_TRUE(views[1]->layoutManager()->temporaryAttributes({0, 1000}).empty());
     EXPECT_EQ(colorAt(views[0], 0), keywords());
-}
-
-TEST(SyntaxColoringController, AnEditBelowTheShownLinesIsColouredWhenItComesIntoView)
-{
-    EditorTest::Pane pane(lines("x = 1;\n", 200));
-    Document& document = pane.document;
-    TextView* view = pane.view();
-    view->setSyntaxDictionay(kCDefinition);
-    ASSERT_TRUE(waitUntilColored(view));
-    const Range shown = view->visibleCharacterRange();
-    ASSERT_LT(shown.max(), document.length() / 2);
-
-    // A small insertion far below the shown lines is coloured when it comes into view.
-    document.replaceRanges({Range(document.length(), 0)}, QStringLiteral("int small;\n"),
-                           QString());
-    view->textDidChanged();
-    const qsizetype small = document.length() - 11;
-    EXPECT_EQ(colorAt(view, small), 0u);
-    view->verticalScrollBar()->setValue(view->verticalScrollBar()->maximum());
-    QCoreApplication::processEvents();
-    EXPECT_EQ(colorAt(view, small), keywords());
 }
 
 TEST(SyntaxColoringController, PastingMoreThan900CharactersColoursTheWholeTextWherever)

@@ -2,7 +2,6 @@
 
 #include <QFontDatabase>
 #include <QFontMetricsF>
-#include <QScrollBar>
 
 using namespace EditorTest;
 
@@ -46,39 +45,6 @@ TEST(TextView, TheGutterMovesTheTextRightByItsWidth)
     const int bare = textLeft();
     view->setRulersVisible(true);
     EXPECT_EQ(textLeft() - bare, 50);
-}
-
-TEST(TextView, WrappingOffAndOnKeepsTheTextAndDropsHighlights)
-{
-    const QString text = QStringLiteral("alpha beta gamma ").repeated(40) + QStringLiteral("\nend");
-    Pane pane(text, shippedSettings(), QSize(300, 300));
-    TextView* view = pane.view();
-    LayoutManager* layout = pane.layoutManager();
-    // How many rows below the first the end of the first line stands.
-    const auto rowsOfFirstLine = [&] {
-        QCoreApplication::processEvents();
-        const QRect first = view->rectForPosition(0);
-        const QRect last = view->rectForPosition(pane.document.rangeOfLine(0).max());
-        return (last.top() - first.top()) / first.height();
-    };
-
-    view->setWrapLines(true);
-    EXPECT_TRUE(view->wrapLines());
-    EXPECT_GT(rowsOfFirstLine(), 3);
-    EXPECT_EQ(view->horizontalScrollBar()->maximum(), 0);
-
-    layout->setBackgroundHighlights({{0, 5}}, Qt::yellow);
-    view->setWrapLines(false);
-    EXPECT_FALSE(view->wrapLines());
-    EXPECT_EQ(rowsOfFirstLine(), 0);
-    EXPECT_GT(view->horizontalScrollBar()->maximum(), 0);
-    EXPECT_FALSE(layout->hasBackgroundHighlights());
-
-    view->setWrapLines(true);
-    EXPECT_GT(rowsOfFirstLine(), 3);
-    EXPECT_EQ(pane.text(), text);
-    EXPECT_FALSE(pane.document.isDocumentEdited());
-    EXPECT_FALSE(pane.document.canUndo());
 }
 
 TEST(TextView, InsertionPointIsDrawnInItsOwnColour)

@@ -1,7 +1,6 @@
 #include "TestWindow.h"
 #include "editor/LayoutManager.h"
 #include "editor/SpellCheckingController.h"
-#include "editor/TextColorLayers.h"
 #include "platform/UserDefaults.h"
 
 #include <QScrollBar>
@@ -30,64 +29,18 @@ struct CheckedWindow : SpellingSettings, TestWindow {
     {
         return view()->layoutManager()->misspelledWords({0, document->length()});
     }
-    /// The foreground formats of `line` the pane lays over it.
-    QList<QTextLayout::FormatRange> formatsOfLine(qsizetype line) const
-    {
-        const Range range = document->rangeOfLine(line);
-        return view()
-            ->layoutManager()
-            ->colorLayers()
-            .lineFormats(range.location, range.length)
-            .foreground;
-    }
 };
-
-bool isUnderlined(const QList<QTextLayout::FormatRange>& formats, int start, int length)
-{
-    return std::any_of(formats.begin(), formats.end(), [&](const QTextLayout::FormatRange& r) {
-        return r.start == start && r.length == length &&
-               r.format.underlineStyle() == QTextCharFormat::WaveUnderline;
-    });
-}
 
 } // namespace
 
-TEST(SpellChecking, MisspeltWordsAreUnderlinedAndCanBeReplaced)
+// How a pane underlines, and replaces with a guess, is the editor's; here, that the settings
+// turn it on in a window and the window's toggle turns it off.
+TEST(SpellChecking, TheSettingsTurnItOnAndTheWindowsToggleTurnsItOff)
 {
     CheckedWindow window(QStringLiteral("This sentance is wrong.\nEverything here is correct."));
     ASSERT_TRUE(window.controller->allowSpellChecking());
     TextView* view = window.view();
     QTRY_COMPARE_WITH_TIMEOUT(window.marks(), QList<Range>({{5, 8}}), 2000);
-    const auto formats = window.formatsOfLine(0);
-    EXPECT_TRUE(isUnderlined(formats, 5, 8));
-    EXPECT_FALSE(isUnderlined(formats, 0, 4));
-    const auto second = window.formatsOfLine(1);
-    EXPECT_TRUE(std::none_of(second.begin(), second.end(), [](const auto& range) {
-        return range.format.underlineStyle() != QTextCharFormat::NoUnderline;
-    }));
-
-    // Typing a misspelling into the shown text marks it.
-    view->setSelection(window.document->length(), window.document->length());
-    QTest::keyClicks(view, " Nothnig");
-    QTRY_COMPARE_WITH_TIMEOUT(window.marks().size(), 2, 2000);
-
-    // The context menu offers the dictionary's guesses above its own items.
-    QMenu menu;
-    QAction* copy = menu.addAction(QStringLiteral("Copy"));
-    SpellCheckingController::addSpellingSuggestions(view, &menu, view->rectForPosition(7).center());
-    QAction* guess = nullptr;
-    for (QAction* action : menu.actions()) {
-        if (action->text() == u"sentence") {
-            guess = action;
-        }
-    }
-    ASSERT_NE(guess, nullptr);
-    EXPECT_TRUE(menu.actions().indexOf(guess) < menu.actions().indexOf(copy));
-    guess->trigger();
-    EXPECT_TRUE(window.document->storedText().startsWith("This sentence is"));
-    QTRY_COMPARE_WITH_TIMEOUT(window.marks().size(), 1, 2000);
-    window.document->undo();
-    EXPECT_TRUE(window.document->storedText().startsWith("This sentance is"));
 
     // No guesses for a word spelt right.
     QMenu plain;
@@ -96,7 +49,6 @@ TEST(SpellChecking, MisspeltWordsAreUnderlinedAndCanBeReplaced)
                                                     view->rectForPosition(1).center());
     EXPECT_EQ(plain.actions().size(), 1);
 
-    // The window's toggle turns it off and removes every mark.
     window.controller->toggleSpellChecking(window.controller);
     EXPECT_FALSE(window.controller->allowSpellChecking());
     EXPECT_TRUE(window.marks().isEmpty());

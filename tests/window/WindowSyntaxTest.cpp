@@ -25,13 +25,10 @@
 #include <QAbstractItemView>
 #include <QAction>
 #include <QApplication>
-#include <QDir>
 #include <QFile>
-#include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
 #include <QProgressBar>
-#include <QScrollBar>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -409,34 +406,6 @@ TEST(WindowSyntax, ACompletionNotAcceptedIsNeverSaved)
     EXPECT_TRUE(file.document->isDocumentEdited());
     EXPECT_TRUE(file.document->string().startsWith(text + QStringLiteral("pr")));
     EXPECT_GT(file.document->string().size(), text.size() + 2);
-}
-
-TEST(WindowSyntax, TypingInsideABlockCommentOpenedAboveTheVisibleLines)
-{
-    installDefinitions();
-    QString text = QStringLiteral("/* opened above\n");
-    for (int i = 0; i < 200; ++i) {
-        text += QStringLiteral("int x%1;\n").arg(i);
-    }
-    text += QStringLiteral("*/\nint after;\n");
-    OpenFile file(QStringLiteral("big.c"), text);
-    TextView* view = file.view();
-    view->verticalScrollBar()->setValue(120);
-    QCoreApplication::processEvents();
-    ASSERT_GT(view->visibleCharacterRange().location, text.indexOf("int x100;"));
-
-    // A character typed on a shown line inside the comment takes the comment's colour.
-    const qsizetype line = file.document->rangeOfLine(130).location;
-    view->setSelection(line, line);
-    QTest::keyClick(view, Qt::Key_Z, Qt::NoModifier);
-    EXPECT_EQ(colorAt(view, line), comments());
-    EXPECT_EQ(colorAt(view, line + 2), comments());
-
-    // Closing the comment there gives the next shown line its keyword colour at once.
-    QTest::keyClicks(view, "*/");
-    const qsizetype next = file.document->rangeOfLine(131).location;
-    EXPECT_EQ(colorAt(view, next), keywords());
-    EXPECT_EQ(colorAt(view, line), comments());
 }
 
 TEST(WindowSyntax, ANewFileTakesTheSyntaxOfItsNameAtOnce)

@@ -150,12 +150,6 @@ TEST_F(ScriptRunning, TheSelectionGoesInAndTheOutputReplacesIt)
          "# comment\n#!/usr/bin/perl -w -e\nwhile (<STDIN>) { print uc $_; }",
          "Perl",
          "ABC"},
-        {"Python",
-         "abc",
-         {0, 3},
-         "#!/usr/bin/python3 -c\nimport sys\nsys.stdout.write(sys.stdin.read()[::-1])",
-         "Python",
-         "cba"},
         // Interpreters without a program-text option read the source from a file.
         {"sh from a file", "<abc>", {1, 3}, "#!/bin/sh\ntr a-z A-Z\n", "ShellScript", "<ABC>"},
         {"Python from a file",

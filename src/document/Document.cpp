@@ -5,6 +5,7 @@
 #include "document/TextEncodingAttribute.h"
 #include "document/TextStore.h"
 #include "document/TextTree.h"
+#include "document/Utf8FileReading.h"
 #include "platform/ExtendedAttributes.h"
 #include "platform/FileManager.h"
 #include "platform/Range.h"
@@ -328,14 +329,27 @@ bool Document::loadContents(const QString& path, quint64 encoding, QString* erro
     }
     // Taken before reading, so that a change made while the file is read is noticed too.
     const std::optional<FileStamp> stamp = FileStamp::ofFile(path);
-    // No encoding takes more than 8 bytes a character (escape sequences included): a longer
-    // run of bytes without a line break is refused before the time to decode it is spent.
-    DecodedContents contents =
-        _encodings.contentsOfURL(QUrl::fromLocalFile(path), encoding,
-                                 _settings.priorityToJapaneseEncoding, maximumLineLength * 8);
-    if (contents.unreadable) {
+    QByteArray data;
+    if (!EncodingManager::readWholeFile(QUrl::fromLocalFile(path), data)) {
         return refuse(unreadable);
     }
+    // No encoding takes more than 8 bytes a character (escape sequences included): a longer
+    // run of bytes without a line break is refused before the time to decode it is spent.
+    const bool priority = _settings.priorityToJapaneseEncoding;
+    if (auto read = Utf8FileReading::read(data, encoding, priority, _encodings, maximumLineLength,
+                                          maximumLineLength * 8)) {
+        ReadState state;
+        state.encoding = kUTF8;
+        state.lineBreaks =
+            read->lineBreaks == NSNotFound ? lineBreaksOfTextWithout() : read->lineBreaks;
+        _textStore->setLoadedText(read->text);
+        _fileStamp = stamp;
+        _changeOnDiskReported = false;
+        applyReadState(state, true);
+        return true;
+    }
+    DecodedContents contents =
+        _encodings.contentsOfData(std::move(data), encoding, priority, maximumLineLength * 8);
     if (contents.longLine > 0) {
         const QLocale locale;
         return refuse(tr("The file “%1” could not be opened: line %2 is %3 bytes long, and "
@@ -395,13 +409,8 @@ bool Document::prepareReading(DecodedContents& contents, const QString& fileName
     if (keepLineBreaks) {
         state.lineBreaks = EncodingManager::KeepLineBreaks;
     } else {
-        if (contents.lineBreaks != NSNotFound) {
-            state.lineBreaks = contents.lineBreaks;
-        } else if (_documentLineBreaks != EncodingManager::KeepLineBreaks) {
-            state.lineBreaks = _documentLineBreaks;
-        } else {
-            state.lineBreaks = _settings.defaultsLineBreaks;
-        }
+        state.lineBreaks =
+            contents.lineBreaks != NSNotFound ? contents.lineBreaks : lineBreaksOfTextWithout();
         // Without a CR, every line break is an LF: nothing to mix, nothing to count.
         if (contents.lineBreaks == 1 || contents.lineBreaks == 2) {
             state.reading.lineBreakCounts = EncodingManager::countLineBreaks(contents.text);
@@ -426,6 +435,12 @@ bool Document::prepareReading(DecodedContents& contents, const QString& fileName
     }
     state.reading.standIns.substitute(storageText);
     return true;
+}
+
+qsizetype Document::lineBreaksOfTextWithout() const
+{
+    return _documentLineBreaks != EncodingManager::KeepLineBreaks ? _documentLineBreaks
+                                                                  : _settings.defaultsLineBreaks;
 }
 
 Document::ReadState Document::readState() const

@@ -268,6 +268,9 @@ private:
     /// that goes with it; false, with `error` set, when the text cannot be held.
     bool prepareReading(DecodedContents& contents, const QString& fileName, ReadState& state,
                         QString& storageText, QString* error) const;
+    /// The style of a text read without any line break: the document's own, unless it keeps
+    /// line breaks as read, else the settings'.
+    qsizetype lineBreaksOfTextWithout() const;
     DecodedContents readFile(quint64 encoding) const;
     /// Replaces the text by the file's `contents`, read in `encoding` (all ones: detected),
     /// as one undoable step, and bases the document on the file's `stamp`. The style becomes

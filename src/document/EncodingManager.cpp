@@ -61,7 +61,9 @@ constexpr quint64 EUCJP = 3;
 constexpr quint64 ISO2022JP = 21;
 constexpr quint64 ShiftJIS = 0x80000A01;
 
-bool readWholeFile(const QUrl& url, QByteArray& data)
+} // namespace
+
+bool EncodingManager::readWholeFile(const QUrl& url, QByteArray& data)
 {
     // Regular files only: a FIFO would block the reading until some writer appears and a
     // device may never end.
@@ -97,8 +99,6 @@ bool readWholeFile(const QUrl& url, QByteArray& data)
     }
     return file.error() == QFileDevice::NoError;
 }
-
-} // namespace
 
 EncodingManager& EncodingManager::sharedEncodingManager()
 {
@@ -294,12 +294,19 @@ std::optional<std::pair<qsizetype, qint64>> EncodingManager::lineLongerThan(QStr
 DecodedContents EncodingManager::contentsOfURL(const QUrl& url, quint64 encoding, bool priority,
                                                qint64 lineByteLimit)
 {
-    DecodedContents result;
     QByteArray data;
     if (!readWholeFile(url, data)) {
+        DecodedContents result;
         result.unreadable = true;
         return result;
     }
+    return contentsOfData(std::move(data), encoding, priority, lineByteLimit);
+}
+
+DecodedContents EncodingManager::contentsOfData(QByteArray data, quint64 encoding, bool priority,
+                                                qint64 lineByteLimit)
+{
+    DecodedContents result;
     result.bytesRead = data.size();
     if (lineByteLimit >= 0) {
         if (const auto line = lineLongerThan(data, lineByteLimit)) {

@@ -103,6 +103,12 @@ public:
     /// `lineByteLimit` bytes (when not negative) is not decoded at all (see `longLine`).
     DecodedContents contentsOfURL(const QUrl& url, quint64 encoding, bool priority,
                                   qint64 lineByteLimit = -1);
+    /// The same for a file's bytes, already read.
+    DecodedContents contentsOfData(QByteArray data, quint64 encoding, bool priority,
+                                   qint64 lineByteLimit = -1);
+    /// Reads a regular file whole, in one read where its size allows; false when it is not
+    /// a regular file or reading it fails.
+    static bool readWholeFile(const QUrl& url, QByteArray& data);
     /// The first line of `data` longer than `limit` bytes, lines ending at LF, CR or CR LF:
     /// its number from 1 and its length; none when there is no such line.
     static std::optional<std::pair<qsizetype, qint64>> lineLongerThan(QByteArrayView data,

@@ -4,7 +4,6 @@
 #include "document/TextLoader.h"
 #include "document/TextTree.h"
 #include "platform/StringEncoding.h"
-#include "platform/UnicodeText.h"
 
 #include <QByteArrayView>
 #include <QStringView>
@@ -58,8 +57,8 @@ bool holdsTildeBrace(QByteArrayView data)
 }
 
 // Whether detection, as EncodingManager::automaticDistinctionWithData and
-// EncodingDetector::detect go, takes `data` for UTF-8; `data` has no NUL byte, so neither
-// UTF-16 nor UTF-32 is tried before.
+// EncodingDetector::detect go, takes `data` for UTF-8 when it decodes as UTF-8; `data` has
+// no NUL byte, so neither UTF-16 nor UTF-32 is tried before.
 bool detectedAsUtf8(QByteArrayView data, bool priority, EncodingManager& encodings)
 {
     // The first byte of a UTF-8 byte-order mark in the first three bytes: UTF-8 when it
@@ -70,12 +69,10 @@ bool detectedAsUtf8(QByteArrayView data, bool priority, EncodingManager& encodin
     if (priority || !encodings.offeredEncodings().contains(UTF8)) {
         return false;
     }
-    const qsizetype nonAscii = firstNonAscii(data);
-    if (nonAscii < 0) {
-        // Seven-bit encodings shift with escapes and tildes.
-        return !std::memchr(data.data(), 0x1B, size_t(data.size())) && !holdsTildeBrace(data);
-    }
-    return UnicodeText::isValidUtf8(data.sliced(nonAscii));
+    // Seven-bit encodings shift with escapes and tildes. Whether the bytes beyond ASCII are
+    // valid UTF-8 (UnicodeText::isValidUtf8) the decoding tells, as it accepts the same ones.
+    return firstNonAscii(data) >= 0 ||
+           (!std::memchr(data.data(), 0x1B, size_t(data.size())) && !holdsTildeBrace(data));
 }
 
 // Walks the chunks of a text that holds no CR, as the text is in no one string: whether a

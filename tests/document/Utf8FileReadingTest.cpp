@@ -100,6 +100,7 @@ TEST(Utf8FileReading, ReadsWhatTheFullReadingReadsAndLeavesItTheRest)
         {"shift_jis with priority", "\x93\xFA\x96\x7B\x8C\xEA\n", false, kAutomatic, true},
         {"utf8 with priority", "\xE6\x97\xA5\xE6\x9C\xAC\n", false, kAutomatic, true},
         {"latin1 asked for utf8", "caf\xE9\n", false, kUTF8},
+        {"latin1 after utf8", "caf\xC3\xA9\n" + QByteArray(20000, 'a') + "\xE9\n", false},
         {"empty", "", false},
     };
     for (const auto& c : cases) {

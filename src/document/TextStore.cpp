@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <numeric>
 #include <utility>
 
 namespace {
@@ -46,21 +45,27 @@ bool TextStore::replace(qsizetype position, qsizetype length, const QString& tex
     TextEditCommand::Edit edit{position,
                                length > 0 ? _text.text(Range(position, length)) : QString(), text};
     apply(position, length, text);
+    record([&edit](TextEditCommand& step) { step.append(std::move(edit)); }, stepName,
+           kind == EditKind::Typing);
+    return true;
+}
+
+void TextStore::record(const std::function<void(TextEditCommand&)>& add, const QString& stepName,
+                       bool typing)
+{
     if (_block) {
         if (_blockName.isEmpty()) {
             _blockName = stepName;
         }
-        _block->append(std::move(edit));
+        add(*_block);
         _changedInBlock = true;
-        return true;
+        return;
     }
-    const bool typing = kind == EditKind::Typing;
     auto* command = new TextEditCommand(*this, stepName, typing, _startNewStep, _clock());
-    command->append(std::move(edit));
+    add(*command);
     _startNewStep = !typing;
     _undoStack->push(command);
     Q_EMIT contentsChanged();
-    return true;
 }
 
 bool TextStore::insert(qsizetype position, const QString& text, const QString& stepName,
@@ -96,23 +101,13 @@ void TextStore::replaceRanges(const std::vector<Range>& ranges, const QString& t
     const TextSnapshot after(builder.finish());
     const qsizetype position = ranges.front().location;
     const qsizetype removed = ranges.back().max() - position;
-    const qsizetype added = removed + qsizetype(ranges.size()) * text.size() -
-                            std::accumulate(ranges.begin(), ranges.end(), qsizetype(0),
-                                            [](qsizetype sum, Range r) { return sum + r.length; });
+    const qsizetype added = removed + after.length() - before.length();
     applyVersion(after, position, removed, added);
-    auto* command =
-        _block ? _block.get() : new TextEditCommand(*this, stepName, false, true, _clock());
-    command->appendVersions(before, _text, position, removed, added);
-    if (_block) {
-        if (_blockName.isEmpty()) {
-            _blockName = stepName;
-        }
-        _changedInBlock = true;
-        return;
-    }
-    _startNewStep = true;
-    _undoStack->push(command);
-    Q_EMIT contentsChanged();
+    record(
+        [&](TextEditCommand& step) {
+            step.appendVersions(before, _text, position, removed, added);
+        },
+        stepName, false);
 }
 
 void TextStore::beginEditBlock(const QString& stepName)

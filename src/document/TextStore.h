@@ -108,8 +108,10 @@ private:
     /// `position` into `added` units.
     void applyVersion(const TextSnapshot& text, qsizetype position, qsizetype removed,
                       qsizetype added);
-    /// Tells contentsChanged() once the outermost edit, block or replay is done.
-    void changeDone();
+    /// Adds a change just made to the open edit block's step, or makes it a step of its own
+    /// (typed ones merge as they may) and tells contentsChanged().
+    void record(const std::function<void(TextEditCommand&)>& add, const QString& stepName,
+                bool typing);
 
     TextSnapshot _text;
     quint64 _revision = 0;

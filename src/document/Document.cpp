@@ -343,8 +343,7 @@ bool Document::loadContents(const QString& path, quint64 encoding, QString* erro
         state.lineBreaks =
             read->lineBreaks == NSNotFound ? lineBreaksOfTextWithout() : read->lineBreaks;
         _textStore->setLoadedText(read->text);
-        _fileStamp = stamp;
-        _changeOnDiskReported = false;
+        setFileStamp(stamp);
         applyReadState(state, true);
         return true;
     }
@@ -392,8 +391,7 @@ bool Document::loadContents(const QString& path, quint64 encoding, QString* erro
     setLoadedText(storageText);
     storageText = QString();
 
-    _fileStamp = stamp;
-    _changeOnDiskReported = false;
+    setFileStamp(stamp);
     applyReadState(state, true);
     return true;
 }
@@ -513,8 +511,7 @@ bool Document::writeSafelyToURL(const QString& path, const QString& type, SaveOp
         if (!type.isEmpty()) {
             _fileType = type;
         }
-        _fileStamp = FileStamp::ofFile(path);
-        _changeOnDiskReported = false;
+        setFileStamp(FileStamp::ofFile(path));
         setFileURL(path);
         _textStore->setClean();
     }
@@ -717,8 +714,7 @@ bool Document::reread(DecodedContents contents, quint64 encoding, bool fileLineB
     }
     after.editAnyway = _editAnyway && keptAfter;
     replaceUndoably(storageText, after, true);
-    _fileStamp = stamp;
-    _changeOnDiskReported = false;
+    setFileStamp(stamp);
     // The text is the file's once more; undo brings the edits back, and marks them unsaved.
     _textStore->setClean();
     return true;

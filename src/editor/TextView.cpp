@@ -284,13 +284,6 @@ std::optional<QVariantList> TextView::makeFunctionDefinition() const
 
 // Typing ------------------------------------------------------------------------------------
 
-void TextView::setSelection(qsizetype anchor, qsizetype position)
-{
-    const qsizetype length = textStore() ? textStore()->text().length() : 0;
-    setSelections(
-        {{std::clamp<qsizetype>(anchor, 0, length), std::clamp<qsizetype>(position, 0, length)}});
-}
-
 void TextView::replaceCharactersInRange(Range range, const QString& string)
 {
     if (range.length == 0 && string.isEmpty()) {

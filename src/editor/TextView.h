@@ -237,7 +237,7 @@ public:
     /// The fixed end of the selection (the caret when nothing is selected).
     qsizetype selectionAnchor() const { return selections().first().anchor; }
     /// Selects from `anchor` to the caret at `position`, both pinned to the text.
-    void setSelection(qsizetype anchor, qsizetype position);
+    void setSelection(qsizetype anchor, qsizetype position) { setSelections({{anchor, position}}); }
     /// Replaces characters without any of the typing behaviour.
     void replaceCharactersInRange(Range range, const QString& string);
     /// Puts `text` in place of the selection with the insertion point's attributes, leaves

@@ -132,10 +132,8 @@ void TextArea::textStoreChanged(const TextChange& change)
     scheduleMeasuring();
     syncScrollBars();
     if (change.linesAdded == 0 && change.linesRemoved == 0) {
-        // An edit within a line repaints its rows only; wrapped, the rows below may move.
-        QRect rows = _layout.rowsOf({change.position, change.charsAdded}, viewport()->width());
-        rows.setBottom(_style.wrap && !rows.isEmpty() ? viewport()->height() : rows.bottom());
-        viewport()->update(rows);
+        // An edit within a line repaints its rows only (and, wrapped, those below).
+        viewport()->update(_layout.rowsMovedByChange({change.position, change.charsAdded}));
     } else {
         viewport()->update();
         if (_gutter) {

@@ -137,11 +137,7 @@ void TextAreaInputMethod::propose(TextArea& area, qsizetype position, const QStr
     const auto repaintLine = [&area](qsizetype line) {
         const TextSnapshot& text = area._layout.text();
         if (line >= 0 && line < text.lineCount()) {
-            QRect rows = area._layout.rowsOf({text.lineStart(line), 0}, area.viewport()->width());
-            if (area._style.wrap && !rows.isEmpty()) {
-                rows.setBottom(area.viewport()->height());
-            }
-            area.viewport()->update(rows);
+            area.viewport()->update(area._layout.rowsMovedByChange({text.lineStart(line), 0}));
         }
     };
     const qsizetype before = proposal.text.isEmpty() ? -1 : proposal.line;

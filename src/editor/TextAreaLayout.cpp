@@ -453,6 +453,15 @@ QRect TextAreaLayout::rowsOf(Range range, int right)
     return rows.toAlignedRect();
 }
 
+QRect TextAreaLayout::rowsMovedByChange(Range range)
+{
+    QRect rows = rowsOf(range, int(std::ceil(_viewport.width())));
+    if (style().wrap && !rows.isEmpty()) {
+        rows.setBottom(int(std::ceil(_viewport.height())));
+    }
+    return rows;
+}
+
 QRectF TextAreaLayout::caretRect(qsizetype position, int preeditOffset)
 {
     RowRef row = rowOf(position);

@@ -110,6 +110,9 @@ public:
     /// The rows on screen of the lines that `range` meets (its ends included), from the
     /// viewport's left to `right`; empty when none of them is shown.
     QRect rowsOf(Range range, int right);
+    /// What a change inside the lines `range` meets repaints: their rows on screen, and when
+    /// wrapping (their rows may come or go) every row below them.
+    QRect rowsMovedByChange(Range range);
     /// The caret's rectangle for `position` (width 0) in viewport coordinates: exact on
     /// screen, estimated elsewhere.
     QRectF caretRect(qsizetype position, int preeditOffset = 0);

@@ -97,9 +97,13 @@ void LayoutManager::updatePreferences(const EditorSettings& settings)
     setShowInvisibleCharacters(false);
 }
 
+bool LayoutManager::showInvisibleCharacters() const
+{
+    return _textView && _textView->showInvisibleCharacters();
+}
+
 void LayoutManager::setShowInvisibleCharacters(bool showInvisibleCharacters)
 {
-    _showInvisibleCharacters = showInvisibleCharacters;
     if (_textView && _textView->showInvisibleCharacters() != showInvisibleCharacters) {
         _textView->setShowInvisibleCharacters(showInvisibleCharacters);
     }
@@ -127,7 +131,6 @@ void LayoutManager::setCharacterStandIns(const CharacterStandIns& standIns)
     }
     _standIns = standIns;
     if (_textView) {
-        _textView->formatsChanged({0, _layers.textLength()});
         _textView->textLayout().cache().clear();
         _textView->viewport()->update();
     }

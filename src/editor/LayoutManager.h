@@ -50,7 +50,8 @@ public:
     /// Takes up the mark strings and their colour from `settings`, and hides the marks.
     void updatePreferences(const EditorSettings& settings);
 
-    bool showInvisibleCharacters() const { return _showInvisibleCharacters; }
+    /// Whether the view shows the marks of invisible characters.
+    bool showInvisibleCharacters() const;
     void setShowInvisibleCharacters(bool showInvisibleCharacters);
     /// The marks' font (a 10-point system font) and colour.
     const QTextCharFormat& attributes() const { return _attributes; }
@@ -135,7 +136,6 @@ private:
     QPointer<TextStore> _textStorage;
     TextStore* _registeredStorage = nullptr;
 
-    bool _showInvisibleCharacters = false;
     QTextCharFormat _attributes;
     QString _characterOfNewLine;
     QString _characterOfTab;

@@ -4,6 +4,7 @@
 #include "document/TextLoader.h"
 #include "document/TextTree.h"
 #include "platform/StringEncoding.h"
+#include "platform/UnicodeText.h"
 
 #include <QByteArrayView>
 #include <QStringView>
@@ -16,45 +17,6 @@ namespace {
 constexpr quint64 UTF8 = 4;
 
 std::atomic<bool> enabled{true};
-
-// Where the first byte beyond ASCII is, or −1: eight bytes at a time, at memory speed.
-qsizetype firstNonAscii(QByteArrayView data)
-{
-    const char* const begin = data.data();
-    const qsizetype size = data.size();
-    qsizetype at = 0;
-    for (; size - at >= 64; at += 64) {
-        quint64 high = 0;
-        for (int i = 0; i < 64; i += 8) {
-            quint64 word;
-            std::memcpy(&word, begin + at + i, 8);
-            high |= word;
-        }
-        if (high & 0x8080808080808080u) {
-            break;
-        }
-    }
-    for (; at < size; ++at) {
-        if (uchar(begin[at]) >= 0x80) {
-            return at;
-        }
-    }
-    return -1;
-}
-
-bool holdsTildeBrace(QByteArrayView data)
-{
-    const char* const end = data.data() + data.size();
-    for (const char* at = data.data();; ++at) {
-        at = static_cast<const char*>(std::memchr(at, '~', size_t(end - at)));
-        if (!at || at + 1 >= end) {
-            return false;
-        }
-        if (at[1] == '{') {
-            return true;
-        }
-    }
-}
 
 // Whether detection, as EncodingManager::automaticDistinctionWithData and
 // EncodingDetector::detect go, takes `data` for UTF-8 when it decodes as UTF-8; `data` has
@@ -71,8 +33,7 @@ bool detectedAsUtf8(QByteArrayView data, bool priority, EncodingManager& encodin
     }
     // Seven-bit encodings shift with escapes and tildes. Whether the bytes beyond ASCII are
     // valid UTF-8 (UnicodeText::isValidUtf8) the decoding tells, as it accepts the same ones.
-    return firstNonAscii(data) >= 0 ||
-           (!std::memchr(data.data(), 0x1B, size_t(data.size())) && !holdsTildeBrace(data));
+    return !UnicodeText::isAscii(data) || (!data.contains('\x1B') && !data.contains("~{"));
 }
 
 // Walks the chunks of a text that holds no CR, as the text is in no one string: whether a

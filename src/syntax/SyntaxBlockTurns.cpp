@@ -52,9 +52,13 @@ qsizetype find(QStringView text, const QString& string, bool caseless)
 class Tail
 {
 public:
-    explicit Tail(TextSource& source)
+    /// The text up to `end`.
+    Tail(TextSource& source, qsizetype end)
         : _source(source)
-        , _size(source.size())
+        , _size(end)
+    {}
+    explicit Tail(TextSource& source)
+        : Tail(source, source.size())
     {}
 
     qsizetype size() const { return _size; }
@@ -231,7 +235,7 @@ void SyntaxBlockTurns::update(TextSource& text, qsizetype edit, qsizetype remove
         (start(kept) == oldLength || edit + removed + (startLength - 1) <= start(kept))) {
         const qsizetype from = std::max(kept > 0 ? end(kept - 1) : 0, edit - (startLength - 1));
         const qsizetype to = std::min(text.size(), edit + added + (startLength - 1));
-        if (from >= to || text.view(from, to).indexOf(_startString, 0, Qt::CaseInsensitive) < 0) {
+        if (from >= to || Tail(text, to).indexOf(_startString, from) == to) {
             _length = oldLength + delta;
             return;
         }

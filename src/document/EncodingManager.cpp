@@ -1,7 +1,6 @@
 #include "document/EncodingManager.h"
 
 #include "document/EncodingDetector.h"
-#include "platform/LargeBuffer.h"
 #include "platform/Range.h"
 #include "platform/SharedInstance.h"
 #include "platform/TextCodec.h"
@@ -75,10 +74,11 @@ bool EncodingManager::readWholeFile(const QUrl& url, QByteArray& data)
     if (!file.open(QIODevice::ReadOnly)) {
         return false;
     }
-    // One read into a buffer of the file's size: no growing, and huge pages for large files.
+    // One read into a buffer of the file's size: no growing. Not asked for huge pages: the
+    // buffer lives only until the text is decoded, and finding free huge pages can make the
+    // kernel compact memory first, which took longer than the reading itself.
     const qint64 size = file.size();
     data = QByteArray(size, Qt::Uninitialized);
-    LargeBuffer::adviseHugePages(data.data(), data.size());
     qint64 done = 0;
     while (done < size) {
         const qint64 got = file.read(data.data() + done, size - done);

@@ -222,6 +222,9 @@ void CommandLineOpener::placeInsertionPoint(Document* document, qint64 line, qin
     if (!view || line < 1) {
         return;
     }
+    if (line > document->lineCount()) {
+        document->finishLoading();
+    }
     const Range range = document->rangeOfLine(std::min<qint64>(line, document->lineCount()) - 1);
     const qint64 offset = std::clamp<qint64>(column - 1, 0, range.length);
     view->setSelectedRange({range.location + offset, 0});

@@ -82,6 +82,10 @@ ScriptingDocument* ScriptingDocument::of(Document* document)
 
 TextView* ScriptingDocument::textView() const
 {
+    // Scripts work on the whole text: the end of a large file still going in goes in first.
+    if (_document) {
+        _document->finishLoading();
+    }
     WindowController* controller =
         DocumentController::sharedDocumentController().windowControllerOf(_document);
     return controller ? controller->textView() : nullptr;

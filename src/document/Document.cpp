@@ -81,6 +81,7 @@ Document::Document(EncodingManager& encodings, const DocumentSettings& settings,
             _autosaveTimer->stop();
         }
     });
+    connect(_textStore, &TextStore::loadingChanged, this, &Document::loadingChanged);
     QUndoStack* steps = _textStore->undoStack();
     connect(steps, &QUndoStack::canUndoChanged, this, &Document::canUndoChanged);
     connect(steps, &QUndoStack::canRedoChanged, this, &Document::canRedoChanged);
@@ -159,7 +160,19 @@ QString Document::textInRange(Range range) const
 
 QString Document::storedText() const
 {
+    // The text is the file's from the start: what is still being decoded goes in first.
+    _textStore->finishLoading();
     return _textStore->text().string();
+}
+
+bool Document::isLoading() const
+{
+    return _textStore->isLoading();
+}
+
+void Document::finishLoading()
+{
+    _textStore->finishLoading();
 }
 
 int Document::revision() const
@@ -170,6 +183,7 @@ int Document::revision() const
 void Document::replaceRanges(const std::vector<Range>& ranges, const QString& string,
                              const QString& stepName)
 {
+    finishLoading();
     std::vector<Range> replaced;
     const qsizetype end = length();
     for (const Range& range : ranges) {
@@ -342,7 +356,11 @@ bool Document::loadContents(const QString& path, quint64 encoding, QString* erro
         state.encoding = kUTF8;
         state.lineBreaks =
             read->lineBreaks == NSNotFound ? lineBreaksOfTextWithout() : read->lineBreaks;
-        _textStore->setLoadedText(read->text);
+        if (read->whole) {
+            _textStore->setLoadingText(read->text, *read->whole);
+        } else {
+            _textStore->setLoadedText(read->text);
+        }
         setFileStamp(stamp);
         applyReadState(state, true);
         return true;
@@ -605,6 +623,7 @@ void Document::setLoadedText(const QString& text)
 void Document::appendLoadedText(const QString& text)
 {
     // Text read, not typed: no undo step, and the history before it no longer fits the text.
+    finishLoading();
     const TextSnapshot& now = _textStore->text();
     _textStore->setLoadedText(TextSnapshot(TextTree::replace(now.root(), now.length(), 0, text)));
 }
@@ -620,6 +639,7 @@ void Document::setTextStorage(const QString& text)
     QString storageText = text;
     after.reading.standIns.substitute(storageText);
     if (after.reading.standIns == _reading.standIns) {
+        finishLoading();
         _textStore->replace(0, length(), storageText);
         return;
     }

@@ -55,8 +55,8 @@ public:
     /// that does not look like text, whose CRs stay CRs; characters the text storage cannot
     /// hold as they are appear there as their stand-ins (characterStandIns()).
     TextStore* textStore() const { return _textStore; }
-    /// The text as a string: LF line breaks (CRs kept as read where line breaks are kept),
-    /// and every character as the file has it.
+    /// The whole text as a string: LF line breaks (CRs kept as read where line breaks are
+    /// kept), and every character as the file has it.
     QString string() const;
     /// The characters that stand in the text storage for those it cannot hold (U+2029 and
     /// Qt's text frame marks; CR where line breaks are kept).
@@ -74,8 +74,14 @@ public:
     Range rangeOfLine(qsizetype line) const;
     /// The characters of `range`.
     QString textInRange(Range range) const;
-    /// All of it in one string.
+    /// All of it in one string (the whole file's text: see finishLoading()).
     QString storedText() const;
+    /// While the end of a large file is still being decoded: the text holds its start, which
+    /// the window shows. Every edit, and everything that reads the whole text (string(),
+    /// storedText(), saving), waits for the rest first.
+    bool isLoading() const;
+    /// Waits for the rest of the file and puts it into the text now.
+    void finishLoading();
     /// Changes with every edit of the text, undo and redo included: an unchanged revision
     /// means an unchanged text.
     int revision() const;
@@ -236,6 +242,8 @@ Q_SIGNALS:
     void canRedoChanged(bool canRedo);
     /// The encoding, line-break style or file changed: status lines and titles refresh.
     void documentInformationChanged();
+    /// The end of a large file started or finished going into the text (see isLoading()).
+    void loadingChanged(bool loading);
     /// The text has unsaved changes that no recovery copy holds yet, and the autosave delay
     /// has passed: the recovery store writes a copy. Autosave never writes the file itself.
     void recoveryCopyDue();

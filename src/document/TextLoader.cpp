@@ -212,11 +212,7 @@ TextLoader::Result TextLoader::loadData(EncodingManager& encodings, QByteArray d
 {
     const qint64 bytes = data.size();
     if (encoding == UTF8) {
-        Utf8Stream stream;
-        if (stream.feed(data, true) < 0) {
-            return failed(Status::Undecodable, bytes);
-        }
-        return loaded(stream.builder, UTF8, stream.lineBreaks.lineBreaks(), bytes);
+        return loadUtf8Data(data);
     }
     DecodedContents contents;
     if (encoding == StringEncoding::NoEncoding) {
@@ -226,6 +222,15 @@ TextLoader::Result TextLoader::loadData(EncodingManager& encodings, QByteArray d
     }
     contents.bytesRead = bytes;
     return fromDecoded(std::move(contents), encoding, {}, nullptr);
+}
+
+TextLoader::Result TextLoader::loadUtf8Data(QByteArrayView data)
+{
+    Utf8Stream stream;
+    if (stream.feed(data, true) < 0) {
+        return failed(Status::Undecodable, data.size());
+    }
+    return loaded(stream.builder, UTF8, stream.lineBreaks.lineBreaks(), data.size());
 }
 
 void TextLoader::start(const QString& path, quint64 encoding, bool priority)

@@ -58,6 +58,8 @@ public:
     /// The same for bytes already in memory.
     static Result loadData(EncodingManager& encodings, QByteArray data, quint64 encoding,
                            bool priority);
+    /// The same for UTF-8 bytes; it needs no encoding manager, so any thread may call it.
+    static Result loadUtf8Data(QByteArrayView data);
 
     /// Loads on a worker thread; partLoaded and finished come on this object's thread. A
     /// load still running is canceled first and its signals never come.

@@ -35,6 +35,7 @@ TextStore::~TextStore() = default;
 bool TextStore::replace(qsizetype position, qsizetype length, const QString& text,
                         const QString& stepName, EditKind kind)
 {
+    finishLoading();
     if (position < 0 || length < 0 || position > _text.length() ||
         length > _text.length() - position) {
         return false;
@@ -85,6 +86,7 @@ void TextStore::replaceRanges(const std::vector<Range>& ranges, const QString& t
     if (ranges.empty()) {
         return;
     }
+    finishLoading();
     const TextSnapshot before = _text;
     TextBuilder builder;
     const auto copy = [&](qsizetype from, qsizetype to) {
@@ -112,6 +114,8 @@ void TextStore::replaceRanges(const std::vector<Range>& ranges, const QString& t
 
 void TextStore::beginEditBlock(const QString& stepName)
 {
+    // The rest of a loading text goes in before the block, not as part of its step.
+    finishLoading();
     if (_blockDepth++ == 0) {
         _block = std::make_unique<TextEditCommand>(*this, QString(), false, true, _clock());
         _blockName = stepName;
@@ -148,6 +152,9 @@ void TextStore::addToStep(std::function<void()> undo, std::function<void()> redo
 
 void TextStore::setLoadedText(const TextSnapshot& text)
 {
+    // A text still going in is replaced as a whole.
+    const bool wasLoading = isLoading();
+    delete std::exchange(_loading, nullptr);
     _block.reset();
     _cleanAfterBlock = false;
     _blockDepth = 0;
@@ -162,6 +169,34 @@ void TextStore::setLoadedText(const TextSnapshot& text)
     _text = TextSnapshot(text.root(), _revision);
     Q_EMIT contentsChange(change);
     Q_EMIT contentsChanged();
+    if (wasLoading) {
+        Q_EMIT loadingChanged(false);
+    }
+}
+
+void TextStore::setLoadingText(const TextSnapshot& start, QFuture<TextSnapshot> whole)
+{
+    setLoadedText(start);
+    _loading = new QFutureWatcher<TextSnapshot>(this);
+    connect(_loading, &QFutureWatcher<TextSnapshot>::finished, this, &TextStore::finishLoading);
+    _loading->setFuture(whole);
+    Q_EMIT loadingChanged(true);
+}
+
+void TextStore::finishLoading()
+{
+    if (!_loading) {
+        return;
+    }
+    // The watcher may be the one telling that the text is ready.
+    QFutureWatcher<TextSnapshot>* loading = std::exchange(_loading, nullptr);
+    loading->disconnect(this);
+    loading->deleteLater();
+    const TextSnapshot whole = loading->result();
+    const qsizetype start = _text.length();
+    applyVersion(whole, start, 0, whole.length() - start);
+    Q_EMIT contentsChanged();
+    Q_EMIT loadingChanged(false);
 }
 
 bool TextStore::canUndo() const

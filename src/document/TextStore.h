@@ -3,6 +3,8 @@
 #include "document/TextChange.h"
 #include "document/TextSnapshot.h"
 
+#include <QFuture>
+#include <QFutureWatcher>
 #include <QObject>
 #include <QString>
 
@@ -73,6 +75,15 @@ public:
     /// Puts a loaded text in place of the whole text, without an undo step: the undo history
     /// is cleared and the text is clean.
     void setLoadedText(const TextSnapshot& text);
+    /// Puts `start`, the beginning of a text still being read, in place of the whole text as
+    /// setLoadedText() does. Once `whole` (the whole text, which begins with `start`) is
+    /// ready, the rest goes in after it: one change at the end, with no undo step, and the
+    /// text stays clean. Every edit waits for the rest first, so none meets a text cut short.
+    void setLoadingText(const TextSnapshot& start, QFuture<TextSnapshot> whole);
+    /// Whether the rest of a text set by setLoadingText() is still to go in.
+    bool isLoading() const { return _loading != nullptr; }
+    /// Waits for the rest of a loading text and puts it in now.
+    void finishLoading();
 
     QUndoStack* undoStack() const { return _undoStack; }
     bool canUndo() const;
@@ -99,6 +110,8 @@ Q_SIGNALS:
     /// changes are told.
     void contentsChanged();
     void modificationChanged(bool modified);
+    /// A text started or finished going in (see setLoadingText()).
+    void loadingChanged(bool loading);
 
 private:
     friend class TextEditCommand;
@@ -124,4 +137,5 @@ private:
     bool _cleanAfterBlock = false;
     int _typingPause = defaultTypingPause;
     std::function<qint64()> _clock;
+    QFutureWatcher<TextSnapshot>* _loading = nullptr;
 };

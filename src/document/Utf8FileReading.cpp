@@ -8,6 +8,7 @@
 
 #include <QByteArrayView>
 #include <QStringView>
+#include <QtConcurrent/QtConcurrentRun>
 
 #include <atomic>
 #include <cstring>
@@ -34,6 +35,64 @@ bool detectedAsUtf8(QByteArrayView data, bool priority, EncodingManager& encodin
     // Seven-bit encodings shift with escapes and tildes. Whether the bytes beyond ASCII are
     // valid UTF-8 (UnicodeText::isValidUtf8) the decoding tells, as it accepts the same ones.
     return !UnicodeText::isAscii(data) || (!data.contains('\x1B') && !data.contains("~{"));
+}
+
+// Whether UTF-8 `data` holds a character that needs a stand-in: U+2029 (E2 80 A9), or Qt's
+// frame marks U+FDD0 and U+FDD1 (EF B7 90, EF B7 91).
+bool holdsStandIns(QByteArrayView data)
+{
+    const char* const end = data.data() + data.size();
+    const auto find = [&](char lead, auto follows) {
+        for (const char* p = data.data();
+             (p = static_cast<const char*>(std::memchr(p, lead, size_t(end - p)))) != nullptr;
+             ++p) {
+            if (end - p >= 3 && follows(uchar(p[1]), uchar(p[2]))) {
+                return true;
+            }
+        }
+        return false;
+    };
+    return find('\xE2', [](uchar b1, uchar b2) { return b1 == 0x80 && b2 == 0xA9; }) ||
+           find('\xEF',
+                [](uchar b1, uchar b2) { return b1 == 0xB7 && (b2 == 0x90 || b2 == 0x91); });
+}
+
+// Whether the start of a text says it is one: besides NUL characters, only the start tells.
+bool looksLikeText(const TextSnapshot& text)
+{
+    const qsizetype head = qMin<qsizetype>(text.length(), qsizetype(1) << 16);
+    return EncodingManager::nonTextReason(text.text(Range(0, head))) == NonTextReason::None;
+}
+
+// A large file of valid UTF-8 without CR, NUL, stand-ins or long lines: its first part decoded
+// now, the whole on a worker.
+std::optional<Utf8FileReading::Text> readOnWorker(QByteArray& data)
+{
+    const QByteArrayView bytes(data);
+    if (!UnicodeText::isValidUtf8(bytes) || holdsStandIns(bytes)) {
+        return std::nullopt;
+    }
+    // A character takes at least one byte for each of its units: the first part grows until
+    // it holds enough of them.
+    TextLoader::Result start;
+    for (qsizetype at = TextSource::eagerWorkLimit;
+         start.text.length() <= TextSource::eagerWorkLimit; at *= 2) {
+        // Without a line break further on, the part would be the whole text: read it now.
+        const qsizetype lineFeed = bytes.indexOf('\n', at);
+        start = TextLoader::loadUtf8Data(lineFeed < 0 ? bytes : bytes.first(lineFeed + 1));
+        if (start.status != TextLoader::Status::Loaded || !looksLikeText(start.text)) {
+            return std::nullopt;
+        }
+        if (lineFeed < 0) {
+            data = QByteArray();
+            return Utf8FileReading::Text{start.text, start.lineBreaks, std::nullopt};
+        }
+    }
+    Utf8FileReading::Text text{start.text, 0, QtConcurrent::run([whole = std::move(data)] {
+                                   return TextLoader::loadUtf8Data(whole).text;
+                               })};
+    data = QByteArray();
+    return text;
 }
 
 // Walks the chunks of a text that holds no CR, as the text is in no one string: whether a
@@ -110,7 +169,9 @@ Utf8FileReading::read(QByteArray& data, quint64 encoding, bool priority, Encodin
         return std::nullopt;
     }
     const QByteArrayView bytes(data);
-    if (EncodingManager::lineLongerThan(bytes, lineByteLimit)) {
+    // No line has more units than bytes: one look at the bytes usually settles both limits.
+    const bool longLines = EncodingManager::lineLongerThan(bytes, lineLimit).has_value();
+    if (longLines && EncodingManager::lineLongerThan(bytes, lineByteLimit)) {
         return std::nullopt;
     }
     // A CR makes line breaks to count, perhaps mixed; a NUL makes the file not text.
@@ -121,20 +182,16 @@ Utf8FileReading::read(QByteArray& data, quint64 encoding, bool priority, Encodin
     if (encoding == StringEncoding::NoEncoding && !detectedAsUtf8(bytes, priority, encodings)) {
         return std::nullopt;
     }
-    TextLoader::Result loaded = TextLoader::loadData(encodings, data, UTF8, priority);
-    if (loaded.status != TextLoader::Status::Loaded) {
-        return std::nullopt;
+    if (!longLines && data.size() > workerBytes) {
+        return readOnWorker(data);
     }
-    if (ChunkCheck(lineLimit).fails(*loaded.text.root())) {
-        return std::nullopt;
-    }
-    // Besides NUL characters, only the start of a text tells whether it is one.
-    const qsizetype head = qMin<qsizetype>(loaded.text.length(), qsizetype(1) << 16);
-    if (EncodingManager::nonTextReason(loaded.text.text(Range(0, head))) != NonTextReason::None) {
+    TextLoader::Result loaded = TextLoader::loadUtf8Data(bytes);
+    if (loaded.status != TextLoader::Status::Loaded ||
+        ChunkCheck(lineLimit).fails(*loaded.text.root()) || !looksLikeText(loaded.text)) {
         return std::nullopt;
     }
     data = QByteArray();
-    return Text{loaded.text, loaded.lineBreaks};
+    return Text{loaded.text, loaded.lineBreaks, std::nullopt};
 }
 
 bool Utf8FileReading::isEnabled()

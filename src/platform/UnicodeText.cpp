@@ -36,11 +36,20 @@ bool UnicodeText::isValidUtf8(QByteArrayView data)
     while (p < end) {
         // Runs of ASCII go by in blocks.
         if (*p < 0x80) {
-            const auto* next = p;
-            while (next < end && *next < 0x80) {
-                ++next;
+#ifdef __SSE2__
+            while (end - p >= 16) {
+                const int high =
+                    _mm_movemask_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)));
+                if (high != 0) {
+                    p += __builtin_ctz(unsigned(high));
+                    break;
+                }
+                p += 16;
             }
-            p = next;
+#endif
+            while (p < end && *p < 0x80) {
+                ++p;
+            }
             continue;
         }
         const uchar lead = *p;

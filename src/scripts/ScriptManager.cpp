@@ -395,6 +395,8 @@ void ScriptManager::insertOutput(const QString& text)
         stopProcess();
         return;
     }
+    // Output put in while the end of the file still goes in would be taken for part of it.
+    _outputDocument->finishLoading();
     _target->insertTextAtSelection(_outputDocument, text);
 }
 

@@ -74,6 +74,7 @@ WindowController::WindowController(Document* document)
         }
     });
     connect(document, &Document::documentEditedChanged, this, &WindowController::updateTitle);
+    connect(document, &Document::loadingChanged, this, &WindowController::loadingChanged);
     connect(document, &Document::contentsChanged, this, &WindowController::textDidChange);
     connect(_window, &DocumentWindow::becameActive, this, [this] {
         if (!textView() || textView()->selectedRange().length == 0) {
@@ -174,6 +175,39 @@ void WindowController::applyStateToPane(TextView* view)
                                                                          _spellCheckLanguage);
     view->layoutManager()->setCharacterStandIns(_document->characterStandIns());
     view->setReadOnly(_document->isReadOnly());
+    view->setLoading(_document->isLoading());
+}
+
+void WindowController::loadingChanged(bool loading)
+{
+    for (TextView* view : textViews()) {
+        view->setLoading(loading);
+    }
+    _window->indicator()->setVisible(loading);
+    if (loading) {
+        QCoreApplication::instance()->installEventFilter(this);
+    } else {
+        QCoreApplication::instance()->removeEventFilter(this);
+    }
+}
+
+bool WindowController::eventFilter(QObject* watched, QEvent* event)
+{
+    switch (event->type()) {
+    case QEvent::KeyPress:
+    case QEvent::ShortcutOverride:
+    case QEvent::InputMethod:
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonDblClick:
+    case QEvent::ContextMenu:
+    case QEvent::Drop:
+        // Finishing removes this filter.
+        _document->finishLoading();
+        break;
+    default:
+        break;
+    }
+    return QObject::eventFilter(watched, event);
 }
 
 void WindowController::windowDidLoad()
@@ -184,6 +218,7 @@ void WindowController::windowDidLoad()
         return;
     }
     applyStateToPane(view);
+    loadingChanged(_document->isLoading());
     toggleSpellChecking(nullptr);
     _notices = new ReadingNotices(_document, _window, this);
     _diskNotices = new DiskChangeNotices(this);

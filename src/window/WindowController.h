@@ -166,6 +166,11 @@ public:
 Q_SIGNALS:
     void toolbarInformationChanged(const QString& text);
 
+protected:
+    /// While the end of a large file is still going in: the first key, click or drop anywhere
+    /// puts the rest in before it is handled, so that what the user does meets the whole text.
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     void addPane();
     /// A sender is the user's menu item: the flag is inverted first. Either way every pane
@@ -173,6 +178,8 @@ private:
     void toggle(ViewToggles::Toggle toggle, QObject* sender);
     void applyStateToPane(TextView* view);
     void textDidChange();
+    /// The panes take no typing, and the busy indicator shows, while the text goes in.
+    void loadingChanged(bool loading);
     void textViewMouseDown(TextView* view);
     void updateTitle();
 

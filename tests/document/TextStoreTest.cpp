@@ -5,12 +5,16 @@
 #include "document/TextChunkIterator.h"
 #include "platform/Regex.h"
 
+#include <QCoreApplication>
+#include <QFuture>
+#include <QPromise>
 #include <QUndoStack>
 
 #include <gtest/gtest.h>
 #include <unicode/regex.h>
 
 #include <atomic>
+#include <chrono>
 #include <memory>
 #include <random>
 #include <thread>
@@ -487,6 +491,66 @@ TEST(TextStoreTest, ModifiedUntilUndoReachesTheSavedText)
     EXPECT_FALSE(store.isModified());
     EXPECT_FALSE(store.canUndo());
     EXPECT_EQ(signalled, (std::vector<bool>{true, false, true, false, true, false}));
+}
+
+TEST(TextStoreTest, ALoadingTextGrowsAtItsEndAndEditsWaitForTheRest)
+{
+    const QString whole = u"first part\nsecond part\nthe end"_qs;
+    const qsizetype startLength = 11;
+    TextStore store;
+    std::vector<TextChange> changes;
+    std::vector<bool> loading;
+    QObject::connect(&store, &TextStore::contentsChange,
+                     [&changes](const TextChange& change) { changes.push_back(change); });
+    QObject::connect(&store, &TextStore::loadingChanged,
+                     [&loading](bool now) { loading.push_back(now); });
+
+    // The rest comes from another thread, some time after the edit asks for it.
+    QPromise<TextSnapshot> promise;
+    promise.start();
+    store.setLoadingText(built(QStringView(whole).first(startLength)), promise.future());
+    EXPECT_TRUE(store.isLoading());
+    EXPECT_EQ(store.text().string(), whole.first(startLength));
+    std::thread rest([&promise, &whole] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        promise.addResult(built(whole));
+        promise.finish();
+    });
+    // A position beyond the start is one in the whole text.
+    EXPECT_TRUE(store.insert(whole.size(), u"!"_qs));
+    rest.join();
+    EXPECT_FALSE(store.isLoading());
+    EXPECT_EQ(store.text().string(), whole + u'!');
+    ASSERT_EQ(changes.size(), 3u);
+    EXPECT_EQ(changes[1].position, startLength);
+    EXPECT_EQ(changes[1].charsRemoved, 0);
+    EXPECT_EQ(changes[1].charsAdded, whole.size() - startLength);
+    EXPECT_EQ(changes[1].linesAdded, 1);
+    EXPECT_EQ(loading, (std::vector<bool>{true, false}));
+    // The rest went in as read, not as an edit: undo takes back the typing only.
+    store.undo();
+    EXPECT_EQ(store.text().string(), whole);
+    EXPECT_FALSE(store.isModified());
+    EXPECT_FALSE(store.canUndo());
+
+    // Ready before anyone asks: it goes in on the next turn of the event loop.
+    store.setLoadingText(built(u"a\n"_qs), QtFuture::makeReadyFuture(built(u"a\nb"_qs)));
+    EXPECT_EQ(store.text().string(), u"a\n"_qs);
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(store.isLoading());
+    EXPECT_EQ(store.text().string(), u"a\nb"_qs);
+
+    // Another text in its place drops the rest of the old one.
+    QPromise<TextSnapshot> dropped;
+    dropped.start();
+    store.setLoadingText(built(u"old"_qs), dropped.future());
+    store.setLoadedText(built(u"new"_qs));
+    EXPECT_FALSE(store.isLoading());
+    dropped.addResult(built(u"old and more"_qs));
+    dropped.finish();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(store.text().string(), u"new"_qs);
+    EXPECT_EQ(loading, (std::vector<bool>{true, false, true, false, true, false}));
 }
 
 TEST(TextStoreTest, SnapshotsStayAsTheyWereWhileAWorkerReadsThem)

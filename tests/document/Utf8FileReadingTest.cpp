@@ -25,6 +25,10 @@ struct Read {
     QString stored;
     QString string;
     qsizetype lines = 0;
+    /// Whether the end was still being decoded when the reading returned, and the length
+    /// of the text then.
+    bool loading = false;
+    qsizetype lengthWhileLoading = 0;
 };
 
 Read readDocument(const QString& path, quint64 encoding, bool priority, bool quickly)
@@ -40,6 +44,8 @@ Read readDocument(const QString& path, quint64 encoding, bool priority, bool qui
     result.read = document.readFromURL(path, QString(), &result.error,
                                        {Document::ReadRequest::OpenPanel, encoding});
     Utf8FileReading::setEnabled(true);
+    result.loading = document.isLoading();
+    result.lengthWhileLoading = document.length();
     result.encoding = document.documentEncoding();
     result.lineBreaks = document.documentLineBreaks();
     result.counts = document.lineBreaksAsRead();
@@ -57,6 +63,10 @@ TEST(Utf8FileReading, ReadsWhatTheFullReadingReadsAndLeavesItTheRest)
 {
     const QByteArray emoji = "\xF0\x9F\x98\x80"; // two UTF-16 units
     const qsizetype limit = Document::maximumLineLength;
+    // Just over the size decoded on a worker.
+    const QByteArray largeAscii =
+        QByteArray("int x = 1; /* a comment */\n").repeated(Utf8FileReading::workerBytes / 27 + 1);
+    const QByteArray large = "caf\xC3\xA9 " + emoji + "\n" + largeAscii;
     const struct {
         const char* name;
         QByteArray bytes;
@@ -102,6 +112,16 @@ TEST(Utf8FileReading, ReadsWhatTheFullReadingReadsAndLeavesItTheRest)
         {"latin1 asked for utf8", "caf\xE9\n", false, kUTF8},
         {"latin1 after utf8", "caf\xC3\xA9\n" + QByteArray(20000, 'a') + "\xE9\n", false},
         {"empty", "", false},
+        // Large files, with what would refuse the quick reading only after their first part.
+        {"large", large, true},
+        {"large multibyte", (QByteArray("\xE6\x97\xA5") + emoji + "\n").repeated(1'200'000), true},
+        {"large with a line at the limit", large + QByteArray(limit, 'a') + "\n", true},
+        {"large with a line over the limit", large + QByteArray(limit + 1, 'a') + "\n", false},
+        {"large with a frame mark", large + "\xEF\xB7\x91\n", false},
+        {"large with latin1", large + "caf\xE9\n", false},
+        {"large with a cr", large + "a\r\n", false},
+        {"large with a nul", large + QByteArray("a\0b\n", 4), false},
+        {"large ascii with escape", largeAscii + "\x1B$B$3$s\x1B(B\n", false},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -129,6 +149,13 @@ TEST(Utf8FileReading, ReadsWhatTheFullReadingReadsAndLeavesItTheRest)
         if (c.quick) {
             EXPECT_TRUE(quick.read) << qPrintable(quick.error);
             EXPECT_EQ(quick.encoding, kUTF8);
+        }
+        // A large file shows its start at once, long enough to be taken for a large text.
+        if (c.quick && c.bytes.size() > Utf8FileReading::workerBytes &&
+            !EncodingManager::lineLongerThan(c.bytes, limit)) {
+            EXPECT_TRUE(quick.loading);
+            EXPECT_GT(quick.lengthWhileLoading, TextSource::eagerWorkLimit);
+            EXPECT_LT(quick.lengthWhileLoading, quick.stored.size());
         }
     }
 }

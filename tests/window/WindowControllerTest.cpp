@@ -3,6 +3,8 @@
 #include "TestWindow.h"
 #include "app/DocumentController.h"
 #include "document/PermissionsEnforced.h"
+#include "document/TextStore.h"
+#include "document/TextTree.h"
 #include "editor/LayoutManager.h"
 #include "editor/SpellCheckingController.h"
 #include "platform/Preferences.h"
@@ -15,11 +17,15 @@
 #include <QImage>
 #include <QLabel>
 #include <QLocale>
+#include <QProgressBar>
+#include <QPromise>
 #include <QSplitter>
 
 #include <algorithm>
+#include <chrono>
 #include <fcntl.h>
 #include <functional>
+#include <thread>
 #include <unistd.h>
 
 using Window = TestWindow;
@@ -149,6 +155,37 @@ TEST(WindowController, StatusLineNeverShowsAnOlderCount)
     QTRY_COMPARE_WITH_TIMEOUT(window.controller->infoCharacters(),
                               CharacterCounter::countCharacters(QStringView(text).first(end), true),
                               2000);
+}
+
+TEST(WindowController, WhileTheEndOfAFileGoesInTheFirstKeyMeetsTheWholeText)
+{
+    Window window(QString(), QString(), true);
+    TextStore* store = window.document->textStore();
+    const QString start = u"the start\n"_qs;
+    const QString whole = start + u"and the rest, read on a worker\n"_qs.repeated(1000);
+    QPromise<TextSnapshot> rest;
+    rest.start();
+    store->setLoadingText(TextSnapshot(TextTree::fromText(start)), rest.future());
+    TextView* view = window.view();
+    EXPECT_TRUE(view->isLoading());
+    EXPECT_FALSE(window.window()->indicator()->isHidden());
+    // Select All, then a key: both on the whole text, not on what was in when they came.
+    std::thread worker([&rest, &whole] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        rest.addResult(TextSnapshot(TextTree::fromText(whole)));
+        rest.finish();
+    });
+    view->setFocus();
+    QTest::keyClick(view, Qt::Key_A, Qt::ControlModifier);
+    worker.join();
+    EXPECT_FALSE(view->isLoading());
+    EXPECT_TRUE(window.window()->indicator()->isHidden());
+    EXPECT_EQ(view->selectedRange().length, whole.size());
+    QTest::keyClick(view, Qt::Key_X);
+    EXPECT_EQ(window.document->string(), u"x"_qs);
+    window.document->undo();
+    EXPECT_EQ(window.document->string(), whole);
+    EXPECT_FALSE(window.document->isDocumentEdited());
 }
 
 TEST(WindowController, TogglesApplyToThePanesAndTheMenus)

@@ -73,9 +73,9 @@ std::optional<Utf8FileReading::Text> readOnWorker(QByteArray& data)
         return std::nullopt;
     }
     // A character takes at least one byte for each of its units: the first part grows until
-    // it holds enough of them.
+    // it holds enough of them (at the first try when few characters are beyond ASCII).
     TextLoader::Result start;
-    for (qsizetype at = TextSource::eagerWorkLimit;
+    for (qsizetype at = TextSource::eagerWorkLimit + TextSource::eagerWorkLimit / 8;
          start.text.length() <= TextSource::eagerWorkLimit; at *= 2) {
         // Without a line break further on, the part would be the whole text: read it now.
         const qsizetype lineFeed = bytes.indexOf('\n', at);

@@ -356,6 +356,7 @@ bool Document::loadContents(const QString& path, quint64 encoding, QString* erro
         state.encoding = kUTF8;
         state.lineBreaks =
             read->lineBreaks == NSNotFound ? lineBreaksOfTextWithout() : read->lineBreaks;
+        state.reading.lineBreakCounts = read->lineBreakCounts;
         if (read->whole) {
             _textStore->setLoadingText(read->text, *read->whole);
         } else {

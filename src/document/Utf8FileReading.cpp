@@ -10,8 +10,10 @@
 #include <QStringView>
 #include <QtConcurrent/QtConcurrentRun>
 
+#include <algorithm>
 #include <atomic>
 #include <cstring>
+#include <tuple>
 
 namespace {
 
@@ -57,45 +59,75 @@ bool holdsStandIns(QByteArrayView data)
                 [](uchar b1, uchar b2) { return b1 == 0xB7 && (b2 == 0x90 || b2 == 0x91); });
 }
 
-// Whether the start of a text says it is one: besides NUL characters, only the start tells.
-bool looksLikeText(const TextSnapshot& text)
+// Whether the start of a file says it is text, as the full reading decides it on the text as
+// read (CRs included): its first 64 K units come from at most four times as many bytes.
+bool looksLikeText(QByteArrayView bytes)
 {
-    const qsizetype head = qMin<qsizetype>(text.length(), qsizetype(1) << 16);
-    return EncodingManager::nonTextReason(text.text(Range(0, head))) == NonTextReason::None;
+    qsizetype end = qMin<qsizetype>(bytes.size(), qsizetype(1) << 18);
+    while (end < bytes.size() && end > 0 && (uchar(bytes[end]) & 0xC0) == 0x80) {
+        --end;
+    }
+    QString head;
+    return UnicodeText::decodeUtf8(bytes.first(end), head) &&
+           EncodingManager::nonTextReason(head) == NonTextReason::None;
 }
 
-// A large file of valid UTF-8 without CR, NUL, stand-ins or long lines: its first part decoded
+// The line breaks of UTF-8 bytes, counted as EncodingManager::countLineBreaks counts them in
+// the decoded text, and the file's style as LineBreakNormalizer tells it.
+std::pair<qsizetype, LineBreakCounts> lineBreaksOf(QByteArrayView bytes)
+{
+    const char* const end = bytes.data() + bytes.size();
+    LineBreakCounts counts;
+    const qsizetype lineFeeds = std::count(bytes.begin(), bytes.end(), '\n');
+    for (const char* p = bytes.data();
+         (p = static_cast<const char*>(std::memchr(p, '\r', size_t(end - p)))) != nullptr; ++p) {
+        if (p + 1 < end && p[1] == '\n') {
+            ++counts.carriageReturnLineFeeds;
+        } else {
+            ++counts.carriageReturns;
+        }
+    }
+    counts.lineFeeds = lineFeeds - counts.carriageReturnLineFeeds;
+    if (counts.carriageReturns == 0 && counts.carriageReturnLineFeeds == 0) {
+        // Without a CR there is nothing to count: every line break is an LF.
+        return {lineFeeds > 0 ? 0 : NSNotFound, LineBreakCounts()};
+    }
+    return {counts.carriageReturnLineFeeds > 0 ? 2 : 1, counts};
+}
+
+// A large file of valid UTF-8 without NUL, stand-ins or long lines: its first part decoded
 // now, the whole on a worker.
-std::optional<Utf8FileReading::Text> readOnWorker(QByteArray& data)
+std::optional<Utf8FileReading::Text> readOnWorker(QByteArray& data, Utf8FileReading::Text text)
 {
     const QByteArrayView bytes(data);
     if (!UnicodeText::isValidUtf8(bytes) || holdsStandIns(bytes)) {
         return std::nullopt;
     }
     // A character takes at least one byte for each of its units: the first part grows until
-    // it holds enough of them (at the first try when few characters are beyond ASCII).
-    TextLoader::Result start;
+    // it holds enough of them (at the first try when few characters are beyond ASCII). It
+    // ends with an LF, so no CR LF is cut in two.
     for (qsizetype at = TextSource::eagerWorkLimit + TextSource::eagerWorkLimit / 8;
-         start.text.length() <= TextSource::eagerWorkLimit; at *= 2) {
+         text.text.length() <= TextSource::eagerWorkLimit; at *= 2) {
         // Without a line break further on, the part would be the whole text: read it now.
         const qsizetype lineFeed = bytes.indexOf('\n', at);
-        start = TextLoader::loadUtf8Data(lineFeed < 0 ? bytes : bytes.first(lineFeed + 1));
-        if (start.status != TextLoader::Status::Loaded || !looksLikeText(start.text)) {
+        const TextLoader::Result start =
+            TextLoader::loadUtf8Data(lineFeed < 0 ? bytes : bytes.first(lineFeed + 1));
+        if (start.status != TextLoader::Status::Loaded) {
             return std::nullopt;
         }
+        text.text = start.text;
         if (lineFeed < 0) {
             data = QByteArray();
-            return Utf8FileReading::Text{start.text, start.lineBreaks, std::nullopt};
+            return text;
         }
     }
-    Utf8FileReading::Text text{start.text, 0, QtConcurrent::run([whole = std::move(data)] {
-                                   return TextLoader::loadUtf8Data(whole).text;
-                               })};
+    text.whole = QtConcurrent::run(
+        [whole = std::move(data)] { return TextLoader::loadUtf8Data(whole).text; });
     data = QByteArray();
     return text;
 }
 
-// Walks the chunks of a text that holds no CR, as the text is in no one string: whether a
+// Walks the chunks of a text whose line breaks are all LF, as the text is in no one string: whether a
 // line is longer than `limit` units, or a character needs a stand-in.
 class ChunkCheck
 {
@@ -174,24 +206,25 @@ Utf8FileReading::read(QByteArray& data, quint64 encoding, bool priority, Encodin
     if (longLines && EncodingManager::lineLongerThan(bytes, lineByteLimit)) {
         return std::nullopt;
     }
-    // A CR makes line breaks to count, perhaps mixed; a NUL makes the file not text.
-    if (std::memchr(data.constData(), '\r', size_t(data.size())) ||
-        std::memchr(data.constData(), '\0', size_t(data.size()))) {
+    // A NUL makes the file not text.
+    if (std::memchr(data.constData(), '\0', size_t(data.size())) ||
+        (encoding == StringEncoding::NoEncoding && !detectedAsUtf8(bytes, priority, encodings)) ||
+        !looksLikeText(bytes)) {
         return std::nullopt;
     }
-    if (encoding == StringEncoding::NoEncoding && !detectedAsUtf8(bytes, priority, encodings)) {
-        return std::nullopt;
-    }
+    Text text;
+    std::tie(text.lineBreaks, text.lineBreakCounts) = lineBreaksOf(bytes);
     if (!longLines && data.size() > workerBytes) {
-        return readOnWorker(data);
+        return readOnWorker(data, std::move(text));
     }
-    TextLoader::Result loaded = TextLoader::loadUtf8Data(bytes);
+    const TextLoader::Result loaded = TextLoader::loadUtf8Data(bytes);
     if (loaded.status != TextLoader::Status::Loaded ||
-        ChunkCheck(lineLimit).fails(*loaded.text.root()) || !looksLikeText(loaded.text)) {
+        ChunkCheck(lineLimit).fails(*loaded.text.root())) {
         return std::nullopt;
     }
     data = QByteArray();
-    return Text{loaded.text, loaded.lineBreaks, std::nullopt};
+    text.text = loaded.text;
+    return text;
 }
 
 bool Utf8FileReading::isEnabled()

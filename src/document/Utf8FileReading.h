@@ -1,5 +1,6 @@
 #pragma once
 
+#include "document/EncodingManager.h"
 #include "document/TextSnapshot.h"
 #include "platform/Range.h"
 #include "platform/TextSource.h"
@@ -9,11 +10,9 @@
 
 #include <optional>
 
-class EncodingManager;
-
-/// The quick way to read the commonest file: UTF-8 text with LF line breaks that needs
-/// nothing special. Its bytes are decoded straight into the text store's chunks, with no
-/// whole string of the text on the way, and the reading gives exactly what the full one
+/// The quick way to read the commonest file: UTF-8 text that needs nothing special. Its bytes
+/// are decoded straight into the text store's chunks, with no whole string of the text on the
+/// way (line breaks made LF as they go), and the reading gives exactly what the full one
 /// (EncodingManager::contentsOfData, then the document's checks) would: the full reading
 /// is left every file where that is not certain.
 class Utf8FileReading
@@ -22,8 +21,11 @@ public:
     struct Text {
         /// The whole text, or only its start while `whole` is being decoded.
         TextSnapshot text;
-        /// 0 when the text has a line break (all of them LF), NSNotFound when it has none.
+        /// The file's line-break style: 0 LF, 1 CR, 2 CR LF, NSNotFound without any. The text
+        /// holds LFs only.
         qsizetype lineBreaks = NSNotFound;
+        /// How many of each kind the file holds, counted when it holds a CR.
+        LineBreakCounts lineBreakCounts;
         /// For a large file, the whole text, decoded on a worker thread (a pool's): `text` is
         /// then its first part, ending with a line break, for a window to show meanwhile. That
         /// part is longer than TextSource::eagerWorkLimit, so whatever treats a large text
@@ -37,8 +39,8 @@ public:
     /// Reads `data`, asked for in `encoding` (StringEncoding::NoEncoding: detected, the
     /// Japanese encodings first with `priority`), when the full reading would surely take it
     /// as UTF-8 and refuse nothing: no line longer than `lineByteLimit` bytes or `lineLimit`
-    /// characters, no CR, nothing that needs a stand-in, nothing that looks like anything but
-    /// text. Then `data` is released; otherwise nothing, and `data` is left as it was.
+    /// characters, nothing that needs a stand-in, nothing that looks like anything but text.
+    /// Then `data` is released; otherwise nothing, and `data` is left as it was.
     ///
     /// A large file is checked whole on its bytes (everything that could refuse it), and only
     /// its first part is decoded at once: decoding the rest on a worker cannot fail.

@@ -87,8 +87,10 @@ TEST(Utf8FileReading, ReadsWhatTheFullReadingReadsAndLeavesItTheRest)
         {"bytes over the limit", "x\n" + QByteArray(limit * 8 + 1, 'a') + "\n", false},
         {"ascii with escape", "\x1B$B$3$s\x1B(B\n", false},
         {"ascii with tilde brace", "a ~{<:Ky2;~} b\n", false},
-        {"crlf", "a\r\nb\r\n", false},
-        {"cr", "a\rb\r", false},
+        {"crlf", "a\r\nb\r\n", true},
+        {"cr", "a\rb\r", true},
+        {"mixed", "a\r\nb\nc\rd\r\r\n\n\re", true},
+        {"cr at the end", "a\nb\r", true},
         {"nul", QByteArray("a\0b\n", 4), false},
         {"paragraph separator",
          "a\xE2\x80\xA9"
@@ -119,7 +121,8 @@ TEST(Utf8FileReading, ReadsWhatTheFullReadingReadsAndLeavesItTheRest)
         {"large with a line over the limit", large + QByteArray(limit + 1, 'a') + "\n", false},
         {"large with a frame mark", large + "\xEF\xB7\x91\n", false},
         {"large with latin1", large + "caf\xE9\n", false},
-        {"large with a cr", large + "a\r\n", false},
+        {"large with a cr", large + "a\r\n", true},
+        {"large crlf", QByteArray(largeAscii).replace("\n", "\r\n"), true},
         {"large with a nul", large + QByteArray("a\0b\n", 4), false},
         {"large ascii with escape", largeAscii + "\x1B$B$3$s\x1B(B\n", false},
     };

@@ -16,7 +16,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cctype>
 #include <numeric>
 #include <random>
 
@@ -380,19 +379,10 @@ const Language languages[] = {
     {"Plain Text", {{"/usr/share/doc", "*.txt", true}}, {}},
 };
 
-std::string testName(const testing::TestParamInfo<Language>& info)
-{
-    std::string name;
-    for (const char* c = info.param.name; *c; ++c) {
-        name += std::isalnum(static_cast<unsigned char>(*c)) ? *c : (*c == '+' ? 'p' : '_');
-    }
-    return name;
-}
-
 } // namespace
 
 INSTANTIATE_TEST_SUITE_P(Languages, ShippedDefinitionOnRealFiles, testing::ValuesIn(languages),
-                         testName);
+                         [](const auto& info) { return testName(info.param.name); });
 
 TEST(ShippedDefinitions, NoPatternRunsIntoTheTimeLimitOnTextOfAnotherLanguage)
 {

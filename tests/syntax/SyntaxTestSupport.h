@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <initializer_list>
 #include <string>
 
@@ -75,6 +76,16 @@ inline std::string colour(const QVariantMap& definition, const QString& text, Ra
 inline std::string colour(const QVariantMap& definition, const QString& text)
 {
     return colour(definition, text, Range(0, text.size()));
+}
+
+/// A definition's name as a test's: letters and digits, "+" as "p", the rest "_".
+inline std::string testName(const char* name)
+{
+    std::string result;
+    for (const char* c = name; *c; ++c) {
+        result += std::isalnum(static_cast<unsigned char>(*c)) ? *c : (*c == '+' ? 'p' : '_');
+    }
+    return result;
 }
 
 } // namespace SyntaxTestSupport

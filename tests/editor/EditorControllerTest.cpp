@@ -15,15 +15,18 @@ TEST(EditorController, TwoPanesShowAndEditOneDocument)
     ASSERT_EQ(right->layoutManager()->document(), &document);
     EXPECT_NE(left->layoutManager(), right->layoutManager());
     EXPECT_NE(left->gutterView(), right->gutterView());
-    EXPECT_FALSE(document.isDocumentEdited());
-    EXPECT_FALSE(document.canUndo());
 
-    // Colours laid by one pane show in both; marks are the pane's own.
+    // Colours laid by one pane show in both, and never touch the document; marks are the
+    // pane's own.
     const QColor color(0, 160, 0);
+    const int revision = document.revision();
     left->layoutManager()->setTemporaryAttributes(color, {0, 5});
     for (EditorController* pane : {left.get(), right.get()}) {
         EXPECT_GT(countPixels(viewportImage(pane->textView()), QRect(0, 0, 60, 20), color, 40), 5);
     }
+    EXPECT_FALSE(document.isDocumentEdited());
+    EXPECT_FALSE(document.canUndo());
+    EXPECT_EQ(document.revision(), revision);
     left->textView()->setInvisibleCharacters(true);
     const QColor mark = left->layoutManager()->attributes().foreground().color();
     EXPECT_GT(countPixels(viewportImage(left->textView()), QRect(0, 0, 300, 80), mark), 5);
@@ -52,6 +55,8 @@ TEST(EditorController, TwoPanesShowAndEditOneDocument)
     }
     EXPECT_EQ(left->layoutManager()->temporaryAttributes({0, 30}),
               (std::vector<ColorStore::Run>{{3, 5, color.rgba()}}));
+    left->layoutManager()->removeAllTemporaryAttributes();
+    EXPECT_EQ(countPixels(viewportImage(right->textView()), QRect(0, 0, 60, 20), color, 40), 0);
 
     // A background highlight is the document's: laid through one pane, removed through the
     // other, it is gone from both.

@@ -329,41 +329,29 @@ TEST(TextAreaTest, KeysMoveTheCaretByCharacterWordRowLineAndPage)
         TextArea::Selection expected;
     };
     const qsizetype end = text.size();
+    const qsizetype row1Start = row1.location;
+    const qsizetype row0End = row0.max() - 1;
+    const auto at = [](qsizetype position) { return TextArea::Selection{position, position}; };
+    const Qt::KeyboardModifiers ctrlShift = Qt::ControlModifier | Qt::ShiftModifier;
     const Case cases[] = {
-        {"right", {0, 0}, Qt::Key_Right, {}, {1, 1}},
-        {"shift+right", {0, 0}, Qt::Key_Right, Qt::ShiftModifier, {0, 1}},
-        {"right collapses a selection to its end", {2, 5}, Qt::Key_Right, {}, {5, 5}},
-        {"left collapses a selection to its start", {5, 2}, Qt::Key_Left, {}, {2, 2}},
-        {"left over a line end", {46, 46}, Qt::Key_Left, {}, {45, 45}},
-        {"ctrl+right to the next word", {0, 0}, Qt::Key_Right, Qt::ControlModifier, {6, 6}},
-        {"ctrl+left to this word's start", {8, 8}, Qt::Key_Left, Qt::ControlModifier, {6, 6}},
-        {"ctrl+right at a line's end", {45, 45}, Qt::Key_Right, Qt::ControlModifier, {46, 46}},
-        {"ctrl+shift+right",
-         {0, 0},
-         Qt::Key_Right,
-         Qt::ControlModifier | Qt::ShiftModifier,
-         {0, 6}},
-        {"home to the row's start",
-         {row1.location + 2, row1.location + 2},
-         Qt::Key_Home,
-         {},
-         {row1.location, row1.location}},
-        {"home again to the line's start",
-         {row1.location, row1.location},
-         Qt::Key_Home,
-         {},
-         {0, 0}},
-        {"end to the row's end", {0, 0}, Qt::Key_End, {}, {row0.max() - 1, row0.max() - 1}},
-        {"end again to the line's end",
-         {row0.max() - 1, row0.max() - 1},
-         Qt::Key_End,
-         {},
-         {45, 45}},
-        {"shift+end in the last row", {47, 47}, Qt::Key_End, Qt::ShiftModifier, {47, 51}},
-        {"ctrl+home", {30, 30}, Qt::Key_Home, Qt::ControlModifier, {0, 0}},
-        {"ctrl+shift+end", {3, 3}, Qt::Key_End, Qt::ControlModifier | Qt::ShiftModifier, {3, end}},
-        {"up in the first row", {3, 3}, Qt::Key_Up, {}, {0, 0}},
-        {"down in the last row", {end - 2, end - 2}, Qt::Key_Down, {}, {end, end}},
+        {"right", at(0), Qt::Key_Right, {}, at(1)},
+        {"shift+right", at(0), Qt::Key_Right, Qt::ShiftModifier, {0, 1}},
+        {"right collapses a selection to its end", {2, 5}, Qt::Key_Right, {}, at(5)},
+        {"left collapses a selection to its start", {5, 2}, Qt::Key_Left, {}, at(2)},
+        {"left over a line end", at(46), Qt::Key_Left, {}, at(45)},
+        {"ctrl+right to the next word", at(0), Qt::Key_Right, Qt::ControlModifier, at(6)},
+        {"ctrl+left to this word's start", at(8), Qt::Key_Left, Qt::ControlModifier, at(6)},
+        {"ctrl+right at a line's end", at(45), Qt::Key_Right, Qt::ControlModifier, at(46)},
+        {"ctrl+shift+right", at(0), Qt::Key_Right, ctrlShift, {0, 6}},
+        {"home to the row's start", at(row1Start + 2), Qt::Key_Home, {}, at(row1Start)},
+        {"home again to the line's start", at(row1Start), Qt::Key_Home, {}, at(0)},
+        {"end to the row's end", at(0), Qt::Key_End, {}, at(row0End)},
+        {"end again to the line's end", at(row0End), Qt::Key_End, {}, at(45)},
+        {"shift+end in the last row", at(47), Qt::Key_End, Qt::ShiftModifier, {47, 51}},
+        {"ctrl+home", at(30), Qt::Key_Home, Qt::ControlModifier, at(0)},
+        {"ctrl+shift+end", at(3), Qt::Key_End, ctrlShift, {3, end}},
+        {"up in the first row", at(3), Qt::Key_Up, {}, at(0)},
+        {"down in the last row", at(end - 2), Qt::Key_Down, {}, at(end)},
     };
     for (const Case& test : cases) {
         SCOPED_TRACE(test.name);

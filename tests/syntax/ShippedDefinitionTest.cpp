@@ -17,7 +17,6 @@
 #include <gtest/gtest.h>
 
 #include <numeric>
-#include <random>
 
 using namespace SyntaxTestSupport;
 
@@ -239,32 +238,6 @@ std::vector<QString> typedStrings(const QVariantMap& definition)
     return result;
 }
 
-// Edits the text at random places and holds the recolouring of the lines around each
-// edit to the model.
-void expectEditsMatchTheModel(const QVariantMap& definition, QString text, const QString& path)
-{
-    SyntaxColoringEngine engine(definition);
-    engine.coloringRange(text, Range(0, text.size()));
-    const std::vector<QString> typed = typedStrings(definition);
-    std::mt19937 random(20261123);
-    auto below = [&](qsizetype n) {
-        return std::uniform_int_distribution<qsizetype>(0, std::max<qsizetype>(0, n - 1))(random);
-    };
-    for (int edit = 0; edit < 12; ++edit) {
-        const qsizetype at = below(text.size() + 1);
-        const qsizetype removed = below(std::min<qsizetype>(5, text.size() - at) + 1);
-        const QString inserted = typed[size_t(below(qsizetype(typed.size())))];
-        text.replace(at, removed, inserted);
-        engine.textDidChange(at, removed, inserted.size());
-        const qsizetype from = std::max<qsizetype>(0, at - 1000);
-        const Range visible(from, std::min<qsizetype>(2000, text.size() - from));
-        const auto expected =
-            ReferenceColoring::runs(ReferenceColoring::color(definition, text, visible));
-        ASSERT_EQ(engine.coloringRange(text, visible).runs(), expected)
-            << path.toStdString() << " after edit " << edit;
-    }
-}
-
 void PrintTo(const Language& language, std::ostream* os)
 {
     *os << language.name;
@@ -320,7 +293,8 @@ TEST_P(ShippedDefinitionOnRealFiles, ColoursAndListsFunctionsWithinTheTimeLimit)
     }
 
     for (int i = 0; i < paths.size() && i < 2; ++i) {
-        expectEditsMatchTheModel(definition, readText(paths[i]), paths[i]);
+        expectTypingMatchesModel(definition, readText(paths[i]), typedStrings(definition), 12,
+                                 paths[i].toStdString());
         if (HasFatalFailure()) {
             return;
         }

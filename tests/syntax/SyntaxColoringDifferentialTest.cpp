@@ -3,10 +3,6 @@
 // often: words inside longer words, case variants, comments inside strings, blocks that
 // open above the coloured range, blocks that overlap, words at the edges of the range.
 #include "SyntaxTestSupport.h"
-#include "document/SnapshotTextSource.h"
-#include "document/TextBuilder.h"
-#include "document/TextStore.h"
-#include "platform/PropertyList.h"
 #include "platform/TextSource.h"
 
 #include <QFile>
@@ -187,32 +183,6 @@ void expectSame(const QVariantMap& definition, const QString& text, const Syntax
         << QJsonDocument::fromVariant(definition).toJson(QJsonDocument::Compact).toStdString();
 }
 
-/// A document's text coloured as a view colours it: the text is a store, which keeps it in
-/// chunks, read through a snapshot of it, and the engine follows the store's changes.
-struct ColouredDocument {
-    ColouredDocument(const QString& text, const QVariantMap& definition)
-        : engine(definition)
-    {
-        TextBuilder builder;
-        builder.append(text);
-        store.setLoadedText(builder.finish());
-        source.setSnapshot(store.text());
-        QObject::connect(&store, &TextStore::contentsChange, [this](const TextChange& change) {
-            source.setSnapshot(store.text());
-            engine.textDidChange(change.position, change.charsRemoved, change.charsAdded);
-        });
-        engine.coloringRange(source, Range(0, text.size()));
-    }
-    void replace(qsizetype at, qsizetype removed, const QString& inserted)
-    {
-        store.replace(at, removed, inserted);
-    }
-
-    TextStore store;
-    SnapshotTextSource source;
-    SyntaxColoringEngine engine;
-};
-
 } // namespace
 
 TEST(SyntaxColoringDifferential, FullAndPartialColouringMatchTheModel)
@@ -325,50 +295,16 @@ TEST(SyntaxColoringDifferential, AWindowOfTheColouringIsTheColouringCutToTheWind
 
 namespace {
 
-// Edits a real file like a person would (comment and string delimiters, line breaks, whole
-// words) and holds every recolouring of the lines around the edit to the model, both of the
-// file's text in one piece and of a document's store, which keeps it in chunks: scans that run
-// on far past the edit read the chunks where they lie and copy only what crosses from one
-// to the next.
+// A real file edited with the delimiters and words of its language.
 void typeInto(const QString& path, const QString& definitionName, std::vector<QString> typed)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         return;
     }
-    QString text = QString::fromUtf8(file.readAll());
-    const QVariantMap definition =
-        PropertyList::readDictionary(
-            QStringLiteral(":/SyntaxDefinition/%1.plist").arg(definitionName))
-            .value();
-    SyntaxColoringEngine engine(definition);
-    engine.coloringRange(text, Range(0, text.size()));
-    ColouredDocument copy(text, definition);
-
-    Generator random(31337);
     typed.insert(typed.end(), {"x", "\n", " ", "'", "\""});
-    for (int edit = 0; edit < 120; ++edit) {
-        const qsizetype at = random.below(int(text.size()));
-        const qsizetype removed =
-            random.chance(40) ? random.below(int(std::min<qsizetype>(6, text.size() - at))) : 0;
-        const QString inserted = random.chance(85) ? random.pick(typed) : QString();
-        text.replace(at, removed, inserted);
-        engine.textDidChange(at, removed, inserted.size());
-        copy.replace(at, removed, inserted);
-
-        // About sixty lines around the edit, as a text view shows them.
-        const qsizetype from = std::max<qsizetype>(0, at - 1500);
-        const Range visible(from, std::min<qsizetype>(3000, text.size() - from));
-        expectSame(definition, text, engine.coloringRange(text, visible), visible,
-                   path.toUtf8().constData());
-        const qint64 copied = copy.source.copiedCharacters();
-        expectSame(definition, text, copy.engine.coloringRange(copy.source, visible), visible,
-                   "through the document's store");
-        EXPECT_LT(copy.source.copiedCharacters() - copied, visible.length + text.size() / 64);
-        if (::testing::Test::HasFatalFailure()) {
-            return;
-        }
-    }
+    expectTypingMatchesModel(shipped(definitionName), QString::fromUtf8(file.readAll()), typed, 120,
+                             path.toStdString());
 }
 
 } // namespace

@@ -1,6 +1,9 @@
 #pragma once
 
 #include "ReferenceColoring.h"
+#include "document/SnapshotTextSource.h"
+#include "document/TextBuilder.h"
+#include "document/TextStore.h"
 #include "platform/PropertyList.h"
 #include "syntax/SyntaxColoring.h"
 #include "syntax/SyntaxColoringEngine.h"
@@ -12,6 +15,7 @@
 
 #include <cctype>
 #include <initializer_list>
+#include <random>
 #include <string>
 
 /// Small builders for definitions and a readable picture of a colouring.
@@ -76,6 +80,72 @@ inline std::string colour(const QVariantMap& definition, const QString& text, Ra
 inline std::string colour(const QVariantMap& definition, const QString& text)
 {
     return colour(definition, text, Range(0, text.size()));
+}
+
+/// A document's text coloured as a view colours it: the text is a store, which keeps it in
+/// chunks, read through a snapshot of it, and the engine follows the store's changes.
+struct ColouredDocument {
+    ColouredDocument(const QString& text, const QVariantMap& definition)
+        : engine(definition)
+    {
+        TextBuilder builder;
+        builder.append(text);
+        store.setLoadedText(builder.finish());
+        source.setSnapshot(store.text());
+        QObject::connect(&store, &TextStore::contentsChange, [this](const TextChange& change) {
+            source.setSnapshot(store.text());
+            engine.textDidChange(change.position, change.charsRemoved, change.charsAdded);
+        });
+        engine.coloringRange(source, Range(0, text.size()));
+    }
+    void replace(qsizetype at, qsizetype removed, const QString& inserted)
+    {
+        store.replace(at, removed, inserted);
+    }
+
+    TextStore store;
+    SnapshotTextSource source;
+    SyntaxColoringEngine engine;
+};
+
+/// Edits `text` at random places with strings from `typed`, as a person types, and holds the
+/// recolouring of the lines around each edit to the model: of the text in one piece and of a
+/// document's store, which keeps it in chunks. Scans that run on far past an edit read the
+/// chunks where they lie and copy only what crosses from one to the next.
+inline void expectTypingMatchesModel(const QVariantMap& definition, QString text,
+                                     const std::vector<QString>& typed, int edits,
+                                     const std::string& label)
+{
+    SyntaxColoringEngine engine(definition);
+    engine.coloringRange(text, Range(0, text.size()));
+    ColouredDocument copy(text, definition);
+    std::mt19937 random(31337);
+    const auto below = [&](qsizetype n) {
+        return std::uniform_int_distribution<int>(0, int(n) - 1)(random);
+    };
+    for (int edit = 0; edit < edits; ++edit) {
+        const qsizetype at = below(text.size());
+        const qsizetype removed =
+            below(100) < 40 ? below(std::min<qsizetype>(6, text.size() - at)) : 0;
+        const QString inserted =
+            below(100) < 85 ? typed[size_t(below(qsizetype(typed.size())))] : QString();
+        text.replace(at, removed, inserted);
+        engine.textDidChange(at, removed, inserted.size());
+        copy.replace(at, removed, inserted);
+
+        // About sixty lines around the edit, as a text view shows them.
+        const qsizetype from = std::max<qsizetype>(0, at - 1500);
+        const Range visible(from, std::min<qsizetype>(3000, text.size() - from));
+        const auto expected =
+            ReferenceColoring::runs(ReferenceColoring::color(definition, text, visible));
+        ASSERT_EQ(engine.coloringRange(text, visible).runs(), expected)
+            << label << " after edit " << edit;
+        const qint64 copied = copy.source.copiedCharacters();
+        ASSERT_EQ(copy.engine.coloringRange(copy.source, visible).runs(), expected)
+            << label << " through the document's store, after edit " << edit;
+        EXPECT_LT(copy.source.copiedCharacters() - copied, visible.length + text.size() / 64)
+            << label;
+    }
 }
 
 /// A definition's name as a test's: letters and digits, "+" as "p", the rest "_".

@@ -8,31 +8,27 @@ using namespace EditorTest;
 
 namespace {
 
-/// A pane on its own document with the typing settings given.
-struct Typing {
-    std::unique_ptr<Document> owned;
-    Document& document = *owned;
-    std::unique_ptr<EditorController> pane;
-    TextView* view = nullptr;
+EditorSettings typingSettings(bool spaceTab)
+{
+    EditorSettings settings = shippedSettings();
+    settings.spaceTab = spaceTab;
+    settings.autoComplete = false;
+    return settings;
+}
 
+/// A pane with the focus and the insertion point at the end of its text.
+struct Typing : Pane {
     explicit Typing(bool spaceTab, const QString& text = QString())
-        : owned(makeDocument(text))
+        : Pane(text, typingSettings(spaceTab))
     {
-        EditorSettings settings = shippedSettings();
-        settings.spaceTab = spaceTab;
-        settings.autoComplete = false;
-        pane = makePane(&document, settings);
-        view = pane->textView();
-        view->setFocus();
-        view->setSelectedRange({text.size(), 0});
+        view()->setFocus();
+        select({text.size(), 0});
     }
-    QString text() const { return document.storedText(); }
-    qsizetype caret() const { return view->cursorPosition(); }
+    qsizetype caret() const { return view()->cursorPosition(); }
     /// The range of the find indicator shown now, if any.
     Range indicated() const
     {
-        const auto shown = view->viewport()->findChildren<FindIndicator*>();
-        for (FindIndicator* indicator : shown) {
+        for (FindIndicator* indicator : view()->viewport()->findChildren<FindIndicator*>()) {
             if (indicator->isVisible()) {
                 return indicator->range();
             }
@@ -45,20 +41,20 @@ TEST(Typing, KeysRunTheTypingRulesWithThePanesSettings)
 {
     // The rules themselves are TypingRules' (see its tests); here the keys reach them.
     Typing typing(true, QStringLiteral("  if (x) {"));
-    QTest::keyClick(typing.view, Qt::Key_Return);
+    QTest::keyClick(typing.view(), Qt::Key_Return);
     EXPECT_EQ(typing.text(), QStringLiteral("  if (x) {\n      \n  }"));
     EXPECT_EQ(typing.caret(), 17);
     // The "}" put in is shown, as a typed one's opening bracket would be.
     EXPECT_EQ(typing.indicated(), Range(typing.text().size() - 1, 1));
-    QTest::keyClick(typing.view, Qt::Key_Tab);
+    QTest::keyClick(typing.view(), Qt::Key_Tab);
     EXPECT_EQ(typing.caret(), 21);
-    QTest::keyClick(typing.view, Qt::Key_Backspace);
-    QTest::keyClick(typing.view, Qt::Key_Backspace);
+    QTest::keyClick(typing.view(), Qt::Key_Backspace);
+    QTest::keyClick(typing.view(), Qt::Key_Backspace);
     EXPECT_EQ(typing.text(), QStringLiteral("  if (x) {\n  \n  }"));
 
     Typing off(false, QStringLiteral("  {"));
-    off.view->setAutoIndent(false);
-    QTest::keyClick(off.view, Qt::Key_Return);
+    off.view()->setAutoIndent(false);
+    QTest::keyClick(off.view(), Qt::Key_Return);
     EXPECT_EQ(off.text(), QStringLiteral("  {\n"));
 }
 
@@ -66,15 +62,15 @@ TEST(Typing, EachRuleIsOneUndoStepNamedAsTheViewsCommand)
 {
     Typing typing(false, QStringLiteral("a\n\tb\nc"));
     const Document* names = &typing.document;
-    typing.view->setSelectedRange({2, 4});
-    typing.view->shiftRight();
+    typing.view()->setSelectedRange({2, 4});
+    typing.view()->shiftRight();
     EXPECT_EQ(typing.text(), QStringLiteral("a\n\t\tb\n\tc"));
-    EXPECT_EQ(typing.view->selectedRange(), Range(3, 5));
+    EXPECT_EQ(typing.view()->selectedRange(), Range(3, 5));
     EXPECT_EQ(names->undoActionName(), QStringLiteral("Shift Right"));
     // Nothing to shift left on the first line: no step at all, so undo takes back the shift
     // right.
-    typing.view->setSelectedRange({0, 1});
-    typing.view->shiftLeft();
+    typing.view()->setSelectedRange({0, 1});
+    typing.view()->shiftLeft();
     EXPECT_EQ(names->undoActionName(), QStringLiteral("Shift Right"));
     typing.document.undo();
     EXPECT_EQ(typing.text(), QStringLiteral("a\n\tb\nc"));
@@ -82,12 +78,12 @@ TEST(Typing, EachRuleIsOneUndoStepNamedAsTheViewsCommand)
 
     // Return with its indentation and closing brace is one unnamed step; typing undoes a
     // word at a time (the blank, then the brace that starts a new word).
-    typing.view->setAutoIndentClosingBraces(true);
-    typing.view->setSelectedRange({typing.text().size(), 0});
+    typing.view()->setAutoIndentClosingBraces(true);
+    typing.view()->setSelectedRange({typing.text().size(), 0});
     const QString shifted = typing.text();
-    QTest::keyClicks(typing.view, QStringLiteral(" {"));
+    QTest::keyClicks(typing.view(), QStringLiteral(" {"));
     const QString typed = typing.text();
-    QTest::keyClick(typing.view, Qt::Key_Return);
+    QTest::keyClick(typing.view(), Qt::Key_Return);
     EXPECT_EQ(typing.text(), typed + QStringLiteral("\n\t\t\n\t}"));
     EXPECT_TRUE(names->undoActionName().isEmpty());
     typing.document.undo();
@@ -104,13 +100,13 @@ TEST(Typing, EachRuleIsOneUndoStepNamedAsTheViewsCommand)
 TEST(Typing, ClosingBracketsFlashTheirOpeningOrBeep)
 {
     Typing typing(false, QStringLiteral("((a)(b)"));
-    QTest::keyClicks(typing.view, QStringLiteral(")"));
+    QTest::keyClicks(typing.view(), QStringLiteral(")"));
     EXPECT_EQ(typing.indicated(), Range(1, 1));
 
     // No "(" in the visible text: a beep and no flash.
     Typing lone(false, QStringLiteral("a"));
     const int beeps = SystemBeep::count();
-    QTest::keyClicks(lone.view, QStringLiteral(")"));
+    QTest::keyClicks(lone.view(), QStringLiteral(")"));
     EXPECT_EQ(SystemBeep::count(), beeps + 1);
     EXPECT_TRUE(lone.indicated().isNotFound());
     EXPECT_EQ(lone.text(), QStringLiteral("a)"));
@@ -121,30 +117,30 @@ TEST(Typing, ClosingBracketsFlashTheirOpeningOrBeep)
         many += QStringLiteral("line\n");
     }
     Typing far(false, many);
-    far.view->ensureCursorVisible();
-    QTest::keyClicks(far.view, QStringLiteral(")"));
+    far.view()->ensureCursorVisible();
+    QTest::keyClicks(far.view(), QStringLiteral(")"));
     EXPECT_EQ(SystemBeep::count(), beeps + 2);
 
     // Chevrons only when the pane matches them.
     Typing chevron(false, QStringLiteral("<a"));
-    chevron.view->setUsedChevronMatching(true);
-    QTest::keyClicks(chevron.view, QStringLiteral(">"));
+    chevron.view()->setUsedChevronMatching(true);
+    QTest::keyClicks(chevron.view(), QStringLiteral(">"));
     EXPECT_EQ(chevron.indicated(), Range(0, 1));
 
     // The "}" of automatic indentation is not matched.
     Typing automatic(false, QStringLiteral("}"));
-    automatic.view->setUsedIndentClosingBraces(true);
-    automatic.view->insertText(QStringLiteral("}"));
+    automatic.view()->setUsedIndentClosingBraces(true);
+    automatic.view()->insertText(QStringLiteral("}"));
     EXPECT_EQ(SystemBeep::count(), beeps + 2);
 }
 
 TEST(Typing, AClickTellsTheWindowFirst)
 {
     Typing typing(false, QStringLiteral("abc"));
-    QSignalSpy spy(typing.view, &TextView::mouseDown);
-    QTest::mouseClick(typing.view->viewport(), Qt::LeftButton, Qt::NoModifier, QPoint(5, 5));
+    QSignalSpy spy(typing.view(), &TextView::mouseDown);
+    QTest::mouseClick(typing.view()->viewport(), Qt::LeftButton, Qt::NoModifier, QPoint(5, 5));
     ASSERT_EQ(spy.count(), 1);
-    EXPECT_EQ(spy.first().first().value<TextView*>(), typing.view);
+    EXPECT_EQ(spy.first().first().value<TextView*>(), typing.view());
     EXPECT_EQ(typing.caret(), 0);
 }
 

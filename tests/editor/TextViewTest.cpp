@@ -28,7 +28,6 @@ TEST(TextView, TabAdvancesByTabWidthSpacesOfTheFixedPitchFont)
         QTest::keyClick(view, Qt::Key_Tab);
         QTest::keyClicks(view, QStringLiteral("x"));
         ASSERT_EQ(pane.text(), QStringLiteral("\tx"));
-        EXPECT_NEAR(view->tabStopDistance(), space * width, 0.01);
         EXPECT_NEAR(xOf(view, 1) - xOf(view, 0), space * width, 1.0) << width;
     }
 }
@@ -53,7 +52,6 @@ TEST(TextView, InsertionPointIsDrawnInItsOwnColour)
     settings.insertionPointColor = QColor(255, 0, 0);
     Pane pane(QStringLiteral("abc"), settings);
     TextView* view = pane.view();
-    ASSERT_EQ(view->insertionPointColor(), QColor(255, 0, 0));
     // The insertion point shows while the view has the focus.
     QFocusEvent focusIn(QEvent::FocusIn, Qt::OtherFocusReason);
     QCoreApplication::sendEvent(view, &focusIn);

@@ -400,11 +400,7 @@ struct PaintedArea : QObject {
 
 TEST(Completion, TheProposalRepaintsOnlyItsLine)
 {
-    QString text;
-    for (int i = 0; i < 40; ++i) {
-        text += QStringLiteral("print printf Print\n");
-    }
-    Completing pane(text + QStringLiteral("pr"));
+    Completing pane(QStringLiteral("print printf Print\n").repeated(40) + QStringLiteral("pr"));
     pane.view()->centerCursor();
     PaintedArea painted;
     pane.view()->viewport()->installEventFilter(&painted);

@@ -41,20 +41,12 @@ QRgb keywords()
     return SyntaxManager::sharedSyntaxManager().keywordsColor().rgba();
 }
 
-QString lines(const QString& line, int count)
-{
-    QString text;
-    for (int i = 0; i < count; ++i) {
-        text += line;
-    }
-    return text;
-}
-
 } // namespace
 
 TEST(SyntaxColoringController, BothPanesOfADocumentAreColoured)
 {
-    const auto owned = EditorTest::makeDocument(QStringLiteral("int a;\n") + lines("x = 1;\n", 20));
+    const auto owned = EditorTest::makeDocument(QStringLiteral("int a;\n") +
+                                                QStringLiteral("x = 1;\n").repeated(20));
     Document& document = *owned;
     auto first = EditorTest::makePane(&document);
     auto second = EditorTest::makePane(&document);
@@ -93,7 +85,7 @@ TEST(SyntaxColoringController, BothPanesOfADocumentAreColoured)
 
 TEST(SyntaxColoringController, PastingMoreThan900CharactersColoursTheWholeTextWherever)
 {
-    EditorTest::Pane pane(lines("x = 1;\n", 20));
+    EditorTest::Pane pane(QStringLiteral("x = 1;\n").repeated(20));
     Document& document = pane.document;
     TextView* view = pane.view();
     view->setSyntaxDictionay(kCDefinition);
@@ -119,7 +111,8 @@ TEST(SyntaxColoringController, PastingMoreThan900CharactersColoursTheWholeTextWh
 
 TEST(SyntaxColoringController, WholeTextColouringRunsInSlicesBehindTheIndicator)
 {
-    EditorTest::Pane pane(lines("int value = 42; /* note */ return value;\n", 100000));
+    EditorTest::Pane pane(
+        QStringLiteral("int value = 42; /* note */ return value;\n").repeated(100000));
     TextView* view = pane.view();
     QProgressBar indicator;
     view->setIndicator(&indicator);

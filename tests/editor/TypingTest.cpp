@@ -112,11 +112,7 @@ TEST(Typing, ClosingBracketsFlashTheirOpeningOrBeep)
     EXPECT_EQ(lone.text(), QStringLiteral("a)"));
 
     // A "(" scrolled out of view is not found.
-    QString many = QStringLiteral("(\n");
-    for (int i = 0; i < 200; ++i) {
-        many += QStringLiteral("line\n");
-    }
-    Typing far(false, many);
+    Typing far(false, QStringLiteral("(\n") + QStringLiteral("line\n").repeated(200));
     far.view()->ensureCursorVisible();
     QTest::keyClicks(far.view(), QStringLiteral(")"));
     EXPECT_EQ(SystemBeep::count(), beeps + 2);

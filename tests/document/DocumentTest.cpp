@@ -14,7 +14,6 @@ namespace {
 
 constexpr quint64 kUTF8 = 4;
 constexpr quint64 kLatin1 = 5;
-constexpr quint64 kShiftJIS = 8;
 constexpr quint64 kUTF16 = 10;
 constexpr quint64 kMacRoman = 30;
 constexpr quint64 kNone = ~quint64(0);
@@ -142,17 +141,6 @@ TEST(Document, FailedSavesLeaveTheFileAndTheDocumentAsTheyWere)
     // The undoable replacement restores the text on undo.
     document.undo();
     EXPECT_EQ(document.string(), "old bytes\n");
-}
-
-// What cannot be read at all is refused by the loader (see TextLoaderTest and HostileFileTest).
-TEST(Document, AnEmptyFileTakesTheDefaultEncoding)
-{
-    const QString empty = TestSupport::writeFile(TestSupport::makeTempDir() + "/empty.txt", "");
-    DocumentSettings settings = TestSupport::documentSettings();
-    settings.defaultsTextEncoding = kShiftJIS;
-    Document document(TestSupport::encodings(), settings);
-    ASSERT_TRUE(document.readFromURL(empty, QString()));
-    EXPECT_EQ(document.documentEncoding(), kShiftJIS);
 }
 
 TEST(Document, AttributeValues)

@@ -149,6 +149,9 @@ TEST(Utf8FileReading, ReadsWhatTheFullReadingReadsAndLeavesItTheRest)
         EXPECT_EQ(quick.stored, full.stored);
         EXPECT_EQ(quick.string, full.string);
         EXPECT_EQ(quick.lines, full.lines);
+        if (c.bytes.isEmpty()) {
+            EXPECT_EQ(full.encoding, 5u); // the default
+        }
         if (c.quick) {
             EXPECT_TRUE(quick.read) << qPrintable(quick.error);
             EXPECT_EQ(quick.encoding, kUTF8);

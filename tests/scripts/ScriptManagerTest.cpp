@@ -274,24 +274,6 @@ bool processGone(qint64 pid)
     return fields.mid(fields.lastIndexOf(')') + 2, 1) == "Z";
 }
 
-QAction* stopScriptItem(Document* document)
-{
-    return DocumentController::sharedDocumentController()
-        .windowControllerOf(document)
-        ->window()
-        ->findChild<QAction*>(QStringLiteral("stopScript"));
-}
-
-void closeWindowOf(Document* document)
-{
-    DocumentWindow* window =
-        DocumentController::sharedDocumentController().windowControllerOf(document)->window();
-    window->setCloseHandler(nullptr);
-    window->close();
-    // The window goes when control is back in the event loop, as in the running editor.
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-}
-
 } // namespace
 
 TEST_F(ScriptRunning, OutputBeyondTheLimitStopsTheScript)
@@ -323,7 +305,7 @@ TEST_F(ScriptRunning, OutputBeyondTheLimitStopsTheScript)
 TEST_F(ScriptRunning, StopScriptEndsTheScriptAndWhatItStarted)
 {
     Document* document = openDocument(QString());
-    QAction* stop = stopScriptItem(document);
+    QAction* stop = windowOf(document)->window()->findChild<QAction*>(u"stopScript"_qs);
     ASSERT_NE(stop, nullptr);
     EXPECT_EQ(stop->text(), "Stop Script");
     EXPECT_FALSE(stop->isEnabled());

@@ -26,13 +26,17 @@
 
 namespace ScriptTestSupport {
 
+inline WindowController* windowOf(Document* document)
+{
+    return DocumentController::sharedDocumentController().windowControllerOf(document);
+}
+
 /// Opens a document window holding `text` with `selection` (location, length) selected.
 inline Document* openDocument(const QString& text, qsizetype location = 0, qsizetype length = 0)
 {
-    DocumentController& documents = DocumentController::sharedDocumentController();
-    Document* document = documents.newDocument();
+    Document* document = DocumentController::sharedDocumentController().newDocument();
     document->setLoadedText(text);
-    TextView* view = documents.windowControllerOf(document)->textView();
+    TextView* view = windowOf(document)->textView();
     view->setSelection(location, location + length);
     // Scripts act on the front window: wait until the window system made it active.
     view->window()->activateWindow();
@@ -40,17 +44,22 @@ inline Document* openDocument(const QString& text, qsizetype location = 0, qsize
     return document;
 }
 
-inline TextView* textViewOf(Document* document)
+/// Closes a document's window without asking; it goes when control is back in the event
+/// loop, as in the running editor.
+inline void closeWindowOf(Document* document)
 {
-    return DocumentController::sharedDocumentController().windowControllerOf(document)->textView();
+    DocumentWindow* window = windowOf(document)->window();
+    window->setCloseHandler(nullptr);
+    window->close();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
 /// Closes every document window without asking.
 inline void closeAllDocuments()
 {
-    DocumentController& documents = DocumentController::sharedDocumentController();
-    for (Document* document : std::vector<Document*>(documents.documents())) {
-        if (WindowController* controller = documents.windowControllerOf(document)) {
+    for (Document* document :
+         std::vector<Document*>(DocumentController::sharedDocumentController().documents())) {
+        if (WindowController* controller = windowOf(document)) {
             controller->window()->setCloseHandler(nullptr);
             controller->window()->close();
         }
@@ -113,11 +122,8 @@ protected:
     }
     static QMenu* scriptsMenuOf(Document* document)
     {
-        return DocumentController::sharedDocumentController()
-            .windowControllerOf(document)
-            ->window()
-            ->menuBar()
-            ->findChild<QMenu*>(QStringLiteral("scriptsMenu"));
+        return windowOf(document)->window()->menuBar()->findChild<QMenu*>(
+            QStringLiteral("scriptsMenu"));
     }
     static QStringList itemTitles(QMenu* menu, bool withFixed = false)
     {

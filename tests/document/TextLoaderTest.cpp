@@ -85,10 +85,8 @@ TEST(TextLoaderTest, LoadingGivesTheTextThatDecodingTheWholeFileGives)
 
         const QString path = fileWith(test.bytes);
         for (const TextLoader::Result& result :
-             {TextLoader::load(EncodingManager::sharedEncodingManager(), path, test.encoding,
-                               false),
-              TextLoader::loadData(EncodingManager::sharedEncodingManager(), test.bytes,
-                                   test.encoding, false)}) {
+             {TextLoader::load(encodings, path, test.encoding, false),
+              TextLoader::loadData(encodings, test.bytes, test.encoding, false)}) {
             ASSERT_EQ(result.status, TextLoader::Status::Loaded);
             EXPECT_EQ(result.text.string(), expected);
             EXPECT_EQ(result.encoding, encoding);

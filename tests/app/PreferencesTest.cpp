@@ -22,7 +22,9 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <functional>
+#include <numeric>
 #include <vector>
 
 namespace {
@@ -66,44 +68,26 @@ QVariant syntaxColor(const Followers& f, SyntaxColoring::Category category)
     return f.root.syntaxManager().colorForCategory(category);
 }
 
-/// How many pushes of each part, and readings, took place while it lives.
+/// How many pushes of each part (indexed by Part), and readings, took place while it lives.
 struct Pushes {
-    int application = 0;
-    int document = 0;
-    int editor = 0;
-    int syntaxColors = 0;
+    std::array<int, 5> of{};
     int readings = 0;
     QObject context;
 
     explicit Pushes(Preferences& preferences)
     {
+        const auto count = [this](Part part) { return [this, part] { ++of[int(part)]; }; };
         QObject::connect(&preferences, &Preferences::applicationSettingsChanged, &context,
-                         [this] { ++application; });
+                         count(Part::Application));
         QObject::connect(&preferences, &Preferences::documentSettingsChanged, &context,
-                         [this] { ++document; });
+                         count(Part::Document));
         QObject::connect(&preferences, &Preferences::editorSettingsChanged, &context,
-                         [this] { ++editor; });
+                         count(Part::Editor));
         QObject::connect(&preferences, &Preferences::syntaxColorsChanged, &context,
-                         [this] { ++syntaxColors; });
+                         count(Part::SyntaxColors));
         QObject::connect(&preferences, &Preferences::reloaded, &context, [this] { ++readings; });
     }
-    int of(Part part) const
-    {
-        switch (part) {
-        case Part::Application:
-            return application;
-        case Part::Document:
-            return document;
-        case Part::Editor:
-            return editor;
-        case Part::SyntaxColors:
-            return syntaxColors;
-        case Part::None:
-            break;
-        }
-        return 0;
-    }
-    int total() const { return application + document + editor + syntaxColors; }
+    int total() const { return std::accumulate(of.begin(), of.end(), 0); }
 };
 
 void postUpdatePreferences()
@@ -272,8 +256,8 @@ TEST(Preferences, EverySettingIsReadPushedOnceWhenChangedAndFollowed)
             const Pushes pushes(root.preferences());
             postUpdatePreferences();
             EXPECT_EQ(pushes.readings, 1) << row.key;
-            EXPECT_EQ(pushes.of(row.part), row.part == Part::None ? 0 : 1) << row.key;
-            EXPECT_EQ(pushes.total(), pushes.of(row.part)) << row.key;
+            EXPECT_EQ(pushes.of[int(row.part)], row.part == Part::None ? 0 : 1) << row.key;
+            EXPECT_EQ(pushes.total(), pushes.of[int(row.part)]) << row.key;
         }
         EXPECT_EQ(row.shown(f), row.expected) << row.key;
         EXPECT_EQ(root.preferences().values(), PreferencesValues::read(store)) << row.key;

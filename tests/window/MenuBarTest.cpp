@@ -30,13 +30,7 @@ QAction* fileMenuItem(Document* document, const QString& title)
 {
     WindowController* controller =
         DocumentController::sharedDocumentController().windowControllerOf(document);
-    QMenu* file = controller->window()->menuBar()->findChild<QMenu*>(QStringLiteral("fileMenu"));
-    for (QAction* item : file->actions()) {
-        if (item->text().remove(u'&') == title) {
-            return item;
-        }
-    }
-    return nullptr;
+    return itemTitled(controller->window()->menuBar()->findChild<QMenu*>("fileMenu"), title);
 }
 
 /// Triggers `item` and hands the panel it shows to `use` once it is on screen.

@@ -16,6 +16,17 @@
 
 #include <gtest/gtest.h>
 
+/// The item of `menu` titled `title` (its mnemonic's '&' aside), or null.
+inline QAction* itemTitled(const QMenu* menu, const QString& title)
+{
+    for (QAction* item : menu->actions()) {
+        if (QString(item->text()).remove(u'&') == title) {
+            return item;
+        }
+    }
+    return nullptr;
+}
+
 /// A document window with its menus, as the document controller makes one, on a document of
 /// the test's own that it deletes, window and all, at the end.
 struct TestWindow {
@@ -55,12 +66,7 @@ struct TestWindow {
     /// The item of the menu named `menuName` titled `title`.
     QAction* action(const QString& menuName, const QString& title) const
     {
-        for (QAction* item : menu->menuNamed(menuName)->actions()) {
-            if (item->text() == title) {
-                return item;
-            }
-        }
-        return nullptr;
+        return itemTitled(menu->menuNamed(menuName), title);
     }
 };
 

@@ -276,12 +276,7 @@ TEST(WindowController, EncodingAndLineBreakItems)
     }
     EXPECT_EQ(checked, 1);
     // Choosing one of the others reopens in it, through the Encoding menu's own handling.
-    QAction* cyrillic = nullptr;
-    for (QAction* item : others->actions()) {
-        if (item->text() == u"Cyrillic (Windows)") {
-            cyrillic = item;
-        }
-    }
+    QAction* cyrillic = itemTitled(others, QStringLiteral("Cyrillic (Windows)"));
     ASSERT_NE(cyrillic, nullptr);
     cyrillic->trigger();
     EXPECT_EQ(window.document->documentEncoding(), 0x80000502u);

@@ -209,46 +209,6 @@ TEST(SidebarView, SearchPaneAndFindCommands)
     resetEngine();
 }
 
-TEST(SidebarView, UndoOfReplaceAllRestoresTheTextAndTakesTheHighlightAway)
-{
-    resetEngine();
-    const QString text = QStringLiteral("one two one three one\nfour one");
-    Window window(text);
-    window.controller->swicthSidebarType(SidebarView::SearchType);
-    SearchController* pane = window.sidebar()->searchController();
-    pane->caseSensitiveCheckButton()->setChecked(true);
-    pane->regularExpressionCheckButton()->setChecked(false);
-    pane->replaceAllCheckButton()->setChecked(true);
-    QTest::keyClicks(pane->searchField(), "one");
-    QTest::keyClicks(pane->replaceFeild(), "1");
-    QTest::keyClick(pane->searchField(), Qt::Key_Return);
-    TextView* view = window.controller->textView();
-    LayoutManager* layout = view->layoutManager();
-    EXPECT_TRUE(layout->hasBackgroundHighlights());
-
-    QTest::keyClick(pane->replaceFeild(), Qt::Key_Return);
-    EXPECT_EQ(window.document->storedText(), "1 two 1 three 1\nfour 1");
-    EXPECT_EQ(pane->findLabel()->text(), "Find String :");
-
-    view->undo();
-    EXPECT_EQ(window.document->storedText(), text);
-    EXPECT_FALSE(layout->hasBackgroundHighlights());
-    EXPECT_FALSE(SearchManager::sharedSearchManager().backgroundHighlight());
-
-    // Typing after a find takes the highlight away too.
-    QTest::keyClick(pane->searchField(), Qt::Key_Return);
-    EXPECT_TRUE(layout->hasBackgroundHighlights());
-    QTest::keyClicks(view, "x");
-    EXPECT_FALSE(layout->hasBackgroundHighlights());
-    // Typing is a step without a name, and leaves nothing to redo.
-    QMenu* edit = window.menu->menuNamed("editMenu");
-    QMetaObject::invokeMethod(edit, "aboutToShow");
-    EXPECT_EQ(edit->actions().at(0)->text(), "&Undo");
-    EXPECT_EQ(edit->actions().at(1)->text(), "&Redo");
-    pane->replaceAllCheckButton()->setChecked(false);
-    resetEngine();
-}
-
 TEST(SidebarView, TheHighlightedStateFollowsWhatTheWindowShows)
 {
     resetEngine();
@@ -267,6 +227,21 @@ TEST(SidebarView, TheHighlightedStateFollowsWhatTheWindowShows)
         const char* name;
         std::function<void()> removeHighlight;
     } removals[] = {
+        {"typing, then undoing it",
+         [&] {
+             QTest::keyClicks(view, "x");
+             EXPECT_FALSE(layout->hasBackgroundHighlights());
+             view->undo();
+         }},
+        {"undoing a Replace All",
+         [&] {
+             pane->replaceAllCheckButton()->setChecked(true);
+             QTest::keyClick(pane->replaceFeild(), Qt::Key_Return);
+             EXPECT_EQ(window.document->storedText(), "X\nbar X\nbaz X\n");
+             EXPECT_EQ(pane->findLabel()->text(), "Find String :");
+             pane->replaceAllCheckButton()->setChecked(false);
+             view->undo();
+         }},
         {"Wrap Lines", [&] { window.action("viewMenu", "Wrap Lines")->trigger(); }},
         {"closing the preferences",
          [&] {

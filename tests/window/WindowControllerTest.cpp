@@ -193,7 +193,6 @@ TEST(WindowController, TogglesApplyToThePanesAndTheMenus)
     Window window(QStringLiteral("text"));
     window.controller->toggleSplitView(window.controller);
     ASSERT_EQ(window.controller->textViews().size(), 2u);
-    MainMenu& menu = *window.menu;
     struct Toggle {
         int tag;
         const char* setting;
@@ -241,7 +240,7 @@ TEST(WindowController, TogglesApplyToThePanesAndTheMenus)
     UserDefaults& defaults = UserDefaults::standardUserDefaults();
     for (const Toggle& toggle : toggles) {
         SCOPED_TRACE(toggle.setting);
-        QAction* item = menu.actionWithTag(toggle.tag);
+        QAction* item = window.menu->actionWithTag(toggle.tag);
         ASSERT_NE(item, nullptr);
         const bool on = defaults.boolForKey(toggle.setting);
         shows(toggle, item, on);
@@ -260,8 +259,7 @@ TEST(WindowController, TogglesApplyToThePanesAndTheMenus)
 TEST(WindowController, EncodingAndLineBreakItems)
 {
     Window window(QStringLiteral("text"), QStringLiteral("None:Perl"));
-    MainMenu& menu = *window.menu;
-    QMenu* encodings = menu.menuNamed("encodingMenu");
+    QMenu* encodings = window.menu->menuNamed("encodingMenu");
     ASSERT_NE(encodings, nullptr);
     // The list's encodings, one of them checked, then a separator and the submenu of the others.
     QList<QAction*> list = encodings->actions();
@@ -284,7 +282,7 @@ TEST(WindowController, EncodingAndLineBreakItems)
     window.controller->validateMenuItem(cyrillic);
     EXPECT_TRUE(cyrillic->isChecked());
 
-    QMenu* lineBreaks = menu.menuNamed("lineBreaksMenu");
+    QMenu* lineBreaks = window.menu->menuNamed("lineBreaksMenu");
     window.controller->setLineBreaks(2);
     for (QAction* item : lineBreaks->actions()) {
         window.controller->validateMenuItem(item);
@@ -314,8 +312,7 @@ TEST(WindowController, TheSyntaxMenuDrawsTheMixedState)
     root.userDefaults().setBool(true, SettingsKey::DefaultForFileType);
     Window window(QStringLiteral("text"), QStringLiteral("None:Perl"));
     ASSERT_TRUE(window.controller->syntaxColouring() && window.controller->defaultForFileType());
-    MainMenu& menu = *window.menu;
-    QMenu* syntax = menu.menuNamed(QStringLiteral("syntaxMenu"));
+    QMenu* syntax = window.menu->menuNamed(QStringLiteral("syntaxMenu"));
     ASSERT_NE(syntax, nullptr);
     // The row of "Default For File Type" as the open menu shows it.
     const auto defaultRow = [syntax] {
@@ -325,13 +322,9 @@ TEST(WindowController, TheSyntaxMenuDrawsTheMixedState)
         EXPECT_TRUE(QTest::qWaitForWindowExposed(syntax));
         const QImage picture = syntax->grab().toImage();
         syntax->hide();
-        for (QAction* item : syntax->actions()) {
-            if (item->text() == u"Default For File Type") {
-                return picture.copy(syntax->actionGeometry(item));
-            }
-        }
-        ADD_FAILURE() << "no item Default For File Type";
-        return QImage();
+        QAction* item = itemTitled(syntax, QStringLiteral("Default For File Type"));
+        EXPECT_NE(item, nullptr);
+        return item ? picture.copy(syntax->actionGeometry(item)) : QImage();
     };
     const QImage mixed = defaultRow();
     // The check mark itself is the named syntax's.

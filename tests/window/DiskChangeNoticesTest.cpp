@@ -29,7 +29,6 @@ struct OpenWindow : OpenedFile {
     using OpenedFile::OpenedFile;
     DiskChangeNotices* notices() const { return controller->diskChangeNotices(); }
     InformationBar* bar() const { return notices()->bar(); }
-    TextView* view() const { return controller->textView(); }
     QStringList buttonTitles() const
     {
         QStringList titles;

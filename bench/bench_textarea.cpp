@@ -1,12 +1,13 @@
 // The text area over the text store, offscreen, on a 100 MB C file (the headers of
-// /usr/include joined): opening (the streaming load with the first screen shown as soon as
-// the first part is in, then the whole), the memory it takes, jumps to random lines
+// /usr/include joined): opening (the first screen shown as soon as the first part is in,
+// then the whole), the memory it takes, jumps to random lines
 // wrapped and not, typing in the middle until the repaint, typing in a 1 MB line, and
 // painting screens of the text coloured all over through the pane's colour layers.
 #include "BenchSupport.h"
+#include "document/Document.h"
 #include "document/EncodingManager.h"
 #include "document/TextBuilder.h"
-#include "document/TextLoader.h"
+#include "document/Utf8FileReading.h"
 #include "document/TextStore.h"
 #include "editor/TextArea.h"
 #include "editor/TextColorLayers.h"
@@ -21,6 +22,7 @@
 #include <QScrollBar>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QUrl>
 
 #include <benchmark/benchmark.h>
 
@@ -30,6 +32,7 @@
 #include <ctime>
 #include <malloc.h>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace {
@@ -130,8 +133,8 @@ struct Pane {
     }
 };
 
-/// Opens the 100 MB file as a window would: the loader reads on a worker, the first part
-/// is shown (read-only) at once, the whole text replaces it when it is in.
+/// Opens the 100 MB file as a document does: the bytes are checked and the first part decoded
+/// and shown (read-only) at once; the rest is decoded on a worker and goes in after it.
 std::unique_ptr<Pane> openLarge(bool wrap)
 {
     const QString path = cSourceFile(kFileSize);
@@ -143,26 +146,25 @@ std::unique_ptr<Pane> openLarge(bool wrap)
     QElapsedTimer timer;
     timer.start();
     pane->area.setTextStore(&pane->store);
+    QByteArray data;
+    std::optional<Utf8FileReading::Text> read;
+    if (EncodingManager::readWholeFile(QUrl::fromLocalFile(path), data)) {
+        read = Utf8FileReading::read(data, UTF8, false, EncodingManager::sharedEncodingManager(),
+                                     Document::maximumLineLength,
+                                     Document::maximumLineLength * 8);
+    }
+    if (!read || !read->whole) {
+        std::abort();
+    }
     pane->area.setLoading(true);
-    TextLoader loader(EncodingManager::sharedEncodingManager());
-    bool done = false;
-    QObject::connect(&loader, &TextLoader::partLoaded, [&](const TextSnapshot& part) {
-        pane->store.setLoadedText(part);
-        if (pane->firstScreenMs == 0) {
-            pane->area.viewport()->repaint();
-            pane->firstScreenMs = double(timer.nsecsElapsed()) / 1e6;
-        }
-    });
-    QObject::connect(&loader, &TextLoader::finished, [&](const TextLoader::Result& result) {
-        pane->store.setLoadedText(result.text);
-        pane->area.setLoading(false);
-        pane->area.viewport()->repaint();
-        done = true;
-    });
-    loader.start(path, UTF8, false);
-    while (!done) {
+    pane->store.setLoadingText(read->text, *read->whole);
+    pane->area.viewport()->repaint();
+    pane->firstScreenMs = double(timer.nsecsElapsed()) / 1e6;
+    while (pane->store.isLoading()) {
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
+    pane->area.setLoading(false);
+    pane->area.viewport()->repaint();
     // Idle: the rows of a wrapped text are measured in slices after the first paint.
     while (!pane->area.textLayout().heightMap().isMeasured()) {
         QCoreApplication::processEvents();

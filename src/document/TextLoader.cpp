@@ -8,7 +8,6 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QThread>
 #include <QUrl>
 
 #include <cstring>
@@ -20,28 +19,6 @@ using Status = TextLoader::Status;
 
 constexpr quint64 UTF8 = 4;
 constexpr qint64 readSize = qint64(1) << 20;
-
-bool isCanceled(const std::atomic<bool>* canceled)
-{
-    return canceled && canceled->load(std::memory_order_relaxed);
-}
-
-// Offers the text built so far when it has grown past the next size.
-struct PartOffer {
-    const TextLoader::PartFunction& part;
-    qsizetype next = TextLoader::firstPartLength;
-
-    void operator()(const TextBuilder& builder)
-    {
-        if (!part || builder.length() < next) {
-            return;
-        }
-        part(builder.snapshot());
-        while (next <= builder.length()) {
-            next *= 4;
-        }
-    }
-};
 
 // UTF-8 decoded a chunk's worth at a time, straight into the chunks the tree keeps.
 struct Utf8Stream {
@@ -105,18 +82,13 @@ Result failed(Status status, qint64 bytesRead = 0)
     return result;
 }
 
-Result loadUtf8File(QFile& file, const TextLoader::PartFunction& part,
-                    const std::atomic<bool>* canceled)
+Result loadUtf8File(QFile& file)
 {
     Utf8Stream stream;
-    PartOffer offer{part};
     QByteArray buffer(readSize + TextTree::maxLeaf, Qt::Uninitialized);
     qsizetype kept = 0;
     qint64 bytesRead = 0;
     for (;;) {
-        if (isCanceled(canceled)) {
-            return failed(Status::Canceled, bytesRead);
-        }
         const qint64 got = file.read(buffer.data() + kept, readSize);
         if (got < 0) {
             return failed(Status::Unreadable, bytesRead);
@@ -129,7 +101,6 @@ Result loadUtf8File(QFile& file, const TextLoader::PartFunction& part,
         }
         kept = available - used;
         std::memmove(buffer.data(), buffer.constData() + used, size_t(kept));
-        offer(stream.builder);
         if (got == 0) {
             break;
         }
@@ -138,8 +109,7 @@ Result loadUtf8File(QFile& file, const TextLoader::PartFunction& part,
 }
 
 // A text EncodingManager decoded, cut into chunks with its line breaks made LF.
-Result fromDecoded(DecodedContents contents, quint64 encoding, const TextLoader::PartFunction& part,
-                   const std::atomic<bool>* canceled)
+Result fromDecoded(DecodedContents contents, quint64 encoding)
 {
     if (contents.unreadable) {
         return failed(Status::Unreadable);
@@ -154,12 +124,8 @@ Result fromDecoded(DecodedContents contents, quint64 encoding, const TextLoader:
     constexpr qsizetype step = qsizetype(1) << 16;
     TextBuilder builder;
     LineBreakNormalizer lineBreaks;
-    PartOffer offer{part};
     const QStringView text = contents.text;
     for (qsizetype at = 0; at < text.size(); at += step) {
-        if (isCanceled(canceled)) {
-            return failed(Status::Canceled, contents.bytesRead);
-        }
         const QStringView piece = text.sliced(at, qMin(step, text.size() - at));
         if (lineBreaks.isNormal(piece)) {
             builder.append(piece);
@@ -168,28 +134,14 @@ Result fromDecoded(DecodedContents contents, quint64 encoding, const TextLoader:
             lineBreaks.normalize(normalized);
             builder.append(QStringView(normalized));
         }
-        offer(builder);
     }
     return loaded(builder, contents.encoding, lineBreaks.lineBreaks(), contents.bytesRead);
 }
 
 } // namespace
 
-TextLoader::TextLoader(EncodingManager& encodings, QObject* parent)
-    : QObject(parent)
-    , _encodings(encodings)
-{}
-
-TextLoader::~TextLoader()
-{
-    cancel();
-    wait();
-    delete _thread;
-}
-
 TextLoader::Result TextLoader::load(EncodingManager& encodings, const QString& path,
-                                    quint64 encoding, bool priority, const PartFunction& part,
-                                    const std::atomic<bool>* canceled)
+                                    quint64 encoding, bool priority)
 {
     // Regular files only: a FIFO would block the reading until some writer appears and a
     // device may never end.
@@ -198,13 +150,13 @@ TextLoader::Result TextLoader::load(EncodingManager& encodings, const QString& p
     }
     if (encoding != UTF8) {
         return fromDecoded(encodings.contentsOfURL(QUrl::fromLocalFile(path), encoding, priority),
-                           encoding, part, canceled);
+                           encoding);
     }
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         return failed(Status::Unreadable);
     }
-    return loadUtf8File(file, part, canceled);
+    return loadUtf8File(file);
 }
 
 TextLoader::Result TextLoader::loadData(EncodingManager& encodings, QByteArray data,
@@ -221,7 +173,7 @@ TextLoader::Result TextLoader::loadData(EncodingManager& encodings, QByteArray d
         contents.encoding = encoding;
     }
     contents.bytesRead = bytes;
-    return fromDecoded(std::move(contents), encoding, {}, nullptr);
+    return fromDecoded(std::move(contents), encoding);
 }
 
 TextLoader::Result TextLoader::loadUtf8Data(QByteArrayView data)
@@ -231,53 +183,4 @@ TextLoader::Result TextLoader::loadUtf8Data(QByteArrayView data)
         return failed(Status::Undecodable, data.size());
     }
     return loaded(stream.builder, UTF8, stream.lineBreaks.lineBreaks(), data.size());
-}
-
-void TextLoader::start(const QString& path, quint64 encoding, bool priority)
-{
-    cancel();
-    wait();
-    delete _thread;
-    _canceled = false;
-    const int generation = ++_generation;
-    _thread = QThread::create([this, path, encoding, priority, generation] {
-        const auto part = [this, generation](const TextSnapshot& text) {
-            QMetaObject::invokeMethod(
-                this,
-                [this, generation, text] {
-                    if (generation == _generation) {
-                        Q_EMIT partLoaded(text);
-                    }
-                },
-                Qt::QueuedConnection);
-        };
-        const Result result = load(_encodings, path, encoding, priority, part, &_canceled);
-        QMetaObject::invokeMethod(
-            this,
-            [this, generation, result] {
-                if (generation == _generation) {
-                    Q_EMIT finished(result);
-                }
-            },
-            Qt::QueuedConnection);
-    });
-    _thread->start();
-}
-
-void TextLoader::cancel()
-{
-    _canceled = true;
-    ++_generation;
-}
-
-bool TextLoader::isRunning() const
-{
-    return _thread && _thread->isRunning();
-}
-
-void TextLoader::wait()
-{
-    if (_thread) {
-        _thread->wait();
-    }
 }

@@ -98,7 +98,6 @@ void TextArea::textStoreChanged(const TextChange& change)
 {
     const TextSnapshot& text = _store->text();
     _layout.textChanged(change, text);
-    const bool whole = change.position == 0 && text.length() == change.charsAdded;
     if (!_ownEdit) {
         const QList<Selection> before = _selections;
         const auto map = [&](qsizetype p) {
@@ -108,8 +107,7 @@ void TextArea::textStoreChanged(const TextChange& change)
             if (p >= change.position + change.charsRemoved) {
                 return p + change.charsAdded - change.charsRemoved;
             }
-            // A text that grows while it loads keeps the place the reader is at.
-            return _loading && whole ? std::min(p, text.length()) : change.position;
+            return change.position;
         };
         for (Selection& selection : _selections) {
             selection = {map(selection.anchor), map(selection.position)};

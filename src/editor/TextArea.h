@@ -91,8 +91,8 @@ public:
     bool isReadOnly() const { return _readOnly; }
     /// Read-only text can still be selected, searched and copied.
     void setReadOnly(bool readOnly);
-    /// While a file is still coming in: the text grows, nothing can be typed, and the view
-    /// keeps its place and selection as the text grows under it.
+    /// While the end of a file is still coming in (it goes in after the text shown): nothing
+    /// can be typed.
     bool isLoading() const { return _loading; }
     void setLoading(bool loading);
     /// Whether keys and commands may change the text now.

@@ -2,14 +2,10 @@
 
 #include "TestSupport.h"
 #include "document/EncodingManager.h"
-#include "document/TextStore.h"
 #include "platform/TextCodec.h"
-
-#include <QTest>
 
 #include <gtest/gtest.h>
 
-#include <optional>
 #include <sys/stat.h>
 
 namespace {
@@ -121,62 +117,11 @@ TEST(TextLoaderTest, WhatCannotBeReadOrDecodedGivesNoText)
     };
     for (const auto& test : cases) {
         SCOPED_TRACE(test.name);
-        int parts = 0;
-        const TextLoader::Result result =
-            TextLoader::load(EncodingManager::sharedEncodingManager(), test.path, test.encoding,
-                             false, [&parts](const TextSnapshot&) { ++parts; });
+        const TextLoader::Result result = TextLoader::load(
+            EncodingManager::sharedEncodingManager(), test.path, test.encoding, false);
         EXPECT_EQ(result.status, test.status);
         EXPECT_TRUE(result.text.isEmpty());
-        if (test.path == invalidInTheMiddle) {
-            // The window may have shown the start meanwhile; the result says to drop it.
-            EXPECT_GT(parts, 0);
-        }
     }
-}
-
-TEST(TextLoaderTest, AWorkerLoadsWhileTheStartOfTheTextCanBeShown)
-{
-    const QByteArray bytes = utf8Lines(3'000'000, "\r\n");
-    const QString expected = EncodingManager::sharedEncodingManager().replaceLineBreaks(
-        0, *TextCodec::decode(UTF8, bytes));
-    const QString path = fileWith(bytes);
-
-    TextLoader loader(EncodingManager::sharedEncodingManager());
-    std::vector<TextSnapshot> parts;
-    std::optional<TextLoader::Result> finished;
-    QObject::connect(&loader, &TextLoader::partLoaded,
-                     [&parts](const TextSnapshot& part) { parts.push_back(part); });
-    QObject::connect(&loader, &TextLoader::finished,
-                     [&finished](const TextLoader::Result& result) { finished = result; });
-    loader.start(path, UTF8, false);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return finished.has_value(); }, 60'000));
-
-    ASSERT_EQ(finished->status, TextLoader::Status::Loaded);
-    EXPECT_EQ(finished->lineBreaks, 2);
-    ASSERT_GE(parts.size(), 2u);
-    EXPECT_GE(parts.front().length(), TextLoader::firstPartLength);
-    qsizetype previous = 0;
-    for (const TextSnapshot& part : parts) {
-        EXPECT_GT(part.length(), previous);
-        previous = part.length();
-        EXPECT_EQ(part.string(), expected.left(part.length()));
-    }
-    TextStore store;
-    store.setLoadedText(finished->text);
-    EXPECT_EQ(store.text().string(), expected);
-    EXPECT_FALSE(store.isModified());
-
-    // A canceled load says nothing more, and a new one replaces it.
-    finished.reset();
-    loader.start(path, UTF8, false);
-    loader.cancel();
-    loader.wait();
-    QCoreApplication::processEvents();
-    EXPECT_FALSE(finished.has_value());
-    loader.start(fileWith("short\r\n"), UTF8, false);
-    loader.start(path, UTF8, false);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return finished.has_value(); }, 60'000));
-    EXPECT_EQ(finished->text.length(), expected.size());
 }
 
 } // namespace

@@ -12,6 +12,7 @@
 #include <QListView>
 #include <QPainter>
 #include <QPainterPath>
+#include <QPointer>
 #include <QProxyStyle>
 #include <QStandardItemModel>
 #include <QStyleOptionComboBox>
@@ -223,10 +224,36 @@ void FunctionPopUp::updateFunctionDefinitionList(TextView* textView)
     if (!textView) {
         return;
     }
-    const QString previous = currentText();
+    // While the list says it is reading, the title chosen before is the one to keep.
+    if (!_model->isNotice()) {
+        _chosenTitle = currentText();
+    }
+    const QString previous = _chosenTitle;
     FunctionPopUpDefinitions* definitions = definitionsOf(textView);
     if (!definitions) {
         setFunctionMenu(FunctionMenu(std::nullopt, QString()));
+        return;
+    }
+    disconnect(_whenRead);
+    if (!definitions->isReady()) {
+        // A large text is read on a worker: rather than hold the window still until it is
+        // done, the list opens at once saying so, and opens again with the definitions.
+        definitions->readNow();
+        _model->setNotice(tr("Reading…"));
+        setCurrentIndex(0);
+        _whenRead = connect(definitions, &FunctionPopUpDefinitions::ready, this,
+                            [this, textView = QPointer<TextView>(textView)] {
+                                disconnect(_whenRead);
+                                if (!textView) {
+                                    return;
+                                }
+                                if (view()->isVisible()) {
+                                    hidePopup();
+                                    showPopup();
+                                } else {
+                                    updateFunctionDefinitionList(textView);
+                                }
+                            });
         return;
     }
     setFunctionMenu(FunctionMenu::fromDefinitions(

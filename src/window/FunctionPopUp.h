@@ -58,5 +58,8 @@ private:
     FunctionPopUpDefinitions* definitionsOf(TextView* textView);
 
     FunctionPopUpModel* _model;
+    /// Opens the list again once a large text's definitions are read.
+    QMetaObject::Connection _whenRead;
+    QString _chosenTitle;
     FunctionPopUpDefinitions* _definitions = nullptr;
 };

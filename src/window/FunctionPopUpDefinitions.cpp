@@ -64,6 +64,13 @@ bool FunctionPopUpDefinitions::isReady() const
     return !_building && !_buildTimer.isActive();
 }
 
+void FunctionPopUpDefinitions::readNow()
+{
+    if (_buildTimer.isActive()) {
+        startBuild();
+    }
+}
+
 void FunctionPopUpDefinitions::textDidChange(qsizetype location, qsizetype removed, qsizetype added)
 {
     if (!_index->hasDefinitions()) {

@@ -37,6 +37,8 @@ public:
     /// Whether the definitions are at hand: no reading of the whole text is waiting or under
     /// way.
     bool isReady() const;
+    /// Starts a reading of the whole text now that waits for the changes to settle.
+    void readNow();
     /// How many readings of the whole text on a worker have started.
     int builds() const { return _builds; }
     /// Characters read on this thread since the definitions were made.

@@ -16,7 +16,16 @@ void FunctionPopUpModel::setItems(std::vector<FunctionMenu::Item> items)
 {
     beginResetModel();
     _items = std::move(items);
+    _notice = false;
     endResetModel();
+}
+
+void FunctionPopUpModel::setNotice(const QString& text)
+{
+    FunctionMenu::Item item;
+    item.title = text;
+    setItems({item});
+    _notice = true;
 }
 
 int FunctionPopUpModel::rowCount(const QModelIndex& parent) const
@@ -52,7 +61,7 @@ QVariant FunctionPopUpModel::data(const QModelIndex& index, int role) const
 
 Qt::ItemFlags FunctionPopUpModel::flags(const QModelIndex& index) const
 {
-    if (!index.isValid() || index.row() >= int(_items.size()) ||
+    if (!index.isValid() || index.row() >= int(_items.size()) || _notice ||
         _items[size_t(index.row())].isSeparator) {
         return Qt::NoItemFlags;
     }

@@ -18,7 +18,10 @@ public:
     explicit FunctionPopUpModel(QObject* parent = nullptr);
 
     void setItems(std::vector<FunctionMenu::Item> items);
+    /// One line of text in place of the items, which cannot be chosen.
+    void setNotice(const QString& text);
     const std::vector<FunctionMenu::Item>& items() const { return _items; }
+    bool isNotice() const { return _notice; }
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     QVariant data(const QModelIndex& index, int role) const override;
@@ -26,5 +29,6 @@ public:
 
 private:
     std::vector<FunctionMenu::Item> _items;
+    bool _notice = false;
     QFont _bold;
 };

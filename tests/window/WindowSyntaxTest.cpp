@@ -318,6 +318,16 @@ TEST(WindowSyntax, FunctionPopUpOfALargeFileReadsOnlyWhatChanged)
     ASSERT_NE(popUp, nullptr);
     auto* definitions = popUp->findChild<FunctionPopUpDefinitions*>();
     ASSERT_NE(definitions, nullptr);
+    // Opened before the worker has read the text, the list opens at once saying so, and
+    // opens again with the definitions once they are in.
+    ASSERT_FALSE(definitions->isReady());
+    popUp->showPopup();
+    EXPECT_TRUE(popUp->view()->isVisible());
+    ASSERT_EQ(popUp->count(), 1);
+    EXPECT_EQ(popUp->model()->flags(popUp->model()->index(0, 0)), Qt::NoItemFlags);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return popUp->count() == 6000 + 3; }, 20000));
+    EXPECT_TRUE(popUp->view()->isVisible());
+    popUp->hidePopup();
     // The whole text is read once, on a worker.
     ASSERT_TRUE(QTest::qWaitFor([&] { return definitions->isReady(); }, 20000));
     EXPECT_EQ(definitions->builds(), 1);

@@ -26,7 +26,12 @@ TextEditCommand::TextEditCommand(TextStore& store, const QString& name, bool typ
 
 void TextEditCommand::append(Edit edit)
 {
-    _edits.push_back(std::move(edit));
+    _changes.emplace_back(std::move(edit));
+}
+
+const TextEditCommand::Edit* TextEditCommand::onlyEdit() const
+{
+    return _changes.size() == 1 ? std::get_if<Edit>(&_changes.front()) : nullptr;
 }
 
 void TextEditCommand::addAction(std::function<void()> undo, std::function<void()> redo)
@@ -37,7 +42,7 @@ void TextEditCommand::addAction(std::function<void()> undo, std::function<void()
 void TextEditCommand::appendVersions(TextSnapshot before, TextSnapshot after, qsizetype position,
                                      qsizetype removed, qsizetype added)
 {
-    _versions.push_back({std::move(before), std::move(after), position, removed, added});
+    _changes.emplace_back(Versions{std::move(before), std::move(after), position, removed, added});
 }
 
 void TextEditCommand::undo()
@@ -45,11 +50,13 @@ void TextEditCommand::undo()
     for (auto action = _actions.rbegin(); action != _actions.rend(); ++action) {
         action->undo();
     }
-    for (auto edit = _edits.rbegin(); edit != _edits.rend(); ++edit) {
-        _store.apply(edit->position, edit->added.size(), edit->removed);
-    }
-    for (auto version = _versions.rbegin(); version != _versions.rend(); ++version) {
-        _store.applyVersion(version->before, version->position, version->added, version->removed);
+    for (auto change = _changes.rbegin(); change != _changes.rend(); ++change) {
+        if (const Edit* edit = std::get_if<Edit>(&*change)) {
+            _store.apply(edit->position, edit->added.size(), edit->removed);
+        } else {
+            const Versions& version = std::get<Versions>(*change);
+            _store.applyVersion(version.before, version.position, version.added, version.removed);
+        }
     }
     _done = false;
 }
@@ -59,11 +66,13 @@ void TextEditCommand::redo()
     if (_done) {
         return;
     }
-    for (const Edit& edit : _edits) {
-        _store.apply(edit.position, edit.removed.size(), edit.added);
-    }
-    for (const Versions& version : _versions) {
-        _store.applyVersion(version.after, version.position, version.removed, version.added);
+    for (const auto& change : _changes) {
+        if (const Edit* edit = std::get_if<Edit>(&change)) {
+            _store.apply(edit->position, edit->removed.size(), edit->added);
+        } else {
+            const Versions& version = std::get<Versions>(change);
+            _store.applyVersion(version.after, version.position, version.removed, version.added);
+        }
     }
     for (const Action& action : _actions) {
         action.redo();
@@ -80,12 +89,14 @@ bool TextEditCommand::mergeWith(const QUndoCommand* other)
 {
     // The stack is open to other commands (a menu may push its own); only ours merge.
     const auto* next = dynamic_cast<const TextEditCommand*>(other);
-    if (!next || next->_startsStep || next->_edits.size() != 1 || _edits.empty() ||
+    const Edit* typed = next ? next->onlyEdit() : nullptr;
+    if (!typed || next->_startsStep || _changes.empty() ||
+        !std::holds_alternative<Edit>(_changes.back()) ||
         next->_time - _time > _store.typingPause()) {
         return false;
     }
-    Edit& last = _edits.back();
-    const Edit& edit = next->_edits.front();
+    Edit& last = std::get<Edit>(_changes.back());
+    const Edit& edit = *typed;
     if (edit.removed.isEmpty() && !edit.added.isEmpty()) {
         // Typing on: right after the text typed last.
         if (last.added.isEmpty() || edit.position != last.position + last.added.size() ||

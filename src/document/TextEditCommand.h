@@ -6,6 +6,7 @@
 #include <QUndoCommand>
 
 #include <functional>
+#include <variant>
 #include <vector>
 
 class TextStore;
@@ -35,7 +36,7 @@ public:
                         qsizetype removed, qsizetype added);
     /// Adds what else the step takes back and makes again (see TextStore::addToStep).
     void addAction(std::function<void()> undo, std::function<void()> redo);
-    bool isEmpty() const { return _edits.empty() && _actions.empty() && _versions.empty(); }
+    bool isEmpty() const { return _changes.empty() && _actions.empty(); }
     void setName(const QString& name) { setText(name); }
 
     void undo() override;
@@ -48,8 +49,6 @@ public:
     bool mergeWith(const QUndoCommand* other) override;
 
 private:
-    TextStore& _store;
-    std::vector<Edit> _edits;
     struct Versions {
         TextSnapshot before;
         TextSnapshot after;
@@ -57,7 +56,12 @@ private:
         qsizetype removed = 0;
         qsizetype added = 0;
     };
-    std::vector<Versions> _versions;
+    /// The step's only change when it is an edit (typing that may continue the step before).
+    const Edit* onlyEdit() const;
+
+    TextStore& _store;
+    // In the order they were made: undo takes them back from the last.
+    std::vector<std::variant<Edit, Versions>> _changes;
     struct Action {
         std::function<void()> undo;
         std::function<void()> redo;

@@ -12,6 +12,9 @@
 
 namespace {
 
+// Removals longer than this are undone by putting the text before back, not by copying it.
+constexpr qsizetype largeRemoval = 64 * 1024;
+
 qint64 steadyMilliseconds()
 {
     return std::chrono::duration_cast<std::chrono::milliseconds>(
@@ -41,6 +44,18 @@ bool TextStore::replace(qsizetype position, qsizetype length, const QString& tex
         return false;
     }
     if (length == 0 && text.isEmpty()) {
+        return true;
+    }
+    if (length > largeRemoval) {
+        // A transform of a whole large text, say: undo keeps the text before, which shares
+        // its chunks with the text now, rather than a copy of all that was replaced.
+        const TextSnapshot before = _text;
+        apply(position, length, text);
+        record(
+            [&](TextEditCommand& step) {
+                step.appendVersions(before, _text, position, length, text.size());
+            },
+            stepName, kind == EditKind::Typing);
         return true;
     }
     TextEditCommand::Edit edit{position,

@@ -316,14 +316,27 @@ TEST(TextStoreTest, UndoAndRedoGiveBackEveryTextExactly)
         ++changes;
     });
     for (int step = 0; step < 300; ++step) {
-        // Some steps are blocks of several edits, some large.
-        const int edits = number(0, 3) == 0 ? int(number(2, 5)) : 1;
+        // Some steps are blocks of several edits, some large (over 64 K units: undone from the
+        // text before, not from a copy), some with replacements of several ranges at once.
+        const bool large = step % 25 == 0;
+        const int edits = number(0, 3) == 0 || large ? int(number(2, 5)) : 1;
         store.beginEditBlock(QStringLiteral("Step %1").arg(step));
         for (int e = 0; e < edits; ++e) {
-            const qsizetype position = number(0, model.size());
+            qsizetype position = number(0, model.size());
+            if (step % 7 == 3 && e == 1 && model.size() > position + 8) {
+                const std::vector<Range> ranges{{position, 2}, {position + 4, 1}, {position + 7, 1}};
+                store.replaceRanges(ranges, u"RR"_qs);
+                for (auto range = ranges.rbegin(); range != ranges.rend(); ++range) {
+                    model.replace(range->location, range->length, u"RR"_qs);
+                }
+                continue;
+            }
+            if (large && e == 0) {
+                position = number(0, model.size() / 4);
+            }
             const qsizetype length =
-                qMin(model.size() - position, number(0, step % 50 == 0 ? 9000 : 4));
-            const QString added = QString(int(number(0, step % 40 == 0 ? 12000 : 4)), u'z') + u'\n';
+                qMin(model.size() - position, number(0, large && e == 0 ? 90000 : 4));
+            const QString added = QString(int(number(0, step % 40 == 0 ? 70000 : 4)), u'z') + u'\n';
             store.replace(position, length, added);
             model.replace(position, length, added);
         }

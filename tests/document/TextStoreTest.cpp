@@ -324,7 +324,8 @@ TEST(TextStoreTest, UndoAndRedoGiveBackEveryTextExactly)
         for (int e = 0; e < edits; ++e) {
             qsizetype position = number(0, model.size());
             if (step % 7 == 3 && e == 1 && model.size() > position + 8) {
-                const std::vector<Range> ranges{{position, 2}, {position + 4, 1}, {position + 7, 1}};
+                const std::vector<Range> ranges{
+                    {position, 2}, {position + 4, 1}, {position + 7, 1}};
                 store.replaceRanges(ranges, u"RR"_qs);
                 for (auto range = ranges.rbegin(); range != ranges.rend(); ++range) {
                     model.replace(range->location, range->length, u"RR"_qs);

@@ -7,8 +7,8 @@
 #include "document/Document.h"
 #include "document/EncodingManager.h"
 #include "document/TextBuilder.h"
-#include "document/Utf8FileReading.h"
 #include "document/TextStore.h"
+#include "document/Utf8FileReading.h"
 #include "editor/TextArea.h"
 #include "editor/TextColorLayers.h"
 #include "platform/UnicodeText.h"
@@ -150,8 +150,7 @@ std::unique_ptr<Pane> openLarge(bool wrap)
     std::optional<Utf8FileReading::Text> read;
     if (EncodingManager::readWholeFile(QUrl::fromLocalFile(path), data)) {
         read = Utf8FileReading::read(data, UTF8, false, EncodingManager::sharedEncodingManager(),
-                                     Document::maximumLineLength,
-                                     Document::maximumLineLength * 8);
+                                     Document::maximumLineLength, Document::maximumLineLength * 8);
     }
     if (!read || !read->whole) {
         std::abort();

@@ -7,7 +7,6 @@
 #include <QByteArray>
 #include <QString>
 
-
 class EncodingManager;
 
 /// Reads a file into a text store's form: decoded, with its line breaks made LF, chunk by

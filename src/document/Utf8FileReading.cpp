@@ -127,8 +127,8 @@ std::optional<Utf8FileReading::Text> readOnWorker(QByteArray& data, Utf8FileRead
     return text;
 }
 
-// Walks the chunks of a text whose line breaks are all LF, as the text is in no one string: whether a
-// line is longer than `limit` units, or a character needs a stand-in.
+// Walks the chunks of a text whose line breaks are all LF, as the text is in no one string: whether
+// a line is longer than `limit` units, or a character needs a stand-in.
 class ChunkCheck
 {
 public:

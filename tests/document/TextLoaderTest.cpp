@@ -117,8 +117,8 @@ TEST(TextLoaderTest, WhatCannotBeReadOrDecodedGivesNoText)
     };
     for (const auto& test : cases) {
         SCOPED_TRACE(test.name);
-        const TextLoader::Result result = TextLoader::load(
-            EncodingManager::sharedEncodingManager(), test.path, test.encoding, false);
+        const TextLoader::Result result = TextLoader::load(EncodingManager::sharedEncodingManager(),
+                                                           test.path, test.encoding, false);
         EXPECT_EQ(result.status, test.status);
         EXPECT_TRUE(result.text.isEmpty());
     }

@@ -200,6 +200,7 @@ bool WindowController::eventFilter(QObject* watched, QEvent* event)
     case QEvent::MouseButtonPress:
     case QEvent::MouseButtonDblClick:
     case QEvent::ContextMenu:
+    case QEvent::DragEnter:
     case QEvent::Drop:
         // Finishing removes this filter.
         _document->finishLoading();

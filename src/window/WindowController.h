@@ -167,7 +167,7 @@ Q_SIGNALS:
     void toolbarInformationChanged(const QString& text);
 
 protected:
-    /// While the end of a large file is still going in: the first key, click or drop anywhere
+    /// While the end of a large file is still going in: the first key, click or drag anywhere
     /// puts the rest in before it is handled, so that what the user does meets the whole text.
     bool eventFilter(QObject* watched, QEvent* event) override;
 

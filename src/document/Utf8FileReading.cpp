@@ -3,6 +3,7 @@
 #include "document/EncodingManager.h"
 #include "document/TextLoader.h"
 #include "document/TextTree.h"
+#include "platform/CharacterStandIns.h"
 #include "platform/StringEncoding.h"
 #include "platform/UnicodeText.h"
 
@@ -37,26 +38,6 @@ bool detectedAsUtf8(QByteArrayView data, bool priority, EncodingManager& encodin
     // Seven-bit encodings shift with escapes and tildes. Whether the bytes beyond ASCII are
     // valid UTF-8 (UnicodeText::isValidUtf8) the decoding tells, as it accepts the same ones.
     return !UnicodeText::isAscii(data) || (!data.contains('\x1B') && !data.contains("~{"));
-}
-
-// Whether UTF-8 `data` holds a character that needs a stand-in: U+2029 (E2 80 A9), or Qt's
-// frame marks U+FDD0 and U+FDD1 (EF B7 90, EF B7 91).
-bool holdsStandIns(QByteArrayView data)
-{
-    const char* const end = data.data() + data.size();
-    const auto find = [&](char lead, auto follows) {
-        for (const char* p = data.data();
-             (p = static_cast<const char*>(std::memchr(p, lead, size_t(end - p)))) != nullptr;
-             ++p) {
-            if (end - p >= 3 && follows(uchar(p[1]), uchar(p[2]))) {
-                return true;
-            }
-        }
-        return false;
-    };
-    return find('\xE2', [](uchar b1, uchar b2) { return b1 == 0x80 && b2 == 0xA9; }) ||
-           find('\xEF',
-                [](uchar b1, uchar b2) { return b1 == 0xB7 && (b2 == 0x90 || b2 == 0x91); });
 }
 
 // Whether the start of a file says it is text, as the full reading decides it on the text as
@@ -95,12 +76,12 @@ std::pair<qsizetype, LineBreakCounts> lineBreaksOf(QByteArrayView bytes)
     return {counts.carriageReturnLineFeeds > 0 ? 2 : 1, counts};
 }
 
-// A large file of valid UTF-8 without NUL, stand-ins or long lines: its first part decoded
-// now, the whole on a worker.
+// A large file without NUL, stand-ins or long lines: once its bytes are known to be UTF-8, its
+// first part decoded now, the whole on a worker.
 std::optional<Utf8FileReading::Text> readOnWorker(QByteArray& data, Utf8FileReading::Text text)
 {
     const QByteArrayView bytes(data);
-    if (!UnicodeText::isValidUtf8(bytes) || holdsStandIns(bytes)) {
+    if (!UnicodeText::isValidUtf8(bytes)) {
         return std::nullopt;
     }
     // A character takes at least one byte for each of its units: the first part grows until
@@ -127,8 +108,8 @@ std::optional<Utf8FileReading::Text> readOnWorker(QByteArray& data, Utf8FileRead
     return text;
 }
 
-// Walks the chunks of a text whose line breaks are all LF, as the text is in no one string: whether
-// a line is longer than `limit` units, or a character needs a stand-in.
+// Walks the chunks of a text whose line breaks are all LF, as the text is in no one string:
+// whether a line is longer than `limit` units.
 class ChunkCheck
 {
 public:
@@ -153,11 +134,6 @@ public:
 private:
     bool failsIn(QStringView chunk, qsizetype lineFeeds)
     {
-        // U+2029 and Qt's frame marks U+FDD0 and U+FDD1 (see CharacterStandIns).
-        if (chunk.contains(QChar(0x2029)) || chunk.contains(QChar(0xFDD0)) ||
-            chunk.contains(QChar(0xFDD1))) {
-            return true;
-        }
         if (lineFeeds == 0) {
             _line += chunk.size();
             return _line > _limit;
@@ -208,6 +184,7 @@ Utf8FileReading::read(QByteArray& data, quint64 encoding, bool priority, Encodin
     }
     // A NUL makes the file not text.
     if (std::memchr(data.constData(), '\0', size_t(data.size())) ||
+        CharacterStandIns::neededInUtf8(bytes) ||
         (encoding == StringEncoding::NoEncoding && !detectedAsUtf8(bytes, priority, encodings)) ||
         !looksLikeText(bytes)) {
         return std::nullopt;
@@ -219,7 +196,7 @@ Utf8FileReading::read(QByteArray& data, quint64 encoding, bool priority, Encodin
     }
     const TextLoader::Result loaded = TextLoader::loadUtf8Data(bytes);
     if (loaded.status != TextLoader::Status::Loaded ||
-        ChunkCheck(lineLimit).fails(*loaded.text.root())) {
+        (longLines && ChunkCheck(lineLimit).fails(*loaded.text.root()))) {
         return std::nullopt;
     }
     data = QByteArray();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <string_view>
 
 namespace {
 
@@ -57,6 +58,17 @@ template <typename Visit> bool forEachCandidate(Visit visit)
 }
 
 } // namespace
+
+bool CharacterStandIns::neededInUtf8(QByteArrayView utf8)
+{
+    const std::string_view bytes(utf8.data(), size_t(utf8.size()));
+    return std::any_of(kBlockEnds.begin(), kBlockEnds.end(), [&](char16_t c) {
+        const QByteArray encoded = QStringView(&c, 1).toUtf8();
+        // The search goes from one first byte to the next with memchr.
+        return bytes.find(std::string_view(encoded.constData(), size_t(encoded.size()))) !=
+               std::string_view::npos;
+    });
+}
 
 std::optional<CharacterStandIns> CharacterStandIns::forText(QStringView text,
                                                             bool keepCarriageReturns)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArrayView>
 #include <QChar>
 #include <QString>
 #include <QStringView>
@@ -27,6 +28,9 @@ public:
     /// ends the blocks alone). Nothing when the text already holds every character that
     /// could stand in (some 63,000 different ones).
     static std::optional<CharacterStandIns> forText(QStringView text, bool keepCarriageReturns);
+    /// Whether the UTF-8 bytes `utf8` hold a character that needs a stand-in when CRs are not
+    /// kept, found without decoding them.
+    static bool neededInUtf8(QByteArrayView utf8);
 
     bool isEmpty() const { return _pairs.empty(); }
     /// Puts the stand-ins in place of the characters they stand for.

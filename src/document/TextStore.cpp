@@ -51,11 +51,7 @@ bool TextStore::replace(qsizetype position, qsizetype length, const QString& tex
         // its chunks with the text now, rather than a copy of all that was replaced.
         const TextSnapshot before = _text;
         apply(position, length, text);
-        record(
-            [&](TextEditCommand& step) {
-                step.appendVersions(before, _text, position, length, text.size());
-            },
-            stepName, kind == EditKind::Typing);
+        recordVersions(before, position, length, text.size(), stepName, kind == EditKind::Typing);
         return true;
     }
     TextEditCommand::Edit edit{position,
@@ -120,11 +116,17 @@ void TextStore::replaceRanges(const std::vector<Range>& ranges, const QString& t
     const qsizetype removed = ranges.back().max() - position;
     const qsizetype added = removed + after.length() - before.length();
     applyVersion(after, position, removed, added);
+    recordVersions(before, position, removed, added, stepName, false);
+}
+
+void TextStore::recordVersions(const TextSnapshot& before, qsizetype position, qsizetype removed,
+                               qsizetype added, const QString& stepName, bool typing)
+{
     record(
         [&](TextEditCommand& step) {
             step.appendVersions(before, _text, position, removed, added);
         },
-        stepName, false);
+        stepName, typing);
 }
 
 void TextStore::beginEditBlock(const QString& stepName)

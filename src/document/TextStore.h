@@ -125,6 +125,10 @@ private:
     /// (typed ones merge as they may) and tells contentsChanged().
     void record(const std::function<void(TextEditCommand&)>& add, const QString& stepName,
                 bool typing);
+    /// Records a change just made from `before` to the text now, undone by putting `before`
+    /// back rather than from a copy of what it replaced.
+    void recordVersions(const TextSnapshot& before, qsizetype position, qsizetype removed,
+                        qsizetype added, const QString& stepName, bool typing);
 
     TextSnapshot _text;
     quint64 _revision = 0;

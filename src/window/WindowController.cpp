@@ -219,7 +219,9 @@ void WindowController::windowDidLoad()
         return;
     }
     applyStateToPane(view);
-    loadingChanged(_document->isLoading());
+    if (_document->isLoading()) {
+        loadingChanged(true);
+    }
     toggleSpellChecking(nullptr);
     _notices = new ReadingNotices(_document, _window, this);
     _diskNotices = new DiskChangeNotices(this);

@@ -32,8 +32,6 @@ TEST(AppDelegate, RegistrationNormalisesAndAddsTheColours)
     EXPECT_EQ(shipped.unsignedIntegerForKey("OpenDefaultsTextEncoding"), kAutomatic);
     EXPECT_EQ(shipped.registeredDefaults().value("OpenDefaultsTextEncoding").typeId(),
               QMetaType::ULongLong);
-    EXPECT_TRUE(shipped.boolForKey("FirstStartupApplication"));
-    EXPECT_FALSE(shipped.registeredDefaults().contains("ScriptAllItems"));
 
     const QString dir = TestSupport::makeTempDir();
     {
@@ -45,14 +43,13 @@ TEST(AppDelegate, RegistrationNormalisesAndAddsTheColours)
             defaults));
         EXPECT_EQ(defaults.registeredDefaults().value("OpenDefaultsTextEncoding").toULongLong(),
                   kAutomatic);
-        // The registration's colour replaces the resource's, and all sixteen are there.
+        // The registration's colour replaces the resource's, and every colour is there.
         EXPECT_EQ(ColorArchive::unarchive(defaults.dataForKey("KeywordsColor")),
                   QColor::fromRgbF(0.5f, 0.0f, 0.5f));
         for (const auto& [key, color] : AppDelegate::defaultColors()) {
             EXPECT_EQ(ColorArchive::unarchive(defaults.dataForKey(key)), color)
                 << key.toStdString();
         }
-        EXPECT_EQ(AppDelegate::defaultColors().size(), 16);
         // A user's colour still wins.
         AppDelegate::keyedArchiverOfObject(QColor(Qt::red), "KeywordsColor", defaults);
         EXPECT_EQ(ColorArchive::unarchive(defaults.dataForKey("KeywordsColor")), QColor(Qt::red));
@@ -64,19 +61,4 @@ TEST(AppDelegate, RegistrationNormalisesAndAddsTheColours)
             writeResource({{"OpenDefaultsTextEncoding", qint64(8)}}), defaults));
         EXPECT_EQ(defaults.unsignedIntegerForKey("OpenDefaultsTextEncoding"), 8u);
     }
-}
-
-TEST(AppDelegate, MissingOrBrokenResourceRegistersNothing)
-{
-    const QString dir = TestSupport::makeTempDir();
-    UserDefaults defaults(dir + "/c.conf");
-    EXPECT_FALSE(AppDelegate::registerDefaults(dir + "/missing.plist", defaults));
-    EXPECT_FALSE(AppDelegate::registerDefaults(
-        TestSupport::writeFile(dir + "/broken.plist", "<plist><dict><key>x"), defaults));
-    EXPECT_FALSE(AppDelegate::registerDefaults(
-        TestSupport::writeFile(dir + "/array.plist", PropertyList::toXml(QVariantList{1, 2})),
-        defaults));
-    EXPECT_TRUE(defaults.registeredDefaults().isEmpty());
-    EXPECT_FALSE(defaults.boolForKey("FirstStartupApplication"));
-    EXPECT_FALSE(ColorArchive::unarchive(defaults.dataForKey("KeywordsColor")).isValid());
 }

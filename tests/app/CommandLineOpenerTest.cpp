@@ -8,7 +8,6 @@
 #include "window/WindowController.h"
 
 #include <QFileInfo>
-#include <QProcess>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -20,26 +19,6 @@ namespace {
 TextView* viewOf(Document* document)
 {
     return DocumentController::sharedDocumentController().windowControllerOf(document)->textView();
-}
-
-struct EditorRun {
-    int status = -1;
-    QString out;
-    QString err;
-};
-
-EditorRun runEditor(const QStringList& arguments)
-{
-    QProcess process;
-    // Never hand the files to an editor running on the developer's desktop.
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.remove(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"));
-    process.setProcessEnvironment(environment);
-    process.start(QStringLiteral(TESSARAN_EXECUTABLE), arguments);
-    process.waitForFinished(20000);
-    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-            QString::fromUtf8(process.readAllStandardOutput()),
-            QString::fromUtf8(process.readAllStandardError())};
 }
 
 } // namespace
@@ -63,7 +42,6 @@ TEST(CommandLineOpener, FilesPositionsEncodingsAndNewNames)
     EXPECT_EQ(caret - opened[0]->rangeOfLine(2).location, 6);
     // A name that does not exist yet is a new document that saves under it.
     EXPECT_EQ(opened[1]->fileURL(), QFileInfo(fresh).absoluteFilePath());
-    EXPECT_EQ(opened[1]->displayName(), "new.txt");
     EXPECT_FALSE(QFileInfo::exists(fresh));
     opened[1]->setTextStorage(QStringLiteral("saved\n"));
     ASSERT_TRUE(controller.saveDocument(opened[1]));
@@ -138,21 +116,4 @@ TEST(CommandLineOpener, StandardInputBecomesAnUntitledDocumentAsItArrives)
     dup2(savedInput, STDIN_FILENO);
     close(savedInput);
     DocumentController::sharedDocumentController().discardAllDocuments();
-}
-
-TEST(CommandLineOpener, TheExecutableAnswersBeforeAnyWindow)
-{
-    const EditorRun help = runEditor({"--help"});
-    EXPECT_EQ(help.status, 0);
-    EXPECT_TRUE(help.out.startsWith("Usage: tessaran")) << help.out.toStdString();
-    const EditorRun version = runEditor({"--version"});
-    EXPECT_EQ(version.status, 0);
-    EXPECT_EQ(version.out, QStringLiteral("tessaran %1\n").arg(TESSARAN_VERSION));
-    const EditorRun unknown = runEditor({"--frobnicate"});
-    EXPECT_EQ(unknown.status, 2);
-    EXPECT_TRUE(unknown.err.contains("unknown option --frobnicate")) << unknown.err.toStdString();
-    const QString dir = TestSupport::makeTempDir();
-    const EditorRun folder = runEditor({dir});
-    EXPECT_EQ(folder.status, 1);
-    EXPECT_TRUE(folder.err.contains("is a folder")) << folder.err.toStdString();
 }

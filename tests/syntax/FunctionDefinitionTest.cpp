@@ -121,17 +121,6 @@ TEST(FunctionDefinitions, EntriesListTheirMatchesInTextOrderOrFailTheBuild)
     EXPECT_EQ(titles(FunctionMenu(QVariantList(), Python)), QStringList({"No Symbol selected"}));
 }
 
-TEST(FunctionMenu, ReopeningKeepsTheFirstItemWithThePreviousTitleSelected)
-{
-    SyntaxManager manager;
-    const QString text = QStringLiteral("def a():\ndef b():\ndef b():\n");
-    const auto items = manager.makeFunctionDefinitionWithString(
-        text, definitionWith({functionEntry("^def (\\w+)")}));
-    EXPECT_EQ(FunctionMenu(items, text, "b").selectedIndex(), 3);
-    EXPECT_EQ(FunctionMenu(items, text, "gone").selectedIndex(), 0);
-    EXPECT_EQ(FunctionMenu(items, text).selectedIndex(), 0);
-}
-
 TEST(FunctionMenu, ADefinitionBeyondTheChangedTextEndsTheList)
 {
     const QVariantList items{QVariantMap{{"RangeString", "{0, 3}"}, {"RangeLocation", 0}},
@@ -158,21 +147,6 @@ TEST(FunctionMenu, ChoosingADefinitionSelectsItsWholeLines)
     EXPECT_EQ(FunctionMenu::lineRangeForRange(lines, Range(5, 1)), Range(0, 6));
     EXPECT_EQ(FunctionMenu::lineRangeForRange(lines, Range(6, 0)), Range(6, 15));
     EXPECT_TRUE(FunctionMenu::rangeToSelect(FunctionMenu::Item{}, lines).isNotFound());
-}
-
-TEST(FunctionMenu, IndentationIsTheLevelsIntegerValue)
-{
-    const QString text = QStringLiteral("abcdef");
-    auto level = [&](const QVariant& value) {
-        const QVariantList items{QVariantMap{
-            {"RangeString", "{0, 1}"}, {"KeyType", "Function"}, {"IndentationLevel", value}}};
-        return FunctionMenu(items, text).items()[2].indentationLevel;
-    };
-    EXPECT_EQ(level(2), 2);
-    EXPECT_EQ(level("3"), 3);
-    EXPECT_EQ(level(" 4 levels"), 4);
-    EXPECT_EQ(level("deep"), 0);
-    EXPECT_EQ(level(QVariant()), 0);
 }
 
 TEST(FunctionDefinitions, PatternsWithinLinesAreToldApart)

@@ -15,7 +15,6 @@
 #include <QListWidget>
 #include <QMainWindow>
 #include <QSignalSpy>
-#include <QTest>
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,6 @@
 #include "TestSupport.h"
 #include "app/JavaScriptRunner.h"
 #include "app/ScriptingDocument.h"
-#include "platform/FileManager.h"
 #include "scripts/ScriptManager.h"
 #include "scripts/ScriptTestSupport.h"
 

@@ -1,6 +1,5 @@
 #include "app/SyntaxDefinitionEditor.h"
 
-#include "TestSupport.h"
 #include "app/DocumentController.h"
 #include "app/SyntaxEntryTableModel.h"
 #include "platform/FileManager.h"

@@ -5,7 +5,6 @@
 #include "ScriptTestSupport.h"
 #include "TestSupport.h"
 #include "app/ScriptCommands.h"
-#include "platform/FileManager.h"
 #include "platform/UserDefaults.h"
 #include "scripts/ScriptFolderWatcher.h"
 #include "scripts/ScriptManager.h"

@@ -20,13 +20,6 @@
 
 namespace EditorTest {
 
-/// The shared managers, as a window hands them to its panes.
-inline EditorServices services()
-{
-    return {CompletionManager::sharedCompletionManager(), SyntaxManager::sharedSyntaxManager(),
-            SpellChecker::sharedSpellChecker()};
-}
-
 /// The settings a pane has with the shipped defaults.
 inline EditorSettings shippedSettings()
 {
@@ -43,12 +36,16 @@ inline std::unique_ptr<Document> makeDocument(const QString& text = QString())
     return document;
 }
 
-/// A pane on `document` built the way a window builds one, with `settings`, shown offscreen
-/// at `size`.
+/// A pane on `document` built the way a window builds one, with the shared managers and
+/// `settings`, shown offscreen at `size`.
 inline std::unique_ptr<EditorController>
-makePane(Document* document, const EditorSettings& settings, QSize size = QSize(420, 300))
+makePane(Document* document, const EditorSettings& settings = shippedSettings(),
+         QSize size = QSize(420, 300))
 {
-    auto controller = std::make_unique<EditorController>(services(), settings);
+    auto controller = std::make_unique<EditorController>(
+        EditorServices{CompletionManager::sharedCompletionManager(),
+                       SyntaxManager::sharedSyntaxManager(), SpellChecker::sharedSpellChecker()},
+        settings);
     controller->setupInitialTextViewSharedStateWithDocument(document);
     TextView* view = controller->textView();
     view->resize(size);
@@ -56,12 +53,6 @@ makePane(Document* document, const EditorSettings& settings, QSize size = QSize(
     EXPECT_TRUE(QTest::qWaitForWindowExposed(view));
     QCoreApplication::processEvents();
     return controller;
-}
-
-/// A pane with the shipped settings.
-inline std::unique_ptr<EditorController> makePane(Document* document, QSize size = QSize(420, 300))
-{
-    return makePane(document, shippedSettings(), size);
 }
 
 /// A document with one pane on it, as a window holds them.

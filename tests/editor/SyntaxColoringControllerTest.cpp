@@ -1,6 +1,5 @@
-// When and what a pane colours: both panes of a window, large insertions, the progress
-// indicator of the whole-text colouring, and what a pane shows against a colouring of the
-// whole text after edits and scrolls.
+// When and what a pane colours: both panes of a window, and what a pane shows against a
+// colouring of the whole text after edits and scrolls.
 #include "editor/SyntaxColoringController.h"
 
 #include "EditorTestSupport.h"
@@ -9,10 +8,7 @@
 #include "syntax/ReferenceColoring.h"
 #include "syntax/SyntaxManager.h"
 
-#include <QClipboard>
 #include <QElapsedTimer>
-#include <QGuiApplication>
-#include <QProgressBar>
 #include <QRandomGenerator>
 #include <QScrollBar>
 
@@ -66,8 +62,6 @@ TEST(SyntaxColoringController, BothPanesOfADocumentAreColoured)
     QTest::keyClicks(views[0], "long ");
     for (TextView* view : views) {
         view->textDidChanged();
-    }
-    for (TextView* view : views) {
         EXPECT_EQ(colorAt(view, typed), keywords());
     }
     // Undone through the other pane, the word is gone from both panes' colours.
@@ -76,67 +70,6 @@ TEST(SyntaxColoringController, BothPanesOfADocumentAreColoured)
         view->textDidChanged();
         EXPECT_EQ(colorAt(view, typed), 0u);
     }
-
-    // A pane without a definition colours nothing; dropping it removes every colour.
-    views[1]->removeSyntaxDictionary();
-    EXPECT_TRUE(views[1]->layoutManager()->temporaryAttributes({0, 1000}).empty());
-    EXPECT_EQ(colorAt(views[0], 0), keywords());
-}
-
-TEST(SyntaxColoringController, PastingMoreThan900CharactersColoursTheWholeTextWherever)
-{
-    EditorTest::Pane pane(QStringLiteral("x = 1;\n").repeated(20));
-    Document& document = pane.document;
-    TextView* view = pane.view();
-    view->setSyntaxDictionay(kCDefinition);
-    ASSERT_TRUE(waitUntilColored(view));
-    // As the window tells its panes of every change.
-    QObject::connect(&document, &Document::contentsChanged, view, &TextView::textDidChanged);
-    const struct {
-        qsizetype at;
-        qsizetype length;
-        bool wholeText;
-    } pastes[] = {{0, 900, false}, {0, 901, true}, {7, 900, false}, {7, 901, true}};
-    for (const auto& paste : pastes) {
-        SCOPED_TRACE(testing::Message() << paste.length << " characters at " << paste.at);
-        QGuiApplication::clipboard()->setText(QString(paste.length, u'y'));
-        view->setSelectedRange({paste.at, 0});
-        const qsizetype before = document.length();
-        QTest::keyClick(view, Qt::Key_V, Qt::ControlModifier);
-        ASSERT_EQ(document.length(), before + paste.length);
-        EXPECT_EQ(view->syntaxColoringController()->isColoringAll(), paste.wholeText);
-        ASSERT_TRUE(waitUntilColored(view));
-    }
-}
-
-TEST(SyntaxColoringController, WholeTextColouringRunsInSlicesBehindTheIndicator)
-{
-    EditorTest::Pane pane(
-        QStringLiteral("int value = 42; /* note */ return value;\n").repeated(100000));
-    TextView* view = pane.view();
-    QProgressBar indicator;
-    view->setIndicator(&indicator);
-    view->setSyntaxDictionay(kCDefinition);
-    // Deferred to the next turn of the event loop.
-    EXPECT_TRUE(view->layoutManager()->temporaryAttributes({0, 10}).empty());
-    EXPECT_TRUE(indicator.isHidden());
-
-    bool seenIndicator = false;
-    bool shownBeforeTheEnd = false;
-    QElapsedTimer timer;
-    timer.start();
-    while (view->syntaxColoringController()->isColoringAll() && timer.elapsed() < 20000) {
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-        if (indicator.isVisible()) {
-            seenIndicator = true;
-            // The shown lines come first.
-            shownBeforeTheEnd = shownBeforeTheEnd || colorAt(view, 0) == keywords();
-        }
-    }
-    EXPECT_TRUE(seenIndicator);
-    EXPECT_TRUE(shownBeforeTheEnd);
-    EXPECT_TRUE(indicator.isHidden());
-    EXPECT_EQ(colorAt(view, pane.document.length() - 11), keywords());
 }
 
 namespace {

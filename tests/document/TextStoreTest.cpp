@@ -1,6 +1,5 @@
 #include "document/TextStore.h"
 
-#include "document/SnapshotUText.h"
 #include "document/TextBuilder.h"
 #include "document/TextChunkIterator.h"
 
@@ -40,21 +39,6 @@ qsizetype modelLineStart(const QString& text, qsizetype line)
     return at;
 }
 
-// The code point ICU reads at a UTF-16 index: a pair as one, a lone surrogate as itself.
-UChar32 codePointAt(const QString& text, qsizetype i)
-{
-    if (text[i].isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate()) {
-        return QChar::surrogateToUcs4(text[i], text[i + 1]);
-    }
-    return text[i].unicode();
-}
-
-bool splitsPair(const QString& text, qsizetype at)
-{
-    return at > 0 && at < text.size() && text[at - 1].isHighSurrogate() &&
-           text[at].isLowSurrogate();
-}
-
 // Everything a reader of the text sees, compared with the model.
 void expectReadsLike(const TextSnapshot& text, const QString& model, std::mt19937& random)
 {
@@ -83,39 +67,6 @@ void expectReadsLike(const TextSnapshot& text, const QString& model, std::mt1993
             ASSERT_EQ(chunks.start(), from - backward.size());
         }
         EXPECT_EQ(backward, model.left(from));
-    }
-
-    SnapshotUText utext(text);
-    UText* ut = utext.utext();
-    ASSERT_NE(ut, nullptr);
-    ASSERT_EQ(utext_nativeLength(ut), model.size());
-    utext_setNativeIndex(ut, 0);
-    for (qsizetype i = 0; i < model.size(); i += U16_LENGTH(codePointAt(model, i))) {
-        ASSERT_EQ(utext_getNativeIndex(ut), i);
-        ASSERT_EQ(utext_next32(ut), codePointAt(model, i)) << "at " << i;
-    }
-    ASSERT_EQ(utext_next32(ut), U_SENTINEL);
-    utext_setNativeIndex(ut, model.size());
-    for (qsizetype i = model.size(); i > 0;) {
-        i -= splitsPair(model, i - 1) ? 2 : 1;
-        ASSERT_EQ(utext_previous32(ut), codePointAt(model, i)) << "before " << i + 1;
-    }
-    ASSERT_EQ(utext_previous32(ut), U_SENTINEL);
-    for (int i = 0; i < 20; ++i) {
-        qsizetype start = anywhere();
-        qsizetype limit = anywhere();
-        if (start > limit) {
-            std::swap(start, limit);
-        }
-        limit = qMin(limit, start + 300);
-        UChar buffer[400];
-        UErrorCode status = U_ZERO_ERROR;
-        const int32_t length = utext_extract(ut, start, limit, buffer, 400, &status);
-        ASSERT_TRUE(U_SUCCESS(status));
-        start -= splitsPair(model, start) ? 1 : 0;
-        limit += splitsPair(model, limit) ? 1 : 0;
-        EXPECT_EQ(QStringView(buffer, length), QStringView(model).sliced(start, limit - start));
-        EXPECT_EQ(utext_getNativeIndex(ut), limit);
     }
 }
 

@@ -64,10 +64,3 @@ TEST(UserDefaults, CorruptFileIsSetAsideAndTheStoreStillWorks)
     EXPECT_EQ(UserDefaults(path).integerForKey("Size"), 5);
     EXPECT_TRUE(UserDefaults(path).setAsidePath().isEmpty());
 }
-
-TEST(UserDefaults, StandardStoreLivesInTheConfigFolder)
-{
-    const QString path = UserDefaults::standardUserDefaults().path();
-    EXPECT_TRUE(path.endsWith("/Tessaran/Tessaran.conf")) << path.toStdString();
-    EXPECT_TRUE(path.startsWith(qEnvironmentVariable("XDG_CONFIG_HOME"))) << path.toStdString();
-}

@@ -10,7 +10,6 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <chrono>
 #include <random>
 #include <thread>
@@ -513,62 +512,6 @@ TEST(TextStoreTest, ALoadingTextGrowsAtItsEndAndEditsWaitForTheRest)
     QCoreApplication::processEvents();
     EXPECT_EQ(store.text().string(), u"new"_qs);
     EXPECT_EQ(loading, (std::vector<bool>{true, false, true, false, true, false}));
-}
-
-TEST(TextStoreTest, SnapshotsStayAsTheyWereWhileAWorkerReadsThem)
-{
-    QString model;
-    for (int i = 0; model.size() < 1'000'000; ++i) {
-        model += QStringLiteral("line %1 of the text, 😀 and more\n").arg(i);
-    }
-    TextStore store;
-    store.setLoadedText(built(model));
-
-    // The worker reads each snapshot it is given many times over while the editing goes
-    // on, and checks it against a copy of the text made when the snapshot was taken.
-    struct Job {
-        TextSnapshot text;
-        QString expected;
-    };
-    std::vector<Job> jobs;
-    std::atomic<size_t> published{0};
-    std::atomic<bool> done{false};
-    std::atomic<int> mismatches{0};
-    std::atomic<int> reads{0};
-    jobs.reserve(64);
-    jobs.push_back({store.text(), model});
-    published = 1;
-    std::thread worker([&] {
-        while (!done || reads < 8) {
-            const Job& job = jobs[published.load(std::memory_order_acquire) - 1];
-            const qsizetype middle = job.text.lineCount() / 2;
-            const bool same =
-                job.text.string() == job.expected &&
-                job.text.line(middle) == job.expected.section(u'\n', int(middle), int(middle));
-            mismatches += same ? 0 : 1;
-            ++reads;
-        }
-    });
-    std::mt19937 random(3);
-    for (int i = 0; i < 3000; ++i) {
-        const qsizetype position =
-            std::uniform_int_distribution<qsizetype>(0, model.size())(random);
-        const QString added = i % 3 == 0 ? u"line 0 \n"_qs : u"x"_qs;
-        store.replace(position, i % 5 == 0 ? qMin<qsizetype>(40, model.size() - position) : 0,
-                      added);
-        model.replace(position, i % 5 == 0 ? qMin<qsizetype>(40, model.size() - position) : 0,
-                      added);
-        if (i % 100 == 99 && jobs.size() < jobs.capacity()) {
-            jobs.push_back({store.text(), model});
-            published.store(jobs.size(), std::memory_order_release);
-        }
-    }
-    done = true;
-    worker.join();
-    EXPECT_GE(reads.load(), 8);
-    EXPECT_EQ(mismatches.load(), 0);
-    EXPECT_EQ(jobs.front().text.string(), jobs.front().expected);
-    EXPECT_EQ(store.text().string(), model);
 }
 
 } // namespace

@@ -48,11 +48,8 @@ TEST(PropertyList, ReadsBinaryAndRejectsWhatIsNotAList)
     const QByteArray binary = QByteArray::fromHex(
         "62706c6973743030d3010203040506516151735175100151781005080f1113151719000000000000010100"
         "000000000000070000000000000000000000000000001b");
-    const QVariant value = PropertyList::fromData(binary);
-    ASSERT_EQ(value.typeId(), QMetaType::QVariantMap);
-    EXPECT_EQ(value.toMap().value("a").toLongLong(), 1);
-    EXPECT_EQ(value.toMap().value("s").toString(), "x");
-    EXPECT_EQ(value.toMap().value("u").toLongLong(), 5);
+    EXPECT_EQ(PropertyList::fromData(binary).toMap(),
+              (QVariantMap{{"a", qint64(1)}, {"s", "x"}, {"u", qint64(5)}}));
 
     const QString dir = TestSupport::makeTempDir();
     EXPECT_FALSE(PropertyList::readDictionary(dir + "/missing.plist").has_value());

@@ -7,7 +7,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QtConcurrent>
 
 #include <gtest/gtest.h>
 
@@ -191,29 +190,6 @@ TEST(EncodingManager, ShortUtf8TextIsNotMistakenForASingleByteEncoding)
     const DecodedContents contents = manager.contentsOfURL(fileWith(mixed), ~quint64(0), false);
     EXPECT_EQ(contents.encoding, 12u);
     EXPECT_TRUE(contents.text.endsWith(QStringLiteral("Copyright \u00a9 2007 */\n")));
-}
-
-TEST(EncodingManager, DetectionRunsOnWorkerThreads)
-{
-    // Large files are read off the main thread: with several files detected at once, the
-    // shared list, the tables and the converters must give each the answer one thread gets.
-    QList<QUrl> urls;
-    for (int round = 0; round < 4; ++round) {
-        urls.append(fileWith(encoded(0x80000001, japanese)));           // Mac OS Japanese table
-        urls.append(fileWith(encoded(0x80000628, japanese)));           // iconv
-        urls.append(fileWith(encoded(0x80000A09, chineseTraditional))); // Big5-E table
-        urls.append(fileWith(encoded(0x80000940, korean)));             // ICU
-    }
-    EncodingManager fresh;
-    const QList<quint64> found = QtConcurrent::blockingMapped(urls, [&fresh](const QUrl& url) {
-        return fresh.automaticDistinctionEncodingWithContentsOfURL(url, false);
-    });
-    for (qsizetype i = 0; i < urls.size(); ++i) {
-        EXPECT_NE(found[i], None);
-        EXPECT_EQ(found[i], EncodingManager::sharedEncodingManager()
-                                .automaticDistinctionEncodingWithContentsOfURL(urls[i], false))
-            << i;
-    }
 }
 
 TEST(EncodingManager, UnreadableEmptyOrMissingFilesHaveNoEncoding)

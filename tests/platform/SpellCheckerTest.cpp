@@ -6,10 +6,6 @@ TEST(SpellChecker, FindsTheMisspeltWordsOfAPartOfAText)
 {
     SpellChecker checker;
     ASSERT_TRUE(checker.setLanguage("en_US"));
-    EXPECT_TRUE(checker.checkWord("dictionary's"));
-    EXPECT_FALSE(checker.checkWord("dictionery"));
-    EXPECT_TRUE(checker.guessesForWord("dictionery").contains("dictionary"));
-
     const QString text = "Teh cat's bowl, x86_64 and utf8 are left alone; wrods\u2014not.";
     EXPECT_EQ(checker.misspelledWords(text, 0, text.size()), (QList<Range>{{0, 3}, {48, 5}}));
     // Only the part asked for.

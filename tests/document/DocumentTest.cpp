@@ -4,10 +4,6 @@
 #include "platform/ExtendedAttributes.h"
 #include "platform/TextCodec.h"
 
-#include <QDir>
-#include <QFile>
-#include <QTest>
-
 #include <gtest/gtest.h>
 
 namespace {

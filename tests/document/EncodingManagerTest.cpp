@@ -5,7 +5,6 @@
 #include "platform/StringEncoding.h"
 #include "platform/TextCodec.h"
 
-#include <QDir>
 #include <QFile>
 
 #include <gtest/gtest.h>

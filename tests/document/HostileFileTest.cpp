@@ -5,12 +5,10 @@
 #include "document/EncodingManager.h"
 
 #include <QFile>
-#include <QTest>
 
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace {
 

@@ -2,8 +2,6 @@
 
 #include "TestSupport.h"
 
-#include <QFile>
-
 #include <gtest/gtest.h>
 
 #include <limits>

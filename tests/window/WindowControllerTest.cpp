@@ -5,26 +5,17 @@
 #include "document/PermissionsEnforced.h"
 #include "document/TextStore.h"
 #include "document/TextTree.h"
-#include "editor/LayoutManager.h"
-#include "editor/SpellCheckingController.h"
-#include "platform/Preferences.h"
-#include "platform/UserDefaults.h"
 #include "window/CharacterCounter.h"
 
-#include <QCursor>
 #include <QFile>
 #include <QFileInfo>
-#include <QImage>
 #include <QLabel>
 #include <QLocale>
 #include <QProgressBar>
 #include <QPromise>
-#include <QSplitter>
 
-#include <algorithm>
 #include <chrono>
 #include <fcntl.h>
-#include <functional>
 #include <thread>
 #include <unistd.h>
 
@@ -60,8 +51,6 @@ TEST(WindowController, StatusLineCountsAndFollowsTheCaret)
         {Qt::Key_Down, Qt::NoModifier, "Line 2, Column 1"},
         {Qt::Key_End, Qt::NoModifier, "Line 2, Column 5"},
         {Qt::Key_Left, Qt::NoModifier, "Line 2, Column 4"},
-        {Qt::Key_Left, Qt::NoModifier, "Line 2, Column 3"},
-        {Qt::Key_X, Qt::NoModifier, "Line 2, Column 4"},
         // A selection shows where its moving end is.
         {Qt::Key_Up, Qt::ShiftModifier, "Line 1, Column 3"},
         {Qt::Key_Down, Qt::ShiftModifier, "Line 2, Column 4"},
@@ -83,19 +72,15 @@ TEST(WindowController, StatusLineCountsAndFollowsTheCaret)
     QTest::keyClick(second, Qt::Key_Down);
     EXPECT_TRUE(status().endsWith("   Line 3, Column 5")) << status().toStdString();
 
-    // The panes share the text; side by side or stacked, both stay; closing the split through
-    // the View menu keeps the first pane.
+    // A toggle reaches both panes; they share the text; closing the split keeps the first.
+    const bool numbers = first->rulersVisible();
+    window.menu->actionWithTag(WindowController::LineNumbersTag)->trigger();
+    EXPECT_NE(first->rulersVisible(), numbers);
+    EXPECT_NE(second->rulersVisible(), numbers);
     QTest::keyClicks(second, "!");
     first->selectAll();
     EXPECT_TRUE(first->selectedText().contains(u'!'));
-    QSplitter* splitter = window.window()->splitView();
-    const Qt::Orientation stacked = splitter->orientation();
-    window.controller->toggleUsingVerticalSplitPane(window.controller);
-    EXPECT_NE(splitter->orientation(), stacked);
-    QAction* split = window.menu->actionWithTag(WindowController::SplitPaneTag);
-    window.controller->validateMenuItem(split);
-    EXPECT_EQ(split->text(), "Hide Split Pane");
-    split->trigger();
+    window.menu->actionWithTag(WindowController::SplitPaneTag)->trigger();
     ASSERT_EQ(window.controller->textViews().size(), 1u);
     EXPECT_EQ(window.view(), first);
 
@@ -188,163 +173,23 @@ TEST(WindowController, WhileTheEndOfAFileGoesInTheFirstKeyMeetsTheWholeText)
     EXPECT_FALSE(window.document->isDocumentEdited());
 }
 
-TEST(WindowController, TogglesApplyToThePanesAndTheMenus)
+TEST(WindowController, AnEncodingAmongTheOthersReopensTheText)
 {
     Window window(QStringLiteral("text"));
-    window.controller->toggleSplitView(window.controller);
-    ASSERT_EQ(window.controller->textViews().size(), 2u);
-    struct Toggle {
-        int tag;
-        const char* setting;
-        bool (WindowController::*flag)() const;
-        std::function<bool(TextView*)> pane;
-        // The item's titles while on and off; none for an item with a check mark.
-        const char* onTitle = nullptr;
-        const char* offTitle = nullptr;
-    };
-    const Toggle toggles[] = {
-        {WindowController::LineNumbersTag, "ShowGutterView", &WindowController::showGutterView,
-         [](TextView* view) { return view->rulersVisible(); }, "Hide Line Numbers",
-         "Show Line Numbers"},
-        {WindowController::InvisibleCharactersTag, "ShowInvisibleCharacters",
-         &WindowController::showInvisibleCharacters,
-         [](TextView* view) { return view->layoutManager()->showInvisibleCharacters(); },
-         "Hide Invisible Characters", "Show Invisible Characters"},
-        {WindowController::WrapLinesTag, "DefaultWrapLines", &WindowController::wrapLines,
-         [](TextView* view) { return view->wrapLines(); }},
-        {WindowController::AutoIndentTag, "AutoIndent", &WindowController::autoIndent,
-         [](TextView* view) { return view->autoIndent(); }},
-        {WindowController::BraceMatchingTag, "AutoBraceMatching",
-         &WindowController::autoBraceMatching,
-         [](TextView* view) { return view->autoBraceMatching(); }},
-        {WindowController::CompletionTag, "AutoComplete", &WindowController::autoComplete,
-         [](TextView* view) { return view->autoComplete(); }},
-        {WindowController::SpellCheckingTag, "AllowSpellChecking",
-         &WindowController::allowSpellChecking,
-         [](TextView* view) {
-             return SpellCheckingController::of(view)->isContinuousSpellCheckingEnabled();
-         }},
-    };
-    const auto shows = [&](const Toggle& toggle, QAction* item, bool on) {
-        EXPECT_EQ((window.controller->*toggle.flag)(), on);
-        for (TextView* view : window.controller->textViews()) {
-            EXPECT_EQ(toggle.pane(view), on);
-        }
-        window.controller->validateMenuItem(item);
-        if (toggle.onTitle) {
-            EXPECT_EQ(item->text(), on ? toggle.onTitle : toggle.offTitle);
-        } else {
-            EXPECT_EQ(item->isChecked(), on);
-        }
-    };
-    UserDefaults& defaults = UserDefaults::standardUserDefaults();
-    for (const Toggle& toggle : toggles) {
-        SCOPED_TRACE(toggle.setting);
-        QAction* item = window.menu->actionWithTag(toggle.tag);
-        ASSERT_NE(item, nullptr);
-        const bool on = defaults.boolForKey(toggle.setting);
-        shows(toggle, item, on);
-        item->trigger();
-        shows(toggle, item, !on);
-        // A settings change resets the window's toggles to their own settings.
-        for (const bool setting : {!on, on}) {
-            defaults.setObject(setting, toggle.setting);
-            Preferences::sharedPreferences().reload();
-            shows(toggle, item, setting);
-        }
-        defaults.removeObjectForKey(toggle.setting);
-    }
-}
-
-TEST(WindowController, EncodingAndLineBreakItems)
-{
-    Window window(QStringLiteral("text"), QStringLiteral("None:Perl"));
-    QMenu* encodings = window.menu->menuNamed("encodingMenu");
-    ASSERT_NE(encodings, nullptr);
-    // The list's encodings, one of them checked, then a separator and the submenu of the others.
-    QList<QAction*> list = encodings->actions();
-    ASSERT_GE(list.size(), 2);
-    QMenu* others = list.takeLast()->menu();
+    QMenu* others = window.menu->menuNamed("encodingMenu")->actions().last()->menu();
     ASSERT_NE(others, nullptr);
-    EXPECT_TRUE(list.takeLast()->isSeparator());
-    int checked = 0;
-    for (QAction* item : list) {
-        window.controller->validateMenuItem(item);
-        checked += item->isChecked() ? 1 : 0;
-    }
-    EXPECT_EQ(checked, 1);
-    // Choosing one of the others reopens in it, through the Encoding menu's own handling.
     QAction* cyrillic = itemTitled(others, QStringLiteral("Cyrillic (Windows)"));
     ASSERT_NE(cyrillic, nullptr);
     cyrillic->trigger();
     EXPECT_EQ(window.document->documentEncoding(), 0x80000502u);
-    EXPECT_TRUE(window.controller->toolbarInformation().contains("Cyrillic (Windows)"));
     window.controller->validateMenuItem(cyrillic);
     EXPECT_TRUE(cyrillic->isChecked());
-
-    QMenu* lineBreaks = window.menu->menuNamed("lineBreaksMenu");
-    window.controller->setLineBreaks(2);
-    for (QAction* item : lineBreaks->actions()) {
-        window.controller->validateMenuItem(item);
-        EXPECT_EQ(item->isChecked(), item->data().toInt() == 2) << item->text().toStdString();
-    }
 }
 
-TEST(WindowController, SharingAddressesCarryTheTextEncoded)
+TEST(WindowController, AMailCarriesTheWholeTextEncoded)
 {
-    const QString text = QStringLiteral("a+b & c=d 100% \u00e9\n");
-    const QUrl mail = WindowController::sharingURL(0, QStringLiteral("notes.txt"), text);
-    EXPECT_EQ(mail.scheme(), "mailto");
+    const QUrl mail = WindowController::sharingURL(0, QStringLiteral("notes.txt"),
+                                                   QStringLiteral("a+b & c=d 100% \u00e9\n"));
     EXPECT_EQ(mail.toString(QUrl::FullyEncoded),
               "mailto:?subject=notes.txt&body=a%2Bb%20%26%20c%3Dd%20100%25%20%C3%A9%0A");
-    EXPECT_EQ(WindowController::sharingURL(2, QString(), QStringLiteral("hi there"))
-                  .toString(QUrl::FullyEncoded),
-              "https://twitter.com/intent/tweet?text=hi%20there");
-    EXPECT_EQ(WindowController::sharingURL(4, QString(), QStringLiteral("x")).host(),
-              "service.weibo.com");
-    EXPECT_TRUE(WindowController::sharingURL(5, QString(), text).isEmpty());
-}
-
-TEST(WindowController, TheSyntaxMenuDrawsTheMixedState)
-{
-    // Chosen by name (Perl) while the choice by file type is on too.
-    TestRoot root;
-    root.userDefaults().setBool(true, SettingsKey::DefaultForFileType);
-    Window window(QStringLiteral("text"), QStringLiteral("None:Perl"));
-    ASSERT_TRUE(window.controller->syntaxColouring() && window.controller->defaultForFileType());
-    QMenu* syntax = window.menu->menuNamed(QStringLiteral("syntaxMenu"));
-    ASSERT_NE(syntax, nullptr);
-    // The row of "Default For File Type" as the open menu shows it.
-    const auto defaultRow = [syntax] {
-        // Away from the pointer, so that no item is highlighted under it.
-        QCursor::setPos(0, 0);
-        syntax->popup(QPoint(300, 300));
-        EXPECT_TRUE(QTest::qWaitForWindowExposed(syntax));
-        const QImage picture = syntax->grab().toImage();
-        syntax->hide();
-        QAction* item = itemTitled(syntax, QStringLiteral("Default For File Type"));
-        EXPECT_NE(item, nullptr);
-        return item ? picture.copy(syntax->actionGeometry(item)) : QImage();
-    };
-    const QImage mixed = defaultRow();
-    // The check mark itself is the named syntax's.
-    QAction perl(QStringLiteral("Perl"));
-    perl.setProperty("tag", int(WindowController::SyntaxTag));
-    perl.setCheckable(true);
-    window.controller->validateMenuItem(&perl);
-    EXPECT_TRUE(perl.isChecked());
-
-    // Neither choice: the same item, unchecked and not mixed.
-    QAction none(QStringLiteral("None"));
-    window.controller->selectedSyntaxColoring(&none);
-    const QImage unchecked = defaultRow();
-    // The mark may make the menu wider: the rows are compared from their left edge.
-    int differing = 0;
-    for (int y = 0; y < std::min(mixed.height(), unchecked.height()); ++y) {
-        for (int x = 0; x < std::min(mixed.width(), unchecked.width()); ++x) {
-            differing += mixed.pixel(x, y) != unchecked.pixel(x, y);
-        }
-    }
-    // A mark, not a pixel or two.
-    EXPECT_GT(differing, 20);
 }

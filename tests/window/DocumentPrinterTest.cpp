@@ -5,10 +5,11 @@
 #include "document/Document.h"
 
 #include <QDir>
+#include <QRegularExpression>
 
 #include <gtest/gtest.h>
 
-TEST(DocumentPrinter, PdfExportReplacesAnOlderFileOnlyWhenItSucceeds)
+TEST(DocumentPrinter, PdfExportReplacesAnOlderFileOnlyWhenCompleteAndKeepsTheTextSize)
 {
     const QString dir = TestSupport::makeTempDir();
     const QString file = TestSupport::writeFile(dir + "/notes.txt", "first\r\nsecond\r\n");
@@ -22,4 +23,14 @@ TEST(DocumentPrinter, PdfExportReplacesAnOlderFileOnlyWhenItSucceeds)
     EXPECT_FALSE(DocumentPrinter::exportAsPDFTo(document, dir + "/missing/notes.pdf", &error));
     EXPECT_TRUE(error.contains("notes.pdf"));
     EXPECT_EQ(QDir(dir).entryList(QDir::Files | QDir::Hidden).size(), 2);
+
+    // The window's font is sized in pixels, a point on screen; on paper it is as many points:
+    // 200 lines of 12 points (about 14 with their leading) make five A4 pages, not one.
+    TestDocument lines;
+    lines.setLoadedText(QStringLiteral("line\n").repeated(200));
+    QFont font;
+    font.setPixelSize(12);
+    ASSERT_TRUE(DocumentPrinter::exportAsPDFTo(lines, pdf, &error, font));
+    const QString written = QString::fromLatin1(TestSupport::readFile(pdf));
+    EXPECT_NEAR(written.count(QRegularExpression(QStringLiteral("/Type\\s*/Page\\b"))), 5, 1);
 }

@@ -3,11 +3,7 @@
 #include "TestSupport.h"
 #include "app/DocumentController.h"
 #include "document/Document.h"
-#include "window/DocumentWindow.h"
-#include "window/ScriptAlert.h"
-#include "window/WindowController.h"
 
-#include <QMessageBox>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -26,9 +22,7 @@ TEST(Alerts, AskTheirQuestionInTheirBody)
     Document* document = controller.openDocumentWithContentsOfURL(
         TestSupport::writeFile(dir + "/notes.txt", "saved\n"));
     ASSERT_NE(document, nullptr);
-    document->replaceRanges({{0, 0}}, QString(5000, u'x'), QStringLiteral("Typing"));
-    WindowController* window = controller.windowControllerOf(document);
-    ASSERT_NE(window, nullptr);
+    document->replaceRanges({{0, 0}}, QStringLiteral("typed"), QStringLiteral("Typing"));
 
     const struct {
         const char* name;
@@ -44,12 +38,7 @@ TEST(Alerts, AskTheirQuestionInTheirBody)
          QStringLiteral("Do you want to revert to the most recently saved version of "
                         "“notes.txt”?"),
          QStringLiteral("Your current changes will be lost.")},
-        {"sharing a long text on the web", [&] { window->shareUsing(2); }, "OK",
-         QStringLiteral("The text is too long to share this way."),
-         QStringLiteral("The whole text is shared, and this service takes at most 4,096 "
-                        "characters. Send the file as an attachment instead.")},
     };
-    QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         QList<TestSupport::Alert> seen;
@@ -61,19 +50,7 @@ TEST(Alerts, AskTheirQuestionInTheirBody)
         EXPECT_FALSE(seen[0].title.contains(c.text));
     }
     // Every answer above left the document as it was.
-    EXPECT_TRUE(document->string().startsWith(QString(5000, u'x')));
-
-    // A script's alert is a sheet on the window, its headline in the body too.
-    ScriptAlert::show(QStringLiteral("Notice"), QStringLiteral("Not Found unix commands."), true,
-                      false, window->window());
-    const QList<QMessageBox*> sheets = window->window()->findChildren<QMessageBox*>();
-    ASSERT_FALSE(sheets.isEmpty());
-    QMessageBox* sheet = sheets.constLast();
-    EXPECT_TRUE(sheet->isVisible());
-    EXPECT_EQ(sheet->windowModality(), Qt::WindowModal);
-    EXPECT_EQ(sheet->text(), "Notice");
-    EXPECT_EQ(sheet->informativeText(), "Not Found unix commands.");
-    sheet->accept();
+    EXPECT_EQ(document->string(), "typedsaved\n");
     controller.discardAllDocuments();
 }
 

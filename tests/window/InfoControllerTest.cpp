@@ -9,19 +9,8 @@
 
 #include <gtest/gtest.h>
 
-TEST(InfoController, FieldsOfSavedAndUntitledDocuments)
+TEST(InfoController, FieldsOfASavedDocumentAndOfOneWhoseFileHasGone)
 {
-    InfoController pane;
-    TestDocument untitled;
-    pane.updateInformationOfDocument(&untitled, QString());
-    for (QLabel* field :
-         {pane.ownerAccountField(), pane.groupField(), pane.fileSizeField(), pane.creationField(),
-          pane.modificationField(), pane.syntaxField(), pane.extensionField(), pane.urlField()}) {
-        EXPECT_EQ(field->text(), "---");
-    }
-    EXPECT_EQ(pane.textEncodingField()->text(), "Unicode (UTF-8)");
-    EXPECT_EQ(pane.lineBreakField()->text(), "OS X/Unix(LF)");
-
     // A file modified at 09:05 on 3 March 2013, without an extension.
     const QString path = TestSupport::makeTempDir() + QStringLiteral("/Makefile");
     TestSupport::writeFile(path, "all:\r\n\techo\r\n");
@@ -34,19 +23,15 @@ TEST(InfoController, FieldsOfSavedAndUntitledDocuments)
     TestDocument saved;
     ASSERT_TRUE(saved.readFromURL(path, QString()));
     saved.setFileURL(path);
+    InfoController pane;
     pane.updateInformationOfDocument(&saved, QStringLiteral("Perl"));
     EXPECT_EQ(pane.modificationField()->text(), "2013-03-03 09:05");
     EXPECT_EQ(pane.fileSizeField()->text(), "13");
-    EXPECT_EQ(pane.extensionField()->text(), "");
     EXPECT_EQ(pane.urlField()->text(), path);
     EXPECT_EQ(pane.lineBreakField()->text(), "Windows(CRLF)");
     EXPECT_EQ(pane.syntaxField()->text(), "Perl");
-    EXPECT_FALSE(pane.ownerAccountField()->text().isEmpty());
 
-    // A file that has gone shows "---" again; no document changes nothing.
     QFile::remove(path);
     pane.updateInformationOfDocument(&saved, QString());
     EXPECT_EQ(pane.fileSizeField()->text(), "---");
-    pane.updateInformationOfDocument(nullptr, QStringLiteral("C"));
-    EXPECT_EQ(pane.syntaxField()->text(), "---");
 }

@@ -1,6 +1,5 @@
 #include "TestWindow.h"
 #include "editor/LayoutManager.h"
-#include "editor/SpellCheckingController.h"
 #include "platform/UserDefaults.h"
 
 // How a pane underlines, and replaces with a guess, is the editor's; here, that the settings
@@ -18,13 +17,6 @@ TEST(SpellChecking, TheSettingsTurnItOnAndTheWindowsToggleTurnsItOff)
         return view->layoutManager()->misspelledWords({0, window.document->length()});
     };
     QTRY_COMPARE_WITH_TIMEOUT(marks(), QList<Range>({{5, 8}}), 2000);
-
-    // No guesses for a word spelt right.
-    QMenu plain;
-    plain.addAction(QStringLiteral("Copy"));
-    SpellCheckingController::addSpellingSuggestions(view, &plain,
-                                                    view->rectForPosition(1).center());
-    EXPECT_EQ(plain.actions().size(), 1);
 
     window.controller->toggleSpellChecking(window.controller);
     EXPECT_FALSE(window.controller->allowSpellChecking());

@@ -24,8 +24,7 @@ TEST(DocumentPrinter, PdfExportReplacesAnOlderFileOnlyWhenCompleteAndKeepsTheTex
     EXPECT_TRUE(error.contains("notes.pdf"));
     EXPECT_EQ(QDir(dir).entryList(QDir::Files | QDir::Hidden).size(), 2);
 
-    // The window's font is sized in pixels, a point on screen; on paper it is as many points:
-    // 200 lines of 12 points (about 14 with their leading) make five A4 pages, not one.
+    // A font sized in pixels, as the window's, prints as many points: 200 lines make five pages.
     TestDocument lines;
     lines.setLoadedText(QStringLiteral("line\n").repeated(200));
     QFont font;

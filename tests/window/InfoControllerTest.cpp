@@ -27,7 +27,6 @@ TEST(InfoController, FieldsOfASavedDocumentAndOfOneWhoseFileHasGone)
     pane.updateInformationOfDocument(&saved, QStringLiteral("Perl"));
     EXPECT_EQ(pane.modificationField()->text(), "2013-03-03 09:05");
     EXPECT_EQ(pane.fileSizeField()->text(), "13");
-    EXPECT_EQ(pane.urlField()->text(), path);
     EXPECT_EQ(pane.lineBreakField()->text(), "Windows(CRLF)");
     EXPECT_EQ(pane.syntaxField()->text(), "Perl");
 

@@ -94,7 +94,6 @@ TEST(MenuBar, OpenRecentTellsFilesOfTheSameNameApart)
     EXPECT_EQ(titlesOf(recent),
               QStringList({"main.cpp — src/app", "main.cpp — tests/app", "notes.txt",
                            "f.txt — " + top + "/x", "f.txt — b/x", "Clear Menu"}));
-    EXPECT_EQ(recent->actions().first()->toolTip(), dir + "/src/app/main.cpp");
     documents.clearRecentDocuments();
 }
 
@@ -159,10 +158,7 @@ TEST(MenuBar, DuplicateOpensAnUntitledCopyInItsOwnWindow)
     Document* original = documents.openDocumentWithContentsOfURL(
         TestSupport::writeFile(dir + "/latin.txt", "caf\xe9\r\nbar\r\n"));
     ASSERT_NE(original, nullptr);
-    QAction* duplicate = fileMenuItem(original, QStringLiteral("Duplicate"));
-    ASSERT_NE(duplicate, nullptr);
-    duplicate->trigger();
-
+    fileMenuItem(original, QStringLiteral("Duplicate"))->trigger();
     ASSERT_EQ(documents.documents().size(), 2u);
     Document* copy = documents.documents().back();
     EXPECT_EQ(copy->string(), original->string());

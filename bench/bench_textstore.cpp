@@ -1,10 +1,7 @@
 // The text store on large C files (the headers of /usr/include joined): loading 20 MB and
 // 100 MB with the memory it takes, 10,000 single-character inserts in the middle,
-// position ↔ line lookups, a snapshot read on a worker while the text is edited, and a
-// regular expression through the snapshot's UText against one through a QString copy.
+// position ↔ line lookups, and a snapshot read on a worker while the text is edited.
 #include "BenchSupport.h"
-#include "document/EncodingManager.h"
-#include "document/SnapshotUText.h"
 #include "document/TextChunkIterator.h"
 #include "document/TextLoader.h"
 #include "document/TextStore.h"
@@ -20,7 +17,6 @@
 #include <QUndoStack>
 
 #include <benchmark/benchmark.h>
-#include <unicode/regex.h>
 
 #include <algorithm>
 #include <atomic>
@@ -30,6 +26,7 @@
 #include <ctime>
 #include <malloc.h>
 #include <memory>
+#include <optional>
 #include <random>
 #include <thread>
 #include <vector>
@@ -109,14 +106,16 @@ TextStore& largeStore()
 {
     static std::unique_ptr<TextStore> store;
     if (!store) {
-        const TextLoader::Result loaded = TextLoader::load(EncodingManager::sharedEncodingManager(),
-                                                           cSourceFile(100'000'000), UTF8, false);
-        if (loaded.status != TextLoader::Status::Loaded) {
+        QFile file(cSourceFile(100'000'000));
+        const std::optional<TextSnapshot> loaded = file.open(QIODevice::ReadOnly)
+                                                       ? TextLoader::loadUtf8Data(file.readAll())
+                                                       : std::nullopt;
+        if (!loaded) {
             std::fprintf(stderr, "The 100 MB file did not load.\n");
             std::abort();
         }
         store = std::make_unique<TextStore>();
-        store->setLoadedText(loaded.text);
+        store->setLoadedText(*loaded);
     }
     return *store;
 }
@@ -124,7 +123,6 @@ TextStore& largeStore()
 void BM_Load(benchmark::State& state)
 {
     const QString path = cSourceFile(state.range(0) * 1000 * 1000);
-    const quint64 encoding = state.range(1) ? StringEncoding::NoEncoding : UTF8;
     for (auto _ : state) {
         // Memory freed before (an earlier load) goes back to the system, so that the
         // resident size measures this text.
@@ -134,11 +132,14 @@ void BM_Load(benchmark::State& state)
         QElapsedTimer timer;
         timer.start();
         const double cpuBefore = threadCpuMs();
-        TextLoader::Result result =
-            TextLoader::load(EncodingManager::sharedEncodingManager(), path, encoding, false);
+        QFile file(path);
+        QByteArray bytes = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        std::optional<TextSnapshot> result = TextLoader::loadUtf8Data(bytes);
+        const qsizetype bytesRead = bytes.size();
+        bytes = QByteArray();
         const double ms = timer.nsecsElapsed() / 1e6;
         state.SetIterationTime(ms / 1000);
-        if (result.status != TextLoader::Status::Loaded) {
+        if (!result || bytesRead == 0) {
             state.SkipWithError("the file did not load");
             return;
         }
@@ -147,25 +148,19 @@ void BM_Load(benchmark::State& state)
         const double peak = double(BenchSupport::peakResidentBytes() - before);
         state.counters["load_ms"] = ms;
         state.counters["load_cpu_ms"] = cpuMs;
-        state.counters["MB_per_s"] = double(result.bytesRead) / 1e6 / (ms / 1000);
+        state.counters["MB_per_s"] = double(bytesRead) / 1e6 / (ms / 1000);
         state.counters["store_mb"] = held / 1e6;
-        state.counters["store_bytes_per_char"] = held / double(result.text.length());
+        state.counters["store_bytes_per_char"] = held / double(result->length());
         state.counters["peak_above_start_mb"] = peak / 1e6;
-        state.counters["lines"] = double(result.text.lineCount());
-        const qsizetype characters = result.text.length();
-        result = {};
+        state.counters["lines"] = double(result->lineCount());
+        const qsizetype characters = result->length();
+        result.reset();
         malloc_trim(0);
         state.counters["fresh_memory_cpu_ms"] = freshMemoryCpuMs(characters * 2);
     }
 }
-BENCHMARK(BM_Load)
-    ->ArgNames({"MB", "detect"})
-    ->Args({20, 0})
-    ->Args({100, 0})
-    ->Args({100, 1})
-    ->Iterations(1)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Load)->ArgName("MB")->Arg(20)->Arg(100)->Iterations(1)->UseManualTime()->Unit(
+    benchmark::kMillisecond);
 
 /// For comparison on the same machine: the same file decoded whole and given to a
 /// QTextDocument, as the editor's text is held today.
@@ -360,68 +355,6 @@ void BM_SnapshotReadWhileEditing(benchmark::State& state)
     }
 }
 BENCHMARK(BM_SnapshotReadWhileEditing)
-    ->Iterations(1)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
-
-constexpr char16_t searchPattern[] = u"\\bstatic\\s+inline\\s+\\w+";
-
-int64_t countMatches(UText* text, double* ms)
-{
-    UErrorCode status = U_ZERO_ERROR;
-    icu::RegexMatcher matcher(icu::UnicodeString(searchPattern), 0, status);
-    matcher.reset(text);
-    const double cpu = threadCpuMs();
-    int64_t matches = 0;
-    while (matcher.find(status)) {
-        ++matches;
-    }
-    *ms = threadCpuMs() - cpu;
-    return U_SUCCESS(status) ? matches : -1;
-}
-
-void BM_RegexThroughUText(benchmark::State& state)
-{
-    const TextSnapshot text = largeStore().text();
-    for (auto _ : state) {
-        BenchSupport::resetPeakResident();
-        const qint64 before = BenchSupport::residentBytes();
-        SnapshotUText utext(text);
-        double ms = 0;
-        const int64_t matches = countMatches(utext.utext(), &ms);
-        state.SetIterationTime(ms / 1000);
-        state.counters["search_cpu_ms"] = ms;
-        state.counters["matches"] = double(matches);
-        state.counters["peak_above_start_mb"] =
-            double(BenchSupport::peakResidentBytes() - before) / 1e6;
-    }
-}
-BENCHMARK(BM_RegexThroughUText)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
-
-void BM_RegexThroughAStringCopy(benchmark::State& state)
-{
-    const TextSnapshot text = largeStore().text();
-    for (auto _ : state) {
-        BenchSupport::resetPeakResident();
-        const qint64 before = BenchSupport::residentBytes();
-        const double cpu = threadCpuMs();
-        const QString copy = text.string();
-        const double copyMs = threadCpuMs() - cpu;
-        UErrorCode status = U_ZERO_ERROR;
-        UText* utext = utext_openUChars(nullptr, reinterpret_cast<const UChar*>(copy.utf16()),
-                                        copy.size(), &status);
-        double ms = 0;
-        const int64_t matches = countMatches(utext, &ms);
-        utext_close(utext);
-        state.SetIterationTime((copyMs + ms) / 1000);
-        state.counters["copy_cpu_ms"] = copyMs;
-        state.counters["search_cpu_ms"] = ms;
-        state.counters["matches"] = double(matches);
-        state.counters["peak_above_start_mb"] =
-            double(BenchSupport::peakResidentBytes() - before) / 1e6;
-    }
-}
-BENCHMARK(BM_RegexThroughAStringCopy)
     ->Iterations(1)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);

@@ -45,7 +45,7 @@ public:
 
     /// Whether two snapshots are the same version (they share their tree).
     bool isSameVersion(const TextSnapshot& other) const { return _root == other._root; }
-    /// The tree, for the store's own readers (chunk iteration, UText).
+    /// The tree, for the store's own readers (chunk iteration).
     const TextTree::NodePtr& root() const { return _root; }
     /// Whether the tree has the shape the store keeps; `why` says what is wrong otherwise.
     bool checkStructure(QString* why = nullptr) const;

@@ -54,7 +54,7 @@ bool looksLikeText(QByteArrayView bytes)
 }
 
 // The line breaks of UTF-8 bytes, counted as EncodingManager::countLineBreaks counts them in
-// the decoded text, and the file's style as LineBreakNormalizer tells it.
+// the decoded text, and the file's style as EncodingManager::scanLineBreaks tells it.
 std::pair<qsizetype, LineBreakCounts> lineBreaksOf(QByteArrayView bytes)
 {
     const char* const end = bytes.data() + bytes.size();
@@ -91,19 +91,21 @@ std::optional<Utf8FileReading::Text> readOnWorker(QByteArray& data, Utf8FileRead
          text.text.length() <= TextSource::eagerWorkLimit; at *= 2) {
         // Without a line break further on, the part would be the whole text: read it now.
         const qsizetype lineFeed = bytes.indexOf('\n', at);
-        const TextLoader::Result start =
+        std::optional<TextSnapshot> start =
             TextLoader::loadUtf8Data(lineFeed < 0 ? bytes : bytes.first(lineFeed + 1));
-        if (start.status != TextLoader::Status::Loaded) {
+        if (!start) {
             return std::nullopt;
         }
-        text.text = start.text;
+        text.text = std::move(*start);
         if (lineFeed < 0) {
             data = QByteArray();
             return text;
         }
     }
-    text.whole = QtConcurrent::run(
-        [whole = std::move(data)] { return TextLoader::loadUtf8Data(whole).text; });
+    // The bytes were checked whole above: decoding them cannot fail.
+    text.whole = QtConcurrent::run([whole = std::move(data)] {
+        return TextLoader::loadUtf8Data(whole).value_or(TextSnapshot());
+    });
     data = QByteArray();
     return text;
 }
@@ -194,13 +196,12 @@ Utf8FileReading::read(QByteArray& data, quint64 encoding, bool priority, Encodin
     if (!longLines && data.size() > workerBytes) {
         return readOnWorker(data, std::move(text));
     }
-    const TextLoader::Result loaded = TextLoader::loadUtf8Data(bytes);
-    if (loaded.status != TextLoader::Status::Loaded ||
-        (longLines && ChunkCheck(lineLimit).fails(*loaded.text.root()))) {
+    std::optional<TextSnapshot> loaded = TextLoader::loadUtf8Data(bytes);
+    if (!loaded || (longLines && ChunkCheck(lineLimit).fails(*loaded->root()))) {
         return std::nullopt;
     }
     data = QByteArray();
-    text.text = loaded.text;
+    text.text = std::move(*loaded);
     return text;
 }
 

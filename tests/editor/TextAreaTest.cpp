@@ -561,6 +561,9 @@ TEST(TextAreaTest, PositionsAndPointsAgreeAcrossThePiecesOfALongLine)
             area.scrollRangeToVisible({edge, 0});
             const QRect last = area.rectForPosition(edge - 1);
             const QRect first = area.rectForPosition(edge);
+            // Shown, sideways too when the line is not wrapped.
+            EXPECT_GE(first.left(), 0);
+            EXPECT_LT(first.right(), area.viewport()->width());
             if (wrap) {
                 EXPECT_EQ(first.top(), last.top() + int(area.textLayout().rowHeight()));
             } else {

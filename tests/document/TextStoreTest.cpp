@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <random>
 #include <thread>
@@ -515,3 +516,54 @@ TEST(TextStoreTest, ALoadingTextGrowsAtItsEndAndEditsWaitForTheRest)
 }
 
 } // namespace
+
+TEST(TextStoreTest, SnapshotsStayAsTheyWereWhileAWorkerReadsThem)
+{
+    // Autosave and loading read snapshots on workers while the user types on: each snapshot
+    // must keep reading as the text it was taken from, whatever the edits do to the chunks.
+    QString model;
+    for (int i = 0; model.size() < 1'000'000; ++i) {
+        model += QStringLiteral("line %1 of the text, 😀 and more\n").arg(i);
+    }
+    TextStore store;
+    store.setLoadedText(built(model));
+    struct Job {
+        TextSnapshot text;
+        QString expected;
+    };
+    std::vector<Job> jobs;
+    jobs.reserve(32);
+    jobs.push_back({store.text(), model});
+    std::atomic<size_t> published{1};
+    std::atomic<bool> done{false};
+    std::atomic<int> mismatches{0};
+    std::atomic<int> reads{0};
+    std::thread worker([&] {
+        while (!done || reads < 8) {
+            const Job& job = jobs[published.load(std::memory_order_acquire) - 1];
+            const qsizetype middle = job.text.lineCount() / 2;
+            mismatches += job.text.string() == job.expected &&
+                                  job.text.line(middle) ==
+                                      job.expected.section(u'\n', int(middle), int(middle))
+                              ? 0
+                              : 1;
+            ++reads;
+        }
+    });
+    std::mt19937 random(3);
+    for (int i = 0; i < 3000; ++i) {
+        const qsizetype at = std::uniform_int_distribution<qsizetype>(0, model.size())(random);
+        const qsizetype removed = i % 5 == 0 ? qMin<qsizetype>(40, model.size() - at) : 0;
+        const QString added = i % 3 == 0 ? u"line 0 \n"_qs : u"x"_qs;
+        store.replace(at, removed, added);
+        model.replace(at, removed, added);
+        if (i % 100 == 99 && jobs.size() < jobs.capacity()) {
+            jobs.push_back({store.text(), model});
+            published.store(jobs.size(), std::memory_order_release);
+        }
+    }
+    done = true;
+    worker.join();
+    EXPECT_EQ(mismatches.load(), 0);
+    EXPECT_EQ(jobs.front().text.string(), jobs.front().expected);
+}
